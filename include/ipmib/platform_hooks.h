@@ -1,0 +1,58 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
+/* How a host process drives a platform library that follows a live system. Apart from the services of platform.h, such
+ * a library exports one record, `ipmib_platform_hooks`; a host looks it up by name. A platform that needs no driving
+ * exports none. The module never sees this. */
+#ifndef IPMIB_PLATFORM_HOOKS_H
+#define IPMIB_PLATFORM_HOOKS_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define IPMIB_PLATFORM_HOOKS_VERSION 1u
+
+/* Priorities of log lines, as in syslog. */
+enum { IPMIB_LOG_ERR = 3, IPMIB_LOG_WARNING = 4, IPMIB_LOG_INFO = 6 };
+
+typedef struct IpmibPlatformOption {
+    const char *name;  /* as on the command line without its dashes, e.g. "ipv4-accounting" */
+    const char *value; /* "" for a switch */
+} IpmibPlatformOption;
+
+/* What the host lends to the platform; it outlives the platform's use of it. */
+typedef struct IpmibPlatformHost {
+    /* Writes one line, NUL-terminated and without a newline. */
+    void (*log)(int priority, const char *line);
+    /* What stood behind the colon of `--platform NAME:ARGUMENT`, "" when there was none. */
+    const char *argument;
+    const IpmibPlatformOption *options;
+    size_t option_count;
+} IpmibPlatformHost;
+
+typedef struct IpmibPlatformHooks {
+    uint32_t version; /* IPMIB_PLATFORM_HOOKS_VERSION */
+    /* Fills every mirror, so that the first request is answered in full. Returns 0; otherwise the error buffer holds
+     * one line that names what failed, and nothing is left open. Unknown options are errors. */
+    int (*start)(const IpmibPlatformHost *host, char *error, size_t capacity);
+    /* Ends what start began. */
+    void (*stop)(void);
+    /* One descriptor that becomes readable when dispatch has work: sockets, timers and file watches behind one epoll
+     * instance. -1 when there is nothing to wait for. Constant between start and stop. */
+    int (*descriptor)(void);
+    /* Handles what is ready, in a bounded piece; never blocks. */
+    void (*dispatch)(void);
+    /* A new packet of requests begins: brings the mirrors up to what the kernel has announced by now, and forgets
+     * counters that were read for the packet before. Never blocks. */
+    void (*begin_packet)(void);
+    /* Reads configuration files again (SIGHUP). */
+    void (*reload)(void);
+} IpmibPlatformHooks;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
