@@ -12,6 +12,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default) /* these names are what libraries are linked by, whatever the default is */
 
 /* Opaque handles, owned by the message layer. */
 typedef struct MorRequest MorRequest;
@@ -101,6 +102,7 @@ uint32_t MOR_AppendPara2Msg(MorReply *reply, uint32_t zero, uint32_t parameter_i
  * parameter in the order in which the request delivers them. The result is not examined. */
 uint32_t MOR_SetMsgError(MorReply *reply, uint32_t error_code, int32_t position);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

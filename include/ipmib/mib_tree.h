@@ -10,6 +10,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default) /* these names are what libraries are linked by, whatever the default is */
 
 /* Node kinds. */
 enum {
@@ -118,6 +119,7 @@ typedef struct MibTreeNode {
 uint32_t SNMP_RegisterMibTree(const char *module_name, uint32_t zero, uint32_t one, const MibTreeNode *root);
 uint32_t SNMP_DeregMibTree(const char *module_name, uint32_t zero, uint32_t one, const MibTreeNode *root);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

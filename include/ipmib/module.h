@@ -12,6 +12,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default) /* these names are what libraries are linked by, whatever the default is */
 
 /* --- Load, unload and requests -------------------------------------------------------------------------------------
  */
@@ -136,6 +137,7 @@ uint32_t ip_Ipv6RouterAdvert_GetByIndex(uint32_t if_index, Ipv6RouterAdvertRow *
 /* 0 asks for the first row. */
 uint32_t ip_Ipv6RouterAdvert_GetNextByIndex(uint32_t if_index, Ipv6RouterAdvertRow *row);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

@@ -10,6 +10,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default) /* these names are what libraries are linked by, whatever the default is */
 
 /* --- State of the services -----------------------------------------------------------------------------------------
  */
@@ -109,6 +110,7 @@ uint32_t IP6ADDR_DRVK_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gate
 /* Time since boot: whole seconds, and a second word that is not used. The result is not examined. */
 uint32_t TIME_GetSystemBootTime(uint32_t *seconds, uint32_t *other);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif
