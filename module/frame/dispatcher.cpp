@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The module's one entry for requests: finds the table, and which gate and service check stand before it.
+#include "frame/gate.h"
+#include "frame/tables.h"
+
+#include <ipmib/module.h>
+
+using namespace ipmib;
+
+namespace
+{
+
+std::uint32_t emptyTable(std::uint32_t operation, MorRequest *, MorReply *reply)
+{
+    return refuse(reply, operation == OP_GET ? ERR_NO_INSTANCE : ERR_NEXT_FAILED);
+}
+
+} // namespace
+
+std::uint32_t IP_ConfigCallBack(MorRequest *request, MorReply *reply)
+{
+    const std::uint32_t table = MOR_GetTableId(request);
+    const std::uint32_t operation = MOR_GetMsgOpType(request);
+    switch (table) {
+    case tableIpv6Scalars:
+        return serveScalars(operation, request, reply, emptyTable);
+    case tableIpSystemStats:
+    case tableIpIfStats:
+        return serve(operation, request, reply, emptyTable);
+    case tableIpv6Interface:
+    case tableIpAddressPrefix:
+    case tableIpAddress:
+    case tableIpNetToPhysical:
+    case tableIpDefaultRouter:
+    case tableIpv6RouterAdvert:
+        return serveIp6(operation, request, reply, emptyTable);
+    case tableIcmpStats:
+        return ip_IcmpStats_Proc(operation, request, reply);
+    case tableIcmpMsgStats:
+        return ip_IcmpMsgStats_Proc(operation, request, reply);
+    default:
+        return refuse(reply, ERR_TABLE_UNKNOWN);
+    }
+}
