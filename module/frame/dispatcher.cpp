@@ -23,11 +23,13 @@ std::uint32_t IP_ConfigCallBack(MorRequest *request, MorReply *reply)
     const std::uint32_t operation = MOR_GetMsgOpType(request);
     switch (table) {
     case tableIpv6Scalars:
-        return serveScalars(operation, request, reply, emptyTable);
-    case tableIpSystemStats:
-    case tableIpIfStats:
-        return serve(operation, request, reply, emptyTable);
+        return serveScalars(operation, request, reply, ip_Ipv6Scalars_Get);
     case tableIpv6Interface:
+        return serveIp6(operation, request, reply, ip_Ipv6Interface_Get);
+    case tableIpSystemStats:
+        return serve(operation, request, reply, ip_IpSystemStats_Get);
+    case tableIpIfStats:
+        return serve(operation, request, reply, ip_IpIfStats_Get);
     case tableIpAddressPrefix:
     case tableIpAddress:
     case tableIpNetToPhysical:

@@ -28,4 +28,10 @@ enum TableId : std::uint32_t {
 inline constexpr std::uint32_t versionIp4 = 1;
 inline constexpr std::uint32_t versionIp6 = 2;
 
+// Handlers of the tables that have no exported family; each is called behind its gate.
+std::uint32_t ip_Ipv6Scalars_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
+std::uint32_t ip_Ipv6Interface_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
+std::uint32_t ip_IpSystemStats_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
+std::uint32_t ip_IpIfStats_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
+
 } // namespace ipmib
