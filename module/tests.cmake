@@ -1,0 +1,14 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# Tests of the module's rooms over a scripted platform, all in one program.
+
+ipmib_test(
+  module_test
+  SOURCES
+  frame/dispatcher_test.cpp
+  frame/lifecycle_test.cpp
+  frame/walk_test.cpp
+  nd_icmp/icmp_msg_stats_test.cpp
+  nd_icmp/icmp_stats_test.cpp
+  LIBS
+  ipmib_module_objects
+  ipmib_scripted)

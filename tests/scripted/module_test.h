@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The fixture of the module's tests: a new world for each test, and no test passes that made the platform complain.
+#pragma once
+
+#include "call_log.h"
+#include "request.h"
+#include "world.h"
+
+#include <ipmib/module.h>
+
+#include <gtest/gtest.h>
+
+namespace ipmib::scripted
+{
+
+class ModuleTest : public testing::Test
+{
+  protected:
+    void SetUp() override { newWorld(); }
+    void TearDown() override
+    {
+        EXPECT_EQ(complaints(), std::vector<std::string>{});
+        EXPECT_EQ(openIterators(), 0u) << "an iterator was not finalised";
+    }
+};
+
+} // namespace ipmib::scripted
