@@ -7,16 +7,6 @@
 
 using namespace ipmib;
 
-namespace
-{
-
-std::uint32_t emptyTable(std::uint32_t operation, MorRequest *, MorReply *reply)
-{
-    return refuse(reply, operation == OP_GET ? ERR_NO_INSTANCE : ERR_NEXT_FAILED);
-}
-
-} // namespace
-
 std::uint32_t IP_ConfigCallBack(MorRequest *request, MorReply *reply)
 {
     const std::uint32_t table = MOR_GetTableId(request);
@@ -31,11 +21,15 @@ std::uint32_t IP_ConfigCallBack(MorRequest *request, MorReply *reply)
     case tableIpIfStats:
         return serve(operation, request, reply, ip_IpIfStats_Get);
     case tableIpAddressPrefix:
+        return serveIp6(operation, request, reply, ip_AddressPrefix_Proc);
     case tableIpAddress:
+        return serveIp6(operation, request, reply, ip_Address_Proc);
     case tableIpNetToPhysical:
+        return ip_IpNetToPhysical_Proc(operation, request, reply);
     case tableIpDefaultRouter:
+        return serveIp6(operation, request, reply, ip_DefaultRouter_Get);
     case tableIpv6RouterAdvert:
-        return serveIp6(operation, request, reply, emptyTable);
+        return ip_Ipv6RouterAdvert_Proc(operation, request, reply);
     case tableIcmpStats:
         return ip_IcmpStats_Proc(operation, request, reply);
     case tableIcmpMsgStats:

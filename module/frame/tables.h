@@ -33,5 +33,8 @@ std::uint32_t ip_Ipv6Scalars_Get(std::uint32_t operation, MorRequest *request, M
 std::uint32_t ip_Ipv6Interface_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
 std::uint32_t ip_IpSystemStats_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
 std::uint32_t ip_IpIfStats_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
+std::uint32_t ip_AddressPrefix_Proc(std::uint32_t operation, MorRequest *request, MorReply *reply);
+std::uint32_t ip_Address_Proc(std::uint32_t operation, MorRequest *request, MorReply *reply);
+std::uint32_t ip_DefaultRouter_Get(std::uint32_t operation, MorRequest *request, MorReply *reply);
 
 } // namespace ipmib

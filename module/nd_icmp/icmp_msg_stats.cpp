@@ -17,10 +17,10 @@ namespace
 {
 
 constexpr Column columns[] = {
-    number(VT_INTEGER, offsetof(IcmpMsgStatsRow, ip_version)),
-    number(VT_INTEGER, offsetof(IcmpMsgStatsRow, type)),
-    number(VT_COUNTER32, offsetof(IcmpMsgStatsRow, in_pkts)),
-    number(VT_COUNTER32, offsetof(IcmpMsgStatsRow, out_pkts)),
+    number(VT_INTEGER, offsetof(IcmpMsgStatsRow, ip_version)), // icmpMsgStatsIPVersion
+    number(VT_INTEGER, offsetof(IcmpMsgStatsRow, type)),       // icmpMsgStatsType
+    number(VT_COUNTER32, offsetof(IcmpMsgStatsRow, in_pkts)),  // icmpMsgStatsInPkts
+    number(VT_COUNTER32, offsetof(IcmpMsgStatsRow, out_pkts)), // icmpMsgStatsOutPkts
 };
 constexpr Table icmpMsgStats = table(tableIcmpMsgStats, 2, columns);
 

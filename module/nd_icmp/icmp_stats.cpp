@@ -15,9 +15,11 @@ namespace
 {
 
 constexpr Column columns[] = {
-    number(VT_INTEGER, offsetof(IcmpStatsRow, ip_version)),   number(VT_COUNTER32, offsetof(IcmpStatsRow, in_msgs)),
-    number(VT_COUNTER32, offsetof(IcmpStatsRow, in_errors)),  number(VT_COUNTER32, offsetof(IcmpStatsRow, out_msgs)),
-    number(VT_COUNTER32, offsetof(IcmpStatsRow, out_errors)),
+    number(VT_INTEGER, offsetof(IcmpStatsRow, ip_version)),   // icmpStatsIPVersion
+    number(VT_COUNTER32, offsetof(IcmpStatsRow, in_msgs)),    // icmpStatsInMsgs
+    number(VT_COUNTER32, offsetof(IcmpStatsRow, in_errors)),  // icmpStatsInErrors
+    number(VT_COUNTER32, offsetof(IcmpStatsRow, out_msgs)),   // icmpStatsOutMsgs
+    number(VT_COUNTER32, offsetof(IcmpStatsRow, out_errors)), // icmpStatsOutErrors
 };
 constexpr Table icmpStats = table(tableIcmpStats, 1, columns);
 

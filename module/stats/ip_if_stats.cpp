@@ -17,22 +17,38 @@ namespace
 
 // The last eight were added later, out of the order of the sub-identifiers.
 constexpr Column columns[] = {
-    number(VT_INTEGER, offsetof(TrafficRow, ip_version)),   number(VT_INTEGER, offsetof(TrafficRow, if_index)),
-    counter32Of64(offsetof(TrafficRow, stat.in_receives)),  counter32(offsetof(TrafficRow, header_errors)),
-    counter32(offsetof(TrafficRow, stat.in_no_routes)),     counter32(offsetof(TrafficRow, stat.address_errors)),
-    counter32(offsetof(TrafficRow, stat.unknown_protos)),   counter32(offsetof(TrafficRow, stat.in_truncated)),
-    counter32Of64(offsetof(TrafficRow, stat.in_forwarded)), counter32(offsetof(TrafficRow, stat.reasm_required)),
-    counter32(offsetof(TrafficRow, stat.reasm_oks)),        counter32(offsetof(TrafficRow, reasm_fails)),
-    counter32(offsetof(TrafficRow, stat.in_discards)),      counter32(offsetof(TrafficRow, stat.in_delivers)),
-    counter32Of64(offsetof(TrafficRow, stat.out_requests)), counter32Of64(offsetof(TrafficRow, stat.out_forwarded)),
-    counter32(offsetof(TrafficRow, stat.out_discards)),     counter32(offsetof(TrafficRow, frag_required)),
-    counter32(offsetof(TrafficRow, stat.frag_oks)),         counter32(offsetof(TrafficRow, stat.frag_fails)),
-    counter32(offsetof(TrafficRow, stat.frag_creates)),     counter32Of64(offsetof(TrafficRow, stat.out_transmits)),
-    counter32(offsetof(TrafficRow, stat.in_mcast_pkts)),    counter32(offsetof(TrafficRow, stat.out_mcast_pkts)),
-    counter64(offsetof(TrafficRow, stat.in_receives)),      counter32Of64(offsetof(TrafficRow, stat.in_octets)),
-    counter64(offsetof(TrafficRow, stat.in_octets)),        counter64(offsetof(TrafficRow, stat.out_requests)),
-    counter64(offsetof(TrafficRow, stat.out_forwarded)),    counter32Of64(offsetof(TrafficRow, stat.out_octets)),
-    counter64(offsetof(TrafficRow, stat.out_octets)),       counter64(offsetof(TrafficRow, stat.out_transmits)),
+    number(VT_INTEGER, offsetof(TrafficRow, ip_version)),    // ipIfStatsIPVersion
+    number(VT_INTEGER, offsetof(TrafficRow, if_index)),      // ipIfStatsIfIndex
+    counter32Of64(offsetof(TrafficRow, stat.in_receives)),   // ipIfStatsInReceives
+    counter32(offsetof(TrafficRow, header_errors)),          // ipIfStatsInHdrErrors
+    counter32(offsetof(TrafficRow, stat.in_no_routes)),      // ipIfStatsInNoRoutes
+    counter32(offsetof(TrafficRow, stat.address_errors)),    // ipIfStatsInAddrErrors
+    counter32(offsetof(TrafficRow, stat.unknown_protos)),    // ipIfStatsInUnknownProtos
+    counter32(offsetof(TrafficRow, stat.in_truncated)),      // ipIfStatsInTruncatedPkts
+    counter32Of64(offsetof(TrafficRow, stat.in_forwarded)),  // ipIfStatsInForwDatagrams
+    counter32(offsetof(TrafficRow, stat.reasm_required)),    // ipIfStatsReasmReqds
+    counter32(offsetof(TrafficRow, stat.reasm_oks)),         // ipIfStatsReasmOKs
+    counter32(offsetof(TrafficRow, reasm_fails)),            // ipIfStatsReasmFails
+    counter32(offsetof(TrafficRow, stat.in_discards)),       // ipIfStatsInDiscards
+    counter32(offsetof(TrafficRow, stat.in_delivers)),       // ipIfStatsInDelivers
+    counter32Of64(offsetof(TrafficRow, stat.out_requests)),  // ipIfStatsOutRequests
+    counter32Of64(offsetof(TrafficRow, stat.out_forwarded)), // ipIfStatsOutForwDatagrams
+    counter32(offsetof(TrafficRow, stat.out_discards)),      // ipIfStatsOutDiscards
+    counter32(offsetof(TrafficRow, frag_required)),          // ipIfStatsOutFragReqds
+    counter32(offsetof(TrafficRow, stat.frag_oks)),          // ipIfStatsOutFragOKs
+    counter32(offsetof(TrafficRow, stat.frag_fails)),        // ipIfStatsOutFragFails
+    counter32(offsetof(TrafficRow, stat.frag_creates)),      // ipIfStatsOutFragCreates
+    counter32Of64(offsetof(TrafficRow, stat.out_transmits)), // ipIfStatsOutTransmits
+    counter32(offsetof(TrafficRow, stat.in_mcast_pkts)),     // ipIfStatsInMcastPkts
+    counter32(offsetof(TrafficRow, stat.out_mcast_pkts)),    // ipIfStatsOutMcastPkts
+    counter64(offsetof(TrafficRow, stat.in_receives)),       // ipIfStatsHCInReceives
+    counter32Of64(offsetof(TrafficRow, stat.in_octets)),     // ipIfStatsInOctets
+    counter64(offsetof(TrafficRow, stat.in_octets)),         // ipIfStatsHCInOctets
+    counter64(offsetof(TrafficRow, stat.out_requests)),      // ipIfStatsHCOutRequests
+    counter64(offsetof(TrafficRow, stat.out_forwarded)),     // ipIfStatsHCOutForwDatagrams
+    counter32Of64(offsetof(TrafficRow, stat.out_octets)),    // ipIfStatsOutOctets
+    counter64(offsetof(TrafficRow, stat.out_octets)),        // ipIfStatsHCOutOctets
+    counter64(offsetof(TrafficRow, stat.out_transmits)),     // ipIfStatsHCOutTransmits
 };
 constexpr Table ipIfStats = table(tableIpIfStats, 2, columns);
 

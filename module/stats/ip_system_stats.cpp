@@ -15,19 +15,31 @@ namespace
 {
 
 constexpr Column columns[] = {
-    number(VT_INTEGER, offsetof(TrafficRow, ip_version)),    counter32Of64(offsetof(TrafficRow, stat.in_receives)),
-    counter64(offsetof(TrafficRow, stat.in_receives)),       counter32(offsetof(TrafficRow, header_errors)),
-    counter32(offsetof(TrafficRow, stat.in_no_routes)),      counter32(offsetof(TrafficRow, stat.address_errors)),
-    counter32(offsetof(TrafficRow, stat.unknown_protos)),    counter32Of64(offsetof(TrafficRow, stat.in_forwarded)),
-    counter64(offsetof(TrafficRow, stat.in_forwarded)),      counter32(offsetof(TrafficRow, stat.reasm_required)),
-    counter32(offsetof(TrafficRow, stat.reasm_oks)),         counter32(offsetof(TrafficRow, reasm_fails)),
-    counter32(offsetof(TrafficRow, stat.in_discards)),       counter32(offsetof(TrafficRow, stat.in_delivers)),
-    counter32Of64(offsetof(TrafficRow, stat.out_requests)),  counter32(offsetof(TrafficRow, stat.out_no_routes)),
-    counter32Of64(offsetof(TrafficRow, stat.out_forwarded)), counter64(offsetof(TrafficRow, stat.out_forwarded)),
-    counter32(offsetof(TrafficRow, stat.out_discards)),      counter32(offsetof(TrafficRow, frag_required)),
-    counter32(offsetof(TrafficRow, stat.frag_oks)),          counter32(offsetof(TrafficRow, stat.frag_fails)),
-    counter32(offsetof(TrafficRow, stat.frag_creates)),      counter32Of64(offsetof(TrafficRow, stat.out_transmits)),
-    counter64(offsetof(TrafficRow, stat.out_transmits)),
+    number(VT_INTEGER, offsetof(TrafficRow, ip_version)),    // ipSystemStatsIPVersion
+    counter32Of64(offsetof(TrafficRow, stat.in_receives)),   // ipSystemStatsInReceives
+    counter64(offsetof(TrafficRow, stat.in_receives)),       // ipSystemStatsHCInReceives
+    counter32(offsetof(TrafficRow, header_errors)),          // ipSystemStatsInHdrErrors
+    counter32(offsetof(TrafficRow, stat.in_no_routes)),      // ipSystemStatsInNoRoutes
+    counter32(offsetof(TrafficRow, stat.address_errors)),    // ipSystemStatsInAddrErrors
+    counter32(offsetof(TrafficRow, stat.unknown_protos)),    // ipSystemStatsInUnknownProtos
+    counter32Of64(offsetof(TrafficRow, stat.in_forwarded)),  // ipSystemStatsInForwDatagrams
+    counter64(offsetof(TrafficRow, stat.in_forwarded)),      // ipSystemStatsHCInForwDatagrams
+    counter32(offsetof(TrafficRow, stat.reasm_required)),    // ipSystemStatsReasmReqds
+    counter32(offsetof(TrafficRow, stat.reasm_oks)),         // ipSystemStatsReasmOKs
+    counter32(offsetof(TrafficRow, reasm_fails)),            // ipSystemStatsReasmFails
+    counter32(offsetof(TrafficRow, stat.in_discards)),       // ipSystemStatsInDiscards
+    counter32(offsetof(TrafficRow, stat.in_delivers)),       // ipSystemStatsInDelivers
+    counter32Of64(offsetof(TrafficRow, stat.out_requests)),  // ipSystemStatsOutRequests
+    counter32(offsetof(TrafficRow, stat.out_no_routes)),     // ipSystemStatsOutNoRoutes
+    counter32Of64(offsetof(TrafficRow, stat.out_forwarded)), // ipSystemStatsOutForwDatagrams
+    counter64(offsetof(TrafficRow, stat.out_forwarded)),     // ipSystemStatsHCOutForwDatagrams
+    counter32(offsetof(TrafficRow, stat.out_discards)),      // ipSystemStatsOutDiscards
+    counter32(offsetof(TrafficRow, frag_required)),          // ipSystemStatsOutFragReqds
+    counter32(offsetof(TrafficRow, stat.frag_oks)),          // ipSystemStatsOutFragOKs
+    counter32(offsetof(TrafficRow, stat.frag_fails)),        // ipSystemStatsOutFragFails
+    counter32(offsetof(TrafficRow, stat.frag_creates)),      // ipSystemStatsOutFragCreates
+    counter32Of64(offsetof(TrafficRow, stat.out_transmits)), // ipSystemStatsOutTransmits
+    counter64(offsetof(TrafficRow, stat.out_transmits)),     // ipSystemStatsHCOutTransmits
 };
 constexpr Table ipSystemStats = table(tableIpSystemStats, 1, columns);
 

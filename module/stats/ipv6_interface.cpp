@@ -24,13 +24,13 @@ struct Ipv6InterfaceRow {
 };
 
 constexpr Column columns[] = {
-    number(VT_INTEGER, offsetof(Ipv6InterfaceRow, if_index)),
-    number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, reasm_max_size)),
-    octets(offsetof(Ipv6InterfaceRow, identifier), sizeof Ipv6InterfaceRow::identifier),
-    number(VT_INTEGER, offsetof(Ipv6InterfaceRow, enable_status)),
-    number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, reachable_time)),
-    number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, retransmit_time)),
-    number(VT_INTEGER, offsetof(Ipv6InterfaceRow, forwarding)),
+    number(VT_INTEGER, offsetof(Ipv6InterfaceRow, if_index)),                            // ipv6InterfaceIfIndex
+    number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, reasm_max_size)),                   // ipv6InterfaceReasmMaxSize
+    octets(offsetof(Ipv6InterfaceRow, identifier), sizeof Ipv6InterfaceRow::identifier), // ipv6InterfaceIdentifier
+    number(VT_INTEGER, offsetof(Ipv6InterfaceRow, enable_status)),                       // ipv6InterfaceEnableStatus
+    number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, reachable_time)),                   // ipv6InterfaceReachableTime
+    number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, retransmit_time)),                  // ipv6InterfaceRetransmitTime
+    number(VT_INTEGER, offsetof(Ipv6InterfaceRow, forwarding)),                          // ipv6InterfaceForwarding
 };
 constexpr Table ipv6Interface = table(tableIpv6Interface, 1, columns);
 
