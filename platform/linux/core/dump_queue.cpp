@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Reads tables of the kernel one after the other over one socket, in pieces.
+#include "core/mirror.h"
+
+#include "core/log.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace ipmib::platform
+{
+
+namespace
+{
+constexpr int answerTimeout = 5000; // ms
+constexpr int receiveBuffer = 1024 * 1024;
+
+// A kernel without the table (IPv6 switched off) has no rows of it.
+bool meansEmpty(int error)
+{
+    return error == EOPNOTSUPP || error == EAFNOSUPPORT;
+}
+} // namespace
+
+std::string DumpQueue::start(EventLoop &loop)
+{
+    loop_ = &loop;
+    const bool timer = retry_.open(loop, [this] {
+        for (Mirror *mirror : std::exchange(later_, {})) {
+            mirror->refresh();
+        }
+    });
+    if (!timer || !openSocket()) {
+        return "cannot open a netlink socket: " + socket_.error();
+    }
+    return "";
+}
+
+void DumpQueue::stop()
+{
+    retry_.close();
+    if (socket_.isOpen()) {
+        loop_->forget(socket_.descriptor());
+        socket_.close();
+    }
+    waiting_.clear();
+    later_.clear();
+    reading_ = false;
+}
+
+bool DumpQueue::openSocket()
+{
+    if (socket_.isOpen()) {
+        loop_->forget(socket_.descriptor());
+    }
+    return socket_.open({}, receiveBuffer) && loop_->watch(socket_.descriptor(), EventLoop::Work::background, [this] {
+        for (unsigned i = 0; i < readsPerPiece && readPiece(); ++i) {
+        }
+    });
+}
+
+void DumpQueue::add(Mirror &mirror)
+{
+    waiting_.push_back(&mirror);
+    if (!reading_) {
+        attempt_ = 0;
+        begin();
+    }
+}
+
+void DumpQueue::remove(Mirror &mirror)
+{
+    std::erase(later_, &mirror);
+    if (reading_ && waiting_.front() == &mirror) {
+        mirror.table_.abandonRebuild();
+        waiting_.pop_front();
+        reading_ = false;
+        openSocket(); // the kernel's half of the dump ends with the socket
+        begin();
+    } else {
+        std::erase(waiting_, &mirror);
+    }
+}
+
+void DumpQueue::begin()
+{
+    if (waiting_.empty() || !socket_.isOpen()) {
+        return;
+    }
+    reading_ = true;
+    which_ = 0;
+    interrupted_ = false;
+    waiting_.front()->dumpBegins();
+    sendRequest();
+}
+
+bool DumpQueue::sendRequest()
+{
+    RtnetlinkRequest request = waiting_.front()->table_.dump(which_);
+    if (socket_.send(request)) {
+        return true;
+    }
+    fail();
+    return false;
+}
+
+std::string DumpQueue::runToEnd()
+{
+    lastError_.clear();
+    while (reading_) {
+        pollfd wait{socket_.descriptor(), POLLIN, 0};
+        if (!readPiece() && reading_ && poll(&wait, 1, answerTimeout) == 0) {
+            return "no answer";
+        }
+    }
+    return lastError_;
+}
+
+bool DumpQueue::readPiece()
+{
+    if (!reading_) {
+        return false;
+    }
+    KernelTable &table = waiting_.front()->table_;
+    const Rtnetlink::Read result = socket_.read([&](const nlmsghdr &message) { table.rebuildWith(message); });
+    switch (result) {
+    case Rtnetlink::Read::rows:
+        return true;
+    case Rtnetlink::Read::nothing:
+        return false;
+    default:
+        finish(result);
+        return reading_;
+    }
+}
+
+void DumpQueue::finish(Rtnetlink::Read result)
+{
+    Mirror &mirror = *waiting_.front();
+    interrupted_ = interrupted_ || result == Rtnetlink::Read::interrupted;
+    const bool empty = result == Rtnetlink::Read::failed && meansEmpty(socket_.errorNumber());
+    if ((result == Rtnetlink::Read::failed && !empty) || result == Rtnetlink::Read::lost) {
+        fail();
+        return;
+    }
+    if (++which_ < mirror.table_.dumps()) {
+        sendRequest();
+        return;
+    }
+    if (!interrupted_) {
+        mirror.table_.commitRebuild();
+        end(true);
+        return;
+    }
+    if (++attempt_ < attempts) {
+        mirror.table_.abandonRebuild();
+        begin();
+        return;
+    }
+    // The last good rows stay. At the start there are none, and then rows that are nearly right are better.
+    const bool first = mirror.timesRead_ == 0;
+    if (first) {
+        mirror.table_.commitRebuild();
+    } else {
+        mirror.table_.abandonRebuild();
+    }
+    logWarning("netlink: %s: the table changed during each of %u readings, trying again later", mirror.table_.name(),
+               attempts);
+    later_.push_back(&mirror);
+    retry_.arm(retryMilliseconds);
+    end(first);
+}
+
+void DumpQueue::fail()
+{
+    Mirror &mirror = *waiting_.front();
+    lastError_ = socket_.error();
+    logWarning("netlink: %s: %s, trying again later", mirror.table_.name(), lastError_.c_str());
+    mirror.table_.abandonRebuild();
+    openSocket();
+    later_.push_back(&mirror);
+    retry_.arm(retryMilliseconds);
+    end(false);
+}
+
+void DumpQueue::end(bool committed)
+{
+    Mirror *mirror = waiting_.front();
+    waiting_.pop_front();
+    reading_ = false;
+    attempt_ = 0;
+    mirror->dumpEnds(committed); // may ask for the next dump at once
+    if (!reading_) {
+        begin();
+    }
+}
+
+} // namespace ipmib::platform

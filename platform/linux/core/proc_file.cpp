@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A file of /proc that is read again and again.
+#include "core/proc_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <charconv>
+
+namespace ipmib::platform
+{
+
+bool ProcFile::open()
+{
+    if (!fd_) {
+        fd_ = Descriptor(::open(path_, O_RDONLY | O_CLOEXEC));
+    }
+    return static_cast<bool>(fd_);
+}
+
+std::string_view ProcFile::read(char *buffer, std::size_t capacity)
+{
+    // These files give all they have in one read.
+    const ssize_t length = open() ? pread(fd_.get(), buffer, capacity, 0) : 0;
+    return {buffer, static_cast<std::size_t>(length > 0 ? length : 0)};
+}
+
+std::optional<std::uint32_t> ProcFile::readNumber()
+{
+    char buffer[32];
+    const std::string_view text = read(buffer, sizeof buffer);
+    std::uint32_t value = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    return result.ec == std::errc() ? std::optional(value) : std::nullopt;
+}
+
+} // namespace ipmib::platform

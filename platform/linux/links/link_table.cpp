@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The interfaces of this network namespace, by ifIndex.
+#include "links/link_table.h"
+
+#include "core/attributes.h"
+
+#include <linux/if_link.h>
+
+namespace ipmib::platform
+{
+
+bool parseLink(const nlmsghdr &message, Link &link)
+{
+    if (message.nlmsg_len < mnl_nlmsg_size(sizeof(ifinfomsg))) {
+        return false;
+    }
+    const auto &info = *static_cast<const ifinfomsg *>(mnl_nlmsg_get_payload(&message));
+    // Bridges announce their ports in the same group, in a family of their own.
+    if (info.ifi_family != AF_UNSPEC || info.ifi_index <= 0) {
+        return false;
+    }
+    const Attributes<IFLA_MAX> attributes(message, sizeof(ifinfomsg));
+    link = Link{};
+    link.ifIndex = static_cast<std::uint32_t>(info.ifi_index);
+    link.flags = info.ifi_flags;
+    link.hardware = info.ifi_type;
+    link.mtu = attributes.get<std::uint32_t>(IFLA_MTU).value_or(0);
+    link.addressSize = static_cast<std::uint8_t>(attributes.copyBytes(IFLA_ADDRESS, link.address, sizeof link.address));
+    attributes.copyString(IFLA_IFNAME, link.name);
+    Attributes<IFLA_INFO_MAX>(attributes[IFLA_LINKINFO]).copyString(IFLA_INFO_KIND, link.kind);
+    return true;
+}
+
+RtnetlinkRequest LinkTable::dump(std::size_t) const
+{
+    RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
+    request.family<ifinfomsg>().ifi_family = AF_UNSPEC;
+    mnl_attr_put_u32(request.message(), IFLA_EXT_MASK, RTEXT_FILTER_SKIP_STATS);
+    return request;
+}
+
+void LinkTable::rebuildWith(const nlmsghdr &message)
+{
+    Link link;
+    if (message.nlmsg_type == RTM_NEWLINK && parseLink(message, link)) {
+        fresh_.put(link);
+    }
+}
+
+void LinkTable::commitRebuild()
+{
+    links_.swap(fresh_);
+    fresh_.each([this](const Link &before) { tellDown(before, links_.find(before.ifIndex)); });
+    fresh_.clear();
+}
+
+void LinkTable::apply(const nlmsghdr &message)
+{
+    Link link;
+    if (!parseLink(message, link)) {
+        return;
+    }
+    const Link *found = links_.find(link.ifIndex);
+    const bool known = found != nullptr;
+    const Link before = known ? *found : Link{};
+    if (message.nlmsg_type == RTM_NEWLINK) {
+        links_.put(link);
+        if (known) {
+            tellDown(before, &link);
+        }
+    } else if (message.nlmsg_type == RTM_DELLINK && links_.erase(link.ifIndex)) {
+        tellDown(before, nullptr);
+    }
+}
+
+void LinkTable::tellDown(const Link &before, const Link *now) const
+{
+    const bool wasUp = (before.flags & IFF_UP) != 0;
+    const bool isUp = now != nullptr && (now->flags & IFF_UP) != 0;
+    if (down_ && (now == nullptr || (wasUp && !isUp))) {
+        down_(before.ifIndex);
+    }
+}
+
+} // namespace ipmib::platform

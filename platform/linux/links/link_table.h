@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The interfaces of this network namespace, by ifIndex.
+#pragma once
+
+#include "core/mirror.h"
+#include "ordered_table.h"
+
+#include <net/if.h>
+
+#include <functional>
+
+namespace ipmib::platform
+{
+
+struct Link {
+    std::uint32_t ifIndex;
+    std::uint32_t flags; // IFF_*
+    std::uint32_t mtu;
+    std::uint16_t hardware;   // ARPHRD_*
+    std::uint8_t addressSize; // bytes of the link-layer address
+    std::uint8_t address[32];
+    char name[IFNAMSIZ];
+    char kind[IFNAMSIZ]; // "veth", "bridge", ...; "" for a device without one
+};
+
+class LinkTable : public KernelTable
+{
+  public:
+    // Called when an interface has gone down or away, with what the kernel may not announce row by row.
+    using DownHandler = std::function<void(std::uint32_t ifIndex)>;
+    void onDown(DownHandler handler) { down_ = std::move(handler); }
+
+    // Null when there is none. Pointers are good until announcements are read.
+    const Link *find(std::uint32_t ifIndex) const { return links_.find(ifIndex); }
+    const Link *after(std::uint32_t ifIndex) const { return links_.after(ifIndex); }
+    std::size_t size() const { return links_.size(); }
+
+    const char *name() const override { return "links"; }
+    std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
+    RtnetlinkRequest dump(std::size_t which) const override;
+    void beginRebuild() override { fresh_.clear(); }
+    void rebuildWith(const nlmsghdr &message) override;
+    void commitRebuild() override;
+    void abandonRebuild() override { fresh_.clear(); }
+    void apply(const nlmsghdr &message) override;
+
+  private:
+    struct ByIfIndex {
+        bool operator()(const Link &a, const Link &b) const { return a.ifIndex < b.ifIndex; }
+        bool operator()(const Link &a, std::uint32_t b) const { return a.ifIndex < b; }
+        bool operator()(std::uint32_t a, const Link &b) const { return a < b.ifIndex; }
+    };
+    using Links = OrderedTable<Link, ByIfIndex>;
+
+    void tellDown(const Link &before, const Link *now) const;
+
+    Links links_;
+    Links fresh_;
+    DownHandler down_;
+};
+
+// What an RTM_NEWLINK message says of a link; false when it is not about one.
+bool parseLink(const nlmsghdr &message, Link &link);
+
+} // namespace ipmib::platform

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// An ordered set of rows for tables of a few to a million of them: a sorted sequence of sorted chunks.
+//
+// Compared with a tree of nodes it costs no allocation and no pointers for each row, and the next row is mostly the
+// next one in memory. Lookups are two binary searches, a change moves at most one chunk's rows.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace ipmib::platform
+{
+
+// Less orders rows, and rows and keys: less(row, row), less(row, key), less(key, row). A pointer to a row is good until
+// the table changes.
+template <class Row, class Less, std::size_t ChunkBytes = 4096>
+class OrderedTable
+{
+    static_assert(std::is_trivially_copyable_v<Row>, "rows are moved as plain memory");
+
+  public:
+    static constexpr std::size_t capacity = std::max<std::size_t>(8, (ChunkBytes - sizeof(std::size_t)) / sizeof(Row));
+
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+
+    void clear()
+    {
+        chunks_.clear();
+        size_ = 0;
+    }
+
+    void swap(OrderedTable &other)
+    {
+        chunks_.swap(other.chunks_);
+        std::swap(size_, other.size_);
+    }
+
+    const Row *first() const { return chunks_.empty() ? nullptr : &chunks_.front()->rows[0]; }
+
+    // The row that equals the key.
+    template <class Key>
+    const Row *find(const Key &key) const
+    {
+        const Row *row = atOrAfter(key);
+        return row != nullptr && !less_(key, *row) ? row : nullptr;
+    }
+
+    // For fields that the order does not look at.
+    template <class Key>
+    Row *findToChange(const Key &key)
+    {
+        return const_cast<Row *>(std::as_const(*this).find(key));
+    }
+
+    // The first row that is not less than the key.
+    template <class Key>
+    const Row *atOrAfter(const Key &key) const
+    {
+        return seek([&](const Row &row) { return less_(row, key); });
+    }
+
+    // The first row that is greater than the key, which need not be in the table.
+    template <class Key>
+    const Row *after(const Key &key) const
+    {
+        return seek([&](const Row &row) { return !less_(key, row); });
+    }
+
+    // Adds the row, or replaces the one that equals it. True when it was added.
+    bool put(const Row &row)
+    {
+        if (chunks_.empty()) {
+            chunks_.push_back(std::make_unique<Chunk>());
+        }
+        std::size_t at = chunkOf([&](const Row &other) { return less_(other, row); });
+        if (at == chunks_.size()) {
+            --at; // greater than all: it goes behind the last one
+        }
+        std::size_t place = placeIn(*chunks_[at], [&](const Row &other) { return less_(other, row); });
+        if (place < chunks_[at]->count && !less_(row, chunks_[at]->rows[place])) {
+            chunks_[at]->rows[place] = row;
+            return false;
+        }
+        if (chunks_[at]->count == capacity) {
+            makeRoom(at, place);
+        }
+        Chunk &chunk = *chunks_[at];
+        std::copy_backward(chunk.rows + place, chunk.rows + chunk.count, chunk.rows + chunk.count + 1);
+        chunk.rows[place] = row;
+        ++chunk.count;
+        ++size_;
+        return true;
+    }
+
+    template <class Key>
+    bool erase(const Key &key)
+    {
+        const auto before = [&](const Row &row) { return less_(row, key); };
+        const std::size_t at = chunkOf(before);
+        if (at == chunks_.size()) {
+            return false;
+        }
+        Chunk &chunk = *chunks_[at];
+        const std::size_t place = placeIn(chunk, before);
+        if (less_(key, chunk.rows[place])) {
+            return false;
+        }
+        std::copy(chunk.rows + place + 1, chunk.rows + chunk.count, chunk.rows + place);
+        --chunk.count;
+        --size_;
+        mergeSmall(at);
+        return true;
+    }
+
+    // Calls visit(row) for each row in order.
+    template <class Visit>
+    void each(Visit visit) const
+    {
+        for (const auto &chunk : chunks_) {
+            for (std::size_t i = 0; i < chunk->count; ++i) {
+                visit(chunk->rows[i]);
+            }
+        }
+    }
+
+    std::size_t memory() const { return chunks_.size() * sizeof(Chunk) + chunks_.capacity() * sizeof(chunks_[0]); }
+
+  private:
+    struct Chunk {
+        std::size_t count = 0; // never 0 in a chunk of a table that is at rest
+        Row rows[capacity];
+    };
+
+    // The first chunk whose last row is not before what is looked for.
+    template <class Before>
+    std::size_t chunkOf(Before before) const
+    {
+        const auto found = std::partition_point(chunks_.begin(), chunks_.end(), [&](const auto &chunk) {
+            return chunk->count != 0 && before(chunk->rows[chunk->count - 1]);
+        });
+        return static_cast<std::size_t>(found - chunks_.begin());
+    }
+
+    template <class Before>
+    static std::size_t placeIn(const Chunk &chunk, Before before)
+    {
+        return static_cast<std::size_t>(std::partition_point(chunk.rows, chunk.rows + chunk.count, before) -
+                                        chunk.rows);
+    }
+
+    template <class Before>
+    const Row *seek(Before before) const
+    {
+        const std::size_t at = chunkOf(before);
+        return at == chunks_.size() ? nullptr : &chunks_[at]->rows[placeIn(*chunks_[at], before)];
+    }
+
+    // Splits a full chunk and corrects the place of the row to come. Ascending input leaves full chunks behind.
+    void makeRoom(std::size_t &at, std::size_t &place)
+    {
+        const bool atEnd = place == capacity;
+        const std::size_t keep = atEnd ? capacity : capacity / 2;
+        auto upper = std::make_unique<Chunk>();
+        Chunk &lower = *chunks_[at];
+        std::copy(lower.rows + keep, lower.rows + capacity, upper->rows);
+        upper->count = capacity - keep;
+        lower.count = keep;
+        chunks_.insert(chunks_.begin() + static_cast<std::ptrdiff_t>(at) + 1, std::move(upper));
+        if (atEnd || place > keep) {
+            ++at;
+            place -= keep;
+        }
+    }
+
+    // Keeps memory in proportion to the rows: a chunk that has become small moves into a neighbour with room.
+    void mergeSmall(std::size_t at)
+    {
+        if (chunks_[at]->count == 0) {
+            chunks_.erase(chunks_.begin() + static_cast<std::ptrdiff_t>(at));
+            return;
+        }
+        if (chunks_[at]->count > capacity / 4 || chunks_.size() == 1) {
+            return;
+        }
+        const std::size_t left = at == 0 ? 0 : at - 1;
+        Chunk &lower = *chunks_[left];
+        Chunk &upper = *chunks_[left + 1];
+        if (lower.count + upper.count > capacity * 3 / 4) {
+            return;
+        }
+        std::copy(upper.rows, upper.rows + upper.count, lower.rows + lower.count);
+        lower.count += upper.count;
+        chunks_.erase(chunks_.begin() + static_cast<std::ptrdiff_t>(left) + 1);
+    }
+
+    std::vector<std::unique_ptr<Chunk>> chunks_;
+    std::size_t size_ = 0;
+    [[no_unique_address]] Less less_;
+};
+
+} // namespace ipmib::platform

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The ordered table does what a std::map does, for any sequence of changes, and keeps its memory in proportion.
+#include "ordered_table.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+namespace
+{
+
+using ipmib::platform::OrderedTable;
+
+struct Row {
+    std::uint32_t key;
+    std::uint32_t value;
+};
+
+struct ByKey {
+    bool operator()(const Row &a, const Row &b) const { return a.key < b.key; }
+    bool operator()(const Row &a, std::uint32_t b) const { return a.key < b; }
+    bool operator()(std::uint32_t a, const Row &b) const { return a < b.key; }
+};
+
+// Small chunks, so that splits and merges happen all the time.
+using Table = OrderedTable<Row, ByKey, 64>;
+using Model = std::map<std::uint32_t, std::uint32_t>;
+
+void expectSame(const Row *row, const Model &model, Model::const_iterator expected)
+{
+    if (expected == model.end()) {
+        EXPECT_EQ(row, nullptr);
+    } else {
+        ASSERT_NE(row, nullptr);
+        EXPECT_EQ(row->key, expected->first);
+        EXPECT_EQ(row->value, expected->second);
+    }
+}
+
+void expectSameLookups(const Table &table, const Model &model, std::uint32_t key)
+{
+    expectSame(table.find(key), model, model.find(key));
+    expectSame(table.after(key), model, model.upper_bound(key));
+    expectSame(table.atOrAfter(key), model, model.lower_bound(key));
+}
+
+class Against : public testing::TestWithParam<std::uint32_t>
+{
+};
+
+// The parameter bounds the keys: few keys mean many replacements and erasures that hit, many keep the table growing.
+TEST_P(Against, aMapAgreesAfterEveryChange)
+{
+    std::mt19937 random(GetParam());
+    std::uniform_int_distribution<std::uint32_t> keys(0, GetParam());
+    Table table;
+    Model model;
+    for (std::uint32_t step = 0; step < 20'000; ++step) {
+        const std::uint32_t key = keys(random);
+        // Phases of growth and of decay take the table through every size.
+        const bool growing = (step / 2'000) % 2 == 0;
+        if (random() % 10 < (growing ? 7u : 3u)) {
+            EXPECT_EQ(table.put({key, step}), model.insert_or_assign(key, step).second);
+        } else {
+            EXPECT_EQ(table.erase(key), model.erase(key) == 1);
+        }
+        ASSERT_EQ(table.size(), model.size());
+        expectSameLookups(table, model, keys(random));
+        expectSameLookups(table, model, key);
+    }
+    auto expected = model.begin();
+    table.each([&](const Row &row) {
+        ASSERT_NE(expected, model.end());
+        EXPECT_EQ(row.key, expected->first);
+        EXPECT_EQ(row.value, (expected++)->second);
+    });
+    EXPECT_EQ(expected, model.end());
+    expectSame(table.first(), model, model.begin());
+}
+
+INSTANTIATE_TEST_SUITE_P(OrderedTable, Against, testing::Values(0, 7, 60, 1'000, 100'000));
+
+TEST(OrderedTable, anEmptyOneHasNothing)
+{
+    Table table;
+    EXPECT_EQ(table.first(), nullptr);
+    EXPECT_EQ(table.find(1u), nullptr);
+    EXPECT_EQ(table.after(0u), nullptr);
+    EXPECT_FALSE(table.erase(1u));
+    table.put({1, 1});
+    EXPECT_TRUE(table.erase(1u));
+    EXPECT_TRUE(table.empty());
+    EXPECT_EQ(table.first(), nullptr);
+    EXPECT_LT(table.memory(), 1024u);
+}
+
+TEST(OrderedTable, aRowCanBeChangedInPlace)
+{
+    Table table;
+    table.put({5, 1});
+    table.findToChange(5u)->value = 9;
+    EXPECT_EQ(table.find(5u)->value, 9u);
+    EXPECT_EQ(table.findToChange(6u), nullptr);
+}
+
+// What the table takes beyond its rows stays in proportion to them, however they came and went.
+TEST(OrderedTable, memoryFollowsTheRows)
+{
+    using Large = OrderedTable<Row, ByKey>;
+    const auto share = [](const Large &table) {
+        return static_cast<double>(table.memory()) / static_cast<double>(table.size() * sizeof(Row));
+    };
+    Large ascending;
+    for (std::uint32_t key = 0; key < 100'000; ++key) {
+        ascending.put({key, 0});
+    }
+    EXPECT_LT(share(ascending), 1.1);
+
+    Large shuffled;
+    std::mt19937 random(1);
+    for (std::uint32_t i = 0; i < 100'000; ++i) {
+        shuffled.put({static_cast<std::uint32_t>(random()), 0});
+    }
+    EXPECT_LT(share(shuffled), 2.0);
+
+    for (std::uint32_t key = 0; key < 100'000; ++key) {
+        if (key % 50 != 0) {
+            ascending.erase(key);
+        }
+    }
+    EXPECT_EQ(ascending.size(), 2'000u);
+    EXPECT_LT(share(ascending), 6.0);
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The one Linux platform of a process: every mirror, reader and timer, from start to stop.
+#include "platform.h"
+
+#include "core/log.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+namespace ipmib::platform
+{
+
+namespace
+{
+constexpr std::uint32_t usualHopLimit = 64; // of a kernel without IPv6, and of every kernel that nobody configured
+Platform *serving = nullptr;
+} // namespace
+
+Platform *running()
+{
+    return serving;
+}
+void setRunning(Platform *platform)
+{
+    serving = platform;
+}
+
+std::string readOptions(const IpmibPlatformHost &host, Settings &)
+{
+    if (host.argument != nullptr && *host.argument != '\0') {
+        return "platform linux takes no argument, not \"" + std::string(host.argument) + "\"";
+    }
+    for (std::size_t i = 0; i < host.option_count; ++i) {
+        return "platform linux has no option --" + std::string(host.options[i].name);
+    }
+    return "";
+}
+
+std::string Platform::start(const Settings &settings)
+{
+    if (!loop_.open()) {
+        return std::string("cannot create an epoll instance: ") + std::strerror(errno);
+    }
+    if (const std::string error = dumps_.start(loop_); !error.empty()) {
+        return error;
+    }
+    if (!ip6Links_.open()) {
+        return "cannot open a netlink socket: " + ip6Links_.error();
+    }
+    links_.onDown([this](std::uint32_t ifIndex) {
+        if (links_.find(ifIndex) == nullptr) {
+            ip6Links_.forget(ifIndex);
+        }
+    });
+    for (Mirror *mirror : {&linkMirror_}) {
+        if (const std::string error = mirror->start(loop_, settings.receiveBuffer); !error.empty()) {
+            return error;
+        }
+    }
+    if (!systemCounters_.available()) {
+        logWarning("ipv6: the kernel has no IPv6 in this network namespace, its tables stay empty");
+    }
+    return "";
+}
+
+void Platform::beginPacket()
+{
+    loop_.runAnnouncements();
+    ip6Links_.newPacket();
+    systemCounters_.newPacket();
+    if (ipv4Accounting_) {
+        ipv4Accounting_->newPacket();
+    }
+}
+
+void Platform::reload() {}
+
+std::uint32_t Platform::hopLimit()
+{
+    return hopLimitFile_.readNumber().value_or(usualHopLimit);
+}
+
+} // namespace ipmib::platform

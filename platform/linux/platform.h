@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The one Linux platform of a process: every mirror, reader and timer, from start to stop.
+#pragma once
+
+#include "core/event_loop.h"
+#include "core/mirror.h"
+#include "core/proc_file.h"
+#include "counters/ipv4_accounting.h"
+#include "counters/system_counters.h"
+#include "links/ip6_link.h"
+#include "links/link_table.h"
+
+#include <ipmib/platform_hooks.h>
+
+#include <memory>
+#include <string>
+
+namespace ipmib::platform
+{
+
+struct Settings {
+    // Bytes for waiting announcements, for each mirror; tests make it tiny.
+    int receiveBuffer = Mirror::defaultReceiveBuffer;
+};
+
+// Settings from the host's options; the answer, when one is unknown, is one line for the user.
+std::string readOptions(const IpmibPlatformHost &host, Settings &settings);
+
+class Platform
+{
+  public:
+    Platform() = default;
+    Platform(const Platform &) = delete;
+    Platform &operator=(const Platform &) = delete;
+
+    // Fills every mirror. The answer, when that fails, is one line for the user.
+    std::string start(const Settings &settings);
+
+    int descriptor() const { return loop_.descriptor(); }
+    void dispatch() { loop_.run(); }
+    void beginPacket();
+    void reload();
+
+    const LinkTable &links() const { return links_; }
+    Ip6LinkReader &ip6Links() { return ip6Links_; }
+    SystemCounters &systemCounters() { return systemCounters_; }
+    Ipv4Accounting *ipv4Accounting() { return ipv4Accounting_.get(); }
+    // The hop limit that interfaces start with.
+    std::uint32_t hopLimit();
+
+    // For tests.
+    Mirror &linkMirror() { return linkMirror_; }
+    DumpQueue &dumps() { return dumps_; }
+
+  private:
+    // In the order in which they depend on each other: the loop outlives what it watches.
+    EventLoop loop_;
+    DumpQueue dumps_;
+    LinkTable links_;
+    Mirror linkMirror_{links_, dumps_};
+    Ip6LinkReader ip6Links_;
+    SystemCounters systemCounters_;
+    ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
+    std::unique_ptr<Ipv4Accounting> ipv4Accounting_;
+};
+
+// The platform that serves now; null before start and after stop, and then every service fails.
+Platform *running();
+void setRunning(Platform *platform);
+
+} // namespace ipmib::platform

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Traffic counters: of the system from /proc, of a link from netlink, each read once for a packet of requests.
+#include "services/service.h"
+
+using namespace ipmib::platform;
+
+uint32_t IP6_GetMibStat(uint32_t, Ip6MibStat *stat)
+{
+    Platform *platform = running();
+    const Snmp6 *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
+    if (counters == nullptr) {
+        return notFound;
+    }
+    fillIp6MibStat(counters->ip6, counters->ip6Known, *stat);
+    return success;
+}
+
+uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
+{
+    Platform *platform = running();
+    if (platform == nullptr || platform->links().find(if_index) == nullptr) {
+        return noMore; // behind the last interface: a clean end of the walk
+    }
+    // A link on which the kernel runs no IPv6 has counted nothing, and must not end the walk.
+    *stat = Ip6MibStat{};
+    const Ip6Link *link = platform->ip6Links().read(if_index);
+    if (link != nullptr && link->present) {
+        fillIp6MibStat(link->counters, link->counterCount, *stat);
+    }
+    return success;
+}
+
+uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
+{
+    Platform *platform = running();
+    if (platform == nullptr || platform->links().find(if_index) == nullptr) {
+        return noMore;
+    }
+    *stat = IpMibIfStat{};
+    if (Ipv4Accounting *accounting = platform->ipv4Accounting()) {
+        accounting->read(if_index, *stat);
+    }
+    return success;
+}
+
+uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
+{
+    Platform *platform = running();
+    const Snmp6 *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
+    if (counters == nullptr) {
+        return notFound;
+    }
+    *stat = Icmp6MibStat{};
+    stat->counter[ICMP6_STAT_IN_MSGS] = static_cast<uint32_t>(counters->icmp6InMsgs);
+    stat->counter[ICMP6_STAT_OUT_MSGS] = static_cast<uint32_t>(counters->icmp6OutMsgs);
+    // The kernel's one count of errors covers bad checksums too.
+    stat->counter[ICMP6_STAT_IN_ERROR_1] = static_cast<uint32_t>(counters->icmp6InErrors);
+    for (std::size_t type = 0; type < 256; ++type) {
+        stat->counter[ICMP6_STAT_IN_TYPE + type] = static_cast<uint32_t>(counters->icmp6InType[type]);
+        stat->counter[ICMP6_STAT_OUT_TYPE + type] = static_cast<uint32_t>(counters->icmp6OutType[type]);
+    }
+    return success;
+}

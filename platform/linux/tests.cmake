@@ -1,0 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# Tests of the Linux platform.
+
+ipmib_test(ordered_table_test SOURCES ordered_table_test.cpp LIBS ipmib_platform_linux_objects)
