@@ -23,7 +23,11 @@ typedef struct MorPara MorPara;
 #define MOR_MODULE_IP UINT32_C(0x03720000)
 
 /* The parameter id of a column: module number in bits 31..16, table id in 15..8, column number in 7..0. */
+#ifdef __cplusplus
+constexpr static inline uint32_t ip_ParamId(uint32_t table, uint32_t column)
+#else
 static inline uint32_t ip_ParamId(uint32_t table, uint32_t column)
+#endif
 {
     return MOR_MODULE_IP + table * 0x100u + column;
 }
