@@ -9,6 +9,10 @@ ipmib_test(
   frame/walk_test.cpp
   nd_icmp/icmp_msg_stats_test.cpp
   nd_icmp/icmp_stats_test.cpp
+  stats/ip_if_stats_test.cpp
+  stats/ip_system_stats_test.cpp
+  stats/ipv6_interface_test.cpp
+  stats/ipv6_scalars_test.cpp
   LIBS
   ipmib_module_objects
   ipmib_scripted)
