@@ -9,6 +9,8 @@ ipmib_test(
   frame/walk_test.cpp
   nd_icmp/icmp_msg_stats_test.cpp
   nd_icmp/icmp_stats_test.cpp
+  nd_icmp/ip_net_to_physical_test.cpp
+  nd_icmp/ipv6_router_advert_test.cpp
   stats/ip_if_stats_test.cpp
   stats/ip_system_stats_test.cpp
   stats/ipv6_interface_test.cpp

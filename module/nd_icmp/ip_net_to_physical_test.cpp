@@ -1,0 +1,378 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// ipNetToPhysicalTable: the IPv6 neighbours, interface by interface, global addresses before link-local ones.
+#include <scripted/module_test.h>
+
+using namespace ipmib::scripted;
+
+namespace
+{
+
+constexpr std::uint32_t table = 7;
+enum Column { ifIndex = 1, addressType, netAddress, physAddress, lastUpdated, type, state, rowStatus };
+enum AddressType : std::uint32_t { ipv6 = 2, ipv6z = 4 };
+
+class IpNetToPhysical : public ModuleTest
+{
+  protected:
+    void SetUp() override
+    {
+        ModuleTest::SetUp();
+        world().interfaces = {3, 5};
+        world().neighbours = {neighbour(3, "2001:db8::1"), neighbour(3, "2001:db8::2"), neighbour(3, "fe80::1"),
+                              neighbour(5, "fe80::1"), neighbour(5, "fe80::2")};
+    }
+};
+
+Request withIndex(Request request, std::uint32_t interface, std::uint32_t kind, const Bytes &address)
+{
+    return request.index(ifIndex, interface).index(addressType, kind).index(netAddress, address);
+}
+Request getRow(std::uint32_t interface, std::uint32_t kind, const Bytes &address)
+{
+    return withIndex(get(table), interface, kind, address);
+}
+Request nextAfter(std::uint32_t interface, std::uint32_t kind, const Bytes &address)
+{
+    return withIndex(getNext(table), interface, kind, address);
+}
+
+Reply globalRow(std::uint32_t interface, const char *address)
+{
+    return answered({integer(ifIndex, interface), integer(addressType, ipv6), octets(netAddress, bytesOf(address))});
+}
+Reply linkLocalRow(std::uint32_t interface, const char *address)
+{
+    return answered(
+        {integer(ifIndex, interface), integer(addressType, ipv6z), octets(netAddress, zoned(address, interface))});
+}
+
+// What one enumeration leaves in the log around its lookups.
+Calls enumeration(const Calls &lookups)
+{
+    Calls calls = {"IP6_DaemonCheck(1)", "IF_IteratorInitialize()", "IF_Select_Init(5)", "IF_SelectTypeSetGroup(2)",
+                   "IF_SelectCondition_Set(8)"};
+    calls.insert(calls.end(), lookups.begin(), lookups.end());
+    calls.emplace_back("IF_IteratorFinalize()");
+    return calls;
+}
+
+TEST_F(IpNetToPhysical, GetAnswersEveryColumnAndDoesNotEchoTheIndex)
+{
+    NeighbourEntry &entry = world().neighbours[0];
+    const std::uint8_t station[6] = {1, 2, 3, 4, 5, 6};
+    std::memcpy(entry.link_layer, station, sizeof station);
+    entry.type = ipmib_be32(2);
+    entry.state = ipmib_be32(4);
+    entry.last_updated_s = ipmib_be32(7);
+    EXPECT_EQ(getRow(3, ipv6, bytesOf("2001:db8::1"))
+                  .want(ifIndex, addressType, netAddress, physAddress, lastUpdated, type, state, rowStatus)
+                  .send(),
+              answered({octets(physAddress, {1, 2, 3, 4, 5, 6}), timeTicks(lastUpdated, 700), integer(type, 3),
+                        integer(state, 4), integer(rowStatus, 1)}));
+}
+
+TEST_F(IpNetToPhysical, ValuesAreComputedModulo32Bits)
+{
+    world().neighbours[0].type = ipmib_be32(0xFFFFFFFF);
+    world().neighbours[0].last_updated_s = ipmib_be32(0x80000001);
+    EXPECT_EQ(getRow(3, ipv6, bytesOf("2001:db8::1")).want(type, lastUpdated).send(),
+              answered({integer(type, 0), timeTicks(lastUpdated, 100)}));
+}
+
+TEST_F(IpNetToPhysical, AWalkVisitsGlobalThenLinkLocalNeighboursOfEachInterface)
+{
+    EXPECT_EQ(getNext(table).send(), globalRow(3, "2001:db8::1"));
+    EXPECT_EQ(nextAfter(3, ipv6, bytesOf("2001:db8::1")).send(), globalRow(3, "2001:db8::2"));
+    EXPECT_EQ(nextAfter(3, ipv6, bytesOf("2001:db8::2")).send(), linkLocalRow(3, "fe80::1"));
+    EXPECT_EQ(nextAfter(3, ipv6z, zoned("fe80::1", 3)).send(), linkLocalRow(5, "fe80::1"));
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 5)).send(), linkLocalRow(5, "fe80::2"));
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::2", 5)).send(), refused(ERR_END_OF_TABLE));
+}
+
+TEST_F(IpNetToPhysical, TheFirstRowMayBeLinkLocalOrOfALaterInterface)
+{
+    world().neighbours = {neighbour(3, "fe80::1"), neighbour(5, "2001:db8::1")};
+    EXPECT_EQ(getNext(table).send(), linkLocalRow(3, "fe80::1"));
+    world().neighbours.erase(world().neighbours.begin());
+    EXPECT_EQ(getNext(table).send(), globalRow(5, "2001:db8::1"));
+}
+
+TEST_F(IpNetToPhysical, AnEmptyTableEndsAtOnce)
+{
+    world().neighbours.clear();
+    EXPECT_EQ(getNext(table).want(state).send(), refused(ERR_END_OF_TABLE));
+    world().interfaces.clear();
+    EXPECT_EQ(getNext(table).want(state).send(), refused(ERR_END_OF_TABLE));
+}
+
+TEST_F(IpNetToPhysical, AnEnumerationAsksForAtMostTwoEntriesOfAnInterface)
+{
+    world().neighbours = {neighbour(5, "fe80::9")};
+    EXPECT_EQ(getNext(table).send(), linkLocalRow(5, "fe80::9"));
+    EXPECT_EQ(serviceCalls(),
+              enumeration({"IF_GetFirstIfIndexByIfSelect()", "ND_GetNextNetToPhysicalTable(1, 3 ::)",
+                           "ND_GetNextNetToPhysicalTable(2, 3 fe80::)", "IF_GetNextIfIndexByIfSelect(3)",
+                           "ND_GetNextNetToPhysicalTable(1, 5 ::)", "ND_GetNextNetToPhysicalTable(2, 5 fe80::)"}));
+}
+
+TEST_F(IpNetToPhysical, ALinkLocalKeyAsksForLinkLocalNeighboursOnly)
+{
+    EXPECT_EQ(nextAfter(3, ipv6z, zoned("fe80::", 3)).send(), linkLocalRow(3, "fe80::1"));
+    EXPECT_EQ(serviceCalls(), enumeration({"ND_GetNextNetToPhysicalTable(2, 3 fe80::)"}));
+}
+
+TEST_F(IpNetToPhysical, WithoutInterfacesTheEnumerationIsClosedAgain)
+{
+    world().interfaces.clear();
+    getNext(table).send();
+    EXPECT_EQ(serviceCalls(), enumeration({"IF_GetFirstIfIndexByIfSelect()"}));
+}
+
+TEST_F(IpNetToPhysical, WithoutAnIteratorNothingIsEnumerated)
+{
+    world().outOfIterators = true;
+    EXPECT_EQ(getNext(table).send(), refused(ERR_NEXT_FAILED));
+    EXPECT_EQ(serviceCalls(), (Calls{"IP6_DaemonCheck(1)", "IF_IteratorInitialize()"}));
+    EXPECT_EQ(openIterators(), 1u);
+    newWorld(); // what could not be opened need not be closed
+}
+
+// --- Successors by the type of the key
+
+TEST_F(IpNetToPhysical, TypesZeroAndOneStartTheInterface)
+{
+    for (std::uint32_t kind : {0u, 1u}) {
+        EXPECT_EQ(nextAfter(3, kind, bytesOf("2001:db8::5")).send(), globalRow(3, "2001:db8::1"));
+        EXPECT_EQ(nextAfter(5, kind, {}).send(), linkLocalRow(5, "fe80::1"));
+    }
+}
+
+TEST_F(IpNetToPhysical, TypeThreeStartsTheLinkLocalNeighbours)
+{
+    EXPECT_EQ(nextAfter(3, 3, bytesOf("ffff::")).send(), linkLocalRow(3, "fe80::1"));
+}
+
+TEST_F(IpNetToPhysical, TypeThreeWithASmallZoneFirstAsksForTheZeroAddress)
+{
+    nextAfter(3, 3, zoned("fe80::7", 2)).send();
+    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ::, address)");
+}
+
+TEST_F(IpNetToPhysical, AZoneBelowTheInterfaceIndexFindsTheSameAddressThere)
+{
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 3)).send(), linkLocalRow(5, "fe80::1"));
+    EXPECT_EQ(serviceCalls(), (Calls{"IP6_DaemonCheck(1)", "ND_GetNetToPhysicalTable(5, fe80::1, address)"}));
+}
+
+TEST_F(IpNetToPhysical, AZoneBelowTheInterfaceIndexWithoutThatAddressGoesOn)
+{
+    world().neighbours = {neighbour(5, "fe80::2")};
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 3)).send(), linkLocalRow(5, "fe80::2"));
+}
+
+TEST_F(IpNetToPhysical, ZonesCompareAsUnsignedNumbers)
+{
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 0x80000000)).send(), linkLocalRow(5, "fe80::2"));
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 0x100)).send(), linkLocalRow(5, "fe80::2"));
+    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 5)).send(), linkLocalRow(5, "fe80::2"));
+}
+
+TEST_F(IpNetToPhysical, TypesFromFiveOnMoveToTheNextInterface)
+{
+    for (std::uint32_t kind : {5u, 7u, 16u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(nextAfter(3, kind, {}).send(), linkLocalRow(5, "fe80::1")) << kind;
+        EXPECT_EQ(nextAfter(5, kind, {}).send(), refused(ERR_END_OF_TABLE)) << kind;
+    }
+}
+
+TEST_F(IpNetToPhysical, InterfaceZeroIsTheFirstInterfaceWithTheKeysAddress)
+{
+    EXPECT_EQ(nextAfter(0, ipv6, bytesOf("2001:db8::1")).send(), globalRow(3, "2001:db8::2"));
+}
+
+TEST_F(IpNetToPhysical, AnInterfaceThatIsNotSelectedIsAskedAllTheSame)
+{
+    world().neighbours.push_back(neighbour(4, "2001:db8::44"));
+    EXPECT_EQ(nextAfter(4, ipv6, bytesOf("::")).send(), globalRow(4, "2001:db8::44"));
+    EXPECT_EQ(nextAfter(4, ipv6, bytesOf("2001:db8::44")).send(), linkLocalRow(5, "fe80::1"));
+}
+
+// --- Reading the index
+
+TEST_F(IpNetToPhysical, AShortAddressIsTheStartOfItsRange)
+{
+    EXPECT_EQ(nextAfter(3, ipv6, Bytes(15, 0xFF)).send(), globalRow(3, "2001:db8::1"));
+    EXPECT_EQ(nextAfter(3, ipv6, {}).send(), globalRow(3, "2001:db8::1"));
+    forgetCalls();
+    nextAfter(3, ipv6z, Bytes(19, 0xFF)).send();
+    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ::, address)") << "all zero, the zone as well";
+}
+
+TEST_F(IpNetToPhysical, ALongAddressIsTheEndOfItsRange)
+{
+    EXPECT_EQ(nextAfter(3, ipv6, Bytes(17, 0)).send(), linkLocalRow(3, "fe80::1"));
+    EXPECT_EQ(nextAfter(3, ipv6, Bytes(600, 0)).send(), linkLocalRow(3, "fe80::1"));
+    forgetCalls();
+    nextAfter(3, ipv6z, Bytes(21, 0)).send();
+    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff, address)")
+        << "the zone stays 0";
+}
+
+TEST_F(IpNetToPhysical, WithoutTheInterfaceAWrongLengthIsCopiedOverTheKey)
+{
+    Bytes shortAddress = bytesOf("2001:db8::1");
+    shortAddress.pop_back();
+    getNext(table).index(addressType, ipv6).index(netAddress, shortAddress).send();
+    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(1, 3 2001:db8::)");
+    forgetCalls();
+    Bytes longAddress = zoned("2001:db8::1", 9);
+    getNext(table).index(addressType, ipv6).index(netAddress, longAddress).send();
+    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(1, 3 2001:db8::1)");
+}
+
+TEST_F(IpNetToPhysical, AnEmptyAddressThatIsCopiedLeavesTheDigitZeroInTheKey)
+{
+    getNext(table).index(addressType, ipv6).emptyIndex(netAddress).send();
+    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(1, 3 3000::)");
+}
+
+TEST_F(IpNetToPhysical, WithoutATypeAnAddressOfAnyLengthIsCopiedAndTheInterfaceStarts)
+{
+    EXPECT_EQ(getNext(table).index(ifIndex, 3).index(netAddress, Bytes(3, 0xFF)).send(), globalRow(3, "2001:db8::1"));
+    EXPECT_EQ(getNext(table).index(ifIndex, 5).send(), linkLocalRow(5, "fe80::1"));
+    EXPECT_EQ(getNext(table).index(ifIndex, 0).send(), globalRow(3, "2001:db8::1"));
+    EXPECT_EQ(getNext(table).index(addressType, ipv6).send(), globalRow(3, "2001:db8::1"));
+}
+
+TEST_F(IpNetToPhysical, OnlyTheAddressesLengthIsLookedAt)
+{
+    nextAfter(3, ipv6, bytesOf("2001:db8::1")).send();
+    Calls lengths;
+    for (const std::string &call : allCalls()) {
+        if (call.rfind("MOR_GetParaLen", 0) == 0) {
+            lengths.push_back(call);
+        }
+    }
+    EXPECT_EQ(lengths, Calls{"MOR_GetParaLen(0x3720703)"});
+    EXPECT_EQ(getNext(table).emptyIndex(ifIndex).emptyIndex(addressType).send(), globalRow(3, "2001:db8::1"));
+}
+
+// --- Get
+
+TEST_F(IpNetToPhysical, GetAsksForExactlyTheGivenNeighbour)
+{
+    EXPECT_EQ(getRow(5, ipv6z, zoned("fe80::2", 5)).want(rowStatus).send(), answered({integer(rowStatus, 1)}));
+    EXPECT_EQ(serviceCalls(), (Calls{"IP6_DaemonCheck(1)", "ND_GetNetToPhysicalTable(5, fe80::2, 20)"}));
+    EXPECT_EQ(getRow(5, ipv6z, zoned("fe80::3", 5)).want(rowStatus).send(), refused(ERR_NO_INSTANCE));
+}
+
+TEST_F(IpNetToPhysical, GetRefusesAWrongZoneOrLengthWithoutAsking)
+{
+    EXPECT_EQ(getRow(5, ipv6z, zoned("fe80::1", 3)).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(getRow(5, ipv6z, zoned("fe80::1", 0x05000000)).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(getRow(5, ipv6z, bytesOf("fe80::1")).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(getRow(3, ipv6, zoned("2001:db8::1", 3)).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(getRow(3, ipv6, Bytes(15)).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(serviceCalls(), Calls(5, "IP6_DaemonCheck(1)"));
+}
+
+TEST_F(IpNetToPhysical, GetOfAnotherTypeIsNotCheckedFurther)
+{
+    EXPECT_EQ(getRow(3, 1, bytesOf("2001:db8::1")).want(rowStatus).send(), answered({integer(rowStatus, 1)}));
+    EXPECT_EQ(getRow(3, 16, Bytes(4, 0xFF)).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(serviceCalls().back(), "ND_GetNetToPhysicalTable(3, ffff:ffff::, 4)");
+}
+
+TEST_F(IpNetToPhysical, GetOfAnIncompleteIndexAsksWithZeros)
+{
+    EXPECT_EQ(get(table).want(state).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(serviceCalls(), (Calls{"IP6_DaemonCheck(1)", "ND_GetNetToPhysicalTable(0, ::, 0)"}));
+    forgetCalls();
+    EXPECT_EQ(get(table).index(ifIndex, 3).want(state).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(serviceCalls().back(), "ND_GetNetToPhysicalTable(3, ::, 0)");
+    EXPECT_EQ(get(table).index(ifIndex, 3).index(addressType, ipv6).send(), refused(ERR_NO_INSTANCE));
+}
+
+TEST_F(IpNetToPhysical, ALinkLocalNeighbourIsKnownByItsAddressNotByTheRequestsType)
+{
+    IpNetToPhysicalRow row = {};
+    EXPECT_EQ(ip_IpNetToPhysical_GetByIndex(3, ipv6, bytesOf("fe80::1").data(), 16, &row), 0u);
+    EXPECT_EQ(row.address_type, ipv6z);
+    EXPECT_EQ(row.address_length, 20u);
+    EXPECT_EQ(ipmib_be32_get(row.zone), 3u);
+}
+
+// --- The service, foreign parameters
+
+TEST_F(IpNetToPhysical, EveryRequestChecksTheServiceFirst)
+{
+    world().ipv6Service = {1};
+    EXPECT_EQ(getNext(table).want(state).send(), refused(ERR_END_OF_TABLE));
+    EXPECT_EQ(get(table).want(state).send(), refused(ERR_NO_INSTANCE));
+    EXPECT_EQ(nextAfter(3, ipv6, bytesOf("::")).send(), refused(ERR_END_OF_TABLE));
+    EXPECT_EQ(serviceCalls(), Calls(3, "IP6_DaemonCheck(1)"));
+}
+
+TEST_F(IpNetToPhysical, AForeignParameterEndsTheWalkAtItsPlace)
+{
+    for (std::uint32_t id : {ip_ParamId(table, 0), ip_ParamId(table, 9), ip_ParamId(8, 4)}) {
+        EXPECT_EQ(getRow(3, ipv6, bytesOf("2001:db8::1")).want(rowStatus).wantId(id).send(),
+                  refused(ERR_BAD_PARAM, 4, {integer(rowStatus, 1)}));
+    }
+}
+
+// --- The exported family
+
+TEST_F(IpNetToPhysical, LookupsFillTheRow)
+{
+    IpNetToPhysicalRow row = {};
+    EXPECT_EQ(ip_IpNetToPhysical_GetFirstByIndex(&row), 0u);
+    EXPECT_EQ(row.if_index, 3u);
+    EXPECT_EQ(row.address_type, ipv6);
+    EXPECT_EQ(row.address_length, 16u);
+    EXPECT_EQ(row.row_status, 1u);
+    EXPECT_EQ(Bytes(row.address, row.address + 16), bytesOf("2001:db8::1"));
+
+    row = {};
+    EXPECT_EQ(ip_IpNetToPhysical_GetNextByIndex(5, ipv6z, zoned("fe80::1", 3).data(), &row), 0u);
+    EXPECT_EQ(row.if_index, 5u);
+    EXPECT_EQ(ipmib_be32_get(row.zone), 5u);
+    EXPECT_EQ(row.address_length, 20u);
+
+    row = {};
+    EXPECT_EQ(ip_IpNetToPhysical_GetNext(5, ipv6, bytesOf("::").data(), &row), 0u);
+    EXPECT_EQ(Bytes(row.address, row.address + 16), bytesOf("fe80::1"));
+}
+
+TEST_F(IpNetToPhysical, AGlobalRowLeavesTheZoneAsItWas)
+{
+    IpNetToPhysicalRow row = {};
+    row.zone = ipmib_be32(77);
+    EXPECT_EQ(ip_IpNetToPhysical_GetByIndex(3, ipv6, bytesOf("2001:db8::1").data(), 16, &row), 0u);
+    EXPECT_EQ(ipmib_be32_get(row.zone), 77u);
+}
+
+TEST_F(IpNetToPhysical, LookupsSayWhyTheyFindNothing)
+{
+    IpNetToPhysicalRow row = {};
+    EXPECT_EQ(ip_IpNetToPhysical_GetByIndex(3, ipv6, bytesOf("2001:db8::9").data(), 16, &row), RC_NO_MORE);
+    EXPECT_EQ(ip_IpNetToPhysical_GetByIndex(3, ipv6, bytesOf("2001:db8::1").data(), 20, &row), RC_NO_MORE);
+    EXPECT_EQ(ip_IpNetToPhysical_GetByIndex(5, ipv6z, zoned("fe80::1", 3).data(), 20, &row), RC_NO_MORE);
+    EXPECT_EQ(ip_IpNetToPhysical_GetNext(5, ipv6z, bytesOf("fe80::2").data(), &row), RC_NO_MORE);
+    EXPECT_EQ(row.if_index, 0u) << "the row is left alone";
+    world().outOfIterators = true;
+    EXPECT_EQ(ip_IpNetToPhysical_GetFirstByIndex(&row), RC_NOT_FOUND);
+    EXPECT_EQ(ip_IpNetToPhysical_GetNextByIndex(3, ipv6, zoned("::", 0).data(), &row), RC_NOT_FOUND);
+    newWorld();
+}
+
+TEST_F(IpNetToPhysical, ProcGatesTheOperationAndGetAnswers)
+{
+    EXPECT_EQ(getNext(table).sendTo(ip_IpNetToPhysical_Proc), globalRow(3, "2001:db8::1"));
+    EXPECT_EQ(getNext(table).sendTo(ip_IpNetToPhysical_Get), globalRow(3, "2001:db8::1"));
+    EXPECT_EQ(Request(table, OP_SET).sendTo(ip_IpNetToPhysical_Proc), refused(ERR_READ_ONLY));
+    EXPECT_EQ(Request(table, 6).sendTo(ip_IpNetToPhysical_Proc), answered());
+    EXPECT_EQ(Request(table, 0).sendTo(ip_IpNetToPhysical_Proc), refused(ERR_BAD_PARAM));
+}
+
+} // namespace
