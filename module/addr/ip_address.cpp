@@ -2,8 +2,8 @@
 // ipAddressTable: the system's IPv6 addresses; the global ones, then the link-local ones of each interface.
 #include "addr/address.h"
 #include "addr/prefix_pointer.h"
+#include "frame/described_table.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 #include "stats/interface_walk.h"
 
 #include <cstddef>
@@ -43,7 +43,7 @@ constexpr Column columns[] = {
     number(VT_INTEGER, offsetof(AddressRow, row_status)),                               // ipAddressRowStatus
     number(VT_INTEGER, offsetof(AddressRow, storage_type)),                             // ipAddressStorageType
 };
-constexpr Table ipAddress = table(tableIpAddress, 2, columns);
+constexpr Table ipAddress = describedTable<tableIpAddress, columns>;
 
 constexpr std::uint32_t defaultVrf = 0;
 constexpr std::uint32_t globalKind = 14;

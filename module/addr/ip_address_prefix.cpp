@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipAddressPrefixTable: each interface's prefixes, then the one link-local prefix of an interface with such an address.
 #include "addr/ip_address_prefix.h"
+#include "frame/described_table.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 #include "stats/interface_walk.h"
 
 #include <cstddef>
@@ -24,7 +24,7 @@ constexpr Column columns[] = {
     number(VT_UNSIGNED32, offsetof(AddressPrefixRow, preferred_lifetime)), // ipAddressPrefixAdvPreferredLifetime
     number(VT_UNSIGNED32, offsetof(AddressPrefixRow, valid_lifetime)),     // ipAddressPrefixAdvValidLifetime
 };
-constexpr Table ipAddressPrefix = table(tableIpAddressPrefix, 4, columns);
+constexpr Table ipAddressPrefix = describedTable<tableIpAddressPrefix, columns>;
 
 constexpr std::uint32_t truth(bool value)
 {

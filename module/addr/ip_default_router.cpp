@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipDefaultRouterTable: the default routers of the IPv6 stack, those with global addresses before the link-local ones.
 #include "addr/address.h"
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 
 #include <ipmib/platform.h>
 
@@ -32,7 +32,7 @@ constexpr Column columns[] = {
     number(VT_UNSIGNED32, offsetof(DefaultRouterRow, lifetime)), // ipDefaultRouterLifetime
     number(VT_INTEGER, offsetof(DefaultRouterRow, preference)),  // ipDefaultRouterPreference
 };
-constexpr Table ipDefaultRouter = table(tableIpDefaultRouter, 3, columns);
+constexpr Table ipDefaultRouter = describedTable<tableIpDefaultRouter, columns>;
 
 constexpr std::uint32_t defaultVrf = 0;
 constexpr std::uint32_t globalClass = 14;

@@ -64,12 +64,6 @@ struct Table {
     std::uint32_t placeOf(std::uint32_t parameter) const { return parameter - parameterId(0); }
 };
 
-template <std::size_t N>
-constexpr Table table(std::uint32_t id, std::uint32_t indexCount, const Column (&columns)[N])
-{
-    return {id, indexCount, N, columns};
-}
-
 // An index part of a request: 0 when it is absent.
 struct IndexPart {
     std::uint32_t value;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // icmpMsgStatsTable: messages of each served ICMPv6 type, one row a type.
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 
 #include <ipmib/module.h>
 #include <ipmib/platform.h>
@@ -22,7 +22,7 @@ constexpr Column columns[] = {
     number(VT_COUNTER32, offsetof(IcmpMsgStatsRow, in_pkts)),  // icmpMsgStatsInPkts
     number(VT_COUNTER32, offsetof(IcmpMsgStatsRow, out_pkts)), // icmpMsgStatsOutPkts
 };
-constexpr Table icmpMsgStats = table(tableIcmpMsgStats, 2, columns);
+constexpr Table icmpMsgStats = describedTable<tableIcmpMsgStats, columns>;
 
 constexpr std::uint16_t notServed = 255;
 constexpr std::uint16_t servedTypes = 21; // also the mark behind the last type that is looked at

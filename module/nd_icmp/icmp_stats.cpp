@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // icmpStatsTable: the totals of ICMPv6 messages and errors, one row for IPv6.
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 
 #include <ipmib/module.h>
 #include <ipmib/platform.h>
@@ -21,7 +21,7 @@ constexpr Column columns[] = {
     number(VT_COUNTER32, offsetof(IcmpStatsRow, out_msgs)),   // icmpStatsOutMsgs
     number(VT_COUNTER32, offsetof(IcmpStatsRow, out_errors)), // icmpStatsOutErrors
 };
-constexpr Table icmpStats = table(tableIcmpStats, 1, columns);
+constexpr Table icmpStats = describedTable<tableIcmpStats, columns>;
 
 } // namespace
 

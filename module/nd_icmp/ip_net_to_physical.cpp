@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipNetToPhysicalTable: the IPv6 neighbour cache; on each interface the link-local neighbours follow all others.
 #include "addr/address.h"
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 
 #include <ipmib/module.h>
 #include <ipmib/platform.h>
@@ -27,7 +27,7 @@ constexpr Column columns[] = {
     number(VT_INTEGER, offsetof(IpNetToPhysicalRow, state)),          // ipNetToPhysicalState
     number(VT_INTEGER, offsetof(IpNetToPhysicalRow, row_status)),     // ipNetToPhysicalRowStatus
 };
-constexpr Table ipNetToPhysical = table(tableIpNetToPhysical, 3, columns);
+constexpr Table ipNetToPhysical = describedTable<tableIpNetToPhysical, columns>;
 
 constexpr std::uint32_t outsideLinkLocal = 1; // modes of the platform's next call
 constexpr std::uint32_t withinLinkLocal = 2;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipv6RouterAdvertTable: the router advertisement settings of each interface.
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 #include "stats/interface_walk.h"
 
 #include <ipmib/module.h>
@@ -29,7 +29,7 @@ constexpr Column columns[] = {
     number(VT_UNSIGNED32, offsetof(Ipv6RouterAdvertRow, default_lifetime)), // ipv6RouterAdvertDefaultLifetime
     number(VT_INTEGER, offsetof(Ipv6RouterAdvertRow, row_status)),          // ipv6RouterAdvertRowStatus
 };
-constexpr Table ipv6RouterAdvert = table(tableIpv6RouterAdvert, 1, columns);
+constexpr Table ipv6RouterAdvert = describedTable<tableIpv6RouterAdvert, columns>;
 
 constexpr std::uint32_t active = 1;
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipIfStatsTable: IP traffic counters by IP version and interface; all IPv4 rows, then all IPv6 rows.
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
 #include "stats/interface_walk.h"
@@ -50,7 +51,7 @@ constexpr Column columns[] = {
     counter64(offsetof(TrafficRow, stat.out_octets)),        // ipIfStatsHCOutOctets
     counter64(offsetof(TrafficRow, stat.out_transmits)),     // ipIfStatsHCOutTransmits
 };
-constexpr Table ipIfStats = table(tableIpIfStats, 2, columns);
+constexpr Table ipIfStats = describedTable<tableIpIfStats, columns>;
 
 constexpr std::uint32_t familyIp6 = 10;
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipSystemStatsTable: the system's IP traffic counters, one row for IPv6.
+#include "frame/described_table.h"
 #include "frame/gate.h"
 #include "frame/tables.h"
 #include "stats/traffic.h"
@@ -41,7 +42,7 @@ constexpr Column columns[] = {
     counter32Of64(offsetof(TrafficRow, stat.out_transmits)), // ipSystemStatsOutTransmits
     counter64(offsetof(TrafficRow, stat.out_transmits)),     // ipSystemStatsHCOutTransmits
 };
-constexpr Table ipSystemStats = table(tableIpSystemStats, 1, columns);
+constexpr Table ipSystemStats = describedTable<tableIpSystemStats, columns>;
 
 constexpr std::uint32_t wholeSystem = 0x8000;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipv6InterfaceTable: the IPv6 settings of each interface that has an IPv6 interface identifier.
+#include "frame/described_table.h"
 #include "frame/tables.h"
-#include "frame/walk.h"
 #include "stats/interface_walk.h"
 
 #include <cstddef>
@@ -32,7 +32,7 @@ constexpr Column columns[] = {
     number(VT_UNSIGNED32, offsetof(Ipv6InterfaceRow, retransmit_time)),                  // ipv6InterfaceRetransmitTime
     number(VT_INTEGER, offsetof(Ipv6InterfaceRow, forwarding)),                          // ipv6InterfaceForwarding
 };
-constexpr Table ipv6Interface = table(tableIpv6Interface, 1, columns);
+constexpr Table ipv6Interface = describedTable<tableIpv6Interface, columns>;
 
 constexpr std::uint32_t reasmMaxSize = 65535; // the same on every interface
 constexpr std::uint32_t statusUp = 1;
