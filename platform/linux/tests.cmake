@@ -2,3 +2,4 @@
 # Tests of the Linux platform.
 
 ipmib_test(ordered_table_test SOURCES ordered_table_test.cpp LIBS ipmib_platform_linux_objects)
+ipmib_test(links_netns_test SOURCES links/links_netns_test.cpp LIBS ipmib_platform_linux_objects ipmib_netns)

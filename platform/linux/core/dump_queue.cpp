@@ -154,6 +154,7 @@ void DumpQueue::finish(Rtnetlink::Read result)
         end(true);
         return;
     }
+    ++timesInterrupted_;
     if (++attempt_ < attempts) {
         mirror.table_.abandonRebuild();
         begin();

@@ -104,6 +104,8 @@ class DumpQueue
     std::string runToEnd();
     // One read of the dump that is under way; false when there was nothing to read.
     bool readPiece();
+    // For tests: dumps that the kernel marked as interrupted.
+    unsigned timesInterrupted() const { return timesInterrupted_; }
 
   private:
     bool openSocket();
@@ -122,6 +124,7 @@ class DumpQueue
     std::size_t which_ = 0;
     unsigned attempt_ = 0;
     bool interrupted_ = false;
+    unsigned timesInterrupted_ = 0;
     std::string lastError_;
 };
 

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// For tests: the platform started in a network namespace, and driven as a host drives it.
+#pragma once
+
+#include "netns/namespace.h"
+#include "platform.h"
+
+#include <poll.h>
+
+#include <chrono>
+#include <optional>
+
+namespace ipmib::platform
+{
+
+class PlatformInside
+{
+  public:
+    // The calling thread stays in the namespace as long as this lives.
+    explicit PlatformInside(const netns::Namespace &space, const Settings &settings = {}) : inside_(space)
+    {
+        platform_.emplace();
+        EXPECT_EQ(platform_->start(settings), "");
+        setRunning(&*platform_);
+    }
+    ~PlatformInside()
+    {
+        setRunning(nullptr);
+        platform_.reset(); // before the thread leaves the namespace
+    }
+
+    Platform *operator->() { return &*platform_; }
+    Platform &operator*() { return *platform_; }
+
+    // Waits for what the platform waits for, until the condition holds; false when it does not within five seconds.
+    template <class Condition>
+    bool waitUntil(Condition condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (!condition()) {
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+            pollfd wait{platform_->descriptor(), POLLIN, 0};
+            if (left.count() <= 0 || poll(&wait, 1, static_cast<int>(left.count())) < 0) {
+                return condition();
+            }
+            platform_->dispatch();
+        }
+        return true;
+    }
+
+  private:
+    netns::Inside inside_;
+    std::optional<Platform> platform_;
+};
+
+} // namespace ipmib::platform
