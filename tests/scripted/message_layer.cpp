@@ -5,8 +5,6 @@
 
 #include "state.h"
 
-#include <ipmib/mib_tree.h>
-
 #include <algorithm>
 
 using namespace ipmib::scripted;
@@ -53,12 +51,16 @@ std::string treeCall(const char *service, const char *name, std::uint32_t zero, 
 uint32_t SNMP_RegisterMibTree(const char *module_name, uint32_t zero, uint32_t one, const MibTreeNode *root)
 {
     note(treeCall("SNMP_RegisterMibTree", module_name, zero, one, root));
+    world().registeredRoot = root;
     return world().registerTree;
 }
 
 uint32_t SNMP_DeregMibTree(const char *module_name, uint32_t zero, uint32_t one, const MibTreeNode *root)
 {
     note(treeCall("SNMP_DeregMibTree", module_name, zero, one, root));
+    if (world().registeredRoot != nullptr && world().registeredRoot != root) {
+        complain("SNMP_DeregMibTree: this root was not registered");
+    }
     return world().deregisterTree;
 }
 

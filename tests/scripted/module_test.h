@@ -13,6 +13,11 @@
 namespace ipmib::scripted
 {
 
+inline Reply Request::send() const
+{
+    return sendTo(IP_ConfigCallBack);
+}
+
 class ModuleTest : public testing::Test
 {
   protected:

@@ -80,7 +80,8 @@ class Request
     // Any parameter id.
     Request &wantId(std::uint32_t parameterId);
 
-    // Through the module's callback, or through one handler of an exported family.
+    // Through the callback of the module that is linked in, through one handler of an exported family, or through the
+    // callback of a module that was loaded.
     Reply send() const;
     Reply sendTo(Handler handler) const;
     Reply sendTo(MorCallback callback) const;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <ipmib/message.h>
+#include <ipmib/mib_tree.h>
 #include <ipmib/platform.h>
 
 #include <array>
@@ -66,6 +67,8 @@ struct World {
     std::uint32_t deregisterTree = 0;
     std::uint32_t registerCallback = 0;
     std::uint32_t deregisterCallback = 0;
+    // The root that was registered last.
+    const MibTreeNode *registeredRoot = nullptr;
     // Runs when a module binds its callback.
     std::function<void(MorCallback)> onRegisterCallback;
 };
