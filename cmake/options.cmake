@@ -40,7 +40,12 @@ file(RELATIVE_PATH IPMIB_PLUGIN_FROM_SBIN /prefix/${CMAKE_INSTALL_SBINDIR} /pref
 file(RELATIVE_PATH IPMIB_PLUGIN_FROM_BIN /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${IPMIB_PLUGIN_DIR})
 
 if(IPMIB_BUILD_TESTS)
-  find_package(GTest REQUIRED)
+  if(CMAKE_CROSSCOMPILING)
+    # Debian ships GoogleTest for the build machine alone, and its sources for everybody else.
+    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+  else()
+    find_package(GTest REQUIRED)
+  endif()
   include(GoogleTest)
 endif()
 
