@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The daemon's one wait: for packets, for the platform, for the library's alarms and for signals.
+#pragma once
+
+#include <functional>
+
+namespace ipmib::agent
+{
+
+class EventLoop
+{
+  public:
+    // From here on SIGHUP, SIGTERM and SIGINT wait for the loop. Throws std::system_error.
+    EventLoop();
+    ~EventLoop();
+    EventLoop(const EventLoop &) = delete;
+    EventLoop &operator=(const EventLoop &) = delete;
+
+    // Returns at SIGTERM or SIGINT; calls `reload` at SIGHUP.
+    void run(const std::function<void()> &reload);
+
+  private:
+    void takeSignal();
+    void wait();
+
+    int signals_;
+    bool stopping_ = false;
+    bool reloading_ = false;
+};
+
+} // namespace ipmib::agent

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// One read-only handler for each region; all variables of a packet that fall into it are answered as one batch.
+
+#include "frontend.h"
+
+#include "varbind.h"
+
+#include <deque>
+#include <stdexcept>
+
+namespace ipmib::agent
+{
+
+class Frontend::Impl
+{
+  public:
+    explicit Impl(host::Plugin &plugin) : resolver_(plugin.resolver()), platform_(plugin.platform())
+    {
+        for (const host::Resolver::Region &region : resolver_.regions()) {
+            serve(region);
+        }
+        if (platform_ != nullptr && platform_->descriptor != nullptr && (descriptor_ = platform_->descriptor()) >= 0) {
+            register_readfd(descriptor_, dispatchPlatform, this);
+        }
+    }
+
+    ~Impl()
+    {
+        if (descriptor_ >= 0) {
+            unregister_readfd(descriptor_);
+        }
+        for (const ServedRegion &region : served_) {
+            netsnmp_unregister_handler(region.registration);
+        }
+    }
+
+  private:
+    struct ServedRegion {
+        Impl *frontend;
+        host::OidView root;
+        netsnmp_handler_registration *registration;
+    };
+
+    void serve(const host::Resolver::Region &region)
+    {
+        LibraryOid root(region.root.view());
+        netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
+            region.node->pszName, handle, root.data(), root.size(), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);
+        if (registration == nullptr) {
+            throw std::runtime_error("out of memory");
+        }
+        ServedRegion &served = served_.emplace_back(ServedRegion{this, region.root.view(), registration});
+        registration->handler->myvoid = &served;
+        if (netsnmp_register_handler(registration) != MIB_REGISTERED_OK) {
+            served_.pop_back(); // the library has freed the registration
+            throw std::runtime_error(std::string("cannot register ") + region.node->pszName);
+        }
+    }
+
+    static int handle(netsnmp_mib_handler *handler, netsnmp_handler_registration *, netsnmp_agent_request_info *info,
+                      netsnmp_request_info *requests)
+    {
+        const auto *region = static_cast<const ServedRegion *>(handler->myvoid);
+        region->frontend->answer(*region, info, requests);
+        return SNMP_ERR_NOERROR;
+    }
+
+    static void dispatchPlatform(int, void *self) { static_cast<Impl *>(self)->platform_->dispatch(); }
+
+    void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
+    {
+        beginPacketOnce(info);
+        std::span<host::Variable> batch = collect(requests, ASN_NULL);
+        if (info->mode == MODE_GET) {
+            resolver_.get(batch);
+            deliver(batch);
+            return;
+        }
+        resolver_.getNext(batch, region.root);
+        deliver(batch);
+        if (info->mode == MODE_GETBULK) {
+            repeat(region, *info, requests);
+        }
+    }
+
+    // Answers the further repetitions. The library would do it one at a time, at twice the price; but it checks the
+    // view for each, and so it shall where a view does not hold the whole region.
+    void repeat(const ServedRegion &region, netsnmp_agent_request_info &info, netsnmp_request_info *requests)
+    {
+        LibraryOid root(region.root);
+        const bool allVisible = netsnmp_acm_check_subtree(info.asp->pdu, root.data(), root.size()) == VACM_SUCCESS;
+        for (;;) {
+            netsnmp_bulk_to_next_fix_requests(requests); // marks the next repetition of each variable
+            const std::span<host::Variable> batch = allVisible ? collect(requests, ASN_PRIV_RETRY) : batchOf(0);
+            if (batch.empty()) {
+                return;
+            }
+            resolver_.getNext(batch, region.root);
+            deliver(batch);
+        }
+    }
+
+    // The handlers of one packet share the data that hang on its request info, so a mark there tells whether this is
+    // the packet's first region; as a sub-agent the same holds for a message of the master.
+    void beginPacketOnce(netsnmp_agent_request_info *info)
+    {
+        static constexpr const char *mark = "ipmib packet";
+        if (platform_ == nullptr || platform_->begin_packet == nullptr ||
+            netsnmp_agent_get_list_data(info, mark) != nullptr) {
+            return;
+        }
+        netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, this, nullptr));
+        platform_->begin_packet();
+    }
+
+    std::span<host::Variable> batchOf(std::size_t count) { return {variables_.data(), count}; }
+
+    // Gathers the variables whose type marks them as unanswered.
+    std::span<host::Variable> collect(netsnmp_request_info *requests, u_char mark)
+    {
+        std::size_t count = 0;
+        for (; requests != nullptr; requests = requests->next) {
+            if (requests->processed != 0 || requests->requestvb->type != mark) {
+                continue;
+            }
+            if (count == asked_.size()) {
+                asked_.emplace_back();
+                variables_.emplace_back();
+            }
+            Asked &asked = asked_[count];
+            asked.request = requests;
+            assignOid(asked.name, {requests->requestvb->name, requests->requestvb->name_length});
+            variables_[count].asked = asked.name.view();
+            ++count;
+        }
+        return batchOf(count);
+    }
+
+    void deliver(std::span<const host::Variable> batch)
+    {
+        for (std::size_t i = 0; i < batch.size(); ++i) {
+            deliver(*asked_[i].request, batch[i]);
+        }
+    }
+
+    static void deliver(netsnmp_request_info &request, const host::Variable &variable)
+    {
+        switch (variable.status) {
+        case host::Status::ok:
+            if (request.agent_req_info->mode != MODE_GET) {
+                setName(*request.requestvb, variable.name.view());
+            }
+            setValue(*request.requestvb, variable.value);
+            break;
+        case host::Status::noSuchObject:
+            netsnmp_request_set_error(&request, SNMP_NOSUCHOBJECT);
+            break;
+        case host::Status::noSuchInstance:
+            netsnmp_request_set_error(&request, SNMP_NOSUCHINSTANCE);
+            break;
+        case host::Status::endOfRegion: // left unanswered, the library asks the registration that follows
+            request.requestvb->type = ASN_NULL;
+            break;
+        case host::Status::genErr:
+            netsnmp_request_set_error(&request, SNMP_ERR_GENERR);
+            break;
+        }
+    }
+
+    struct Asked {
+        netsnmp_request_info *request = nullptr;
+        host::Oid name;
+    };
+
+    host::Resolver &resolver_;
+    const IpmibPlatformHooks *platform_;
+    int descriptor_ = -1;
+    std::deque<ServedRegion> served_; // handlers point into it
+    // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.
+    std::deque<Asked> asked_;
+    std::vector<host::Variable> variables_;
+};
+
+Frontend::Frontend(host::Plugin &plugin) : impl_(std::make_unique<Impl>(plugin)) {}
+
+Frontend::~Frontend() = default;
+
+} // namespace ipmib::agent

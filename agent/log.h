@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// One log for the library, the resolver, the platform and this program: the library's.
+#pragma once
+
+namespace ipmib::agent
+{
+
+// Priorities as in syslog; the line carries no newline.
+void logLine(int priority, const char *line);
+
+// Where the log goes when the user did not say: to standard error in the foreground, else to syslog.
+void chooseDefaultLog(bool foreground);
+
+} // namespace ipmib::agent

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// ipmibd: serves the IP-MIB of this machine over SNMP.
+
+#include "exit_status.h"
+#include "log.h"
+#include "options.h"
+#include "snmp_library.h"
+#include "standalone.h"
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+namespace
+{
+
+using namespace ipmib;
+
+// Errors go to the terminal, wherever the log goes.
+int fail(const std::exception &error, agent::ExitStatus status)
+{
+    std::fprintf(stderr, "ipmibd: %s\n", error.what());
+    return status;
+}
+
+int run(agent::Options options)
+{
+    switch (options.action) {
+    case agent::Options::Action::help:
+        std::fputs(agent::helpText, stdout);
+        return agent::exitSuccess;
+    case agent::Options::Action::version:
+        std::printf("ipmibd %s (net-snmp %s)\n", IPMIB_VERSION, agent::SnmpLibrary::version());
+        return agent::exitSuccess;
+    case agent::Options::Action::run:
+        break;
+    }
+    if (!options.master.empty()) {
+        throw std::runtime_error("-x: being a sub-agent is not available yet");
+    }
+    if (!options.loggingChosen) {
+        agent::chooseDefaultLog(options.foreground);
+    }
+    options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_SBIN);
+    options.plugin.log = agent::logLine;
+    agent::serveStandalone(options);
+    return agent::exitSuccess;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // the log may go there, into a pipe
+    try {
+        return run(agent::parseOptions(argc, argv));
+    } catch (const agent::UsageError &error) {
+        return fail(error, agent::exitUsage);
+    } catch (const std::exception &error) {
+        return fail(error, agent::exitFailure);
+    }
+}

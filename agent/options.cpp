@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Reads the command line with getopt_long; the log options with the parser of the net-snmp library.
+
+#include "options.h"
+
+#include <net-snmp/net-snmp-config.h>
+
+#include <net-snmp/net-snmp-includes.h>
+
+#include <getopt.h>
+
+#include <cstring>
+
+namespace ipmib::agent
+{
+
+const char *const helpText = R"(Usage: ipmibd [OPTION]... [LISTENING ADDRESS]...
+
+Serves the IP-MIB over SNMP.
+
+  -f                     stay in the foreground
+  -C                     do not read the default configuration files (ipmibd.conf)
+  -c FILE[,...]          read these configuration files
+  -L LOGOPTION           log to standard output (-Lo), standard error (-Le), a file (-Lf FILE), syslog (-Ls FACILITY),
+                         or nowhere (-Ln)
+  -p FILE                write the process id to this file
+  -x ADDRESS             be a sub-agent of the AgentX master at this address
+      --platform NAME[:ARGUMENT]
+                         where the facts come from (default: linux)
+      --module PATH      the module to load (default: the one that ipmibd came with)
+      --OPTION[=VALUE]   any other long option is handed to the platform
+  -h, --help             print this and exit
+  -v, --version          print the version and exit
+
+A listening address is written as for snmpd: udp:127.0.0.1:161, udp6:[::1]:161, tcp:10.0.0.1:161. Without one, here or
+as agentaddress in the configuration, only the loopback addresses are listened on, at UDP port 161.
+)";
+
+namespace
+{
+
+constexpr int platformOption = 256;
+constexpr int moduleOption = 257;
+
+constexpr option longOptions[] = {
+    {"help", no_argument, nullptr, 'h'},
+    {"version", no_argument, nullptr, 'v'},
+    {"platform", required_argument, nullptr, platformOption},
+    {"module", required_argument, nullptr, moduleOption},
+    {nullptr, 0, nullptr, 0},
+};
+
+// What getopt_long does not know but a platform may: "--name" or "--name=value".
+std::pair<std::string, std::string> splitLongOption(std::string_view argument)
+{
+    argument.remove_prefix(std::strlen("--"));
+    const std::size_t equals = argument.find('=');
+    if (equals == std::string_view::npos) {
+        return {std::string(argument), ""};
+    }
+    return {std::string(argument.substr(0, equals)), std::string(argument.substr(equals + 1))};
+}
+
+// Whether a destination of the log that was asked for could not be opened; the library keeps that to itself.
+const char *unopenedLogFile()
+{
+    for (const netsnmp_log_handler *handler = get_logh_head(); handler != nullptr; handler = handler->next) {
+        if (handler->type == NETSNMP_LOGHANDLER_FILE && handler->magic == nullptr) {
+            return handler->token;
+        }
+    }
+    return nullptr;
+}
+
+// The library prints complaints of its own about what it does not know, hence the checks before it is asked.
+void chooseLogging(char *specification, int argc, char *const *argv)
+{
+    const std::string given = std::string("-L") + specification;
+    if (std::strchr("eEfFoOsSnN", specification[0]) == nullptr || specification[0] == '\0') {
+        throw UsageError(given + ": unknown destination of the log");
+    }
+    if (std::strchr("fFsS", specification[0]) != nullptr && specification[1] == '\0' && optind >= argc) {
+        throw UsageError(given + " needs an argument");
+    }
+    if (snmp_log_options(specification, argc, argv) < 0) {
+        throw UsageError(given + ": unknown destination of the log");
+    }
+    if (const char *file = unopenedLogFile()) {
+        throw std::runtime_error(std::string("cannot write the log file ") + file);
+    }
+}
+
+} // namespace
+
+std::vector<std::string> splitList(std::string_view list)
+{
+    std::vector<std::string> items;
+    for (;;) {
+        const std::size_t comma = list.find(',');
+        const std::string_view item = list.substr(0, comma);
+        if (!item.empty()) {
+            items.emplace_back(item);
+        }
+        if (comma == std::string_view::npos) {
+            return items;
+        }
+        list.remove_prefix(comma + 1);
+    }
+}
+
+Options parseOptions(int argc, char *const *argv)
+{
+    Options options;
+    opterr = 0;
+    optind = 0; // lets glibc start afresh
+    int letter;
+    while ((letter = getopt_long(argc, argv, ":fCc:L:p:x:hv", longOptions, nullptr)) != -1) {
+        switch (letter) {
+        case 'f':
+            options.foreground = true;
+            break;
+        case 'C':
+            options.defaultConfiguration = false;
+            break;
+        case 'c':
+            options.configuration = optarg;
+            break;
+        case 'L':
+            chooseLogging(optarg, argc, argv);
+            options.loggingChosen = true;
+            break;
+        case 'p':
+            options.pidFile = optarg;
+            break;
+        case 'x':
+            options.master = optarg;
+            break;
+        case platformOption:
+            options.plugin.platform = optarg;
+            break;
+        case moduleOption:
+            options.plugin.module = optarg;
+            break;
+        case 'h':
+            options.action = Options::Action::help;
+            return options;
+        case 'v':
+            options.action = Options::Action::version;
+            return options;
+        case ':':
+            throw UsageError(std::string("option ") + argv[optind - 1] + " needs an argument");
+        default:
+            if (optopt == 0) { // a long option that is not ours
+                options.plugin.platformOptions.push_back(splitLongOption(argv[optind - 1]));
+            } else if (optopt < platformOption && std::strncmp(argv[optind - 1], "--", 2) != 0) {
+                throw UsageError(std::string("unknown option -") + static_cast<char>(optopt));
+            } else {
+                throw UsageError(std::string("option ") + argv[optind - 1] + " takes no argument");
+            }
+        }
+    }
+    for (; optind < argc; ++optind) {
+        options.listenOn.emplace_back(argv[optind]);
+    }
+    return options;
+}
+
+} // namespace ipmib::agent

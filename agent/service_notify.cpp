@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The notification protocol is one datagram to a socket that the environment names: too little for a library.
+
+#include "service_notify.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace ipmib::agent
+{
+
+namespace
+{
+
+void notify(const std::string &state)
+{
+    const char *path = std::getenv("NOTIFY_SOCKET");
+    sockaddr_un address{};
+    const std::size_t length = path == nullptr ? 0 : std::strlen(path);
+    if (length == 0 || length >= sizeof address.sun_path) {
+        return;
+    }
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path, length);
+    if (address.sun_path[0] == '@') { // an abstract name
+        address.sun_path[0] = '\0';
+    }
+    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (descriptor < 0) {
+        return;
+    }
+    // A manager that does not listen is no reason to stop serving.
+    (void)sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr *>(&address),
+                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length));
+    close(descriptor);
+}
+
+} // namespace
+
+void notifyReady()
+{
+    notify("READY=1");
+}
+
+void notifyReloading()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const long long microseconds = now.tv_sec * 1000000LL + now.tv_nsec / 1000;
+    notify("RELOADING=1\nMONOTONIC_USEC=" + std::to_string(microseconds));
+}
+
+void notifyStopping()
+{
+    notify("STOPPING=1");
+}
+
+} // namespace ipmib::agent

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Starts the libraries without the MIB modules that snmpd adds to them.
+
+#include "snmp_library.h"
+
+#include "net_snmp.h"
+#include "options.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+namespace ipmib::agent
+{
+
+namespace
+{
+
+constexpr const char *applicationName = "ipmibd";
+
+std::string joined(const std::vector<std::string> &items)
+{
+    std::string list;
+    for (const std::string &item : items) {
+        list += list.empty() ? item : "," + item;
+    }
+    return list;
+}
+
+} // namespace
+
+SnmpLibrary::SnmpLibrary(SnmpSettings settings) : settings_(std::move(settings))
+{
+    checkConfigurationFiles();
+    setenv("MIBS", "", 1); // identifiers are numbers here; parsing MIB texts would only cost time and memory
+    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG, 1);
+    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS,
+                           settings_.defaultConfiguration ? 0 : 1);
+    if (!settings_.configuration.empty()) {
+        netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OPTIONALCONFIG, settings_.configuration.c_str());
+    }
+    if (!settings_.listenOn.empty()) {
+        netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, joined(settings_.listenOn).c_str());
+    }
+    if (init_agent(applicationName) != 0) {
+        throw std::runtime_error("the SNMP agent library could not be started");
+    }
+    init_snmp(applicationName);
+    snmp_store(applicationName);       // the count of starts must not be lost in a crash
+    netsnmp_set_lookup_cache_size(-1); // the library's default size
+}
+
+SnmpLibrary::~SnmpLibrary()
+{
+    snmp_shutdown(applicationName);
+    shutdown_agent();
+}
+
+const char *SnmpLibrary::version()
+{
+    return netsnmp_get_version();
+}
+
+std::vector<std::string> SnmpLibrary::listeningAddresses()
+{
+    const char *addresses = netsnmp_ds_get_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS);
+    return splitList(addresses == nullptr ? "" : addresses);
+}
+
+void SnmpLibrary::reload()
+{
+    snmp_log(LOG_INFO, "reading the configuration again\n");
+    netsnmp_logging_restart(); // log files may have been rotated
+    try {
+        checkConfigurationFiles();
+    } catch (const std::runtime_error &error) {
+        snmp_log(LOG_ERR, "%s, keeping the old configuration\n", error.what());
+        return;
+    }
+    update_config();
+}
+
+void SnmpLibrary::checkConfigurationFiles() const
+{
+    for (const std::string &file : splitList(settings_.configuration)) {
+        const int reason = std::filesystem::is_directory(file) ? EISDIR : access(file.c_str(), R_OK) != 0 ? errno : 0;
+        if (reason != 0) {
+            throw std::runtime_error("cannot read the configuration file " + file + ": " +
+                                     std::generic_category().message(reason));
+        }
+    }
+}
+
+} // namespace ipmib::agent

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The net-snmp libraries as this program uses them: started with its configuration, and stopped.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ipmib::agent
+{
+
+struct SnmpSettings {
+    bool defaultConfiguration = true;
+    std::string configuration;         // a comma list of files
+    std::vector<std::string> listenOn; // the configuration may add to these
+};
+
+class SnmpLibrary
+{
+  public:
+    // Throws std::runtime_error that names a configuration file that cannot be read.
+    explicit SnmpLibrary(SnmpSettings settings);
+    ~SnmpLibrary();
+    SnmpLibrary(const SnmpLibrary &) = delete;
+    SnmpLibrary &operator=(const SnmpLibrary &) = delete;
+
+    static const char *version();
+
+    // Where to listen: what the settings say and what the configuration adds.
+    static std::vector<std::string> listeningAddresses();
+
+    // Reopens log files and reads the configuration again; keeps the old one when a file cannot be read.
+    void reload();
+
+  private:
+    void checkConfigurationFiles() const;
+
+    SnmpSettings settings_;
+};
+
+} // namespace ipmib::agent

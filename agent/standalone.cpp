@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Everything that can fail comes before the process detaches from its terminal and says that it is ready.
+
+#include "standalone.h"
+
+#include "event_loop.h"
+#include "frontend.h"
+#include "listeners.h"
+#include "log.h"
+#include "net_snmp.h"
+#include "pid_file.h"
+#include "service_notify.h"
+#include "snmp_library.h"
+
+#include <stdexcept>
+
+namespace ipmib::agent
+{
+
+void serveStandalone(const Options &options)
+{
+    EventLoop loop;
+    SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn});
+    const Listeners listeners(SnmpLibrary::listeningAddresses());
+    host::Plugin plugin(options.plugin);
+    const Frontend frontend(plugin);
+    const PidFile pidFile(options.pidFile);
+
+    if (!options.foreground && netsnmp_daemonize(1, snmp_stderrlog_status()) != 0) {
+        throw std::runtime_error("cannot become a daemon");
+    }
+    pidFile.write();
+    snmp_log(LOG_INFO, "ipmibd %s serves %zu regions\n", IPMIB_VERSION, plugin.resolver().regions().size());
+    notifyReady();
+    loop.run([&] {
+        notifyReloading();
+        library.reload();
+        if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
+            plugin.platform()->reload();
+        }
+        notifyReady();
+    });
+    notifyStopping();
+    snmp_log(LOG_INFO, "ipmibd stops\n");
+}
+
+} // namespace ipmib::agent
