@@ -26,13 +26,20 @@ void setRunning(Platform *platform)
     serving = platform;
 }
 
-std::string readOptions(const IpmibPlatformHost &host, Settings &)
+std::string readOptions(const IpmibPlatformHost &host, Settings &settings)
 {
     if (host.argument != nullptr && *host.argument != '\0') {
         return "platform linux takes no argument, not \"" + std::string(host.argument) + "\"";
     }
     for (std::size_t i = 0; i < host.option_count; ++i) {
-        return "platform linux has no option --" + std::string(host.options[i].name);
+        const IpmibPlatformOption &option = host.options[i];
+        if (std::string_view(option.name) != "radvd-conf") {
+            return "platform linux has no option --" + std::string(option.name);
+        }
+        if (*option.value == '\0') {
+            return "--radvd-conf needs the name of a file";
+        }
+        settings.radvdConf = option.value;
     }
     return "";
 }
@@ -58,6 +65,7 @@ std::string Platform::start(const Settings &settings)
             return error;
         }
     }
+    radvd_.start(loop_, settings.radvdConf);
     if (!systemCounters_.available()) {
         logWarning("ipv6: the kernel has no IPv6 in this network namespace, its tables stay empty");
     }
@@ -69,12 +77,25 @@ void Platform::beginPacket()
     loop_.runAnnouncements();
     ip6Links_.newPacket();
     systemCounters_.newPacket();
+    rowHopLimit_.newPacket();
     if (ipv4Accounting_) {
         ipv4Accounting_->newPacket();
     }
 }
 
-void Platform::reload() {}
+void Platform::reload()
+{
+    radvd_.reload();
+}
+
+const Ip6Link *Platform::ip6Link(std::uint32_t ifIndex)
+{
+    if (links_.find(ifIndex) == nullptr) {
+        return nullptr;
+    }
+    const Ip6Link *link = ip6Links_.read(ifIndex);
+    return link != nullptr && link->present ? link : nullptr;
+}
 
 std::uint32_t Platform::hopLimit()
 {

@@ -2,6 +2,8 @@
 // The one Linux platform of a process: every mirror, reader and timer, from start to stop.
 #pragma once
 
+#include "advertisements/radvd_file.h"
+#include "advertisements/row_hop_limit.h"
 #include "core/event_loop.h"
 #include "core/mirror.h"
 #include "core/proc_file.h"
@@ -21,6 +23,7 @@ namespace ipmib::platform
 struct Settings {
     // Bytes for waiting announcements, for each mirror; tests make it tiny.
     int receiveBuffer = Mirror::defaultReceiveBuffer;
+    std::string radvdConf = "/etc/radvd.conf";
 };
 
 // Settings from the host's options; the answer, when one is unknown, is one line for the user.
@@ -45,6 +48,10 @@ class Platform
     Ip6LinkReader &ip6Links() { return ip6Links_; }
     SystemCounters &systemCounters() { return systemCounters_; }
     Ipv4Accounting *ipv4Accounting() { return ipv4Accounting_.get(); }
+    // What the kernel says of IPv6 on a link; null when it runs none there.
+    const Ip6Link *ip6Link(std::uint32_t ifIndex);
+    const RadvdFile &radvd() const { return radvd_; }
+    RowHopLimit &rowHopLimit() { return rowHopLimit_; }
     // The hop limit that interfaces start with.
     std::uint32_t hopLimit();
 
@@ -62,6 +69,8 @@ class Platform
     SystemCounters systemCounters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     std::unique_ptr<Ipv4Accounting> ipv4Accounting_;
+    RadvdFile radvd_;
+    RowHopLimit rowHopLimit_;
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.

@@ -3,3 +3,7 @@
 
 ipmib_test(ordered_table_test SOURCES ordered_table_test.cpp LIBS ipmib_platform_linux_objects)
 ipmib_test(links_netns_test SOURCES links/links_netns_test.cpp LIBS ipmib_platform_linux_objects ipmib_netns)
+
+ipmib_test(radvd_test
+    SOURCES advertisements/config_info_test.cpp advertisements/radvd_conf_test.cpp advertisements/radvd_file_test.cpp
+    LIBS ipmib_platform_linux_objects)

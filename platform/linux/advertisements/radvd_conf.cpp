@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Parser of radvd.conf. Whatever an interface's definition holds beside the options that count is skipped by its shape,
 // so that a newer radvd's file is read too.
-#include "radvd_conf.h"
+#include "advertisements/radvd_conf.h"
 
-#include "radvd_scanner.h"
+#include "advertisements/radvd_scanner.h"
 
 #include <algorithm>
 #include <cctype>

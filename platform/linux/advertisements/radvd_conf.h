@@ -2,7 +2,7 @@
 // What radvd.conf says of router advertisements.
 #pragma once
 
-#include "radvd_options.h"
+#include "advertisements/radvd_options.h"
 
 #include <functional>
 #include <map>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The parser of radvd.conf: what it takes, what it fills in, what it says of mistakes.
-#include "radvd_conf.h"
+#include "advertisements/radvd_conf.h"
 
 #include <gtest/gtest.h>
 

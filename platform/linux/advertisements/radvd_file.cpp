@@ -9,6 +9,7 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -35,6 +36,12 @@ std::pair<std::string, std::string> split(const std::string &path)
     return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }
 
+bool isPlainFile(const std::string &path)
+{
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+}
+
 // 0, or the errno of what went wrong.
 int readWhole(const std::string &path, std::string &text)
 {
@@ -44,7 +51,7 @@ int readWhole(const std::string &path, std::string &text)
         return errno;
     }
     if (!S_ISREG(status.st_mode)) {
-        return EINVAL;
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     }
     text.clear();
     std::array<char, 4096> piece;
@@ -110,29 +117,39 @@ void RadvdFile::watchEntry(const std::string &path)
     const auto [directory, entry] = split(path);
     const int watched = inotify_add_watch(inotify_.get(), directory.c_str(), watchedEvents);
     if (watched >= 0) {
-        entries_[watched] = entry;
+        entries_.emplace(watched, entry);
     } else if ((errno == ENOENT || errno == ENOTDIR) && directory != "/" && directory != ".") {
         watchEntry(directory);
     }
 }
 
+bool RadvdFile::matters(const inotify_event &event, std::string_view name) const
+{
+    if ((event.mask & IN_Q_OVERFLOW) != 0) {
+        return true;
+    }
+    // A new file is still being written; its writer closes it. A new link or directory is complete.
+    if ((event.mask & IN_CREATE) != 0 && (event.mask & IN_ISDIR) == 0 && isPlainFile(path_)) {
+        return false;
+    }
+    const auto [first, last] = entries_.equal_range(event.wd);
+    return std::any_of(first, last, [&](const auto &entry) { return name.empty() || name == entry.second; });
+}
+
 void RadvdFile::readEvents()
 {
-    alignas(inotify_event) std::array<char, 4096> buffer;
-    bool matters = false;
+    std::array<char, 4096> buffer;
+    bool changed = false;
     ssize_t length = 0;
     while ((length = ::read(inotify_.get(), buffer.data(), buffer.size())) > 0) {
         for (ssize_t at = 0; at < length;) {
             inotify_event event;
             std::memcpy(&event, buffer.data() + at, sizeof event);
-            const char *name = event.len != 0 ? buffer.data() + at + sizeof event : "";
-            const auto watched = entries_.find(event.wd);
-            matters = matters || (event.mask & IN_Q_OVERFLOW) != 0 ||
-                      (watched != entries_.end() && (event.len == 0 || watched->second == name));
+            changed = changed || matters(event, event.len != 0 ? buffer.data() + at + sizeof event : "");
             at += static_cast<ssize_t>(sizeof event + event.len);
         }
     }
-    if (matters) {
+    if (changed) {
         reload();
     }
 }
@@ -156,7 +173,7 @@ void RadvdFile::use(const std::string &text)
     }
     text_ = text;
     complaint_.clear();
-    logInfo("radvd: %s names %zu interfaces", path_.c_str(), conf_.size());
+    logInfo("radvd: interfaces that %s names: %zu", path_.c_str(), conf_.size());
     for (const auto &[name, interface] : conf_) {
         if (interface.sendAdverts && !interface.refusal.empty()) {
             logWarning("radvd: %s:%u: radvd sends nothing on %s: %s", path_.c_str(), interface.line, name.c_str(),

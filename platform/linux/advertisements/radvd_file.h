@@ -5,6 +5,8 @@
 #include "advertisements/radvd_conf.h"
 #include "core/event_loop.h"
 
+#include <sys/inotify.h>
+
 #include <map>
 #include <string>
 #include <string_view>
@@ -32,6 +34,7 @@ class RadvdFile
     void watch();
     void watchEntry(const std::string &path);
     void readEvents();
+    bool matters(const inotify_event &event, std::string_view name) const;
     void read();
     void use(const std::string &text);
     void complain(const std::string &line);
@@ -39,7 +42,7 @@ class RadvdFile
     EventLoop *loop_ = nullptr;
     std::string path_;
     Descriptor inotify_;
-    std::map<int, std::string> entries_; // by watched directory: the entry in it whose change matters
+    std::multimap<int, std::string> entries_; // by watched directory: the entries in it whose change matters
     RadvdConf conf_;
     std::string text_;      // what conf_, or the complaint, came from
     std::string complaint_; // the last one, so that it is logged once

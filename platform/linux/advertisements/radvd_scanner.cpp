@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Cuts radvd.conf into tokens.
-#include "radvd_scanner.h"
+#include "advertisements/radvd_scanner.h"
 
 #include <algorithm>
 
