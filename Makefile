@@ -1,0 +1,36 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# The everyday commands. Each installs the Debian packages that it needs, when it may, and says which when it may not.
+#
+#   make              build the release configuration in build/
+#   make run          build, and run the agent on loopback (ONCE=1: query it once and stop it)
+#   make test         build and test the release and the sanitized configuration, and check the layout of the sources
+#   make format       lay out the sources
+
+.DEFAULT_GOAL := build
+.PHONY: build run test format clean
+
+sources = find $(wildcard agent bench cli fuzz host include module platform tests) -name '*.h' -o -name '*.cpp' -o -name '*.c'
+
+build:
+	@packaging/install_dependencies.sh run build
+	cmake --preset release -DIPMIB_BUILD_TESTS=OFF -DIPMIB_BUILD_BENCH=OFF
+	cmake --build --preset release
+
+run: build
+	@packaging/run.sh $(if $(ONCE),once)
+
+test:
+	@packaging/install_dependencies.sh run build test
+	@$(sources) | xargs clang-format --dry-run --Werror
+	cmake --preset release -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON
+	cmake --build --preset release
+	ctest --preset release
+	cmake --preset asan
+	cmake --build --preset asan
+	ctest --preset asan
+
+format:
+	@$(sources) | xargs clang-format -i
+
+clean:
+	rm -rf build build-asan build-debug

@@ -1,0 +1,38 @@
+#!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+# Installs the Debian packages of the named sections of dependencies.txt that are missing, or says which they are.
+set -eu
+
+list=$(dirname "$0")/dependencies.txt
+
+wanted() {
+    for section in "$@"; do
+        sed -n "/^\[$section\]/,/^\[/p" "$list" | grep -v -e '^\[' -e '^#' -e '^$'
+    done
+}
+
+missing=
+for package in $(wanted "$@"); do
+    status=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
+    case $status in
+    ii*) ;;
+    *) missing="$missing $package" ;;
+    esac
+done
+[ -n "$missing" ] || exit 0
+
+if [ "$(id -u)" = 0 ]; then
+    become=
+elif sudo -n true 2>/dev/null; then
+    become=sudo
+else
+    echo "These Debian packages are missing:$missing" >&2
+    echo "Install them as root: apt-get install$missing" >&2
+    exit 1
+fi
+
+echo "Installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+$become apt-get update -q
+# shellcheck disable=SC2086 # a list of words
+$become apt-get install -y -q --no-install-recommends $missing
