@@ -2,7 +2,7 @@
 // Serves a plug-in's objects inside an agent that is built on the net-snmp library, whichever agent that is.
 #pragma once
 
-#include "../host/plugin.h"
+#include "host/plugin.h"
 
 #include <memory>
 

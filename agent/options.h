@@ -2,7 +2,7 @@
 // The command line of ipmibd: snmpd's flags where both have the same thing to say.
 #pragma once
 
-#include "../host/plugin.h"
+#include "host/plugin.h"
 
 #include <stdexcept>
 #include <string>

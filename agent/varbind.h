@@ -2,7 +2,7 @@
 // Between the identifiers and values of the host and those of the net-snmp library, whose sub-identifiers are longs.
 #pragma once
 
-#include "../host/resolver.h"
+#include "host/resolver.h"
 
 #include "net_snmp.h"
 

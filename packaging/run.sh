@@ -35,8 +35,10 @@ rm -f "$state/pid"
 trap stop EXIT
 
 for subtree in 1.3.6.1.2.1.4 1.3.6.1.2.1.5; do
-    snmpwalk -v2c -c public -On "127.0.0.1:$port" "$subtree" >"$state/walk"
+    status=0
+    snmpwalk -v2c -c public -On "127.0.0.1:$port" "$subtree" >"$state/walk" || status=$?
     cat "$state/walk"
+    [ "$status" = 0 ] || exit "$status"
     if ! grep -q -v -e 'No Such' -e 'No more variables' "$state/walk"; then
         echo "nothing is served under $subtree" >&2
         exit 1
