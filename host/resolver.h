@@ -20,13 +20,22 @@ namespace ipmib::host
 {
 
 // SMI types as they stand on the wire.
-enum class ValueType : std::uint8_t { integer32, unsigned32, counter32, counter64, timeTicks, octets, objectId };
+enum class ValueType : std::uint8_t {
+    integer32,
+    unsigned32,
+    counter32,
+    counter64,
+    timeTicks,
+    octets,
+    ipAddress,
+    objectId
+};
 
 // A value. Octets and identifiers point into storage that stays valid until the resolver is used again.
 struct Value {
     ValueType type = ValueType::integer32;
     std::uint64_t number = 0;             // numbers; a negative integer32 as its 32-bit two's complement
-    std::span<const std::uint8_t> octets; // octets
+    std::span<const std::uint8_t> octets; // octets, and the 4 of an address
     std::span<const SubId> objectId;      // identifiers
 };
 

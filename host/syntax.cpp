@@ -25,10 +25,13 @@ constexpr Mapping mappings[] = {
     {MIB_TYPE_TIMETICKS, VT_TIMETICKS, ValueType::timeTicks},
     {MIB_TYPE_OCTETS, VT_OCTETS, ValueType::octets},
     {MIB_TYPE_OID, VT_OID, ValueType::objectId},
+    {MIB_TYPE_IPADDRESS, VT_OCTETS, ValueType::ipAddress},
 };
 
 // Identifiers with fewer sub-identifiers cannot be encoded.
 constexpr std::size_t minOidLength = 2;
+
+constexpr std::size_t ipAddressLength = 4;
 
 // The number as the declared range sees it: signed, except for the unsigned types.
 bool isWithinBounds(const MibRangeItem &range, const MibSyntax &syntax, std::uint64_t number)
@@ -91,6 +94,9 @@ std::optional<Value> checkedValue(const MibSyntax &syntax, const ReplyValue &val
         return checked;
     case VT_OCTETS:
         checked.octets = value.bytes;
+        if (syntax.ulType == MIB_TYPE_IPADDRESS && value.bytes.size() != ipAddressLength) {
+            return std::nullopt;
+        }
         return isAllowed(syntax, value.bytes.size()) ? std::optional(checked) : std::nullopt;
     default:
         return isAllowed(syntax, value.number) ? std::optional(checked) : std::nullopt;
