@@ -15,6 +15,21 @@ namespace
 {
 constexpr std::uint32_t usualHopLimit = 64; // of a kernel without IPv6, and of every kernel that nobody configured
 Platform *serving = nullptr;
+
+std::string readOption(const IpmibPlatformOption &option, Settings &settings)
+{
+    const std::string_view name = option.name;
+    const std::string_view value = option.value;
+    if (name == "radvd-conf") {
+        settings.radvdConf = value;
+        return value.empty() ? "--radvd-conf needs the name of a file" : "";
+    }
+    if (name == "ipv4-accounting") {
+        settings.ipv4Accounting = true;
+        return value.empty() ? "" : "--ipv4-accounting takes no value, not \"" + std::string(value) + "\"";
+    }
+    return "platform linux has no option --" + std::string(name);
+}
 } // namespace
 
 Platform *running()
@@ -32,14 +47,9 @@ std::string readOptions(const IpmibPlatformHost &host, Settings &settings)
         return "platform linux takes no argument, not \"" + std::string(host.argument) + "\"";
     }
     for (std::size_t i = 0; i < host.option_count; ++i) {
-        const IpmibPlatformOption &option = host.options[i];
-        if (std::string_view(option.name) != "radvd-conf") {
-            return "platform linux has no option --" + std::string(option.name);
+        if (const std::string error = readOption(host.options[i], settings); !error.empty()) {
+            return error;
         }
-        if (*option.value == '\0') {
-            return "--radvd-conf needs the name of a file";
-        }
-        settings.radvdConf = option.value;
     }
     return "";
 }
@@ -58,6 +68,7 @@ std::string Platform::start(const Settings &settings)
     links_.onDown([this](std::uint32_t ifIndex) {
         if (links_.find(ifIndex) == nullptr) {
             ip6Links_.forget(ifIndex);
+            ipv4Accounting_.linkRemoved(ifIndex);
         }
     });
     for (Mirror *mirror : {&linkMirror_}) {
@@ -66,6 +77,11 @@ std::string Platform::start(const Settings &settings)
         }
     }
     radvd_.start(loop_, settings.radvdConf);
+    if (!settings.ipv4Accounting) {
+        logInfo("ipv4: traffic is not counted by interface (the kernel does not; --ipv4-accounting does)");
+    } else if (const std::string error = ipv4Accounting_.start(); !error.empty()) {
+        return error;
+    }
     if (!systemCounters_.available()) {
         logWarning("ipv6: the kernel has no IPv6 in this network namespace, its tables stay empty");
     }
@@ -78,9 +94,7 @@ void Platform::beginPacket()
     ip6Links_.newPacket();
     systemCounters_.newPacket();
     rowHopLimit_.newPacket();
-    if (ipv4Accounting_) {
-        ipv4Accounting_->newPacket();
-    }
+    ipv4Accounting_.checkRoomFor(links_.size());
 }
 
 void Platform::reload()

@@ -2,19 +2,18 @@
 // The one Linux platform of a process: every mirror, reader and timer, from start to stop.
 #pragma once
 
+#include "accounting/ipv4_accounting.h"
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
 #include "core/event_loop.h"
 #include "core/mirror.h"
 #include "core/proc_file.h"
-#include "counters/ipv4_accounting.h"
 #include "counters/system_counters.h"
 #include "links/ip6_link.h"
 #include "links/link_table.h"
 
 #include <ipmib/platform_hooks.h>
 
-#include <memory>
 #include <string>
 
 namespace ipmib::platform
@@ -24,6 +23,7 @@ struct Settings {
     // Bytes for waiting announcements, for each mirror; tests make it tiny.
     int receiveBuffer = Mirror::defaultReceiveBuffer;
     std::string radvdConf = "/etc/radvd.conf";
+    bool ipv4Accounting = false; // counts IPv4 traffic by interface, with a table in the packet filter
 };
 
 // Settings from the host's options; the answer, when one is unknown, is one line for the user.
@@ -47,7 +47,7 @@ class Platform
     const LinkTable &links() const { return links_; }
     Ip6LinkReader &ip6Links() { return ip6Links_; }
     SystemCounters &systemCounters() { return systemCounters_; }
-    Ipv4Accounting *ipv4Accounting() { return ipv4Accounting_.get(); }
+    Ipv4Accounting &ipv4Accounting() { return ipv4Accounting_; }
     // What the kernel says of IPv6 on a link; null when it runs none there.
     const Ip6Link *ip6Link(std::uint32_t ifIndex);
     const RadvdFile &radvd() const { return radvd_; }
@@ -68,7 +68,7 @@ class Platform
     Ip6LinkReader ip6Links_;
     SystemCounters systemCounters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
-    std::unique_ptr<Ipv4Accounting> ipv4Accounting_;
+    Ipv4Accounting ipv4Accounting_;
     RadvdFile radvd_;
     RowHopLimit rowHopLimit_;
 };

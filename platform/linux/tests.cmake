@@ -7,3 +7,8 @@ ipmib_test(links_netns_test SOURCES links/links_netns_test.cpp LIBS ipmib_platfo
 ipmib_test(radvd_test
     SOURCES advertisements/config_info_test.cpp advertisements/radvd_conf_test.cpp advertisements/radvd_file_test.cpp
     LIBS ipmib_platform_linux_objects)
+
+ipmib_test(accounting_netns_test
+           SOURCES accounting/accounting_table_netns_test.cpp accounting/ipv4_accounting_netns_test.cpp
+                   accounting/ipv4_rows_netns_test.cpp accounting/router_bed.cpp
+           LIBS ipmib_platform_linux_objects ipmib_netns)

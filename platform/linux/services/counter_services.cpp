@@ -36,10 +36,7 @@ uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
     if (platform == nullptr || platform->links().find(if_index) == nullptr) {
         return noMore;
     }
-    *stat = IpMibIfStat{};
-    if (Ipv4Accounting *accounting = platform->ipv4Accounting()) {
-        accounting->read(if_index, *stat);
-    }
+    *stat = platform->ipv4Accounting().countersOf(if_index);
     return success;
 }
 
