@@ -10,5 +10,5 @@ ipmib_test(radvd_test
 
 ipmib_test(accounting_netns_test
            SOURCES accounting/accounting_table_netns_test.cpp accounting/ipv4_accounting_netns_test.cpp
-                   accounting/ipv4_rows_netns_test.cpp accounting/router_bed.cpp
+                   accounting/ipv4_rows_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)

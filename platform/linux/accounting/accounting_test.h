@@ -3,8 +3,9 @@
 #pragma once
 
 #include "accounting/ipv4_accounting.h"
-#include "accounting/router_bed.h"
+
 #include "core/log.h"
+#include "netns/router_bed.h"
 
 #include <cstdlib>
 #include <optional>
@@ -13,6 +14,10 @@
 
 namespace ipmib::platform
 {
+
+using netns::ifIndex;
+using netns::RouterBed;
+using netns::UdpSocket;
 
 constexpr unsigned octets = 528; // of every datagram here, IP header included
 
@@ -28,7 +33,7 @@ struct Datagrams {
 
 inline void expectCounters(Ipv4Accounting &accounting, const char *interface, const Datagrams &expected)
 {
-    const IpMibIfStat found = accounting.countersOf(ifIndex(interface));
+    const IpMibIfStat found = accounting.countersOf(netns::ifIndex(interface));
     EXPECT_EQ(found.in_receives, expected.received) << interface;
     EXPECT_EQ(found.in_octets, expected.received * octets) << interface;
     EXPECT_EQ(found.in_mcast_pkts, expected.receivedMulticast) << interface;

@@ -63,7 +63,7 @@ TEST_F(Ipv4AccountingTest, MulticastInCountsAlsoWhereNobodyListens)
 // The kernel shows such a datagram to the packet filter twice, and receives the copy. So it does with broadcasts.
 TEST_F(Ipv4AccountingTest, MulticastOutCountsOnceAlsoWhenThisHostListens)
 {
-    const ip_mreqn lan{addressOf(group).sin_addr, {}, static_cast<int>(ifIndex("lan"))};
+    const ip_mreqn lan{netns::addressOf(group).sin_addr, {}, static_cast<int>(ifIndex("lan"))};
     bed->router.set(IPPROTO_IP, IP_ADD_MEMBERSHIP, lan);
     bed->router.set(IPPROTO_IP, IP_MULTICAST_IF, lan);
     Ipv4Accounting accounting;
@@ -107,6 +107,26 @@ TEST_F(Ipv4AccountingTest, OthersDropsAreSeenWhereTheyHappen)
     sendPastDrop(bed->router, "output priority raw"); // requested, but not sent
     expectCounters(accounting, "wan", {.requested = 10, .forwarded = 10});
     expectCounters(accounting, "lan", {.received = 30});
+}
+
+// The packet filter sees fragments as they arrive, and never those that this host makes.
+TEST_F(Ipv4AccountingTest, FragmentsCountOneByOneWhenTheyPassAndAsOneDatagramWhenTheyAreMadeHere)
+{
+    constexpr unsigned size = 3000;              // 2980 octets behind the header: 1480 and 1480 and 20
+    constexpr unsigned onTheWay = size + 2 * 20; // two headers more
+    Ipv4Accounting accounting;
+    ASSERT_EQ(accounting.start(), "");
+
+    bed->client.send(RouterBed::serverAddress, bed->server, 10, size);
+    EXPECT_EQ(accounting.countersOf(ifIndex("lan")).in_receives, 30U);
+    EXPECT_EQ(accounting.countersOf(ifIndex("lan")).in_octets, 10U * onTheWay);
+    EXPECT_EQ(accounting.countersOf(ifIndex("wan")).out_transmits, 30U);
+    EXPECT_EQ(accounting.countersOf(ifIndex("wan")).out_octets, 10U * onTheWay);
+
+    bed->router.send(RouterBed::serverAddress, bed->server, 10, size);
+    EXPECT_EQ(accounting.countersOf(ifIndex("wan")).out_requests, 10U);
+    EXPECT_EQ(accounting.countersOf(ifIndex("wan")).out_transmits, 40U);
+    EXPECT_EQ(accounting.countersOf(ifIndex("wan")).out_octets, 10U * (onTheWay + size));
 }
 
 // With br_netfilter the kernel shows a bridged datagram to the IPv4 hooks, and means to show it once.

@@ -16,7 +16,7 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::size_t capacity = 8 * 1024;
+constexpr std::size_t capacity = 8192;
 constexpr std::size_t roomForMessage = 1024; // no message of ours comes near it
 
 int errorOf(const nlmsghdr &message)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// For tests: three network namespaces in a row, a client, a router, in which the test runs, and a server.
+// Three network namespaces in a row, a client, a router, in which the calling thread stays, and a server.
 #pragma once
 
 #include "netns/namespace.h"
@@ -8,14 +8,14 @@
 
 #include <cstdint>
 
-namespace ipmib::platform
+namespace ipmib::netns
 {
 
 // A UDP socket in a namespace, bound to the port that addressOf() names.
 class UdpSocket
 {
   public:
-    explicit UdpSocket(const netns::Namespace &space);
+    explicit UdpSocket(const Namespace &space);
     ~UdpSocket();
     UdpSocket(const UdpSocket &) = delete;
     UdpSocket &operator=(const UdpSocket &) = delete;
@@ -49,15 +49,15 @@ class RouterBed
 
     RouterBed();
 
-    const netns::Namespace clientSpace;
-    const netns::Namespace routerSpace;
-    const netns::Namespace serverSpace;
+    const Namespace clientSpace;
+    const Namespace routerSpace;
+    const Namespace serverSpace;
     const UdpSocket client{clientSpace};
     const UdpSocket router{routerSpace};
     const UdpSocket server{serverSpace};
 
   private:
-    const netns::Inside inside_{routerSpace};
+    const Inside inside_{routerSpace};
 };
 
 // Of the router's interface.
@@ -65,4 +65,4 @@ std::uint32_t ifIndex(const char *name);
 
 sockaddr_in addressOf(const char *host);
 
-} // namespace ipmib::platform
+} // namespace ipmib::netns

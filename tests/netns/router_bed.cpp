@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// For tests: three network namespaces in a row, a client, a router, in which the test runs, and a server.
-#include "accounting/router_bed.h"
+// Three network namespaces in a row, a client, a router, in which the calling thread stays, and a server.
+#include "netns/router_bed.h"
 
 #include <arpa/inet.h>
 #include <net/if.h>
@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace ipmib::platform
+namespace ipmib::netns
 {
 
 namespace
@@ -32,8 +32,8 @@ ssize_t sendOne(int fd, const char *to, unsigned octets)
 
 RouterBed::RouterBed()
 {
-    netns::Namespace::connect(routerSpace, "lan", clientSpace, "eth0");
-    netns::Namespace::connect(routerSpace, "wan", serverSpace, "eth0");
+    Namespace::connect(routerSpace, "lan", clientSpace, "eth0");
+    Namespace::connect(routerSpace, "wan", serverSpace, "eth0");
     routerSpace.run(std::string("ip address add dev lan ") + lanAddress + "/24");
     routerSpace.run(std::string("ip address add dev wan ") + wanAddress + "/24");
     routerSpace.sysctl("net/ipv4/ip_forward", "1");
@@ -58,9 +58,9 @@ sockaddr_in addressOf(const char *host)
     return address;
 }
 
-UdpSocket::UdpSocket(const netns::Namespace &space)
+UdpSocket::UdpSocket(const Namespace &space)
 {
-    const netns::Inside inside(space);
+    const Inside inside(space);
     fd_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const sockaddr_in any = addressOf("0.0.0.0");
     EXPECT_EQ(bind(fd_, reinterpret_cast<const sockaddr *>(&any), sizeof any), 0);
@@ -104,4 +104,4 @@ void UdpSocket::send(const char *to, const UdpSocket &receiver, unsigned count, 
     }
 }
 
-} // namespace ipmib::platform
+} // namespace ipmib::netns
