@@ -28,6 +28,9 @@ class Builder
 
     bool buildBelowOctets(OidView instance)
     {
+        if (std::ranges::none_of(parts_, &IndexPart::isOctets)) {
+            return false;
+        }
         for (std::size_t i = 0; i < parts_.size(); ++i) {
             const auto finished = parts_[i].isOctets ? step(belowAll(i)) : takeNumber(i, instance);
             if (finished != Step::next) {

@@ -15,7 +15,8 @@ namespace ipmib::host
 bool keyBelow(const IndexParts &parts, OidView instance, bool smaller, RowKey &key);
 
 // The nearest key below every row that agrees with the instance in the parts before the first octets; modules give
-// short and long octets a meaning of their own, and from here they are not looked at. False when there is none.
+// short and long octets a meaning of their own, and from here they are not looked at. False when there is none,
+// or when the index has no octets.
 bool keyBelowOctets(const IndexParts &parts, OidView instance, RowKey &key);
 
 } // namespace ipmib::host

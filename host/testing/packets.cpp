@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Compares what the resolver answers with what the list of instances says.
+#include "packets.h"
+
+#include <gtest/gtest.h>
+
+namespace ipmib::host::testing
+{
+namespace
+{
+
+// Some variables that often, as those of a collector do, ask for one row in several columns.
+std::vector<Identifier> randomPacket(const Instances &instances, Random &random)
+{
+    std::vector<Identifier> packet;
+    for (std::size_t i = random() % 4 + 1; i > 0; --i) {
+        packet.push_back(instances.random(random));
+    }
+    return packet;
+}
+
+std::vector<Variable> variablesOf(const std::vector<Identifier> &packet)
+{
+    std::vector<Variable> variables(packet.size());
+    for (std::size_t i = 0; i < packet.size(); ++i) {
+        variables[i].asked = packet[i];
+    }
+    return variables;
+}
+
+void expectSuccessor(const Variable &variable, const Identifier *expected, const ExpectValue &expectValue)
+{
+    if (!expected) {
+        EXPECT_EQ(variable.status, Status::endOfRegion) << "answered " << text(variable.name.view());
+        return;
+    }
+    ASSERT_EQ(variable.status, Status::ok) << "expected " << text(*expected);
+    ASSERT_EQ(text(variable.name.view()), text(*expected));
+    expectValue(variable.name.view(), variable.value);
+}
+
+} // namespace
+
+void checkGetNext(Resolver &resolver, const Instances &instances, Random &random, const ExpectValue &expectValue)
+{
+    const auto packet = randomPacket(instances, random);
+    auto variables = variablesOf(packet);
+    const Identifier region = instances.randomRegion(random);
+    resolver.getNext(variables, region);
+    for (const Variable &variable : variables) {
+        SCOPED_TRACE("after " + text(variable.asked) + " within " + text(region));
+        // Before the region, its root may be an instance itself.
+        const bool isBefore = compare(variable.asked, region) < 0 && instances.has(region);
+        expectSuccessor(variable, isBefore ? &region : instances.after(variable.asked, region), expectValue);
+    }
+}
+
+void checkWalk(Resolver &resolver, const Instances &instances, OidView region, const ExpectValue &expectValue)
+{
+    Variable variable;
+    Oid asked(region);
+    for (;;) {
+        SCOPED_TRACE("after " + text(asked.view()) + " within " + text(region));
+        variable.asked = asked.view();
+        resolver.getNext({&variable, 1}, region);
+        expectSuccessor(variable, instances.after(asked.view(), region), expectValue);
+        if (variable.status != Status::ok || compare(variable.name.view(), asked.view()) <= 0) {
+            return;
+        }
+        asked = variable.name;
+    }
+}
+
+void checkGet(Resolver &resolver, const Instances &instances, Random &random, const ExpectValue &expectValue,
+              const IsLenient &isLenient)
+{
+    const auto packet = randomPacket(instances, random);
+    auto variables = variablesOf(packet);
+    resolver.get(variables);
+    for (const Variable &variable : variables) {
+        SCOPED_TRACE("get " + text(variable.asked));
+        if (instances.has(variable.asked)) {
+            ASSERT_EQ(variable.status, Status::ok);
+            expectValue(variable.asked, variable.value);
+        } else if (!isLenient(variable.asked)) {
+            EXPECT_EQ(variable.status,
+                      instances.hasObjectOf(variable.asked) ? Status::noSuchInstance : Status::noSuchObject);
+        }
+    }
+}
+
+} // namespace ipmib::host::testing
