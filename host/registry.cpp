@@ -12,8 +12,9 @@ namespace ipmib::host
 
 Registry &Registry::ofProcess()
 {
-    static Registry registry;
-    return registry;
+    // Never destroyed: a module that is part of the program unloads after the last static object is gone.
+    static Registry *const registry = new Registry;
+    return *registry;
 }
 
 bool Registry::refuse(std::string problem)
