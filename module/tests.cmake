@@ -7,6 +7,11 @@ ipmib_test(
   frame/dispatcher_test.cpp
   frame/lifecycle_test.cpp
   frame/walk_test.cpp
+  mibtree/catalogue_test.cpp
+  mibtree/link_invariants_test.cpp
+  mibtree/record_invariants_test.cpp
+  mibtree/tree_test.cpp
+  mibtree/tree_walk_test.cpp
   nd_icmp/icmp_msg_stats_test.cpp
   nd_icmp/icmp_stats_test.cpp
   nd_icmp/ip_net_to_physical_test.cpp
@@ -18,3 +23,11 @@ ipmib_test(
   LIBS
   ipmib_module_objects
   ipmib_scripted)
+target_include_directories(module_test PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+
+# Sanitizers and coverage add code and imports of their own.
+if(NOT IPMIB_SANITIZE)
+  add_test(NAME tree_object
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/mibtree/object_test.sh ${CMAKE_NM} ${CMAKE_READELF}
+                   $<FILTER:$<TARGET_OBJECTS:ipmib_module_objects>,INCLUDE,mibtree/tree\\.cpp>)
+endif()

@@ -210,17 +210,17 @@ constexpr bool itemsAscend(const Syntax &syntax)
     return true;
 }
 
-// --- What a handler has to answer: for its own static_asserts. ---
+// --- What a handler has to answer: for its static_asserts and constants, not for use at run time. ---
 
 // The object behind a parameter id, or none.
-consteval Node servedNode(std::uint32_t table, std::uint32_t column)
+constexpr Node servedNode(std::uint32_t table, std::uint32_t column)
 {
     const std::uint32_t paramId = ip_ParamId(table, column);
     return firstFrom(0, [paramId](Node node) { return specOf(node).paramId == paramId; });
 }
 
 // How many columns of a table the module serves. They are numbered from 1 without a gap.
-consteval std::uint32_t servedColumns(std::uint32_t table)
+constexpr std::uint32_t servedColumns(std::uint32_t table)
 {
     std::uint32_t count = 0;
     while (servedNode(table, count + 1) != Node::none) {
@@ -230,7 +230,7 @@ consteval std::uint32_t servedColumns(std::uint32_t table)
 }
 
 // How many columns make up the index of a served table. They are its first columns, in the order of the INDEX clause.
-consteval std::uint32_t indexColumns(std::uint32_t table)
+constexpr std::uint32_t indexColumns(std::uint32_t table)
 {
     for (const Index &index : indexes) {
         if (index.entry == specOf(servedNode(table, 1)).parent) {
@@ -241,7 +241,7 @@ consteval std::uint32_t indexColumns(std::uint32_t table)
 }
 
 // The value type (VT_*) that a column's syntax asks for.
-consteval std::uint32_t valueType(std::uint32_t table, std::uint32_t column)
+constexpr std::uint32_t valueType(std::uint32_t table, std::uint32_t column)
 {
     switch (specOf(servedNode(table, column)).syntax.type) {
     case MIB_TYPE_UNSIGNED32:

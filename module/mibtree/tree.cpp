@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The static tree: a record for each node of the catalogue, linked by the compiler.
 #include "mibtree/catalogue.h"
-#include "mibtree/invariants.h"
+#include "mibtree/link_invariants.h"
 #include "mibtree/nodes.h"
+#include "mibtree/record_invariants.h"
 
 #include <array>
 #include <cstddef>
