@@ -76,6 +76,9 @@ std::string Platform::start(const Settings &settings)
             return error;
         }
     }
+    if (const std::string error = neighbours_.start(loop_, settings.receiveBuffer); !error.empty()) {
+        return error;
+    }
     radvd_.start(loop_, settings.radvdConf);
     if (!settings.ipv4Accounting) {
         logInfo("ipv4: traffic is not counted by interface (the kernel does not; --ipv4-accounting does)");

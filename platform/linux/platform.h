@@ -11,6 +11,7 @@
 #include "counters/system_counters.h"
 #include "links/ip6_link.h"
 #include "links/link_table.h"
+#include "neighbours/neighbours.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -50,6 +51,7 @@ class Platform
     Ipv4Accounting &ipv4Accounting() { return ipv4Accounting_; }
     // What the kernel says of IPv6 on a link; null when it runs none there.
     const Ip6Link *ip6Link(std::uint32_t ifIndex);
+    Neighbours &neighbours() { return neighbours_; }
     const RadvdFile &radvd() const { return radvd_; }
     RowHopLimit &rowHopLimit() { return rowHopLimit_; }
     // The hop limit that interfaces start with.
@@ -65,6 +67,7 @@ class Platform
     DumpQueue dumps_;
     LinkTable links_;
     Mirror linkMirror_{links_, dumps_};
+    Neighbours neighbours_{dumps_};
     Ip6LinkReader ip6Links_;
     SystemCounters systemCounters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};

@@ -12,3 +12,6 @@ ipmib_test(accounting_netns_test
            SOURCES accounting/accounting_table_netns_test.cpp accounting/ipv4_accounting_netns_test.cpp
                    accounting/ipv4_rows_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
+
+ipmib_test(neighbours_netns_test SOURCES neighbours/neighbours_netns_test.cpp
+    LIBS ipmib_platform_linux_objects ipmib_netns)

@@ -8,12 +8,17 @@
 namespace ipmib::platform
 {
 
-// Whole seconds since boot.
-inline std::uint32_t secondsSinceBoot()
+inline std::uint64_t millisecondsSinceBoot()
 {
     timespec now{};
     clock_gettime(CLOCK_BOOTTIME, &now);
-    return static_cast<std::uint32_t>(now.tv_sec);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+}
+
+// Whole seconds since boot.
+inline std::uint32_t secondsSinceBoot()
+{
+    return static_cast<std::uint32_t>(millisecondsSinceBoot() / 1'000);
 }
 
 } // namespace ipmib::platform

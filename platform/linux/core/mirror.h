@@ -102,6 +102,7 @@ class DumpQueue
     void remove(Mirror &mirror);
     // Works until the queue is empty; the answer, when a dump failed, is one line for the user.
     std::string runToEnd();
+    bool idle() const { return !reading_; }
     // One read of the dump that is under way; false when there was nothing to read.
     bool readPiece();
     // For tests: dumps that the kernel marked as interrupted.

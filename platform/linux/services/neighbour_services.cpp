@@ -1,15 +1,54 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv6 neighbour cache. Not followed yet: there are no neighbours.
+// The IPv6 neighbour cache.
 #include "services/service.h"
+
+#include <cstring>
 
 using namespace ipmib::platform;
 
-uint32_t ND_GetNetToPhysicalTable(uint32_t, const uint8_t *, NeighbourEntry *, uintptr_t)
+namespace
 {
-    return notFound;
+
+constexpr uint32_t globalNeighbours = 1; // modes of a next call
+constexpr uint32_t linkLocalNeighbours = 2;
+
+void fill(const Neighbour &row, NeighbourEntry &entry)
+{
+    entry = NeighbourEntry{};
+    entry.if_index = ipmib_be32(row.ifIndex);
+    row.key().copyAddress(entry.address);
+    std::memcpy(entry.link_layer, row.linkLayer, sizeof entry.link_layer);
+    entry.type = ipmib_be32(static_cast<uint32_t>(row.type));
+    entry.state = ipmib_be32(static_cast<uint32_t>(row.state));
+    entry.last_updated_s = ipmib_be32(row.lastUpdatedS);
 }
 
-uint32_t ND_GetNextNetToPhysicalTable(uint32_t, NeighbourEntry *)
+} // namespace
+
+uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, NeighbourEntry *entry, uintptr_t)
 {
-    return noMore;
+    Platform *platform = running();
+    const Neighbour *row =
+        platform == nullptr ? nullptr : platform->neighbours().find(NeighbourKey::of(if_index, address));
+    if (row == nullptr) {
+        return notFound;
+    }
+    fill(*row, *entry);
+    return success;
+}
+
+uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
+{
+    Platform *platform = running();
+    if (platform == nullptr || (mode != globalNeighbours && mode != linkLocalNeighbours)) {
+        return noMore;
+    }
+    const NeighbourKey key = NeighbourKey::of(ipmib_be32_get(entry->if_index), entry->address);
+    Neighbours &neighbours = platform->neighbours();
+    const Neighbour *row = mode == globalNeighbours ? neighbours.afterGlobal(key) : neighbours.afterLinkLocal(key);
+    if (row == nullptr) {
+        return noMore;
+    }
+    fill(*row, *entry);
+    return success;
 }

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Single questions about the kernel's IPv6 neighbour cache.
+#include "neighbours/kernel_neighbours.h"
+
+#include "core/attributes.h"
+#include "core/boot_time.h"
+
+#include <linux/neighbour.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+namespace ipmib::platform
+{
+
+NeighbourNews KernelNeighbours::ask(const NeighbourKey &key, Neighbour &neighbour)
+{
+    RtnetlinkRequest request(RTM_GETNEIGH, 0);
+    ndmsg &header = request.family<ndmsg>();
+    header.ndm_family = AF_INET6;
+    header.ndm_ifindex = static_cast<int>(key.ifIndex);
+    std::uint8_t address[16];
+    key.copyAddress(address);
+    mnl_attr_put(request.message(), NDA_DST, sizeof address, address);
+    NeighbourNews news = NeighbourNews::ignored;
+    const int error = socket_.ask(
+        request, [&](const nlmsghdr &message) { news = readNeighbour(message, millisecondsSinceBoot(), neighbour); });
+    return error == ENOENT || error == ENODEV ? NeighbourNews::gone : news;
+}
+
+std::optional<NeighbourEntryCounts> KernelNeighbours::counts()
+{
+    RtnetlinkRequest request(RTM_GETNEIGHTBL, NLM_F_DUMP);
+    request.family<ndtmsg>().ndtm_family = AF_INET6;
+    if (!socket_.send(request)) {
+        return std::nullopt;
+    }
+    std::optional<NeighbourEntryCounts> counts;
+    // One message has the statistics, the others are about interfaces. All are there once the request is sent.
+    while (socket_.read([&](const nlmsghdr &message) {
+        const Attributes<NDTA_MAX> attributes(message, sizeof(ndtmsg));
+        if (const auto statistics = attributes.get<ndt_stats>(NDTA_STATS)) {
+            counts = {statistics->ndts_allocs, statistics->ndts_destroys, statistics->ndts_hash_grows};
+        }
+    }) == Rtnetlink::Read::rows) {
+    }
+    return counts;
+}
+
+} // namespace ipmib::platform

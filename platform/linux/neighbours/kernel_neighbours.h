@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Single questions about the kernel's IPv6 neighbour cache.
+#pragma once
+
+#include "core/rtnetlink.h"
+#include "neighbours/neighbour.h"
+
+#include <optional>
+
+namespace ipmib::platform
+{
+
+// How many entries the kernel has made and destroyed since boot, in all network namespaces.
+struct NeighbourEntryCounts {
+    std::uint64_t made = 0;
+    std::uint64_t destroyed = 0;
+    std::uint64_t rehashes = 0;
+};
+
+class KernelNeighbours
+{
+  public:
+    bool open() { return socket_.open(); }
+    const std::string &error() const { return socket_.error(); }
+
+    // `gone` when there is no such neighbour, `ignored` when the kernel does not answer.
+    NeighbourNews ask(const NeighbourKey &key, Neighbour &neighbour);
+    // Nothing when the kernel does not tell.
+    std::optional<NeighbourEntryCounts> counts();
+
+  private:
+    Rtnetlink socket_;
+};
+
+} // namespace ipmib::platform

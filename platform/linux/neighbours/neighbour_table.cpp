@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The IPv6 neighbours of this network namespace, by interface and address.
+#include "neighbours/neighbour_table.h"
+
+#include "core/boot_time.h"
+
+#include <linux/neighbour.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace ipmib::platform
+{
+namespace
+{
+
+constexpr std::uint64_t linkLocalBegin = 0xfe80'0000'0000'0000; // upper halves of fe80::/10
+constexpr std::uint64_t linkLocalEnd = 0xfebf'ffff'ffff'ffff;
+constexpr std::size_t mostQuestions = 256; // after a dump: below a millisecond
+
+const Neighbour *onInterface(std::uint32_t ifIndex, const Neighbour *row)
+{
+    return row != nullptr && row->ifIndex == ifIndex ? row : nullptr;
+}
+
+} // namespace
+
+const Neighbour *NeighbourTable::afterGlobal(const NeighbourKey &key) const
+{
+    const Neighbour *row = onInterface(key.ifIndex, rows_.after(key));
+    if (row != nullptr && row->key().isLinkLocal()) {
+        row = onInterface(key.ifIndex, rows_.after(NeighbourKey{key.ifIndex, linkLocalEnd, ~std::uint64_t{0}}));
+    }
+    return row;
+}
+
+const Neighbour *NeighbourTable::afterLinkLocal(const NeighbourKey &key) const
+{
+    const NeighbourKey begin{key.ifIndex, linkLocalBegin, 0};
+    const Neighbour *row = onInterface(key.ifIndex, key < begin ? rows_.atOrAfter(begin) : rows_.after(key));
+    return row != nullptr && row->key().isLinkLocal() ? row : nullptr;
+}
+
+void NeighbourTable::update(const NeighbourKey &key)
+{
+    Neighbour neighbour{};
+    NeighbourNews news = kernel_.ask(key, neighbour);
+    if (news == NeighbourNews::gone) {
+        rows_.erase(key);
+    } else {
+        take(news, neighbour);
+    }
+}
+
+// Not announced: an entry that begins to be resolved, one that is made without a valid address, and the change to the
+// state `delay`. Only entries that age can have such changes.
+bool NeighbourTable::mayBeBehind()
+{
+    if (anyDynamic_ || incomplete_ || !counts_) {
+        return true;
+    }
+    const auto now = kernel_.counts();
+    return !now || now->made - counts_->made != added_ || now->destroyed - counts_->destroyed != removed_;
+}
+
+RtnetlinkRequest NeighbourTable::dump(std::size_t) const
+{
+    RtnetlinkRequest request(RTM_GETNEIGH, NLM_F_DUMP);
+    request.family<ndmsg>().ndm_family = AF_INET6;
+    return request;
+}
+
+void NeighbourTable::beginRebuild()
+{
+    fresh_.clear();
+    counts_ = kernel_.counts();
+    added_ = 0;
+    removed_ = 0;
+}
+
+void NeighbourTable::rebuildWith(const nlmsghdr &message)
+{
+    Neighbour neighbour;
+    if (readNeighbour(message, millisecondsSinceBoot(), neighbour) == NeighbourNews::present) {
+        keepStamp(neighbour);
+        fresh_.put(neighbour);
+    }
+}
+
+void NeighbourTable::commitRebuild()
+{
+    keepWhatTheDumpPassedOver();
+    rows_.swap(fresh_);
+    fresh_.clear();
+    anyDynamic_ = false;
+    rows_.each([this](const Neighbour &row) { anyDynamic_ = anyDynamic_ || row.type == NeighbourType::dynamic; });
+}
+
+// Between two datagrams of a dump the kernel remembers a place in its hash table by counting, and does not mark the
+// dump when the table changed meanwhile: a removal in front of the place, or a larger hash table, makes it pass over
+// rows that were there all the time.
+void NeighbourTable::keepWhatTheDumpPassedOver()
+{
+    const auto now = kernel_.counts();
+    incomplete_ = false;
+    if (now && counts_ && now->destroyed == counts_->destroyed && now->rehashes == counts_->rehashes) {
+        return;
+    }
+    std::vector<NeighbourKey> missing;
+    rows_.each([&](const Neighbour &row) {
+        if (missing.size() <= mostQuestions && fresh_.find(row.key()) == nullptr) {
+            missing.push_back(row.key());
+        }
+    });
+    incomplete_ = rows_.empty() || missing.size() > mostQuestions;
+    if (incomplete_) {
+        return;
+    }
+    for (const NeighbourKey &key : missing) {
+        Neighbour neighbour;
+        if (kernel_.ask(key, neighbour) == NeighbourNews::present) {
+            keepStamp(neighbour);
+            fresh_.put(neighbour);
+        }
+    }
+}
+
+void NeighbourTable::apply(const nlmsghdr &message)
+{
+    Neighbour neighbour;
+    const NeighbourNews news = readNeighbour(message, millisecondsSinceBoot(), neighbour);
+    removed_ += message.nlmsg_type == RTM_DELNEIGH && news == NeighbourNews::gone ? 1 : 0;
+    take(news, neighbour);
+}
+
+void NeighbourTable::take(NeighbourNews news, Neighbour &neighbour)
+{
+    if (news == NeighbourNews::present) {
+        keepStamp(neighbour);
+        anyDynamic_ = anyDynamic_ || neighbour.type == NeighbourType::dynamic;
+        added_ += rows_.put(neighbour) ? 1 : 0;
+    } else if (news == NeighbourNews::gone) {
+        rows_.erase(neighbour.key());
+    }
+}
+
+// The time comes as an age with a grain of its own: reading it twice must not look like a change.
+void NeighbourTable::keepStamp(Neighbour &neighbour) const
+{
+    const Neighbour *known = rows_.find(neighbour.key());
+    if (known == nullptr || known->state != neighbour.state || known->type != neighbour.type ||
+        std::memcmp(known->linkLayer, neighbour.linkLayer, sizeof neighbour.linkLayer) != 0) {
+        return;
+    }
+    const std::uint32_t early = std::min(known->lastUpdatedS, neighbour.lastUpdatedS);
+    const std::uint32_t late = std::max(known->lastUpdatedS, neighbour.lastUpdatedS);
+    if (late - early <= 1) {
+        neighbour.lastUpdatedS = known->lastUpdatedS;
+    }
+}
+
+} // namespace ipmib::platform

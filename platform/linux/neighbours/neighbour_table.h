@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The IPv6 neighbours of this network namespace, by interface and address.
+#pragma once
+
+#include "core/mirror.h"
+#include "neighbours/kernel_neighbours.h"
+#include "neighbours/neighbour.h"
+#include "ordered_table.h"
+
+namespace ipmib::platform
+{
+
+class NeighbourTable : public KernelTable
+{
+  public:
+    explicit NeighbourTable(KernelNeighbours &kernel) : kernel_(kernel) {}
+
+    // Pointers are good until the table changes.
+    const Neighbour *find(const NeighbourKey &key) const { return rows_.find(key); }
+    // The next one of the key's interface, outside or inside fe80::/10; null for none.
+    const Neighbour *afterGlobal(const NeighbourKey &key) const;
+    const Neighbour *afterLinkLocal(const NeighbourKey &key) const;
+    std::size_t size() const { return rows_.size(); }
+    std::size_t memory() const { return rows_.memory() + fresh_.memory(); }
+    template <class Visit>
+    void each(Visit visit) const
+    {
+        rows_.each(visit);
+    }
+
+    // Asks the kernel for this one, and keeps the answer.
+    void update(const NeighbourKey &key);
+    // Whether the kernel may know more than it has announced.
+    bool mayBeBehind();
+    // Whether the last reading may have passed rows over.
+    bool readingMayBeIncomplete() const { return incomplete_; }
+
+    const char *name() const override { return "neighbours"; }
+    std::vector<unsigned> groups() const override { return {RTNLGRP_NEIGH}; }
+    RtnetlinkRequest dump(std::size_t which) const override;
+    void beginRebuild() override;
+    void rebuildWith(const nlmsghdr &message) override;
+    void commitRebuild() override;
+    void abandonRebuild() override { fresh_.clear(); }
+    void apply(const nlmsghdr &message) override;
+
+  private:
+    struct ByKey {
+        bool operator()(const Neighbour &a, const Neighbour &b) const { return a.key() < b.key(); }
+        bool operator()(const Neighbour &a, const NeighbourKey &b) const { return a.key() < b; }
+        bool operator()(const NeighbourKey &a, const Neighbour &b) const { return a < b.key(); }
+    };
+    using Rows = OrderedTable<Neighbour, ByKey>;
+
+    void take(NeighbourNews news, Neighbour &neighbour);
+    void keepStamp(Neighbour &neighbour) const;
+    void keepWhatTheDumpPassedOver();
+
+    KernelNeighbours &kernel_;
+    Rows rows_;
+    Rows fresh_;
+    bool anyDynamic_ = false;
+    bool incomplete_ = false;
+    // At the beginning of the last dump, and what announcements said since then.
+    std::optional<NeighbourEntryCounts> counts_;
+    std::uint64_t added_ = 0;
+    std::uint64_t removed_ = 0;
+};
+
+} // namespace ipmib::platform
