@@ -161,8 +161,9 @@ TEST_F(NeighboursNetns, everyStateHasItsCode)
     const auto address = [&](const char *text) { return std::pair(index, std::string(text)); };
     const Rows expected = {
         {address("2001:db8::1"), {"02:00:00:00:00:01", 4, 1}}, {address("2001:db8::2"), {"02:00:00:00:00:02", 3, 1}},
-        {address("2001:db8::5"), {"02:00:00:00:00:05", 3, 4}}, {address("2001:db8::6"), {"00:00:00:00:00:00", 3, 5}},
-        {address("2001:db8::7"), {"00:00:00:00:00:00", 3, 7}}, {address("fe80::8"), {"02:00:00:00:00:08", 4, 1}}};
+        {address("2001:db8::3"), {"02:00:00:00:00:03", 3, 2}}, {address("2001:db8::5"), {"02:00:00:00:00:05", 3, 4}},
+        {address("2001:db8::6"), {"00:00:00:00:00:00", 3, 5}}, {address("2001:db8::7"), {"00:00:00:00:00:00", 3, 7}},
+        {address("fe80::8"), {"02:00:00:00:00:08", 4, 1}}};
     EXPECT_EQ(walked(), expected);
     for (const auto &[key, row] : expected) {
         NeighbourEntry entry{};
