@@ -62,8 +62,8 @@ std::string Platform::start(const Settings &settings)
     if (const std::string error = dumps_.start(loop_); !error.empty()) {
         return error;
     }
-    if (!ip6Links_.open()) {
-        return "cannot open a netlink socket: " + ip6Links_.error();
+    if (!requests_.open()) {
+        return "cannot open a netlink socket: " + requests_.error();
     }
     links_.onDown([this](std::uint32_t ifIndex) {
         if (links_.find(ifIndex) == nullptr) {

@@ -45,6 +45,8 @@ class Platform
     void beginPacket();
     void reload();
 
+    // For what is asked of the kernel within a request.
+    Rtnetlink &requests() { return requests_; }
     const LinkTable &links() const { return links_; }
     Ip6LinkReader &ip6Links() { return ip6Links_; }
     SystemCounters &systemCounters() { return systemCounters_; }
@@ -68,7 +70,8 @@ class Platform
     LinkTable links_;
     Mirror linkMirror_{links_, dumps_};
     Neighbours neighbours_{dumps_};
-    Ip6LinkReader ip6Links_;
+    Rtnetlink requests_;
+    Ip6LinkReader ip6Links_{requests_};
     SystemCounters systemCounters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     Ipv4Accounting ipv4Accounting_;

@@ -1,8 +1,14 @@
 # SPDX-License-Identifier: BSD-3-Clause
 # Tests of the Linux platform.
 
-ipmib_test(ordered_table_test SOURCES ordered_table_test.cpp LIBS ipmib_platform_linux_objects)
-ipmib_test(links_netns_test SOURCES links/links_netns_test.cpp LIBS ipmib_platform_linux_objects ipmib_netns)
+ipmib_test(platform_linux_test
+    SOURCES counters/counter_layout_test.cpp counters/snmp6_text_test.cpp links/link_parse_test.cpp
+            ordered_table_test.cpp
+    LIBS ipmib_platform_linux_objects)
+
+ipmib_test(links_netns_test
+    SOURCES counters/counters_netns_test.cpp links/links_netns_test.cpp
+    LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(radvd_test
     SOURCES advertisements/config_info_test.cpp advertisements/radvd_conf_test.cpp advertisements/radvd_file_test.cpp

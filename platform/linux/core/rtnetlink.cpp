@@ -142,8 +142,9 @@ int Rtnetlink::ask(RtnetlinkRequest &request, const Handler &handler)
     if (!send(request)) {
         return errno_;
     }
+    const bool dump = (request.message()->nlmsg_flags & NLM_F_DUMP) != 0;
     bool answered = false;
-    while (!answered) {
+    while (dump || !answered) {
         const Read result = receive(false, [&](const nlmsghdr &message) {
             answered = true;
             handler(message);

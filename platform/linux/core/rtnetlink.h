@@ -68,8 +68,8 @@ class Rtnetlink
     Read read(const Handler &handler);
     // Reads one datagram of announcements and hands its messages on.
     Read readAnnouncements(const Handler &handler);
-    // Sends a request that is answered by one message at once, without NLM_F_DUMP, and hands the answer on. 0, or the
-    // kernel's errno.
+    // Sends a request and hands on what the kernel answers at once: one message, or with NLM_F_DUMP all of a (small)
+    // dump. 0, or the kernel's errno.
     int ask(RtnetlinkRequest &request, const Handler &handler);
 
     // The errno and the text (the kernel's own where it gave one) of the last failure.

@@ -1,48 +1,68 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// How the kernel's IPv6 counters become the counters of the contract, of the system and of one link alike.
+// The kernel's IPv6 counters, of the system and of one link alike, and how they become the counters of the contract.
 #pragma once
 
 #include <ipmib/records.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <string_view>
 
 namespace ipmib::platform
 {
 
-// Positions in the kernel's array of IPv6 counters. The kernel only ever appends; a header older than the running
-// kernel lacks the last ones, so they are written down here.
-enum Ip6Counter : std::size_t {
-    ip6InReceives = 1,
-    ip6InOctets = 2,
-    ip6InDelivers = 3,
-    ip6OutForwDatagrams = 4,
-    ip6OutRequests = 5,
-    ip6OutOctets = 6,
-    ip6InHdrErrors = 7,
-    ip6InTooBigErrors = 8,
-    ip6InNoRoutes = 9,
-    ip6InAddrErrors = 10,
-    ip6InUnknownProtos = 11,
-    ip6InTruncatedPkts = 12,
-    ip6InDiscards = 13,
-    ip6OutDiscards = 14,
-    ip6OutNoRoutes = 15,
-    ip6ReasmTimeout = 16,
-    ip6ReasmReqds = 17,
-    ip6ReasmOKs = 18,
-    ip6ReasmFails = 19,
-    ip6FragOKs = 20,
-    ip6FragFails = 21,
-    ip6FragCreates = 22,
-    ip6InMcastPkts = 23,
-    ip6OutMcastPkts = 24,
-    ip6OutTransmits = 37, // since Linux 6.7
-    ip6CounterCount = 40, // with room for some more
+// Those that the contract asks for, in the order of the kernel's text files.
+enum class Ip6Counter : std::uint8_t {
+    inReceives,
+    inHdrErrors,
+    inTooBigErrors,
+    inNoRoutes,
+    inAddrErrors,
+    inUnknownProtos,
+    inTruncatedPkts,
+    inDiscards,
+    inDelivers,
+    outForwDatagrams,
+    outRequests,
+    outDiscards,
+    outNoRoutes,
+    reasmReqds,
+    reasmOKs,
+    reasmFails,
+    fragOKs,
+    fragFails,
+    fragCreates,
+    inMcastPkts,
+    outMcastPkts,
+    inOctets,
+    outOctets,
+    outTransmits, // since Linux 6.7
+    ignored,      // any other
+};
+constexpr std::size_t ip6CounterCount = static_cast<std::size_t>(Ip6Counter::ignored);
+
+class Ip6Counters
+{
+  public:
+    std::uint64_t operator[](Ip6Counter which) const { return values_[static_cast<std::size_t>(which)]; }
+    // Sets one, and notes that the kernel counts it. Ignores what is to be ignored.
+    void set(Ip6Counter which, std::uint64_t value)
+    {
+        values_[static_cast<std::size_t>(which)] = value;
+        counted_ |= 1u << static_cast<unsigned>(which);
+    }
+    bool counted(Ip6Counter which) const { return (counted_ >> static_cast<unsigned>(which) & 1) != 0; }
+    bool operator==(const Ip6Counters &) const = default;
+
+  private:
+    std::array<std::uint64_t, ip6CounterCount + 1> values_{};
+    std::uint32_t counted_ = 0;
 };
 
-// Fills the record from an array by Ip6Counter; `known` of its elements are counted by this kernel.
-void fillIp6MibStat(std::span<const std::uint64_t, ip6CounterCount> counters, std::size_t known, Ip6MibStat &stat);
+// The counter that text files call by this name behind "Ip6". `hint` makes names in the files' order cost one look.
+Ip6Counter ip6CounterByName(std::string_view name, std::size_t &hint);
+
+void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat);
 
 } // namespace ipmib::platform

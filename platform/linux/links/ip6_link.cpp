@@ -4,9 +4,14 @@
 
 #include "core/attributes.h"
 #include "core/log.h"
+#include "core/proc_file.h"
+#include "counters/snmp6_text.h"
 
-#include <algorithm>
+#include <linux/if_link.h>
+#include <linux/ipv6.h>
+
 #include <cerrno>
+#include <string>
 
 namespace ipmib::platform
 {
@@ -14,20 +19,9 @@ namespace ipmib::platform
 namespace
 {
 
-// The attribute's array of 64-bit counters begins with the number of its elements, that one included.
-void readCounters(const nlattr *attribute, Ip6Link &link)
+std::uint32_t setting(const nlattr *conf, std::size_t which)
 {
-    if (attribute == nullptr) {
-        return;
-    }
-    const std::size_t sent = mnl_attr_get_payload_len(attribute) / sizeof(std::uint64_t);
-    link.counterCount = std::min(sent, link.counters.size());
-    std::memcpy(link.counters.data(), mnl_attr_get_payload(attribute), link.counterCount * sizeof(std::uint64_t));
-}
-
-std::int32_t setting(const nlattr *conf, std::size_t which)
-{
-    std::int32_t value = 0;
+    std::uint32_t value = 0;
     if (conf != nullptr && mnl_attr_get_payload_len(conf) >= (which + 1) * sizeof value) {
         std::memcpy(&value, static_cast<const char *>(mnl_attr_get_payload(conf)) + which * sizeof value, sizeof value);
     }
@@ -36,36 +30,58 @@ std::int32_t setting(const nlattr *conf, std::size_t which)
 
 } // namespace
 
-Ip6Link parseIp6Link(const nlmsghdr &message)
+Ip6LinkMessage::Ip6LinkMessage(const nlmsghdr &message)
 {
-    Ip6Link link;
     const Attributes<IFLA_MAX> attributes(message, sizeof(ifinfomsg));
+    attributes.copyString(IFLA_IFNAME, name);
     const Attributes<AF_INET6> families(attributes[IFLA_AF_SPEC]);
     if (families[AF_INET6] == nullptr) {
-        return link;
+        return;
     }
     link.present = true;
     const Attributes<IFLA_INET6_MAX> inet6(families[AF_INET6]);
-    readCounters(inet6[IFLA_INET6_STATS], link);
+    elementCount = inet6.copyBytes(IFLA_INET6_STATS, elements.data(), sizeof elements) / sizeof elements[0];
     if (const auto timers = inet6.get<ifla_cacheinfo>(IFLA_INET6_CACHEINFO)) {
         link.reachableMs = timers->reachable_time;
         link.retransmitMs = timers->retrans_time;
     }
-    link.mtu = static_cast<std::uint32_t>(setting(inet6[IFLA_INET6_CONF], DEVCONF_MTU6));
-    link.disabled = setting(inet6[IFLA_INET6_CONF], DEVCONF_DISABLE_IPV6) != 0;
+    link.mtu = setting(inet6[IFLA_INET6_CONF], DEVCONF_MTU6);
     inet6.copyBytes(IFLA_INET6_TOKEN, link.token.data(), link.token.size());
-    return link;
 }
 
-bool Ip6LinkReader::open()
+std::optional<Ip6LinkMessage> Ip6LinkReader::ask(std::uint32_t ifIndex)
 {
-    return socket_.open();
+    RtnetlinkRequest request(RTM_GETLINK, 0);
+    request.family<ifinfomsg>().ifi_index = static_cast<int>(ifIndex);
+    std::optional<Ip6LinkMessage> answer;
+    ++kernelReads_;
+    const int error = socket_.ask(request, [&](const nlmsghdr &message) { answer.emplace(message); });
+    if (error != 0 && error != ENODEV) {
+        logWarning("netlink: interface %u: %s", ifIndex, socket_.error().c_str());
+    }
+    return answer;
 }
 
-void Ip6LinkReader::close()
+std::optional<Ip6Counters> Ip6LinkReader::countersOf(const Ip6LinkMessage &message, std::uint32_t ifIndex)
 {
-    socket_.close();
-    read_.clear();
+    std::optional<Ip6LinkMessage> later;
+    const auto named = [&]() -> std::optional<Ip6Counters> {
+        char text[8192];
+        const std::string path = std::string("/proc/thread-self/net/dev_snmp6/") + message.name;
+        const std::string_view content = ProcFile(path.c_str()).read(text, sizeof text);
+        if (content.empty()) {
+            return std::nullopt;
+        }
+        Ip6Counters counters;
+        Icmp6Counters ignored;
+        parseSnmp6(content, counters, ignored);
+        return counters;
+    };
+    const auto again = [&]() -> std::optional<CounterLayout::Array> {
+        later = ask(ifIndex);
+        return later ? std::optional(later->array()) : std::nullopt;
+    };
+    return layout_.decode(message.array(), {named, again});
 }
 
 const Ip6Link *Ip6LinkReader::read(std::uint32_t ifIndex)
@@ -74,25 +90,20 @@ const Ip6Link *Ip6LinkReader::read(std::uint32_t ifIndex)
     if (known != read_.end() && known->second.packet == packet_) {
         return &known->second.link;
     }
-    RtnetlinkRequest request(RTM_GETLINK, 0);
-    request.family<ifinfomsg>().ifi_index = static_cast<int>(ifIndex);
-    ++kernelReads_;
-    Entry *entry = nullptr;
-    const int error = socket_.ask(request, [&](const nlmsghdr &message) {
-        entry = &read_[ifIndex];
-        entry->link = parseIp6Link(message);
-    });
-    if (entry == nullptr && known != read_.end()) {
-        entry = &known->second;
-    }
-    if (error != 0 && error != ENODEV) {
-        logWarning("netlink: interface %u: %s", ifIndex, socket_.error().c_str());
-    }
-    if (entry == nullptr) {
+    auto answer = ask(ifIndex);
+    if (!answer && known == read_.end()) {
         return nullptr;
     }
-    entry->packet = packet_;
-    return &entry->link;
+    Entry &entry = read_[ifIndex];
+    entry.packet = packet_;
+    if (answer) {
+        const Ip6Counters before = entry.link.counters;
+        entry.link = answer->link;
+        if (answer->link.present) {
+            entry.link.counters = countersOf(*answer, ifIndex).value_or(before);
+        }
+    }
+    return &entry.link;
 }
 
 } // namespace ipmib::platform

@@ -4,10 +4,9 @@
 #pragma once
 
 #include "core/rtnetlink.h"
-#include "counters/ip6_counters.h"
+#include "counters/counter_layout.h"
 
-#include <linux/if_link.h>
-#include <linux/ipv6.h>
+#include <net/if.h>
 
 #include <array>
 #include <unordered_map>
@@ -16,27 +15,31 @@ namespace ipmib::platform
 {
 
 struct Ip6Link {
-
-    bool present =
-        false; // false: the kernel runs no IPv6 on this link (its MTU is below 1280, or IPv6 is not built in)
-    std::array<std::uint64_t, ip6CounterCount> counters{}; // by Ip6Counter; what the kernel does not count stays 0
-    std::size_t counterCount = 0;                          // those that it counts are below
+    // False: the kernel runs no IPv6 on this link, whose MTU is below 1280 (or it has no IPv6 at all).
+    bool present = false;
+    Ip6Counters counters;
     std::uint32_t reachableMs = 0;
     std::uint32_t retransmitMs = 0;
     std::uint32_t mtu = 0;
-    bool disabled = false; // by sysctl disable_ipv6
     std::array<std::uint8_t, 16> token{};
 };
 
-// Of an RTM_NEWLINK message with its AF_INET6 attributes.
-Ip6Link parseIp6Link(const nlmsghdr &message);
+// An RTM_NEWLINK message with its AF_INET6 attributes; the counters are still in the kernel's array.
+struct Ip6LinkMessage {
+    explicit Ip6LinkMessage(const nlmsghdr &message);
+    CounterLayout::Array array() const { return {elements.data(), elementCount}; }
+
+    Ip6Link link;
+    std::array<std::uint64_t, 64> elements{};
+    std::size_t elementCount = 0;
+    char name[IFNAMSIZ]{};
+};
 
 class Ip6LinkReader
 {
   public:
-    bool open();
-    void close();
-    const std::string &error() const { return socket_.error(); }
+    // The socket is the caller's, and open before the first reading.
+    explicit Ip6LinkReader(Rtnetlink &socket) : socket_(socket) {}
 
     // Forgets what the packet before has read.
     void newPacket() { ++packet_; }
@@ -49,14 +52,20 @@ class Ip6LinkReader
 
     // Requests to the kernel since the start; a benchmark compares it with rows.
     std::uint64_t kernelReads() const { return kernelReads_; }
+    // Whether the kernel's own order of counters is known by now, so that a reading needs no second source.
+    bool layoutSettled() const { return layout_.settled(); }
 
   private:
+    std::optional<Ip6LinkMessage> ask(std::uint32_t ifIndex);
+    std::optional<Ip6Counters> countersOf(const Ip6LinkMessage &message, std::uint32_t ifIndex);
+
     struct Entry {
         std::uint64_t packet = 0;
         Ip6Link link;
     };
 
-    Rtnetlink socket_;
+    Rtnetlink &socket_;
+    CounterLayout layout_;
     std::unordered_map<std::uint32_t, Entry> read_;
     std::uint64_t packet_ = 1;
     std::uint64_t kernelReads_ = 0;

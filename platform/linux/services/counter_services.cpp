@@ -7,11 +7,11 @@ using namespace ipmib::platform;
 uint32_t IP6_GetMibStat(uint32_t, Ip6MibStat *stat)
 {
     Platform *platform = running();
-    const Snmp6 *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
+    const auto *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
     if (counters == nullptr) {
         return notFound;
     }
-    fillIp6MibStat(counters->ip6, counters->ip6Known, *stat);
+    fillIp6MibStat(counters->ip6, *stat);
     return success;
 }
 
@@ -25,7 +25,7 @@ uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
     *stat = Ip6MibStat{};
     const Ip6Link *link = platform->ip6Links().read(if_index);
     if (link != nullptr && link->present) {
-        fillIp6MibStat(link->counters, link->counterCount, *stat);
+        fillIp6MibStat(link->counters, *stat);
     }
     return success;
 }
@@ -43,18 +43,18 @@ uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
 {
     Platform *platform = running();
-    const Snmp6 *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
+    const auto *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
     if (counters == nullptr) {
         return notFound;
     }
     *stat = Icmp6MibStat{};
-    stat->counter[ICMP6_STAT_IN_MSGS] = static_cast<uint32_t>(counters->icmp6InMsgs);
-    stat->counter[ICMP6_STAT_OUT_MSGS] = static_cast<uint32_t>(counters->icmp6OutMsgs);
+    stat->counter[ICMP6_STAT_IN_MSGS] = static_cast<uint32_t>(counters->icmp6.inMsgs);
+    stat->counter[ICMP6_STAT_OUT_MSGS] = static_cast<uint32_t>(counters->icmp6.outMsgs);
     // The kernel's one count of errors covers bad checksums too.
-    stat->counter[ICMP6_STAT_IN_ERROR_1] = static_cast<uint32_t>(counters->icmp6InErrors);
+    stat->counter[ICMP6_STAT_IN_ERROR_1] = static_cast<uint32_t>(counters->icmp6.inErrors);
     for (std::size_t type = 0; type < 256; ++type) {
-        stat->counter[ICMP6_STAT_IN_TYPE + type] = static_cast<uint32_t>(counters->icmp6InType[type]);
-        stat->counter[ICMP6_STAT_OUT_TYPE + type] = static_cast<uint32_t>(counters->icmp6OutType[type]);
+        stat->counter[ICMP6_STAT_IN_TYPE + type] = static_cast<uint32_t>(counters->icmp6.inType[type]);
+        stat->counter[ICMP6_STAT_OUT_TYPE + type] = static_cast<uint32_t>(counters->icmp6.outType[type]);
     }
     return success;
 }

@@ -1,19 +1,40 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // IPv6 on one interface: identifier and link-local state.
+#include "links/interface_identifier.h"
+#include "links/link_local.h"
 #include "services/service.h"
+
+#include <algorithm>
 
 using namespace ipmib::platform;
 
-uint32_t IP6Mib_GetIFID(uint32_t, uint8_t *)
-{
-    return notFound;
-}
-
-uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *)
+uint32_t IP6Mib_GetIFID(uint32_t if_index, uint8_t *identifier)
 {
     Platform *platform = running();
-    if (platform != nullptr) {
-        platform->rowHopLimit().mainLinkLocalAsked(if_index);
+    const Ip6Link *ip6 = platform == nullptr ? nullptr : platform->ip6Link(if_index);
+    if (ip6 == nullptr) {
+        return notFound;
     }
-    return notFound;
+    const auto linkLocal = mainLinkLocal(platform->requests(), if_index);
+    const InterfaceIdentifier found =
+        interfaceIdentifier(*platform->links().find(if_index), *ip6, linkLocal ? linkLocal->data() : nullptr);
+    std::copy(found.begin(), found.end(), identifier);
+    return success;
+}
+
+uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *address)
+{
+    Platform *platform = running();
+    if (platform == nullptr) {
+        return notFound;
+    }
+    platform->rowHopLimit().mainLinkLocalAsked(if_index);
+    const auto linkLocal = mainLinkLocal(platform->requests(), if_index);
+    if (!linkLocal) {
+        return notFound;
+    }
+    *address = FullAddressRecord{};
+    address->if_index = if_index;
+    std::copy(linkLocal->begin(), linkLocal->end(), address->address);
+    return success;
 }
