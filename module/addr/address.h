@@ -63,10 +63,13 @@ struct AddressKey {
 
     std::uint32_t zone() const { return ipmib_be32_read(bytes + addressSize); }
 
-    void copyFrom(MorPara *part)
+    void copyFrom(MorPara *part) { MOR_GetDataFromPara(part, capacity, bytes); }
+
+    // The same where an empty value is a key of its own: it leaves the digit behind.
+    void copyFromOrDigit(MorPara *part)
     {
-        bytes[0] = '0'; // what an empty value leaves behind
-        MOR_GetDataFromPara(part, capacity, bytes);
+        bytes[0] = '0';
+        copyFrom(part);
     }
 
     // An address whose length is not that of its type stands before or behind all addresses of the type, and the key is

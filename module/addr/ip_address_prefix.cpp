@@ -90,15 +90,16 @@ void ip_AddressPrefix_FromFullPrefix(const FullPrefixRecord &record, AddressPref
     }
 }
 
-// The row that every interface with a link-local address has, whatever the platform lists.
-std::uint32_t ip_AddressPrefix_LinkLocalRow(std::uint32_t ifIndex, AddressPrefixRow *row)
+bool hasLinkLocalAddress(std::uint32_t ifIndex)
+{
+    LinkLocalBuffer unused{};
+    return IP6Addr_GetLinkLocalAddr(ifIndex, &unused) == 0;
+}
+
+void ip_AddressPrefix_LinkLocalRow(std::uint32_t ifIndex, AddressPrefixRow *row)
 {
     constexpr std::uint32_t forEver = 0xFFFFFFFF;
 
-    LinkLocalBuffer unused{};
-    if (IP6Addr_GetLinkLocalAddr(ifIndex, &unused) != 0) {
-        return RC_NOT_FOUND;
-    }
     row->if_index = ifIndex;
     setAddress(row, linkLocalPrefix, ifIndex);
     row->prefix_length = linkLocalPrefixLength;
@@ -107,6 +108,15 @@ std::uint32_t ip_AddressPrefix_LinkLocalRow(std::uint32_t ifIndex, AddressPrefix
     row->autonomous = truth(true);
     row->preferred_lifetime = forEver;
     row->valid_lifetime = forEver;
+}
+
+// The row that every interface with a link-local address has, whatever the platform lists.
+std::uint32_t linkLocalRowOf(std::uint32_t ifIndex, AddressPrefixRow *row)
+{
+    if (!hasLinkLocalAddress(ifIndex)) {
+        return RC_NOT_FOUND;
+    }
+    ip_AddressPrefix_LinkLocalRow(ifIndex, row);
     return 0;
 }
 
@@ -117,7 +127,7 @@ std::uint32_t firstRowOf(std::uint32_t ifIndex, AddressPrefixRow *row)
         ip_AddressPrefix_FromFullPrefix(record, row);
         return 0;
     }
-    return ip_AddressPrefix_LinkLocalRow(ifIndex, row);
+    return linkLocalRowOf(ifIndex, row);
 }
 
 std::uint32_t firstRowAfter(std::uint32_t ifIndex, InterfaceWalk &walk, AddressPrefixRow *row)
@@ -144,7 +154,7 @@ std::uint32_t rowAfterPrefix(std::uint32_t ifIndex, const std::uint8_t *key, std
             return 0;
         }
     }
-    return ip_AddressPrefix_LinkLocalRow(ifIndex, row);
+    return linkLocalRowOf(ifIndex, row);
 }
 
 // Whether (key, zone, length) comes before the interface's link-local row.
@@ -168,10 +178,13 @@ std::uint32_t nextRowOf(std::uint32_t ifIndex, std::uint32_t type, const std::ui
     case typeIpv6:
         return rowAfterPrefix(ifIndex, key, prefixLength, row);
     case typeIpv4z:
-        return ip_AddressPrefix_LinkLocalRow(ifIndex, row);
+        return linkLocalRowOf(ifIndex, row);
     case typeIpv6z:
-        return isBeforeLinkLocalRow(ifIndex, key, prefixLength) ? ip_AddressPrefix_LinkLocalRow(ifIndex, row)
-                                                                : RC_NOT_FOUND;
+        if (!hasLinkLocalAddress(ifIndex) || !isBeforeLinkLocalRow(ifIndex, key, prefixLength)) {
+            return RC_NOT_FOUND;
+        }
+        ip_AddressPrefix_LinkLocalRow(ifIndex, row);
+        return 0;
     default:
         return RC_NOT_FOUND;
     }
@@ -228,7 +241,7 @@ std::uint32_t getByIndex(const PrefixIndex &index, AddressPrefixRow *row)
     if (index.type == typeIpv6z) { // the address itself is not compared
         const bool fits = index.octet_length == zonedSize && index.prefix_length == linkLocalPrefixLength &&
                           index.key.zone() == index.if_index;
-        return fits ? ip_AddressPrefix_LinkLocalRow(index.if_index, row) : RC_NOT_FOUND;
+        return fits ? linkLocalRowOf(index.if_index, row) : RC_NOT_FOUND;
     }
     if (index.type != typeIpv6 || index.octet_length != addressSize) {
         return RC_NOT_FOUND;

@@ -80,7 +80,7 @@ struct RouterIndex {
         if (MorPara *const address = MOR_GetParaFromMsgByMOR(request, 0, ipDefaultRouter.parameterId(1))) {
             octet_length = MOR_GetParaLen(address);
             if (key.replaceMisfit(type, octet_length) == AddressKey::Fit::exact) {
-                key.copyFrom(address);
+                key.copyFromOrDigit(address);
             }
             ++parts;
         }

@@ -114,7 +114,7 @@ struct NeighbourIndex {
             const auto fit = key.replaceMisfit(type, octet_length);
             ++parts;
             if (fit == AddressKey::Fit::exact || parts != allParts) { // an incomplete index is taken as it stands
-                key.copyFrom(address);
+                key.copyFromOrDigit(address);
             }
         }
     }
