@@ -4,6 +4,9 @@
 ipmib_test(
   module_test
   SOURCES
+  addr/ip_address_prefix_test.cpp
+  addr/ip_address_test.cpp
+  addr/ip_default_router_test.cpp
   frame/dispatcher_test.cpp
   frame/lifecycle_test.cpp
   frame/walk_test.cpp
