@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Everything that can fail comes before the process detaches from its terminal and says that it is ready.
+// Everything that can fail comes before the process lets go of its terminal and says that it is ready.
 
 #include "standalone.h"
 
+#include "detachment.h"
 #include "event_loop.h"
 #include "frontend.h"
 #include "listeners.h"
@@ -12,7 +13,7 @@
 #include "service_notify.h"
 #include "snmp_library.h"
 
-#include <stdexcept>
+#include <optional>
 
 namespace ipmib::agent
 {
@@ -26,11 +27,15 @@ void serveStandalone(const Options &options)
     const Frontend frontend(plugin);
     const PidFile pidFile(options.pidFile);
 
-    if (!options.foreground && netsnmp_daemonize(1, snmp_stderrlog_status()) != 0) {
-        throw std::runtime_error("cannot become a daemon");
+    std::optional<Detachment> detachment;
+    if (!options.foreground) {
+        detachment.emplace();
     }
     pidFile.write();
     snmp_log(LOG_INFO, "ipmibd %s serves %zu regions\n", IPMIB_VERSION, plugin.resolver().regions().size());
+    if (detachment) {
+        detachment->ready(snmp_stderrlog_status() != 0);
+    }
     notifyReady();
     loop.run([&] {
         notifyReloading();

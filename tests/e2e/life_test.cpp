@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// From start to stop: configuration and its places, the daemon, its files, signals.
+
+#include "e2e/agent_under_test.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace ipmib::e2e
+{
+
+namespace
+{
+
+const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
+const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
+
+std::string contentOf(const std::string &file)
+{
+    std::ostringstream content;
+    content << std::ifstream(file).rdbuf();
+    return content.str();
+}
+
+class LifeTest : public AgentTest
+{
+};
+
+TEST_F(LifeTest, SignalsEndItCleanly)
+{
+    for (const int number : {SIGTERM, SIGINT}) {
+        startAgent(everybody, {"-p", path("pid")});
+        EXPECT_EQ(contentOf(path("pid")), std::to_string(agent().pid()) + "\n");
+        agent().signal(number);
+        EXPECT_EQ(notification(), "STOPPING=1");
+        EXPECT_EQ(agent().wait(), 0);
+        EXPECT_FALSE(std::filesystem::exists(path("pid")));
+        EXPECT_EQ(timesLogged("scripted platform: stopped"), 1u);
+    }
+}
+
+TEST_F(LifeTest, HangUpReadsTheConfigurationAgain)
+{
+    const Words other = {"-v2c", "-c", "other", "-t", "1"};
+    startAgent();
+    EXPECT_NE(snmp("snmpget", other, {hopLimit}).status, 0);
+    writeFile("test.conf", "rocommunity other 127.0.0.1\n");
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+    EXPECT_EQ(notification(), "READY=1");
+    EXPECT_EQ(snmp("snmpget", other, {hopLimit}).output, hopLimitRow);
+    EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "public", "-t", "1"}, {hopLimit}).status, 0);
+    EXPECT_EQ(timesLogged("scripted platform: reads its configuration again"), 1u);
+    stopAgent();
+}
+
+TEST_F(LifeTest, AConfigurationThatIsGoneIsNotForgotten)
+{
+    startAgent();
+    std::filesystem::remove(path("test.conf"));
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+    EXPECT_EQ(notification(), "READY=1");
+    EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
+    EXPECT_EQ(timesLogged("cannot read the configuration file " + path("test.conf") +
+                          ": No such file or directory, keeping the old configuration"),
+              1u);
+    stopAgent();
+}
+
+TEST_F(LifeTest, TheDaemonIsReadyWhenItsStarterReturns)
+{
+    const Result start =
+        startDaemon(agentWords({"-C", "-c", writeFile("test.conf", everybody), "-p", path("pid"), "-Lf", path("log")}));
+    EXPECT_EQ(start.status, 0);
+    EXPECT_EQ(start.output + start.errors, "");
+    EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
+    ASSERT_GT(daemon(), 0);
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(daemon()) + "/cwd"), "/");
+    EXPECT_NE(getsid(daemon()), getsid(0));
+    endDaemon();
+    EXPECT_FALSE(std::filesystem::exists(path("pid")));
+    const Words lines = linesOf(contentOf(path("log")));
+    EXPECT_EQ(std::ranges::count(lines, "scripted platform: stopped"), 1);
+}
+
+// Without -C: the library's search path, which the environment sets to the test's own folders.
+TEST_F(LifeTest, TheDefaultConfigurationAndTheCountOfStarts)
+{
+    writeFile("ipmibd.conf", everybody);
+    for (const char *boots : {"1", "2", "3"}) {
+        EXPECT_EQ(startDaemon(agentWords({"-p", path("pid"), "-Lf", path("log")})).status, 0);
+        EXPECT_EQ(snmp("snmpget", aliceV3, {hopLimit}).output, hopLimitRow);
+        endDaemon();
+        const std::string kept = contentOf(path("persistent/ipmibd.conf"));
+        EXPECT_NE(kept.find(std::string("engineBoots ") + boots + "\n"), std::string::npos) << kept;
+        EXPECT_EQ(kept.find("alice's"), std::string::npos) << "a password was kept in the clear";
+    }
+}
+
+class DefaultAddressTest : public LifeTest
+{
+  protected:
+    void SetUp() override
+    {
+        LifeTest::SetUp();
+        if (network() == nullptr) {
+            GTEST_SKIP() << "port 161 needs a network of the test's own";
+        }
+    }
+    // What is listened on when nobody says what.
+    Words sockets()
+    {
+        const Words words = {
+            agentProgram, "--platform", scriptedPlatform, "-C", "-c", writeFile("test.conf", everybody), "-p",
+            path("pid"),  "-Lf",        path("log")};
+        EXPECT_EQ(startDaemon(words).status, 0);
+        Words places;
+        for (const std::string &line : linesOf(runAgent({"ss", "-Hlnut"}).output)) {
+            std::istringstream stream(line);
+            std::string transport, state, received, sent, place;
+            stream >> transport >> state >> received >> sent >> place;
+            places.push_back(transport + " " + place);
+        }
+        std::ranges::sort(places);
+        return places;
+    }
+};
+
+TEST_F(DefaultAddressTest, IsLoopbackAlone)
+{
+    EXPECT_EQ(sockets(), (Words{"udp 127.0.0.1:161", "udp [::1]:161"}));
+}
+
+TEST_F(DefaultAddressTest, OneLoopbackAddressIsEnough)
+{
+    network()->sysctl("net/ipv6/conf/all/disable_ipv6", "1");
+    EXPECT_EQ(sockets(), Words{"udp 127.0.0.1:161"});
+    const std::string log = contentOf(path("log"));
+    EXPECT_NE(log.find("cannot listen on udp6:[::1]:161: Cannot assign requested address, going on without it"),
+              std::string::npos)
+        << log;
+}
+
+} // namespace
+
+} // namespace ipmib::e2e
