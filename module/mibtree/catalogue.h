@@ -77,7 +77,7 @@ consteval Syntax Enumeration(std::initializer_list<MibEnumItem> labels)
 } // namespace syntax
 
 // One line of the catalogue.
-struct Spec {
+struct Line {
     Node parent;
     std::uint32_t subId;
     const char *symbol; // the descriptor as an identifier
@@ -88,9 +88,9 @@ struct Spec {
     const char *defVal;
 };
 
-inline constexpr std::array<Spec, nodeCount> specs = [] {
+inline constexpr std::array<Line, nodeCount> lines = [] {
     using namespace syntax;
-    return std::array<Spec, nodeCount>{{
+    return std::array<Line, nodeCount>{{
 #define NODE(parent, subId, name, syntax, access, status, paramId, defVal)                                             \
     {Node::parent, subId, #name, syntax, MIB_ACCESS_##access, MIB_STATUS_##status, paramId, defVal},
 #include "mibtree/ip_mib.def"
@@ -123,14 +123,14 @@ constexpr Node nodeAt(std::size_t place)
     return static_cast<Node>(place);
 }
 
-constexpr const Spec &specOf(Node node)
+constexpr const Line &lineOf(Node node)
 {
-    return specs[placeOf(node)];
+    return lines[placeOf(node)];
 }
 
 constexpr bool isLeaf(Node node)
 {
-    return specOf(node).syntax.form == Form::leaf;
+    return lineOf(node).syntax.form == Form::leaf;
 }
 
 // The first node behind a place that a condition holds for, or none.
@@ -146,18 +146,18 @@ constexpr Node firstFrom(std::size_t place, Condition condition)
 // Children stand behind their parent and ascend, so that the first one found is the lowest.
 constexpr Node firstChildOf(Node node)
 {
-    return firstFrom(placeOf(node) + 1, [node](Node other) { return specOf(other).parent == node; });
+    return firstFrom(placeOf(node) + 1, [node](Node other) { return lineOf(other).parent == node; });
 }
 
 constexpr Node nextSiblingOf(Node node)
 {
-    return firstFrom(placeOf(node) + 1, [node](Node other) { return specOf(other).parent == specOf(node).parent; });
+    return firstFrom(placeOf(node) + 1, [node](Node other) { return lineOf(other).parent == lineOf(node).parent; });
 }
 
 constexpr bool isWithin(Node node, Node ancestor)
 {
     while (node != ancestor && node != Node::none) {
-        node = specOf(node).parent;
+        node = lineOf(node).parent;
     }
     return node == ancestor;
 }
@@ -171,18 +171,18 @@ constexpr Node nextLeafOf(Node node)
 
 constexpr std::uint32_t kindOf(Node node)
 {
-    switch (specOf(node).syntax.form) {
+    switch (lineOf(node).syntax.form) {
     case Form::table:
         return MIB_NODE_TABLE;
     case Form::entry:
         return MIB_NODE_ENTRY;
     case Form::leaf:
-        return specOf(specOf(node).parent).syntax.form == Form::entry ? MIB_NODE_COLUMN : MIB_NODE_SCALAR;
+        return lineOf(lineOf(node).parent).syntax.form == Form::entry ? MIB_NODE_COLUMN : MIB_NODE_SCALAR;
     case Form::identifier:
         break;
     }
     const Node member = firstFrom(placeOf(node) + 1, [node](Node other) {
-        return specOf(other).parent == node && specOf(other).syntax.form != Form::identifier;
+        return lineOf(other).parent == node && lineOf(other).syntax.form != Form::identifier;
     });
     return member == Node::none ? MIB_NODE_PLAIN : MIB_NODE_GROUP;
 }
@@ -190,7 +190,7 @@ constexpr std::uint32_t kindOf(Node node)
 // The descriptor as the MIB spells it: the hyphen of one name is all that an identifier cannot hold.
 constexpr const char *descriptorOf(Node node)
 {
-    return node == Node::mib_2 ? "mib-2" : specOf(node).symbol;
+    return node == Node::mib_2 ? "mib-2" : lineOf(node).symbol;
 }
 
 // Whether the items of a syntax stand in ascending order.
@@ -216,7 +216,7 @@ constexpr bool itemsAscend(const Syntax &syntax)
 constexpr Node servedNode(std::uint32_t table, std::uint32_t column)
 {
     const std::uint32_t paramId = ip_ParamId(table, column);
-    return firstFrom(0, [paramId](Node node) { return specOf(node).paramId == paramId; });
+    return firstFrom(0, [paramId](Node node) { return lineOf(node).paramId == paramId; });
 }
 
 // How many columns of a table the module serves. They are numbered from 1 without a gap.
@@ -233,7 +233,7 @@ constexpr std::uint32_t servedColumns(std::uint32_t table)
 constexpr std::uint32_t indexColumns(std::uint32_t table)
 {
     for (const Index &index : indexes) {
-        if (index.entry == specOf(servedNode(table, 1)).parent) {
+        if (index.entry == lineOf(servedNode(table, 1)).parent) {
             return index.count;
         }
     }
@@ -243,7 +243,7 @@ constexpr std::uint32_t indexColumns(std::uint32_t table)
 // The value type (VT_*) that a column's syntax asks for.
 constexpr std::uint32_t valueType(std::uint32_t table, std::uint32_t column)
 {
-    switch (specOf(servedNode(table, column)).syntax.type) {
+    switch (lineOf(servedNode(table, column)).syntax.type) {
     case MIB_TYPE_UNSIGNED32:
         return VT_UNSIGNED32;
     case MIB_TYPE_COUNTER32:

@@ -54,7 +54,7 @@ consteval const MibIndexList *indexListOf()
 {
     if constexpr (number == indexes.size()) {
         return nullptr;
-    } else if constexpr (indexes[number].entry == node || indexes[number].entry == specOf(node).parent) {
+    } else if constexpr (indexes[number].entry == node || indexes[number].entry == lineOf(node).parent) {
         return &indexList<number>;
     } else {
         return indexListOf<node, number + 1>();
@@ -74,9 +74,9 @@ consteval auto firstOf(const Items &items)
 }
 
 template <Node node>
-constexpr auto ranges = firstOf<specOf(node).syntax.rangeCount>(specOf(node).syntax.ranges);
+constexpr auto ranges = firstOf<lineOf(node).syntax.rangeCount>(lineOf(node).syntax.ranges);
 template <Node node>
-constexpr auto labels = firstOf<specOf(node).syntax.labelCount>(specOf(node).syntax.labels);
+constexpr auto labels = firstOf<lineOf(node).syntax.labelCount>(lineOf(node).syntax.labels);
 
 template <Node node>
 constexpr MibListRef rangeList{ranges<node>.data()};
@@ -91,9 +91,9 @@ constexpr MibRestriction labelRestriction{MIB_RESTRICT_ENUM, labels<node>.size()
 template <Node node>
 consteval const MibRestriction *restrictionOf()
 {
-    if constexpr (specOf(node).syntax.labelCount != 0) {
+    if constexpr (lineOf(node).syntax.labelCount != 0) {
         return &labelRestriction<node>;
-    } else if constexpr (specOf(node).syntax.rangeCount != 0) {
+    } else if constexpr (lineOf(node).syntax.rangeCount != 0) {
         return &rangeRestriction<node>;
     } else {
         return nullptr;
@@ -101,7 +101,7 @@ consteval const MibRestriction *restrictionOf()
 }
 
 template <Node node>
-constexpr MibSyntax syntaxRecord{specOf(node).syntax.type, restrictionOf<node>()};
+constexpr MibSyntax syntaxRecord{lineOf(node).syntax.type, restrictionOf<node>()};
 
 template <Node node>
 consteval const MibSyntax *syntaxOf()
@@ -116,7 +116,7 @@ consteval const MibSyntax *syntaxOf()
 template <Node node>
 consteval MibTreeNode record()
 {
-    constexpr Spec spec = specOf(node);
+    constexpr Line spec = lineOf(node);
     return {
         .pszName = descriptorOf(node),
         .ulKind = kindOf(node),
@@ -181,7 +181,7 @@ static_assert(all(records, indexParamIdsLead), "the index columns of a served ta
 static_assert(all(records, codesAreKnown), "status, access and kind codes are those that the agent knows and agree");
 static_assert(all(records, sparesAreZero), "spare fields are zero");
 static_assert(all(records, textsAreThere), "names hold no underscore, and a default is braced or the empty text");
-static_assert(firstFrom(0, [](Node node) { return !itemsAscend(specOf(node).syntax); }) == Node::none,
+static_assert(firstFrom(0, [](Node node) { return !itemsAscend(lineOf(node).syntax); }) == Node::none,
               "the labels and the ranges of every syntax ascend");
 static_assert(recordOf(Node::icmpMsgStatsOutPkts)->pstNextLeaf == nullptr, "icmpMsgStatsOutPkts is the last leaf");
 
