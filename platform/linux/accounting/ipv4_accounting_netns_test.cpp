@@ -109,6 +109,21 @@ TEST_F(Ipv4AccountingTest, OthersDropsAreSeenWhereTheyHappen)
     expectCounters(accounting, "lan", {.received = 30});
 }
 
+// As policy routing by mark does, of users or of programs.
+TEST_F(Ipv4AccountingTest, ADatagramThatOthersRouteElsewhereIsSentWhereItGoes)
+{
+    bed->routerSpace.run("ip rule add fwmark 1 lookup 100 && ip route add default dev lan table 100");
+    bed->routerSpace.run(std::string("ip neighbour add dev lan lladdr 02:00:00:00:00:01 ") + RouterBed::serverAddress);
+    bed->routerSpace.run("nft 'table ip split { chain c { type route hook output priority mangle; mark set 1; }; }'");
+    Ipv4Accounting accounting;
+    ASSERT_EQ(accounting.start(), "");
+
+    bed->router.sendIntoTheVoid(RouterBed::serverAddress, 10, octets);
+
+    expectCounters(accounting, "wan", {.requested = 10});
+    expectCounters(accounting, "lan", {.sent = 10});
+}
+
 // The packet filter sees fragments as they arrive, and never those that this host makes.
 TEST_F(Ipv4AccountingTest, FragmentsCountOneByOneWhenTheyPassAndAsOneDatagramWhenTheyAreMadeHere)
 {
