@@ -79,6 +79,7 @@ MorReply::MorReply(ipmib::host::ByteStore &byteStore) : store(byteStore)
 void MorReply::begin()
 {
     values.clear();
+    bytes = 0;
     error = 0;
     errorPosition = IPMIB_WHOLE_REQUEST;
 }
@@ -202,6 +203,10 @@ uint32_t MOR_AppendPara2Msg(MorReply *reply, uint32_t, uint32_t parameter_id, ui
         if (length > maxOctets || (length > 0 && !address)) {
             return refuse("appended octets that are too long or lie nowhere");
         }
+        if (length > maxReplyBytes - reply->bytes) {
+            return refuse("appended more octets than a reply holds");
+        }
+        reply->bytes += length;
         reply->values.push_back({parameter_id, value_type, 0, reply->store.keep(address, length)});
         return done;
     default:

@@ -26,6 +26,7 @@ struct ReplyValue {
 // What a module may not exceed; a reply that tries is refused as a whole.
 inline constexpr std::size_t maxReplyValues = 512;
 inline constexpr std::uint32_t maxOctets = 65535;
+inline constexpr std::size_t maxReplyBytes = 256 * 1024;
 
 // What the module did wrong with the message layer since the last call, or null. The module is not told: it examines no
 // result, so the agent has to.
@@ -60,6 +61,7 @@ struct MorReply {
 
     ipmib::host::ByteStore &store;
     std::vector<ipmib::host::ReplyValue> values; // in the order in which the module appended them
+    std::size_t bytes = 0; // of all octets and identifiers
     std::uint32_t error = 0;
     std::int32_t errorPosition = IPMIB_WHOLE_REQUEST;
 

@@ -19,7 +19,9 @@ Registry &Registry::ofProcess()
 
 bool Registry::refuse(std::string problem)
 {
-    problem_ = std::move(problem);
+    if (problem_.empty()) {
+        problem_ = std::move(problem);
+    }
     return false;
 }
 

@@ -39,7 +39,7 @@ class Registry
 
     const std::vector<Tree> &trees() const { return trees_; }
     const std::vector<Callback> &callbacks() const { return callbacks_; }
-    // Why the latest registration was refused; empty when none was since the last call.
+    // Why the first registration since the last call was refused; empty when none was.
     std::string takeProblem();
 
   private:

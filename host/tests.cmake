@@ -18,3 +18,43 @@ ipmib_test(host_property_test SOURCES resolver_property_test.cpp LIBS ipmib_host
 ipmib_test(host_whole_module_test
     SOURCES whole_module_test.cpp testing/device.cpp
     LIBS ipmib_host_testing ipmib_host ipmib_module_objects ipmib_scripted)
+ipmib_test(host_unit_test
+    SOURCES
+    allocation_test.cpp
+    hostile_module_test.cpp
+    key_below_test.cpp
+    message_test.cpp
+    registry_test.cpp
+    resolver_test.cpp
+    LIBS ipmib_host_testing)
+
+# Plug-ins, good and broken, and a program that loads them.
+set(plugins ${CMAKE_CURRENT_BINARY_DIR}/plugins)
+function(host_test_plugin name source)
+  add_library(${name} MODULE testing/plugins/${source})
+  target_compile_definitions(${name} PRIVATE ${ARGN})
+  target_link_libraries(${name} PRIVATE ipmib_options ipmib_contract)
+  set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${plugins})
+  list(APPEND host_test_plugins ${name})
+  set(host_test_plugins ${host_test_plugins} PARENT_SCOPE)
+endfunction()
+host_test_plugin(platform_test platform.cpp)
+host_test_plugin(platform_plain platform.cpp WITHOUT_HOOKS)
+host_test_plugin(platform_future platform.cpp WITH_OTHER_VERSION)
+host_test_plugin(module_good module.cpp)
+host_test_plugin(module_again module.cpp)
+host_test_plugin(module_missing_symbol module.cpp WITH_MISSING_SYMBOL)
+host_test_plugin(module_without_tree module.cpp WITHOUT_TREE)
+host_test_plugin(module_without_callback module.cpp WITHOUT_CALLBACK)
+host_test_plugin(module_broken_tree module.cpp WITH_BROKEN_TREE)
+host_test_plugin(platform_scripted scripted_device.cpp)
+target_sources(platform_scripted PRIVATE testing/device.cpp testing/identifiers.cpp)
+target_include_directories(platform_scripted PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(platform_scripted PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,ipmib_scripted>)
+
+ipmib_test(host_plugin_test
+    SOURCES plugin_test.cpp testing/device.cpp
+    LIBS ipmib_host_testing ipmib_host ipmib_scripted)
+target_compile_definitions(host_plugin_test PRIVATE
+    IPMIB_TEST_PLUGINS="${plugins}" IPMIB_LIBRARY="$<TARGET_FILE:ipmib>")
+add_dependencies(host_plugin_test ipmib ${host_test_plugins})

@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Loading platforms and modules: good ones, broken ones, and the module that ships with a platform that a test scripts.
+#include "plugin.h"
+
+#include "registry.h"
+#include "testing/device.h"
+#include "testing/packets.h"
+
+#include <gtest/gtest.h>
+
+namespace ipmib::host::testing
+{
+namespace
+{
+
+std::vector<std::string> logLines;
+
+void log(int, const char *line)
+{
+    logLines.emplace_back(line);
+}
+
+class PluginTest : public ::testing::Test
+{
+  protected:
+    PluginTest()
+    {
+        logLines.clear();
+        options.pluginDirectory = IPMIB_TEST_PLUGINS;
+        options.platform = "test";
+        options.module = options.pluginDirectory + "/module_good.so";
+        options.log = log;
+    }
+    void TearDown() override
+    {
+        EXPECT_TRUE(Registry::ofProcess().trees().empty()) << "something was left loaded";
+        EXPECT_TRUE(Registry::ofProcess().callbacks().empty());
+    }
+
+    std::string error()
+    {
+        try {
+            Plugin plugin(options);
+        } catch (const PluginError &problem) {
+            return problem.what();
+        }
+        return "no error";
+    }
+    std::string inDirectory(const char *rest) const { return options.pluginDirectory + "/" + rest; }
+
+    PluginOptions options;
+};
+
+std::uint64_t valueOfScalar(Plugin &plugin)
+{
+    const Identifier asked{1, 7, 0};
+    Variable variable;
+    variable.asked = asked;
+    plugin.resolver().get({&variable, 1});
+    EXPECT_EQ(variable.status, Status::ok);
+    return variable.value.number;
+}
+
+TEST_F(PluginTest, startsThePlatformBeforeTheModuleAndStopsItAfter)
+{
+    options.platform = "test:12345";
+    options.platformOptions = {{"colour", "green"}};
+    {
+        Plugin plugin(options);
+        EXPECT_EQ(valueOfScalar(plugin), 5u);
+        ASSERT_NE(plugin.platform(), nullptr);
+        EXPECT_EQ(logLines, (std::vector<std::string>{"colour", "green", "started"}));
+    }
+    EXPECT_EQ(logLines.back(), "stopped");
+}
+
+TEST_F(PluginTest, comesAndGoesAgainAndAgain)
+{
+    for (int i = 0; i < 50; ++i) {
+        Plugin plugin(options);
+        EXPECT_EQ(valueOfScalar(plugin), 0u);
+    }
+    EXPECT_EQ(logLines.size(), 100u);
+}
+
+TEST_F(PluginTest, takesAPlatformByItsPath)
+{
+    options.platform = inDirectory("platform_plain.so");
+    Plugin plugin(options);
+    EXPECT_EQ(valueOfScalar(plugin), 99u);
+    EXPECT_EQ(plugin.platform(), nullptr);
+}
+
+TEST_F(PluginTest, findsTheModuleInThePluginDirectory)
+{
+    options.module.clear();
+    EXPECT_EQ(error(), inDirectory("libipmib.so") + ": cannot open shared object file: No such file or directory");
+}
+
+TEST_F(PluginTest, namesThePlatformThatIsNotThere)
+{
+    options.platform = "toaster";
+    EXPECT_EQ(error(),
+              inDirectory("platform_toaster.so") + ": cannot open shared object file: No such file or directory");
+}
+
+TEST_F(PluginTest, namesTheFileThatIsNoLibrary)
+{
+    options.module = __FILE__;
+    EXPECT_EQ(error(), std::string(__FILE__) + ": invalid ELF header");
+}
+
+TEST_F(PluginTest, namesTheMissingSymbolAndItsLibrary)
+{
+    options.module = inDirectory("module_missing_symbol.so");
+    EXPECT_EQ(error(), options.module + ": undefined symbol: ipmib_test_service_that_nobody_has");
+    EXPECT_EQ(logLines.back(), "stopped");
+}
+
+TEST_F(PluginTest, saysWhyThePlatformDoesNotStart)
+{
+    options.platform = "test:broken";
+    EXPECT_EQ(error(),
+              inDirectory("platform_test.so") + ": the platform does not start: the argument \"broken\" is of no use");
+    EXPECT_TRUE(logLines.empty()); // neither started nor stopped
+}
+
+TEST_F(PluginTest, refusesHooksOfAnotherVersion)
+{
+    options.platform = "future";
+    EXPECT_EQ(error(),
+              inDirectory("platform_future.so") + ": ipmib_platform_hooks is of version 99, version 1 is needed");
+}
+
+TEST_F(PluginTest, aPlatformWithoutHooksTakesNoOptions)
+{
+    options.platform = "plain:argument";
+    EXPECT_EQ(error(), inDirectory("platform_plain.so") + ": this platform takes no argument and no options");
+    options.platform = "plain";
+    options.platformOptions = {{"colour", "green"}};
+    EXPECT_EQ(error(), inDirectory("platform_plain.so") + ": this platform takes no argument and no options");
+}
+
+TEST_F(PluginTest, refusesALibraryThatIsNoModule)
+{
+    options.module = inDirectory("module_without_tree.so");
+    EXPECT_EQ(error(), options.module + ": the library registers no MIB tree, so it is no module");
+    options.module = inDirectory("module_without_callback.so");
+    EXPECT_EQ(error(), options.module + ": the library registers no callback, so it is no module");
+}
+
+TEST_F(PluginTest, refusesAModuleWhoseTreeIsBroken)
+{
+    options.module = inDirectory("module_broken_tree.so");
+    EXPECT_EQ(error(), options.module + ": the tree \"TEST\" is refused: its root has a parent or a sibling");
+}
+
+TEST_F(PluginTest, refusesASecondModuleOfTheSameName)
+{
+    Plugin plugin(options);
+    options.module = inDirectory("module_again.so");
+    EXPECT_EQ(error(), options.module + ": a tree named \"TEST\" is registered already");
+    EXPECT_EQ(valueOfScalar(plugin), 0u);
+}
+
+TEST_F(PluginTest, aModuleWorksWithoutALog)
+{
+    options.log = nullptr;
+    Plugin plugin(options);
+    EXPECT_EQ(valueOfScalar(plugin), 0u);
+}
+
+TEST_F(PluginTest, theModuleThatShipsServesADevice)
+{
+    options.module = IPMIB_LIBRARY;
+    options.platform = "scripted:31";
+    Random random(31);
+    makeRandomDevice(random); // the same in this program, to know what there is to find
+    Plugin plugin(options);
+    const Instances instances = instancesOfDevice(servedColumns(*Registry::ofProcess().trees().front().root));
+    ASSERT_GT(instances.all().size(), 100u);
+    checkWalk(plugin.resolver(), instances, Identifier{1}, [](OidView, const Value &) {});
+}
+
+TEST(PluginDirectory, isSeenFromTheProgramsFolder)
+{
+    const std::string directory = pluginDirectoryOfProgram("../lib/ipmib");
+    EXPECT_EQ(directory.front(), '/');
+    EXPECT_TRUE(directory.ends_with("/lib/ipmib")) << directory;
+    EXPECT_EQ(directory.find(".."), std::string::npos);
+}
+
+} // namespace
+} // namespace ipmib::host::testing

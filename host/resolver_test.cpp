@@ -1,0 +1,410 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What the resolver makes of answers: rows shared by a packet, ends, errors, values that are not what the tree
+// declares.
+#include "resolver.h"
+
+#include "testing/identifiers.h"
+#include "testing/sorted_table.h"
+#include "testing/test_module.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+namespace ipmib::host::testing
+{
+namespace
+{
+
+std::deque<std::string> logLines;
+
+void log(int, const char *line)
+{
+    logLines.emplace_back(line);
+}
+
+// A scalar pair (1.10, 1.11), a table with two rows (1.20), an empty one (1.21) and one with rows again (1.22).
+class ResolverTest : public ::testing::Test
+{
+  protected:
+    ResolverTest() : module([this](MorRequest *request, MorReply *reply) { return answer(request, reply); })
+    {
+        logLines.clear();
+        tree.addScalar(tree.root(), 10, ip_ParamId(1, 1), {MIB_TYPE_UNSIGNED32});
+        tree.addScalar(tree.root(), 11, ip_ParamId(1, 2), {MIB_TYPE_UNSIGNED32});
+        tree.addScalar(tree.root(), 12, 0, {MIB_TYPE_UNSIGNED32});
+        for (const std::uint32_t id : {20u, 21u, 22u}) {
+            tables.emplace_back(tree, id, std::vector{integer(1, 99)}, SortedTable::Manners{});
+        }
+        tables[0].add({{5}});
+        tables[0].add({{7}});
+        tables[2].add({{1}});
+        resolver.emplace(tree.root(), TestModule::callback, log);
+    }
+
+    std::uint32_t answer(MorRequest *request, MorReply *reply)
+    {
+        const std::uint32_t table = MOR_GetTableId(request);
+        if (table >= 20) {
+            return tables[table - 20].answer(request, reply);
+        }
+        if (MOR_GetMsgOpType(request) != OP_GET) {
+            return fail(reply, ERR_BAD_PARAM);
+        }
+        std::uint32_t parameter = 0;
+        for (std::uint32_t more = MOR_GetFirstParaFromMsg(request, 0, &parameter); more;
+             more = MOR_GetNextParaFromMsg(request, 0, &parameter)) {
+            append(reply, parameter, VT_UNSIGNED32, parameter & 0xFF);
+        }
+        return 0;
+    }
+
+    std::vector<Variable> ask(const std::vector<Identifier> &packet, bool isGet, const Identifier &region = {1})
+    {
+        static std::vector<Identifier> asked; // variables point into it
+        asked = packet;
+        std::vector<Variable> variables(asked.size());
+        for (std::size_t i = 0; i < asked.size(); ++i) {
+            variables[i].asked = asked[i];
+        }
+        const std::uint64_t before = resolver->requestCount();
+        isGet ? resolver->get(variables) : resolver->getNext(variables, region);
+        requests = resolver->requestCount() - before;
+        return variables;
+    }
+    std::vector<Variable> get(const std::vector<Identifier> &packet) { return ask(packet, true); }
+    std::vector<Variable> getNext(const std::vector<Identifier> &packet, const Identifier &region = {1})
+    {
+        return ask(packet, false, region);
+    }
+    static std::string nameOf(const Variable &variable)
+    {
+        return variable.status == Status::ok ? text(variable.name.view()) : "none";
+    }
+
+    TestTree tree;
+    std::deque<SortedTable> tables;
+    TestModule module;
+    std::optional<Resolver> resolver;
+    std::uint64_t requests = 0;
+};
+
+TEST_F(ResolverTest, regionsAreScalarsAndEntriesInOrder)
+{
+    std::vector<std::string> roots;
+    for (const Resolver::Region &region : resolver->regions()) {
+        roots.push_back(text(region.root.view()));
+    }
+    EXPECT_EQ(roots, (std::vector<std::string>{"1.10", "1.11", "1.20.1", "1.21.1", "1.22.1"}));
+    EXPECT_EQ(resolver->regions()[2].node->ulKind, std::uint32_t{MIB_NODE_ENTRY});
+}
+
+TEST_F(ResolverTest, columnsOfOneRowShareARequest)
+{
+    const auto variables = get({{1, 20, 1, 2, 5}, {1, 20, 1, 3, 5}, {1, 20, 1, 2, 5}});
+    EXPECT_EQ(requests, 1u);
+    for (const Variable &variable : variables) {
+        ASSERT_EQ(variable.status, Status::ok);
+        EXPECT_EQ(variable.value.number, SortedTable::valueOf(ip_ParamId(20, variable.asked[3]), {5}));
+    }
+    get({{1, 20, 1, 2, 5}, {1, 20, 1, 3, 7}, {1, 20, 1, 3, 5}});
+    EXPECT_EQ(requests, 2u);
+    getNext({{1, 20, 1, 2}, {1, 20, 1, 3}});
+    EXPECT_EQ(requests, 1u);
+}
+
+TEST_F(ResolverTest, aWalkIsOneRequestARow)
+{
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 2}})[0]), "1.20.1.2.5");
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 2, 5}})[0]), "1.20.1.2.7");
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 2, 7}})[0]), "1.20.1.3.5");
+    EXPECT_EQ(requests, 2u); // the end of the column, and the first row of the next one
+}
+
+TEST_F(ResolverTest, anEmptyTableIsAskedOnce)
+{
+    EXPECT_EQ(nameOf(getNext({{1, 21}})[0]), "1.22.1.2.1");
+    EXPECT_EQ(requests, 2u);
+}
+
+TEST_F(ResolverTest, variablesWhoseColumnEndsGoOnTogether)
+{
+    const auto variables = getNext({{1, 20, 1, 2, 7}, {1, 20, 1, 3, 7}, {1, 20, 1, 2, 5}});
+    EXPECT_EQ(nameOf(variables[0]), "1.20.1.3.5");
+    EXPECT_EQ(nameOf(variables[1]), "1.22.1.2.1");
+    EXPECT_EQ(nameOf(variables[2]), "1.20.1.2.7");
+}
+
+TEST_F(ResolverTest, scalarsAreAskedByGetAndShareARequest)
+{
+    const auto variables = getNext({{1, 10}, {1, 11}, {1}});
+    EXPECT_EQ(nameOf(variables[0]), "1.10.0");
+    EXPECT_EQ(nameOf(variables[1]), "1.11.0");
+    EXPECT_EQ(nameOf(variables[2]), "1.10.0");
+    EXPECT_EQ(variables[1].value.number, 2u);
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 10, 0}})[0]), "1.11.0");
+    EXPECT_EQ(nameOf(getNext({{1, 11, 0}})[0]), "1.20.1.2.5");
+    const auto got = get({{1, 10, 0}, {1, 11, 0}});
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(got[1].value.number, 2u);
+    EXPECT_TRUE(logLines.empty());
+}
+
+TEST_F(ResolverTest, aGetSaysWhatIsMissing)
+{
+    const auto variables = get({{1, 12, 0},          // not served
+                                {1, 20, 1, 1, 5},    // not accessible
+                                {1, 20, 1, 9, 5},    // no such column
+                                {1, 20, 1, 2},       // no instance
+                                {1, 20, 1, 2, 6},    // no such row
+                                {1, 20, 1, 2, 5, 0}, // too long
+                                {1, 20, 1, 2, 100},  // out of range
+                                {1, 10},             // no instance
+                                {1, 10, 1},          // not the instance of a scalar
+                                {}});
+    std::vector<Status> statuses;
+    for (const Variable &variable : variables) {
+        statuses.push_back(variable.status);
+    }
+    using enum Status;
+    EXPECT_EQ(statuses,
+              (std::vector<Status>{noSuchObject, noSuchObject, noSuchObject, noSuchInstance, noSuchInstance,
+                                   noSuchInstance, noSuchInstance, noSuchInstance, noSuchInstance, noSuchObject}));
+    EXPECT_EQ(requests, 1u); // only for the row that could have been
+}
+
+TEST_F(ResolverTest, theRegionEndsTheSearch)
+{
+    EXPECT_EQ(getNext({{1, 20, 1, 3, 7}}, {1, 20, 1})[0].status, Status::endOfRegion);
+    EXPECT_EQ(getNext({{1, 20, 1, 2, 7}}, {1, 20, 1, 2})[0].status, Status::endOfRegion);
+    EXPECT_EQ(getNext({{1, 20, 1, 2, 5}}, {1, 20, 1, 2, 5})[0].status, Status::endOfRegion);
+    EXPECT_EQ(getNext({{1, 30}}, {1, 20, 1})[0].status, Status::endOfRegion);
+    EXPECT_EQ(getNext({{1}}, {1, 23})[0].status, Status::endOfRegion);
+}
+
+TEST_F(ResolverTest, aSearchFromBeforeTheRegionBeginsAtItsRoot)
+{
+    EXPECT_EQ(nameOf(getNext({{1, 10}}, {1, 20, 1, 3})[0]), "1.20.1.3.5");
+    EXPECT_EQ(nameOf(getNext({{1, 10}}, {1, 20, 1, 3, 7})[0]), "1.20.1.3.7");
+    EXPECT_EQ(nameOf(getNext({{1, 10}}, {1, 11, 0})[0]), "1.11.0");
+    EXPECT_EQ(nameOf(getNext({{}}, {})[0]), "1.10.0");
+}
+
+// --- Unusable answers, each from a module of its own
+
+class Answers : public ResolverTest
+{
+  protected:
+    // What the module answers for the table 20 from now on.
+    void always(TestModule::Handler handler) { special.emplace(std::move(handler)); }
+
+    Variable first() { return getNext({{1, 20, 1, 2}}, {1, 20, 1})[0]; }
+
+    std::optional<TestModule> special;
+};
+
+TEST_F(Answers, eachEndCodeEndsTheColumnQuietly)
+{
+    for (const std::uint32_t code : {ERR_END_OF_TABLE, ERR_NEXT_FAILED, ERR_NO_INSTANCE}) {
+        always([code](MorRequest *, MorReply *) { return code; }); // returned, not set
+        EXPECT_EQ(first().status, Status::endOfRegion);
+        always([code](MorRequest *, MorReply *reply) { return fail(reply, code), 0; }); // set, not returned
+        EXPECT_EQ(first().status, Status::endOfRegion);
+    }
+    EXPECT_TRUE(logLines.empty());
+}
+
+TEST_F(Answers, otherErrorsAreLoggedOnce)
+{
+    for (const std::uint32_t code : {ERR_BAD_PARAM, ERR_TABLE_UNKNOWN, ERR_READ_ONLY, UINT32_C(1)}) {
+        always([code](MorRequest *, MorReply *reply) { return fail(reply, code); });
+        EXPECT_EQ(first().status, Status::genErr);
+        EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
+    }
+    ASSERT_EQ(logLines.size(), 1u);
+    EXPECT_EQ(logLines[0], "table: the module refuses a column of the table, or the operation");
+}
+
+TEST_F(Answers, misuseOfTheMessageLayerSpoilsTheReply)
+{
+    always([](MorRequest *, MorReply *reply) {
+        append(reply, ip_ParamId(20, 1), VT_INTEGER, 5);
+        append(reply, ip_ParamId(20, 2), VT_UNSIGNED32, 1);
+        MOR_GetTableId(nullptr);
+        return 0u;
+    });
+    EXPECT_EQ(first().status, Status::genErr);
+    ASSERT_EQ(logLines.size(), 1u);
+    EXPECT_EQ(logLines[0], "table: asked for the table of no request");
+}
+
+TEST_F(Answers, aReplyMustBeginWithARow)
+{
+    const auto answerIndex = [this](std::uint32_t column, std::uint32_t type, std::uint32_t number) {
+        always([=](MorRequest *, MorReply *reply) {
+            append(reply, ip_ParamId(20, column), type, number);
+            append(reply, ip_ParamId(20, 2), VT_UNSIGNED32, 1);
+            return 0u;
+        });
+        return first().status;
+    };
+    EXPECT_EQ(answerIndex(1, VT_INTEGER, 5), Status::ok);
+    EXPECT_EQ(answerIndex(3, VT_INTEGER, 5), Status::genErr);
+    EXPECT_EQ(answerIndex(1, VT_UNSIGNED32, 5), Status::genErr);
+    EXPECT_EQ(answerIndex(1, VT_INTEGER, 0), Status::genErr);
+    EXPECT_EQ(answerIndex(1, VT_INTEGER, 100), Status::genErr);
+    always([](MorRequest *, MorReply *) { return 0u; });
+    EXPECT_EQ(first().status, Status::genErr);
+    ASSERT_EQ(logLines.size(), 1u);
+    EXPECT_EQ(logLines[0], "table: the reply does not begin with the index of a row");
+}
+
+TEST_F(Answers, theOrderOfValuesDoesNotMatterButTheirPresenceDoes)
+{
+    always([](MorRequest *, MorReply *reply) {
+        append(reply, ip_ParamId(20, 3), VT_UNSIGNED32, 33);
+        append(reply, ip_ParamId(20, 9), VT_UNSIGNED32, 99);
+        append(reply, ip_ParamId(20, 2), VT_UNSIGNED32, 22);
+        return 0u;
+    });
+    const auto variables = get({{1, 20, 1, 2, 5}, {1, 20, 1, 3, 5}});
+    EXPECT_EQ(variables[0].value.number, 22u);
+    EXPECT_EQ(variables[1].value.number, 33u);
+    always([](MorRequest *, MorReply *) { return 0u; });
+    EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
+    EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
+    EXPECT_EQ(logLines, (std::deque<std::string>{"column: the module answers without a value"}));
+}
+
+// --- Values against their syntax
+
+struct ValueCase {
+    const char *name;
+    TestSyntax syntax;
+    std::uint32_t type;
+    std::vector<std::uint32_t> words; // a number, a counter's low and high half, octets or sub-identifiers
+    std::optional<ValueType> expected;
+};
+
+const ValueCase valueCases[] = {
+    {"counter32", {MIB_TYPE_COUNTER32}, VT_COUNTER32, {UINT32_MAX}, ValueType::counter32},
+    {"counter64", {MIB_TYPE_COUNTER64}, VT_COUNTER64, {1, 2}, ValueType::counter64},
+    {"counter64_as_counter32", {MIB_TYPE_COUNTER64}, VT_COUNTER32, {1}, std::nullopt},
+    {"counter32_as_counter64", {MIB_TYPE_COUNTER32}, VT_COUNTER64, {1, 0}, std::nullopt},
+    {"counter32_as_unsigned32", {MIB_TYPE_COUNTER32}, VT_UNSIGNED32, {1}, std::nullopt},
+    {"time_ticks", {MIB_TYPE_TIMETICKS}, VT_TIMETICKS, {UINT32_MAX}, ValueType::timeTicks},
+    {"time_ticks_as_integer", {MIB_TYPE_TIMETICKS}, VT_INTEGER, {1}, std::nullopt},
+    {"integer_in_range", integer(-2, 9), VT_INTEGER, {0xFFFFFFFE}, ValueType::integer32},
+    {"integer_below_range", integer(-2, 9), VT_INTEGER, {0xFFFFFFFD}, std::nullopt},
+    {"integer_above_range", integer(-2, 9), VT_INTEGER, {10}, std::nullopt},
+    {"integer_without_range", {MIB_TYPE_INTEGER32}, VT_INTEGER, {0x80000000}, ValueType::integer32},
+    {"unsigned_in_range", unsigned32(1500, 65535), VT_UNSIGNED32, {65535}, ValueType::unsigned32},
+    {"unsigned_out_of_range", unsigned32(1500, 65535), VT_UNSIGNED32, {UINT32_MAX}, std::nullopt},
+    {"unsigned_without_range", unsigned32(), VT_UNSIGNED32, {UINT32_MAX}, ValueType::unsigned32},
+    {"union_of_ranges", {MIB_TYPE_UNSIGNED32, {{0, 0}, {4, 9000}}}, VT_UNSIGNED32, {4}, ValueType::unsigned32},
+    {"between_ranges", {MIB_TYPE_UNSIGNED32, {{0, 0}, {4, 9000}}}, VT_UNSIGNED32, {3}, std::nullopt},
+    {"label", labels({-2, -1, 0, 1}), VT_INTEGER, {0xFFFFFFFE}, ValueType::integer32},
+    {"no_label", labels({-2, -1, 0, 1}), VT_INTEGER, {2}, std::nullopt},
+    {"octets", octets(0, 2), VT_OCTETS, {1, 2}, ValueType::octets},
+    {"empty_octets", octets(0, 2), VT_OCTETS, {}, ValueType::octets},
+    {"long_octets", octets(0, 2), VT_OCTETS, {1, 2, 3}, std::nullopt},
+    {"short_octets", octets(2, 2), VT_OCTETS, {1}, std::nullopt},
+    {"octets_as_identifier", octets(0, 8), VT_OID, {1, 3}, std::nullopt},
+    {"ip_address", {MIB_TYPE_IPADDRESS}, VT_OCTETS, {127, 0, 0, 1}, ValueType::ipAddress},
+    {"long_ip_address", {MIB_TYPE_IPADDRESS}, VT_OCTETS, {127, 0, 0, 1, 0}, std::nullopt},
+    {"identifier", {MIB_TYPE_OID}, VT_OID, {1, 3, 6}, ValueType::objectId},
+    {"empty_identifier", {MIB_TYPE_OID}, VT_OID, {}, std::nullopt},
+    {"longest_identifier", {MIB_TYPE_OID}, VT_OID, std::vector<std::uint32_t>(128, 1), ValueType::objectId},
+    {"too_long_identifier", {MIB_TYPE_OID}, VT_OID, std::vector<std::uint32_t>(129, 1), std::nullopt},
+};
+
+class Values : public ::testing::TestWithParam<ValueCase>
+{
+};
+
+TEST_P(Values, leaveOnlyAsDeclared)
+{
+    const ValueCase &each = GetParam();
+    logLines.clear();
+    TestTree tree;
+    tree.addScalar(tree.root(), 10, ip_ParamId(1, 1), each.syntax);
+    TestModule module([&each](MorRequest *, MorReply *reply) {
+        if (each.type == VT_OCTETS) {
+            const std::vector<std::uint8_t> bytes(each.words.begin(), each.words.end());
+            MOR_AppendPara2Msg(reply, 0, ip_ParamId(1, 1), each.type, reinterpret_cast<std::uintptr_t>(bytes.data()),
+                               static_cast<std::uint32_t>(bytes.size()));
+        } else if (each.type == VT_OID) {
+            MOR_AppendPara2Msg(reply, 0, ip_ParamId(1, 1), each.type,
+                               reinterpret_cast<std::uintptr_t>(each.words.data()),
+                               static_cast<std::uint32_t>(4 * each.words.size()));
+        } else if (each.type == VT_COUNTER64) {
+            const std::uint64_t number = each.words[0] + (std::uint64_t{each.words[1]} << 32);
+            MOR_AppendPara2Msg(reply, 0, ip_ParamId(1, 1), each.type, reinterpret_cast<std::uintptr_t>(&number), 8);
+        } else {
+            append(reply, ip_ParamId(1, 1), each.type, each.words[0]);
+        }
+        return 0u;
+    });
+    Resolver resolver(tree.root(), TestModule::callback, log);
+    const Identifier asked{1, 10, 0};
+    Variable variable;
+    variable.asked = asked;
+    resolver.get({&variable, 1});
+    if (!each.expected) {
+        EXPECT_EQ(variable.status, Status::genErr);
+        ASSERT_EQ(logLines.size(), 1u);
+        EXPECT_EQ(logLines[0], "scalar: the module's value is not of the declared syntax");
+        return;
+    }
+    ASSERT_EQ(variable.status, Status::ok);
+    EXPECT_EQ(variable.value.type, *each.expected);
+    if (each.type == VT_OCTETS) {
+        EXPECT_TRUE(std::ranges::equal(variable.value.octets, each.words));
+    } else if (each.type == VT_OID) {
+        EXPECT_TRUE(std::ranges::equal(variable.value.objectId, each.words));
+    } else {
+        EXPECT_EQ(variable.value.number,
+                  each.type == VT_COUNTER64 ? std::uint64_t{0x200000001} : std::uint64_t{each.words[0]});
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Values, ::testing::ValuesIn(valueCases),
+                         [](const auto &each) { return std::string(each.param.name); });
+
+// --- Index columns that can be read, as older tables have them
+
+TEST(ReadableIndex, isAnsweredFromTheRow)
+{
+    TestTree tree;
+    SortedTable table(tree, 20, {integer(1, 9), octets(0, 4)}, {});
+    auto *entry = const_cast<MibTreeNode *>(tree.root().pstFirstChild->pstFirstChild);
+    for (const MibTreeNode *column = entry->pstFirstChild; column; column = column->pstNextSibling) {
+        const_cast<MibTreeNode *>(column)->ulAccess = MIB_ACCESS_READ_ONLY;
+    }
+    table.add({{3}, {10, 20}});
+    TestModule module([&table](MorRequest *request, MorReply *reply) { return table.answer(request, reply); });
+    Resolver resolver(tree.root(), TestModule::callback, nullptr);
+    const Identifier number{1, 20, 1, 1};
+    const Identifier bytes{1, 20, 1, 2, 3, 2, 10, 20};
+    const Identifier noRow{1, 20, 1, 1, 4, 0};
+    Variable next;
+    next.asked = number;
+    resolver.getNext({&next, 1}, {});
+    ASSERT_EQ(next.status, Status::ok);
+    EXPECT_EQ(text(next.name.view()), "1.20.1.1.3.2.10.20");
+    EXPECT_EQ(next.value.number, 3u);
+    Variable got[2];
+    got[0].asked = bytes;
+    got[1].asked = noRow;
+    resolver.get(got);
+    ASSERT_EQ(got[0].status, Status::ok);
+    EXPECT_EQ(got[0].value.octets.size(), 2u);
+    EXPECT_EQ(got[0].value.octets[1], 20);
+    EXPECT_EQ(got[1].status, Status::noSuchInstance);
+}
+
+} // namespace
+} // namespace ipmib::host::testing

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A small platform whose one service answers with the length of its argument, and which tells its life in the log.
+// Built several times, with and without hooks.
+#include <ipmib/platform_hooks.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+namespace
+{
+
+[[maybe_unused]] std::uint32_t answer = 99;
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) std::uint32_t ipmib_test_service()
+{
+    return answer;
+}
+
+#ifndef WITHOUT_HOOKS
+namespace
+{
+
+const IpmibPlatformHost *host = nullptr;
+
+int start(const IpmibPlatformHost *lent, char *error, size_t capacity)
+{
+    host = lent;
+    if (std::strcmp(host->argument, "broken") == 0) {
+        std::snprintf(error, capacity, "the argument \"%s\" is of no use", host->argument);
+        return -1;
+    }
+    answer = static_cast<std::uint32_t>(std::strlen(host->argument));
+    for (size_t i = 0; i < host->option_count; ++i) {
+        host->log(IPMIB_LOG_INFO, host->options[i].name);
+        host->log(IPMIB_LOG_INFO, host->options[i].value);
+    }
+    host->log(IPMIB_LOG_INFO, "started");
+    return 0;
+}
+
+void stop()
+{
+    host->log(IPMIB_LOG_INFO, "stopped");
+}
+
+#ifdef WITH_OTHER_VERSION
+constexpr std::uint32_t version = 99;
+#else
+constexpr std::uint32_t version = IPMIB_PLATFORM_HOOKS_VERSION;
+#endif
+
+} // namespace
+
+extern "C" __attribute__((visibility("default")))
+const IpmibPlatformHooks ipmib_platform_hooks = {version, start, stop, nullptr, nullptr, nullptr, nullptr};
+#endif
