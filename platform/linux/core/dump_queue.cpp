@@ -27,12 +27,12 @@ bool meansEmpty(int error)
 std::string DumpQueue::start(EventLoop &loop)
 {
     loop_ = &loop;
-    const bool timer = retry_.open(loop, [this] {
+    const bool timers = soon_.open(loop, [this] { begin(); }) && retry_.open(loop, [this] {
         for (Mirror *mirror : std::exchange(later_, {})) {
             mirror->refresh();
         }
     });
-    if (!timer || !openSocket()) {
+    if (!timers || !openSocket()) {
         return "cannot open a netlink socket: " + socket_.error();
     }
     return "";
@@ -40,6 +40,7 @@ std::string DumpQueue::start(EventLoop &loop)
 
 void DumpQueue::stop()
 {
+    soon_.close();
     retry_.close();
     if (socket_.isOpen()) {
         loop_->forget(socket_.descriptor());
@@ -65,8 +66,7 @@ void DumpQueue::add(Mirror &mirror)
 {
     waiting_.push_back(&mirror);
     if (!reading_) {
-        attempt_ = 0;
-        begin();
+        soon_.arm(0);
     }
 }
 
@@ -86,7 +86,7 @@ void DumpQueue::remove(Mirror &mirror)
 
 void DumpQueue::begin()
 {
-    if (waiting_.empty() || !socket_.isOpen()) {
+    if (reading_ || waiting_.empty() || !socket_.isOpen()) {
         return;
     }
     reading_ = true;
@@ -109,7 +109,7 @@ bool DumpQueue::sendRequest()
 std::string DumpQueue::runToEnd()
 {
     lastError_.clear();
-    while (reading_) {
+    while (!idle() && socket_.isOpen()) {
         pollfd wait{socket_.descriptor(), POLLIN, 0};
         if (!readPiece() && reading_ && poll(&wait, 1, answerTimeout) == 0) {
             return "no answer";
@@ -120,6 +120,7 @@ std::string DumpQueue::runToEnd()
 
 bool DumpQueue::readPiece()
 {
+    begin();
     if (!reading_) {
         return false;
     }
@@ -132,7 +133,7 @@ bool DumpQueue::readPiece()
         return false;
     default:
         finish(result);
-        return reading_;
+        return !idle();
     }
 }
 
@@ -157,6 +158,7 @@ void DumpQueue::finish(Rtnetlink::Read result)
     ++timesInterrupted_;
     if (++attempt_ < attempts) {
         mirror.table_.abandonRebuild();
+        reading_ = false;
         begin();
         return;
     }
@@ -192,10 +194,8 @@ void DumpQueue::end(bool committed)
     waiting_.pop_front();
     reading_ = false;
     attempt_ = 0;
-    mirror->dumpEnds(committed); // may ask for the next dump at once
-    if (!reading_) {
-        begin();
-    }
+    mirror->dumpEnds(committed);
+    begin();
 }
 
 } // namespace ipmib::platform

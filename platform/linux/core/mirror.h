@@ -98,11 +98,12 @@ class DumpQueue
     std::string start(EventLoop &loop);
     void stop();
 
+    // The reading begins with the next turn of the event loop, never within the call.
     void add(Mirror &mirror);
     void remove(Mirror &mirror);
     // Works until the queue is empty; the answer, when a dump failed, is one line for the user.
     std::string runToEnd();
-    bool idle() const { return !reading_; }
+    bool idle() const { return waiting_.empty(); }
     // One read of the dump that is under way; false when there was nothing to read.
     bool readPiece();
     // For tests: dumps that the kernel marked as interrupted.
@@ -118,6 +119,7 @@ class DumpQueue
 
     EventLoop *loop_ = nullptr;
     Rtnetlink socket_;
+    Timer soon_;
     Timer retry_;
     std::deque<Mirror *> waiting_; // the first is the one that is read, when reading_ says so
     std::vector<Mirror *> later_;  // wait for the retry timer

@@ -18,7 +18,6 @@ namespace
 
 // The kernel fills dump datagrams up to 32 KiB when it sees that its reader takes that much.
 constexpr std::size_t bufferSize = 64 * 1024;
-alignas(nlmsghdr) std::byte buffer[bufferSize];
 
 constexpr int answerTimeout = 5000; // ms; the kernel answers within the call, so this only bounds a broken socket
 
@@ -49,6 +48,7 @@ bool Rtnetlink::open(const unsigned *groups, std::size_t count, int receiveBuffe
         fail(errno, "socket");
         return false;
     }
+    buffer_ = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
     setOption(socket_, NETLINK_EXT_ACK);
     setOption(socket_, NETLINK_CAP_ACK);
     setOption(socket_, NETLINK_GET_STRICT_CHK);
@@ -103,7 +103,7 @@ Rtnetlink::Read Rtnetlink::readAnnouncements(const Handler &handler)
 
 Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
 {
-    const ssize_t length = mnl_socket_recvfrom(socket_, buffer, bufferSize);
+    const ssize_t length = mnl_socket_recvfrom(socket_, buffer_.get(), bufferSize);
     if (length < 0) {
         if (errno == EAGAIN || errno == EINTR) {
             return Read::nothing;
@@ -112,7 +112,7 @@ Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
         return errno == ENOBUFS || (announcements && errno == ENOSPC) ? Read::lost : fail(errno, "receive");
     }
     int left = static_cast<int>(length);
-    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer); mnl_nlmsg_ok(message, left);
+    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.get()); mnl_nlmsg_ok(message, left);
          message = mnl_nlmsg_next(message, &left)) {
         if (announcements) {
             if (message->nlmsg_type >= NLMSG_MIN_TYPE) {

@@ -83,6 +83,7 @@ class Rtnetlink
     Read fail(int number, const char *what);
 
     mnl_socket *socket_ = nullptr;
+    std::unique_ptr<std::byte[]> buffer_; // of its own: a handler may read another socket
     std::uint32_t sequence_ = 0;
     bool interrupted_ = false;
     int errno_ = 0;

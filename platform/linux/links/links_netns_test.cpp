@@ -9,6 +9,8 @@
 
 #include <net/if_arp.h>
 
+#include <random>
+
 namespace
 {
 
@@ -59,6 +61,15 @@ void addEveryKind(const Namespace &space)
     space.run("ip tuntap add tap0 mode tap");
     space.run("ip link set veth0 up; ip link set veth1 up mtu 1279; ip link set br0 up");
     space.run("ip link add ifb7 type ifb");
+}
+
+void addBridges(const Namespace &space, int count)
+{
+    std::string batch;
+    for (int i = 0; i < count; ++i) {
+        batch += "link add bridge" + std::to_string(i) + " type bridge\n";
+    }
+    space.run("ip -batch - <<'END'\n" + batch + "END");
 }
 
 TEST(LinksNetns, everyKindIsSelectedInOrder)
@@ -145,9 +156,7 @@ TEST(LinksNetns, lostAnnouncementsMakeTheTableBeReadAgain)
     Settings settings;
     settings.receiveBuffer = 1; // the kernel rounds up to room for one or two announcements
     PlatformInside platform(space, settings);
-    for (int i = 0; i < 40; ++i) {
-        space.run("ip link add bridge" + std::to_string(i) + " type bridge");
-    }
+    addBridges(space, 40);
     platform->beginPacket();
     EXPECT_GT(platform->linkMirror().timesLost(), 0u);
     EXPECT_TRUE(platform.waitUntil([&] { return !platform->linkMirror().refreshing(); }));
@@ -163,6 +172,7 @@ TEST(LinksNetns, aPacketDuringAReadingIsServedFromTheRowsBefore)
     PlatformInside platform(space);
     const auto before = selected();
     platform->linkMirror().refresh();
+    ASSERT_TRUE(platform->dumps().readPiece());
     space.run("ip link add br2 type bridge");
     platform->beginPacket();
     EXPECT_EQ(selected(), before);
@@ -175,9 +185,7 @@ TEST(LinksNetns, anInterruptedDumpIsReadAgain)
 {
     IPMIB_NEEDS_NAMESPACES();
     const Namespace space;
-    for (int i = 0; i < 100; ++i) {
-        space.run("ip link add bridge" + std::to_string(i) + " type bridge");
-    }
+    addBridges(space, 100);
     PlatformInside platform(space);
     const unsigned reads = platform->linkMirror().timesRead();
     platform->linkMirror().refresh();
@@ -187,6 +195,69 @@ TEST(LinksNetns, anInterruptedDumpIsReadAgain)
     EXPECT_EQ(platform->linkMirror().timesRead(), reads + 1);
     EXPECT_GT(platform->dumps().timesInterrupted(), 0u);
     EXPECT_EQ(selected(), listed(space));
+}
+
+TEST(LinksNetns, aTableThatNeverStandsStillKeepsItsLastGoodRows)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    const Namespace space;
+    addBridges(space, 100);
+    PlatformInside platform(space);
+    const auto before = selected();
+    platform->linkMirror().refresh();
+    for (unsigned attempt = 0; attempt < DumpQueue::attempts; ++attempt) {
+        ASSERT_TRUE(platform->dumps().readPiece()) << "no reading under way in attempt " << attempt;
+        space.run("ip link add late type bridge; ip link del late");
+        while (platform->dumps().timesInterrupted() == attempt) {
+            platform->dumps().readPiece();
+        }
+    }
+    EXPECT_FALSE(platform->linkMirror().refreshing());
+    EXPECT_EQ(platform->linkMirror().timesRead(), 1u);
+    EXPECT_EQ(selected(), before);
+    EXPECT_TRUE(platform.waitUntil([&] { return platform->linkMirror().timesRead() == 2; }))
+        << "it is tried again later";
+    EXPECT_EQ(selected(), listed(space));
+}
+
+// Changes of every kind, some of them lost, some during readings that the losses cause.
+TEST(LinksNetns, afterAStormTheMirrorIsTheKernelsTable)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    const Namespace space;
+    addBridges(space, 60);
+    Settings settings;
+    settings.receiveBuffer = 8192;
+    PlatformInside platform(space, settings);
+    std::mt19937 random(7);
+    for (int round = 0; round < 12; ++round) {
+        std::string batch;
+        for (int change = 0; change < 10; ++change) {
+            const std::string i = std::to_string(random() % 60);
+            const char *const changes[] = {" up", " down", " mtu 1400", " txqueuelen 500"};
+            batch += random() % 3 == 0 ? "link del bridge" + i + "\nlink add bridge" + i + " type bridge\n"
+                                       : "link set bridge" + i + changes[random() % 4] + "\n";
+        }
+        space.run("ip -batch - <<'END'\n" + batch + "END");
+        if (round % 3 == 0) {
+            platform->beginPacket();
+        }
+        if (round % 2 == 0) {
+            platform->dispatch();
+        }
+    }
+    EXPECT_GT(platform->linkMirror().timesLost(), 0u);
+    platform->beginPacket();
+    ASSERT_TRUE(platform.waitUntil([&] { return !platform->linkMirror().refreshing(); }));
+    EXPECT_EQ(selected(), listed(space));
+    for (const auto &expected : space.json("ip -j link")) {
+        const Link *link = platform->links().find(expected["ifindex"]);
+        ASSERT_NE(link, nullptr);
+        const auto &flags = expected["flags"];
+        EXPECT_EQ(expected["ifname"], link->name);
+        EXPECT_EQ(expected["mtu"], link->mtu);
+        EXPECT_EQ(std::find(flags.begin(), flags.end(), "UP") != flags.end(), (link->flags & IFF_UP) != 0);
+    }
 }
 
 } // namespace
