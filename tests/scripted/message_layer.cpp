@@ -32,8 +32,8 @@ std::uint32_t deliver(const MorRequest &request, std::uint32_t *parameterId)
 template <typename Item>
 std::vector<Item> itemsAt(std::uintptr_t address, std::uint32_t length)
 {
-    std::vector<Item> items(length / sizeof(Item));
-    std::memcpy(items.data(), reinterpret_cast<const void *>(address), items.size() * sizeof(Item));
+    const auto *const first = reinterpret_cast<const Item *>(address);
+    std::vector<Item> items(first, first + length / sizeof(Item));
     if (length % sizeof(Item) != 0) {
         complain("MOR_AppendPara2Msg: the length is no multiple of the item's size");
     }
