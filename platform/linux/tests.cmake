@@ -2,8 +2,8 @@
 # Tests of the Linux platform.
 
 ipmib_test(platform_linux_test
-    SOURCES counters/counter_layout_test.cpp counters/snmp6_text_test.cpp links/link_parse_test.cpp
-            ordered_table_test.cpp
+    SOURCES core/rtnetlink_test.cpp counters/counter_layout_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp
+            links/link_parse_test.cpp ordered_table_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test
@@ -21,3 +21,9 @@ ipmib_test(accounting_netns_test
 
 ipmib_test(neighbours_netns_test SOURCES neighbours/neighbours_netns_test.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns)
+
+if(IPMIB_BUILD_TESTS)
+  add_test(NAME platform_linux_exports
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/exports_test.sh $<TARGET_FILE:ipmib_platform_linux>
+                   ${PROJECT_SOURCE_DIR}/include/ipmib/platform.h)
+endif()

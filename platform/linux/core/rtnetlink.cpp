@@ -180,7 +180,7 @@ Rtnetlink::Read Rtnetlink::readDone(const nlmsghdr &message)
         std::memcpy(&result, mnl_nlmsg_get_payload(&message), sizeof result);
     }
     if (result < 0) {
-        return fail(-result, "dump");
+        return refused(message, sizeof result, -result);
     }
     return interrupted_ ? Read::interrupted : Read::done;
 }
@@ -195,18 +195,23 @@ Rtnetlink::Read Rtnetlink::readError(const nlmsghdr &message)
         return Read::done;
     }
     // Behind the error stand the request's header (with NLM_F_CAPPED no more of it) and then the extended attributes.
+    std::size_t skip = sizeof(nlmsgerr);
+    if ((message.nlmsg_flags & NLM_F_CAPPED) == 0 && error->msg.nlmsg_len >= sizeof(nlmsghdr)) {
+        skip += error->msg.nlmsg_len - sizeof(nlmsghdr);
+    }
+    return refused(message, skip, -error->error);
+}
+
+Rtnetlink::Read Rtnetlink::refused(const nlmsghdr &message, std::size_t attributesAt, int number)
+{
     char text[160] = "refused";
     if ((message.nlmsg_flags & NLM_F_ACK_TLVS) != 0) {
-        std::size_t skip = sizeof(nlmsgerr);
-        if ((message.nlmsg_flags & NLM_F_CAPPED) == 0 && error->msg.nlmsg_len >= sizeof(nlmsghdr)) {
-            skip += error->msg.nlmsg_len - sizeof(nlmsghdr);
-        }
-        const Attributes<NLMSGERR_ATTR_MAX> attributes(message, skip);
+        const Attributes<NLMSGERR_ATTR_MAX> attributes(message, attributesAt);
         if (attributes[NLMSGERR_ATTR_MSG] != nullptr) {
             attributes.copyString(NLMSGERR_ATTR_MSG, text);
         }
     }
-    return fail(-error->error, text);
+    return fail(number, text);
 }
 
 Rtnetlink::Read Rtnetlink::fail(int number, const char *what)

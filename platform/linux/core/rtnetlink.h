@@ -80,6 +80,7 @@ class Rtnetlink
     Read receive(bool announcements, const Handler &handler);
     Read readDone(const nlmsghdr &message);
     Read readError(const nlmsghdr &message);
+    Read refused(const nlmsghdr &message, std::size_t attributesAt, int number);
     Read fail(int number, const char *what);
 
     mnl_socket *socket_ = nullptr;

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The platform's life as a host sees it: options, start and stop, services before and after.
+#include <ipmib/platform.h>
+#include <ipmib/platform_hooks.h>
+
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+
+#include <string>
+#include <vector>
+
+extern "C" const IpmibPlatformHooks ipmib_platform_hooks;
+
+namespace
+{
+
+const IpmibPlatformHooks &hooks = ipmib_platform_hooks;
+
+struct Start {
+    int result;
+    std::string error;
+};
+
+Start start(const char *argument, const std::vector<IpmibPlatformOption> &options)
+{
+    const IpmibPlatformHost host{[](int, const char *) {}, argument, options.data(), options.size()};
+    char error[200] = "";
+    const int result = hooks.start(&host, error, sizeof error);
+    return {result, error};
+}
+
+std::size_t openDescriptors()
+{
+    std::size_t count = 0;
+    DIR *directory = opendir("/proc/self/fd");
+    while (readdir(directory) != nullptr) {
+        ++count;
+    }
+    closedir(directory);
+    return count;
+}
+
+TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
+{
+    const auto expectDead = [] {
+        Ip6MibStat stat;
+        Icmp6MibStat icmp;
+        IpMibIfStat ipv4;
+        NdIfConfigInfo info;
+        NeighbourEntry neighbour{};
+        FullPrefixRecord prefix{};
+        FullAddressRecord address{};
+        GatewayRecord gateway;
+        GatewayKey key{};
+        LinkLocalBuffer buffer;
+        IfSelection selection;
+        std::uint8_t bytes[16] = {};
+        std::uint32_t mtu;
+        EXPECT_NE(IP6_DaemonCheck(1), 0u);
+        EXPECT_NE(IP_DaemonCheck(1), 0u);
+        EXPECT_EQ(IF_IteratorInitialize(), 0u);
+        IF_Select_Init(5, &selection);
+        IF_SelectTypeSetGroup(2, &selection);
+        EXPECT_EQ(IF_GetFirstIfIndexByIfSelect(&selection, 0), 0u);
+        EXPECT_EQ(IF_GetNextIfIndexByIfSelect(&selection, 0, 0), 0u);
+        EXPECT_EQ(IF_IsValidIfIndex(1), 0u);
+        EXPECT_NE(IP6_GetMibStat(0x8000, &stat), 0u);
+        EXPECT_NE(IP6_GetIfStat(1, 10, &stat), 0u);
+        EXPECT_NE(IP_GetMibIfStat(1, &ipv4), 0u);
+        EXPECT_NE(ICMP6_GetMibStat(&icmp), 0u);
+        EXPECT_NE(ND_GetIfConfigInfo(1, &info), 0u);
+        EXPECT_NE(IP6Mib_GetIFID(1, bytes), 0u);
+        EXPECT_NE(IP6ADDR_DRVK_GetMainLLA(1, &address), 0u);
+        EXPECT_NE(IP6_GetIfMTU(1, &mtu), 0u);
+        EXPECT_NE(ND_GetNetToPhysicalTable(1, bytes, &neighbour, 16), 0u);
+        EXPECT_NE(ND_GetNextNetToPhysicalTable(1, &neighbour), 0u);
+        EXPECT_NE(IP6CFG_GetFirstFullPrefix(1, -1, &prefix), 0u);
+        EXPECT_NE(IP6CFG_GetNextFullPrefix(1, -1, &prefix), 0u);
+        EXPECT_NE(IP6Addr_GetLinkLocalAddr(1, &buffer), 0u);
+        EXPECT_NE(IP6Mib_GetFirstAddrInVrf(0, 14, &address), 0u);
+        EXPECT_NE(IP6Mib_GetNextAddrInVrf(0, 14, &address), 0u);
+        EXPECT_NE(IP6Mib_GetAddrFullInfoInVrf(0, bytes, -1, &address), 0u);
+        EXPECT_NE(IP6Mib_GetLinkLocalFullAddr(1, &address), 0u);
+        EXPECT_NE(IP6Mib_GetFirstGatewayInVrf(0, 14, &gateway), 0u);
+        EXPECT_NE(IP6Mib_GetNextGatewayInVrf(0, 14, &key, &gateway), 0u);
+        EXPECT_NE(IP6Mib_GetGatewayByKey(&key, &gateway), 0u);
+        EXPECT_NE(IP6ADDR_DRVK_GetGatewayByKey(&key, &gateway), 0u);
+        EXPECT_EQ(hooks.descriptor(), -1);
+        hooks.dispatch();
+        hooks.begin_packet();
+        hooks.reload();
+    };
+    expectDead();
+    ASSERT_EQ(start("", {}).error, "");
+    EXPECT_GE(hooks.descriptor(), 0);
+    EXPECT_EQ(IF_IsValidIfIndex(1), 1u) << "the mirrors are full at once";
+    hooks.stop();
+    expectDead();
+}
+
+TEST(Hooks, whatIsUnknownIsRefusedByName)
+{
+    EXPECT_EQ(hooks.version, IPMIB_PLATFORM_HOOKS_VERSION);
+    Start failed = start("", {{"warp-speed", "9"}});
+    EXPECT_NE(failed.result, 0);
+    EXPECT_NE(failed.error.find("--warp-speed"), std::string::npos) << failed.error;
+    EXPECT_EQ(hooks.descriptor(), -1);
+    failed = start("eth0", {});
+    EXPECT_NE(failed.result, 0);
+    EXPECT_NE(failed.error.find("eth0"), std::string::npos) << failed.error;
+}
+
+TEST(Hooks, nothingStaysOpenBehindAStop)
+{
+    const std::size_t before = openDescriptors();
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_EQ(start("", {}).result, 0);
+        hooks.begin_packet();
+        hooks.dispatch();
+        hooks.stop();
+        start("nonsense", {});
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+} // namespace
