@@ -129,6 +129,22 @@ class OrderedTable
         }
     }
 
+    // Calls visit(row) for each row from the first one that is not less than the key, until it returns false.
+    template <class Key, class Visit>
+    void eachFrom(const Key &key, Visit visit) const
+    {
+        const auto before = [&](const Row &row) { return less_(row, key); };
+        std::size_t at = chunkOf(before);
+        for (std::size_t i = at == chunks_.size() ? 0 : placeIn(*chunks_[at], before); at < chunks_.size();
+             ++at, i = 0) {
+            for (; i < chunks_[at]->count; ++i) {
+                if (!visit(chunks_[at]->rows[i])) {
+                    return;
+                }
+            }
+        }
+    }
+
     std::size_t memory() const { return chunks_.size() * sizeof(Chunk) + chunks_.capacity() * sizeof(chunks_[0]); }
 
   private:

@@ -43,6 +43,15 @@ void expectSameLookups(const Table &table, const Model &model, std::uint32_t key
     expectSame(table.find(key), model, model.find(key));
     expectSame(table.after(key), model, model.upper_bound(key));
     expectSame(table.atOrAfter(key), model, model.lower_bound(key));
+
+    constexpr std::size_t enough = 20; // rows, to cross from one chunk into others
+    std::size_t visited = 0;
+    auto expected = model.lower_bound(key);
+    table.eachFrom(key, [&](const Row &row) {
+        expectSame(&row, model, expected++);
+        return ++visited < enough;
+    });
+    EXPECT_TRUE(visited == enough || expected == model.end());
 }
 
 class Against : public testing::TestWithParam<std::uint32_t>

@@ -2,6 +2,7 @@
 // The one Linux platform of a process: every mirror, reader and timer, from start to stop.
 #include "platform.h"
 
+#include "core/boot_time.h"
 #include "core/log.h"
 
 #include <cerrno>
@@ -56,6 +57,7 @@ std::string readOptions(const IpmibPlatformHost &host, Settings &settings)
 
 std::string Platform::start(const Settings &settings)
 {
+    now_ = secondsSinceBoot();
     if (!loop_.open()) {
         return std::string("cannot create an epoll instance: ") + std::strerror(errno);
     }
@@ -70,11 +72,16 @@ std::string Platform::start(const Settings &settings)
             ip6Links_.forget(ifIndex);
             ipv4Accounting_.linkRemoved(ifIndex);
         }
+        addressing_.linkDown(ifIndex);
     });
+    links_.onUp([this](std::uint32_t) { addressing_.linkUp(); });
     for (Mirror *mirror : {&linkMirror_}) {
         if (const std::string error = mirror->start(loop_, settings.receiveBuffer); !error.empty()) {
             return error;
         }
+    }
+    if (const std::string error = addressing_.start(loop_, settings.receiveBuffer); !error.empty()) {
+        return error;
     }
     if (const std::string error = neighbours_.start(loop_, settings.receiveBuffer); !error.empty()) {
         return error;
@@ -94,6 +101,7 @@ std::string Platform::start(const Settings &settings)
 void Platform::beginPacket()
 {
     loop_.runAnnouncements();
+    now_ = secondsSinceBoot();
     ip6Links_.newPacket();
     systemCounters_.newPacket();
     rowHopLimit_.newPacket();

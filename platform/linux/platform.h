@@ -3,6 +3,7 @@
 #pragma once
 
 #include "accounting/ipv4_accounting.h"
+#include "addressing/addressing.h"
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
 #include "core/event_loop.h"
@@ -47,12 +48,17 @@ class Platform
 
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }
+
+    // Seconds since boot, the same for all requests of a packet.
+    std::uint32_t now() const { return now_; }
+
     const LinkTable &links() const { return links_; }
     Ip6LinkReader &ip6Links() { return ip6Links_; }
     SystemCounters &systemCounters() { return systemCounters_; }
     Ipv4Accounting &ipv4Accounting() { return ipv4Accounting_; }
     // What the kernel says of IPv6 on a link; null when it runs none there.
     const Ip6Link *ip6Link(std::uint32_t ifIndex);
+    Addressing &addressing() { return addressing_; }
     Neighbours &neighbours() { return neighbours_; }
     const RadvdFile &radvd() const { return radvd_; }
     RowHopLimit &rowHopLimit() { return rowHopLimit_; }
@@ -69,14 +75,16 @@ class Platform
     DumpQueue dumps_;
     LinkTable links_;
     Mirror linkMirror_{links_, dumps_};
-    Neighbours neighbours_{dumps_};
     Rtnetlink requests_;
+    Addressing addressing_{dumps_, requests_};
+    Neighbours neighbours_{dumps_};
     Ip6LinkReader ip6Links_{requests_};
     SystemCounters systemCounters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     Ipv4Accounting ipv4Accounting_;
     RadvdFile radvd_;
     RowHopLimit rowHopLimit_;
+    std::uint32_t now_ = 0;
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.

@@ -98,7 +98,9 @@ void DumpQueue::begin()
 
 bool DumpQueue::sendRequest()
 {
-    RtnetlinkRequest request = waiting_.front()->table_.dump(which_);
+    KernelTable &table = waiting_.front()->table_;
+    table.dumpBegins(which_);
+    RtnetlinkRequest request = table.dump(which_);
     if (socket_.send(request)) {
         return true;
     }

@@ -41,6 +41,8 @@ void Mirror::refresh()
     if (state_ == State::live) {
         state_ = State::waiting;
         dumps_.add(*this);
+    } else if (state_ == State::dumping) {
+        again_ = true;
     }
 }
 
@@ -73,6 +75,7 @@ void Mirror::dumpBegins()
 {
     readAnnouncements(); // what is older than the dump must not be applied to it
     state_ = State::dumping;
+    again_ = false;
     table_.beginRebuild();
 }
 
@@ -80,6 +83,10 @@ void Mirror::dumpEnds(bool committed)
 {
     state_ = State::live;
     timesRead_ += committed ? 1 : 0;
+    if (again_) {
+        again_ = false;
+        refresh();
+    }
     readAnnouncements();
 }
 

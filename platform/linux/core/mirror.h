@@ -26,9 +26,11 @@ class KernelTable
     virtual const char *name() const = 0;
     // The RTNLGRP_* groups that announce changes.
     virtual std::vector<unsigned> groups() const = 0;
-    // The requests that together dump the table: how many there are, and sending one of them.
+    // The requests that together dump the table: how many there are, and one of them.
     virtual std::size_t dumps() const { return 1; }
     virtual RtnetlinkRequest dump(std::size_t which) const = 0;
+    // What comes from now on answers this one.
+    virtual void dumpBegins(std::size_t) {}
 
     // A new set of rows begins beside the one in use, which stays as it is.
     virtual void beginRebuild() = 0;
@@ -59,7 +61,8 @@ class Mirror
     // Joins the groups and fills the table; the answer, when it fails, is one line for the user.
     std::string start(EventLoop &loop, int receiveBuffer = defaultReceiveBuffer);
 
-    // Reads the table again, between packets, while the rows of now are served on.
+    // Reads the table again, between packets, while the rows of now are served on. A reading that is under way may have
+    // missed what the caller knows of, so another one follows it.
     void refresh();
     // Applies what has been announced by now.
     void readAnnouncements();
@@ -83,6 +86,7 @@ class Mirror
     EventLoop *loop_ = nullptr;
     Rtnetlink announcements_;
     State state_ = State::live;
+    bool again_ = false;
     unsigned timesRead_ = 0;
     unsigned timesLost_ = 0;
 };

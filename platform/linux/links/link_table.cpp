@@ -50,7 +50,7 @@ void LinkTable::rebuildWith(const nlmsghdr &message)
 void LinkTable::commitRebuild()
 {
     links_.swap(fresh_);
-    fresh_.each([this](const Link &before) { tellDown(before, links_.find(before.ifIndex)); });
+    fresh_.each([this](const Link &before) { tell(before, links_.find(before.ifIndex)); });
     fresh_.clear();
 }
 
@@ -66,19 +66,22 @@ void LinkTable::apply(const nlmsghdr &message)
     if (message.nlmsg_type == RTM_NEWLINK) {
         links_.put(link);
         if (known) {
-            tellDown(before, &link);
+            tell(before, &link);
         }
     } else if (message.nlmsg_type == RTM_DELLINK && links_.erase(link.ifIndex)) {
-        tellDown(before, nullptr);
+        tell(before, nullptr);
     }
 }
 
-void LinkTable::tellDown(const Link &before, const Link *now) const
+void LinkTable::tell(const Link &before, const Link *now) const
 {
     const bool wasUp = (before.flags & IFF_UP) != 0;
     const bool isUp = now != nullptr && (now->flags & IFF_UP) != 0;
     if (down_ && (now == nullptr || (wasUp && !isUp))) {
         down_(before.ifIndex);
+    }
+    if (up_ && !wasUp && isUp) {
+        up_(before.ifIndex);
     }
 }
 

@@ -26,9 +26,10 @@ struct Link {
 class LinkTable : public KernelTable
 {
   public:
-    // Called when an interface has gone down or away, with what the kernel may not announce row by row.
-    using DownHandler = std::function<void(std::uint32_t ifIndex)>;
-    void onDown(DownHandler handler) { down_ = std::move(handler); }
+    // Called when an interface has gone down or away, or has come up, with what the kernel may not announce row by row.
+    using Handler = std::function<void(std::uint32_t ifIndex)>;
+    void onDown(Handler handler) { down_ = std::move(handler); }
+    void onUp(Handler handler) { up_ = std::move(handler); }
 
     // Null when there is none. Pointers are good until announcements are read.
     const Link *find(std::uint32_t ifIndex) const { return links_.find(ifIndex); }
@@ -52,11 +53,12 @@ class LinkTable : public KernelTable
     };
     using Links = OrderedTable<Link, ByIfIndex>;
 
-    void tellDown(const Link &before, const Link *now) const;
+    void tell(const Link &before, const Link *now) const;
 
     Links links_;
     Links fresh_;
-    DownHandler down_;
+    Handler down_;
+    Handler up_;
 };
 
 // What an RTM_NEWLINK message says of a link; false when it is not about one.

@@ -1,30 +1,160 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// IPv6 addresses. Not followed yet: there are none.
+// IPv6 addresses: the global ones by address, and the main link-local one of each interface.
+#include "addressing/address_origin.h"
 #include "services/service.h"
+
+#include <linux/if_addr.h>
 
 using namespace ipmib::platform;
 
-uint32_t IP6Addr_GetLinkLocalAddr(uint32_t, LinkLocalBuffer *)
+namespace
 {
-    return notFound;
+
+// The codes of FullAddressRecord.
+constexpr uint32_t originOther = 0;
+constexpr uint32_t originManual = 8;
+constexpr uint32_t originDhcp = 16;
+constexpr uint32_t originLinkLayer = 64;
+constexpr uint32_t originRandom = 128;
+constexpr uint32_t statePreferred = 0;
+constexpr uint32_t stateDeprecated = 4;
+constexpr uint32_t stateTentative = 64;
+constexpr uint32_t stateDuplicate = 128;
+constexpr uint32_t flagAnycast = 0x1;
+
+constexpr uint32_t ticksPerSecond = 100;  // of the kernel's time stamps
+constexpr uint8_t linkLocalLength = 10;   // of the one link-local prefix of an interface
+constexpr std::size_t ethernetLength = 6; // of link-layer addresses that identifiers are made from
+
+// Before 5.18 the kernel did not mark the link-local addresses that it made: one with the interface's identifier is
+// taken for such a one.
+bool isOfTheLink(const Platform &platform, const Address &address)
+{
+    const Link *link = platform.links().find(address.ifIndex);
+    return link != nullptr && link->addressSize == ethernetLength && hasIdentifierOf(address.address, link->address);
 }
 
-uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t, uint32_t, FullAddressRecord *)
+uint32_t originCode(Platform &platform, const Address &address)
 {
+    switch (originOf(address)) {
+    case AddressOrigin::manual:
+        return address.address.isLinkLocal() && isOfTheLink(platform, address) ? originLinkLayer : originManual;
+    case AddressOrigin::leased:
+        return originDhcp;
+    case AddressOrigin::autoconfigured:
+        return originLinkLayer;
+    case AddressOrigin::temporary:
+        return originRandom;
+    case AddressOrigin::unknown:
+        break;
+    }
+    // With a lifetime, in a prefix that a router advertises: formed by a program that listens to routers itself.
+    const Prefix *prefix = platform.addressing().prefixes().find(address.prefix());
+    return prefix != nullptr && prefix->origin == PrefixOrigin::advertised ? originLinkLayer : originOther;
+}
+
+// A duplicate is tentative too, for as long as it is there.
+uint32_t stateCode(uint32_t flags)
+{
+    return (flags & IFA_F_DADFAILED) != 0    ? stateDuplicate
+           : (flags & IFA_F_TENTATIVE) != 0  ? stateTentative
+           : (flags & IFA_F_DEPRECATED) != 0 ? stateDeprecated
+                                             : statePreferred;
+}
+
+void fill(Platform &platform, const Address &address, FullAddressRecord *record)
+{
+    *record = FullAddressRecord{};
+    record->if_index = address.ifIndex;
+    address.address.copyTo(record->address);
+    record->prefix_length = address.address.isLinkLocal() ? linkLocalLength : address.length;
+    record->origin = originCode(platform, address);
+    record->state = stateCode(address.flags);
+    record->created_s = address.created / ticksPerSecond;
+    record->last_changed_s = address.changed / ticksPerSecond;
+}
+
+void fill(Platform &platform, const Anycast &anycast, FullAddressRecord *record)
+{
+    *record = FullAddressRecord{};
+    record->if_index = anycast.ifIndex;
+    anycast.address.copyTo(record->address);
+    record->prefix_length = platform.addressing().prefixes().anycastLength(anycast.address, anycast.ifIndex);
+    record->origin = originOther;
+    record->flags = flagAnycast;
+    record->state = statePreferred;
+    record->created_s = anycast.created / ticksPerSecond;
+    record->last_changed_s = anycast.changed / ticksPerSecond;
+}
+
+// One row for each address, so that of an address that is both, the unicast one counts.
+uint32_t fillLower(Platform &platform, const Address *address, const Anycast *anycast, FullAddressRecord *record)
+{
+    if (address != nullptr && (anycast == nullptr || address->address <= anycast->address)) {
+        fill(platform, *address, record);
+        return success;
+    }
+    if (anycast != nullptr) {
+        fill(platform, *anycast, record);
+        return success;
+    }
     return noMore;
 }
 
-uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *)
+const Address *linkLocal(uint32_t ifIndex)
 {
-    return noMore;
+    Platform *platform = running();
+    return platform == nullptr ? nullptr : platform->addressing().addresses().linkLocal(ifIndex);
 }
 
-uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *, int32_t, FullAddressRecord *)
+} // namespace
+
+uint32_t IP6Addr_GetLinkLocalAddr(uint32_t if_index, LinkLocalBuffer *buffer)
 {
-    return notFound;
+    const Address *found = linkLocal(if_index);
+    if (found == nullptr) {
+        return notFound;
+    }
+    found->address.copyTo(buffer->bytes);
+    return success;
 }
 
-uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t, FullAddressRecord *)
+uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t vrf, uint32_t kind, FullAddressRecord *record)
 {
-    return notFound;
+    *record = FullAddressRecord{}; // :: is nobody's address
+    return IP6Mib_GetNextAddrInVrf(vrf, kind, record);
+}
+
+uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
+{
+    Platform *platform = running();
+    if (platform == nullptr) {
+        return noMore;
+    }
+    Addressing &addressing = platform->addressing();
+    const PackedAddress key = PackedAddress::of(record->address);
+    return fillLower(*platform, addressing.addresses().after(key), addressing.anycasts().after(key), record);
+}
+
+uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, FullAddressRecord *record)
+{
+    Platform *platform = running();
+    if (platform == nullptr) {
+        return notFound;
+    }
+    Addressing &addressing = platform->addressing();
+    const PackedAddress key = PackedAddress::of(address);
+    return fillLower(*platform, addressing.addresses().find(key), addressing.anycasts().find(key), record) == success
+               ? success
+               : notFound;
+}
+
+uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)
+{
+    const Address *found = linkLocal(if_index);
+    if (found == nullptr) {
+        return notFound;
+    }
+    fill(*running(), *found, record);
+    return success;
 }

@@ -1,25 +1,83 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// IPv6 default routers. Not followed yet: there are none.
+// IPv6 default routers.
 #include "services/service.h"
+
+#include <algorithm>
 
 using namespace ipmib::platform;
 
-uint32_t IP6Mib_GetFirstGatewayInVrf(uint32_t, uint32_t, GatewayRecord *)
+namespace
 {
-    return noMore;
+
+constexpr uint32_t globalClass = 14;
+constexpr uint32_t linkLocalClass = 2;
+constexpr uint32_t longestLifetime = 65535; // seconds, of what the table can tell; also of a configured router
+constexpr unsigned preferenceShift = 27;    // to bits 0x18 of the most significant byte
+
+// The lifetime is what is left now, and so it was learned now.
+uint32_t fill(const Platform &platform, const Router *router, GatewayRecord *record)
+{
+    if (router == nullptr) {
+        return noMore;
+    }
+    const uint32_t now = platform.now();
+    *record = GatewayRecord{};
+    record->if_index = ipmib_be32(router->ifIndex);
+    router->address.copyTo(record->address);
+    record->flags = ipmib_be32(static_cast<uint32_t>(router->preference & 3) << preferenceShift);
+    record->lifetime_s = ipmib_be32(std::min(router->until.left(now), longestLifetime));
+    record->learned_at_s = ipmib_be32(now);
+    return success;
 }
 
-uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t, uint32_t, const GatewayKey *, GatewayRecord *)
+// False for a class that does not exist.
+bool readClass(uint32_t code, RouterList::Class &of)
 {
-    return noMore;
+    of = code == linkLocalClass ? RouterList::Class::linkLocal : RouterList::Class::global;
+    return code == linkLocalClass || code == globalClass;
 }
 
-uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *, GatewayRecord *)
+uint32_t get(const GatewayKey *key, GatewayRecord *gateway)
 {
-    return notFound;
+    Platform *platform = running();
+    if (platform == nullptr) {
+        return notFound;
+    }
+    const Router *router =
+        platform->addressing().routers().find(PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
+    return fill(*platform, router, gateway) == success ? success : notFound;
 }
 
-uint32_t IP6ADDR_DRVK_GetGatewayByKey(const GatewayKey *, GatewayRecord *)
+} // namespace
+
+uint32_t IP6Mib_GetFirstGatewayInVrf(uint32_t, uint32_t gateway_class, GatewayRecord *gateway)
 {
-    return notFound;
+    Platform *platform = running();
+    RouterList::Class of;
+    if (platform == nullptr || !readClass(gateway_class, of)) {
+        return noMore;
+    }
+    return fill(*platform, platform->addressing().routers().first(of), gateway);
+}
+
+uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t, uint32_t gateway_class, const GatewayKey *key, GatewayRecord *gateway)
+{
+    Platform *platform = running();
+    RouterList::Class of;
+    if (platform == nullptr || !readClass(gateway_class, of)) {
+        return noMore;
+    }
+    const Router *router =
+        platform->addressing().routers().after(of, PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
+    return fill(*platform, router, gateway);
+}
+
+uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gateway)
+{
+    return get(key, gateway);
+}
+
+uint32_t IP6ADDR_DRVK_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gateway)
+{
+    return get(key, gateway);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // IPv6 on one interface: identifier and link-local state.
 #include "links/interface_identifier.h"
-#include "links/link_local.h"
 #include "services/service.h"
 
 #include <algorithm>
@@ -15,9 +14,13 @@ uint32_t IP6Mib_GetIFID(uint32_t if_index, uint8_t *identifier)
     if (ip6 == nullptr) {
         return notFound;
     }
-    const auto linkLocal = mainLinkLocal(platform->requests(), if_index);
+    std::uint8_t bytes[16];
+    const Address *onLink = platform->addressing().addresses().usableOnLink(if_index);
+    if (onLink != nullptr) {
+        onLink->address.copyTo(bytes);
+    }
     const InterfaceIdentifier found =
-        interfaceIdentifier(*platform->links().find(if_index), *ip6, linkLocal ? linkLocal->data() : nullptr);
+        interfaceIdentifier(*platform->links().find(if_index), *ip6, onLink != nullptr ? bytes : nullptr);
     std::copy(found.begin(), found.end(), identifier);
     return success;
 }
@@ -29,12 +32,12 @@ uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *address)
         return notFound;
     }
     platform->rowHopLimit().mainLinkLocalAsked(if_index);
-    const auto linkLocal = mainLinkLocal(platform->requests(), if_index);
-    if (!linkLocal) {
+    const Address *onLink = platform->addressing().addresses().usableOnLink(if_index);
+    if (onLink == nullptr) {
         return notFound;
     }
     *address = FullAddressRecord{};
     address->if_index = if_index;
-    std::copy(linkLocal->begin(), linkLocal->end(), address->address);
+    onLink->address.copyTo(address->address);
     return success;
 }

@@ -1,15 +1,74 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// IPv6 prefixes of interfaces. Not followed yet: there are none.
+// IPv6 prefixes of interfaces.
 #include "services/service.h"
+
+#include <algorithm>
 
 using namespace ipmib::platform;
 
-uint32_t IP6CFG_GetFirstFullPrefix(uint32_t, int32_t, FullPrefixRecord *)
+namespace
 {
-    return noMore;
+
+constexpr uint8_t flagOnLink = 0x80;
+constexpr uint8_t flagAutonomous = 0x40;
+
+uint32_t originCode(PrefixOrigin origin)
+{
+    switch (origin) {
+    case PrefixOrigin::manual:
+        return 2;
+    case PrefixOrigin::wellKnown:
+        return 4;
+    case PrefixOrigin::leased:
+        return 8;
+    case PrefixOrigin::advertised:
+        return 16;
+    case PrefixOrigin::other:
+        break;
+    }
+    return 0;
 }
 
-uint32_t IP6CFG_GetNextFullPrefix(uint32_t, int32_t, FullPrefixRecord *)
+// The lifetimes are what is left now, and so they were learned now: nothing has passed since then that a reader would
+// take off, in particular not from one without an end.
+uint32_t fill(const Platform &platform, uint32_t ifIndex, const Prefix *prefix, FullPrefixRecord *record)
 {
-    return noMore;
+    if (prefix == nullptr || prefix->ifIndex != ifIndex) {
+        return noMore;
+    }
+    const uint32_t now = platform.now();
+    *record = FullPrefixRecord{};
+    record->if_index = ipmib_be32(ifIndex);
+    prefix->prefix.copyTo(record->prefix);
+    record->length = ipmib_be32(prefix->length);
+    record->origin = ipmib_be32(originCode(prefix->origin));
+    record->valid_s = ipmib_be32(prefix->validUntil.left(now));
+    record->preferred_s = ipmib_be32(prefix->preferredUntil.left(now));
+    record->flags = static_cast<uint8_t>((prefix->onLink ? flagOnLink : 0) | (prefix->autonomous ? flagAutonomous : 0));
+    record->learned_at_s = ipmib_be32(now);
+    return success;
+}
+
+} // namespace
+
+uint32_t IP6CFG_GetFirstFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *record)
+{
+    Platform *platform = running();
+    if (platform == nullptr) {
+        return noMore;
+    }
+    const PrefixTable &prefixes = platform->addressing().prefixes();
+    return fill(*platform, if_index, prefixes.atOrAfter(PrefixKey{if_index, {}, 0}), record);
+}
+
+uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *record)
+{
+    Platform *platform = running();
+    if (platform == nullptr) {
+        return noMore;
+    }
+    constexpr uint32_t beyond = 255; // behind every length that there is
+    const auto length = static_cast<uint8_t>(std::min(ipmib_be32_get(record->length), beyond));
+    const PrefixKey key{if_index, PackedAddress::of(record->prefix), length};
+    return fill(*platform, if_index, platform->addressing().prefixes().after(key), record);
 }

@@ -19,7 +19,8 @@ uint32_t IP_DaemonCheck(uint32_t)
 
 uint32_t TIME_GetSystemBootTime(uint32_t *seconds, uint32_t *other)
 {
-    *seconds = secondsSinceBoot();
+    const Platform *platform = running();
+    *seconds = platform != nullptr ? platform->now() : secondsSinceBoot();
     *other = 0;
     return success;
 }

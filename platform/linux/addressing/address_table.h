@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The IPv6 addresses of this network namespace: the link-local ones by interface, all others by address.
+#pragma once
+
+#include "addressing/address_message.h"
+#include "core/mirror.h"
+#include "ordered_table.h"
+
+#include <functional>
+
+namespace ipmib::platform
+{
+
+class AddressTable : public KernelTable
+{
+  public:
+    // Called when an address with this prefix has come, changed or gone.
+    using ChangeHandler = std::function<void(const PrefixKey &)>;
+    void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
+    // Called when all addresses have been read again.
+    void onRebuilt(std::function<void()> handler) { rebuilt_ = std::move(handler); }
+
+    // Outside fe80::/10. Of one that several interfaces have, the one on the lowest ifIndex is found. Pointers are good
+    // until announcements are read.
+    const Address *find(const PackedAddress &address) const;
+    const Address *after(const PackedAddress &address) const;
+    // Calls visit(address) for each one with this prefix on the prefix's interface, until it returns false.
+    template <class Visit>
+    void eachIn(const PrefixKey &prefix, Visit visit) const
+    {
+        globals_.eachFrom(At{prefix.prefix, 0}, [&](const Address &row) {
+            if (row.address.masked(prefix.length) != prefix.prefix) {
+                return false;
+            }
+            return row.ifIndex != prefix.ifIndex || row.length != prefix.length || visit(row);
+        });
+    }
+    template <class Visit>
+    void each(Visit visit) const
+    {
+        globals_.each(visit);
+    }
+
+    // The one that the interface can speak with on its link: its main link-local address, unless that one has not
+    // passed duplicate address detection; ::1 on the loopback interface. Null for none.
+    const Address *usableOnLink(std::uint32_t ifIndex) const;
+    // The main link-local address of an interface: the one that the kernel prefers as a source, which is the oldest
+    // that has passed duplicate address detection; an interface with none of these has its oldest one. Null for none.
+    const Address *linkLocal(std::uint32_t ifIndex) const;
+
+    const char *name() const override { return "addresses"; }
+    std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_IFADDR}; }
+    RtnetlinkRequest dump(std::size_t which) const override;
+    void beginRebuild() override { abandonRebuild(); }
+    void rebuildWith(const nlmsghdr &message) override;
+    void commitRebuild() override;
+    void abandonRebuild() override;
+    void apply(const nlmsghdr &message) override;
+
+  private:
+    struct At {
+        PackedAddress address;
+        std::uint32_t ifIndex;
+
+        static At of(const At &key) { return key; }
+        static At of(const Address &row) { return {row.address, row.ifIndex}; }
+        friend auto operator<=>(const At &, const At &) = default;
+    };
+    struct ByAddress {
+        template <class Left, class Right>
+        bool operator()(const Left &left, const Right &right) const
+        {
+            return At::of(left) < At::of(right);
+        }
+    };
+    struct ByInterface {
+        template <class Left, class Right>
+        bool operator()(const Left &left, const Right &right) const
+        {
+            const At a = At::of(left);
+            const At b = At::of(right);
+            return a.ifIndex != b.ifIndex ? a.ifIndex < b.ifIndex : a.address < b.address;
+        }
+    };
+
+    void applyGlobal(std::uint16_t type, const Address &address);
+
+    OrderedTable<Address, ByAddress> globals_;
+    OrderedTable<Address, ByInterface> linkLocals_;
+    OrderedTable<Address, ByAddress> freshGlobals_;
+    OrderedTable<Address, ByInterface> freshLinkLocals_;
+    ChangeHandler changed_;
+    std::function<void()> rebuilt_;
+};
+
+} // namespace ipmib::platform

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The IPv6 addresses, prefixes and default routers of this network namespace, as services see them.
+#include "addressing/addressing.h"
+
+#include "core/boot_time.h"
+
+#include <algorithm>
+
+namespace ipmib::platform
+{
+
+std::string Addressing::start(EventLoop &loop, int receiveBuffer)
+{
+    connect();
+    for (Mirror *mirror : {&addressMirror_, &nexthopMirror_, &routeMirror_, &anycastMirror_}) {
+        if (const std::string error = mirror->start(loop, receiveBuffer); !error.empty()) {
+            return error;
+        }
+    }
+    return "";
+}
+
+void Addressing::connect()
+{
+    addresses_.onChange([this](const PrefixKey &key) { prefixes_.update(key); });
+    addresses_.onRebuilt([this] { prefixes_.rebuild(); });
+    anycasts_.onRebuilt([this] { prefixes_.rebuild(); });
+    nexthops_.onChange([this] { listRouters(); });
+
+    RouteTable::Handlers handlers;
+    handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
+    handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
+    handlers.defaultsChanged = [this] { listRouters(); };
+    handlers.anycastChanged = [this] { anycastMirror_.refresh(); };
+    handlers.uncertain = [this] { routeMirror_.refresh(); };
+    handlers.rebuilt = [this] {
+        prefixes_.rebuild();
+        listRouters();
+    };
+    routes_.connect(std::move(handlers));
+}
+
+// The kernel does not announce every route that an interface takes along, nor which nexthops it passes over from now
+// on.
+void Addressing::linkDown(std::uint32_t ifIndex)
+{
+    prefixes_.forgetAdvertised(ifIndex);
+    routeMirror_.refresh();
+    anycastMirror_.refresh();
+}
+
+void Addressing::linkUp()
+{
+    routeMirror_.refresh();
+}
+
+const RouterList &Addressing::routers()
+{
+    constexpr std::uint64_t oneSecond = 1000; // the unit of what is asked for
+    constexpr std::uint64_t restRatio = 100;  // long tables take longer to read, and are read less often
+
+    const std::uint64_t begin = millisecondsSinceBoot();
+    if (begin >= nextReadMs_ && routes_.hasLearnedDefault()) {
+        routes_.readLearnedDefaults(requests_);
+        ++kernelReads_;
+        const std::uint64_t end = millisecondsSinceBoot();
+        nextReadMs_ = begin + std::max(oneSecond, (end - begin) * restRatio);
+    }
+    return routers_;
+}
+
+} // namespace ipmib::platform

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The IPv6 addresses, prefixes and default routers of this network namespace, as services see them.
+#pragma once
+
+#include "addressing/address_table.h"
+#include "addressing/anycast_table.h"
+#include "addressing/nexthop_table.h"
+#include "addressing/prefix_table.h"
+#include "addressing/route_table.h"
+#include "addressing/router_list.h"
+
+namespace ipmib::platform
+{
+
+class Addressing
+{
+  public:
+    Addressing(DumpQueue &dumps, Rtnetlink &requests) : dumps_(dumps), requests_(requests) {}
+
+    // The answer, when it fails, is one line for the user.
+    std::string start(EventLoop &loop, int receiveBuffer);
+
+    // An interface went down or away, or came up.
+    void linkDown(std::uint32_t ifIndex);
+    void linkUp();
+
+    const AddressTable &addresses() const { return addresses_; }
+    const AnycastTable &anycasts() const { return anycasts_; }
+    const PrefixTable &prefixes() const { return prefixes_; }
+    // With lifetimes of now: asks the kernel at most once a second, and only while there are learned routers.
+    const RouterList &routers();
+
+    // For tests.
+    Mirror &addressMirror() { return addressMirror_; }
+    Mirror &anycastMirror() { return anycastMirror_; }
+    Mirror &routeMirror() { return routeMirror_; }
+    std::uint64_t kernelReads() const { return kernelReads_; }
+
+  private:
+    void connect();
+    void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
+
+    DumpQueue &dumps_;
+    Rtnetlink &requests_;
+    AddressTable addresses_;
+    AnycastTable anycasts_;
+    NexthopTable nexthops_;
+    RouteTable routes_;
+    PrefixTable prefixes_{addresses_, anycasts_, routes_};
+    RouterList routers_;
+    Mirror addressMirror_{addresses_, dumps_};
+    Mirror anycastMirror_{anycasts_, dumps_};
+    Mirror nexthopMirror_{nexthops_, dumps_};
+    Mirror routeMirror_{routes_, dumps_};
+    std::uint64_t nextReadMs_ = 0; // since boot
+    std::uint64_t kernelReads_ = 0;
+};
+
+} // namespace ipmib::platform

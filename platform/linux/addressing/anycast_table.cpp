@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The anycast addresses that this node has joined, those outside fe80::/10.
+#include "addressing/anycast_table.h"
+
+#include <linux/if_addr.h>
+
+#include <limits>
+
+namespace ipmib::platform
+{
+
+const Anycast *AnycastTable::find(const PackedAddress &address) const
+{
+    const Anycast *row = rows_.atOrAfter(At{address, 0});
+    return row != nullptr && row->address == address ? row : nullptr;
+}
+
+const Anycast *AnycastTable::after(const PackedAddress &address) const
+{
+    return rows_.after(At{address, std::numeric_limits<std::uint32_t>::max()});
+}
+
+bool AnycastTable::has(const PackedAddress &address, std::uint32_t ifIndex) const
+{
+    return rows_.find(At{address, ifIndex}) != nullptr;
+}
+
+RtnetlinkRequest AnycastTable::dump(std::size_t) const
+{
+    RtnetlinkRequest request(RTM_GETANYCAST, NLM_F_DUMP);
+    request.family<ifaddrmsg>().ifa_family = AF_INET6;
+    return request;
+}
+
+void AnycastTable::rebuildWith(const nlmsghdr &message)
+{
+    Anycast anycast;
+    if (parseAnycast(message, anycast) && !anycast.address.isLinkLocal()) {
+        fresh_.put(anycast);
+    }
+}
+
+void AnycastTable::commitRebuild()
+{
+    rows_.swap(fresh_);
+    fresh_.clear();
+    if (rebuilt_) {
+        rebuilt_();
+    }
+}
+
+} // namespace ipmib::platform

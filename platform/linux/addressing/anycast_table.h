@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The anycast addresses that this node has joined, those outside fe80::/10. The kernel announces their routes alone, so
+// the table is read again whenever such a route comes or goes: see RouteTable.
+#pragma once
+
+#include "addressing/address_message.h"
+#include "core/mirror.h"
+#include "ordered_table.h"
+
+#include <functional>
+
+namespace ipmib::platform
+{
+
+class AnycastTable : public KernelTable
+{
+  public:
+    void onRebuilt(std::function<void()> handler) { rebuilt_ = std::move(handler); }
+
+    // Of one that several interfaces have, the one on the lowest ifIndex.
+    const Anycast *find(const PackedAddress &address) const;
+    const Anycast *after(const PackedAddress &address) const;
+    bool has(const PackedAddress &address, std::uint32_t ifIndex) const;
+    template <class Visit>
+    void each(Visit visit) const
+    {
+        rows_.each(visit);
+    }
+
+    const char *name() const override { return "anycast addresses"; }
+    std::vector<unsigned> groups() const override { return {}; }
+    RtnetlinkRequest dump(std::size_t which) const override;
+    void beginRebuild() override { fresh_.clear(); }
+    void rebuildWith(const nlmsghdr &message) override;
+    void commitRebuild() override;
+    void abandonRebuild() override { fresh_.clear(); }
+    void apply(const nlmsghdr &) override {}
+
+  private:
+    struct At {
+        PackedAddress address;
+        std::uint32_t ifIndex;
+
+        static At of(const At &key) { return key; }
+        static At of(const Anycast &row) { return {row.address, row.ifIndex}; }
+        friend auto operator<=>(const At &, const At &) = default;
+    };
+    struct ByAddress {
+        template <class Left, class Right>
+        bool operator()(const Left &left, const Right &right) const
+        {
+            return At::of(left) < At::of(right);
+        }
+    };
+    using Rows = OrderedTable<Anycast, ByAddress>;
+
+    Rows rows_;
+    Rows fresh_;
+    std::function<void()> rebuilt_;
+};
+
+} // namespace ipmib::platform

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The nexthop objects of this network namespace, which routes name instead of a gateway and an interface.
+#pragma once
+
+#include "addressing/packed_address.h"
+#include "core/mirror.h"
+
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+namespace ipmib::platform
+{
+
+struct NexthopObject {
+    std::uint32_t ifIndex = 0;
+    bool hasGateway = false; // an IPv6 one
+    bool dead = false;
+    PackedAddress gateway;
+    std::vector<std::uint32_t> members; // of a group: the objects that it stands for
+};
+
+// Of an RTM_NEWNEXTHOP or RTM_DELNEXTHOP message; the answer is the object's id, 0 when the message tells of none.
+std::uint32_t parseNexthop(const nlmsghdr &message, NexthopObject &nexthop);
+
+class NexthopTable : public KernelTable
+{
+  public:
+    // Called after every change.
+    void onChange(std::function<void()> handler) { changed_ = std::move(handler); }
+
+    // Calls visit(object) for each object with a gateway that an id stands for. A group holds no groups.
+    template <class Visit>
+    void eachBehind(std::uint32_t id, Visit visit) const
+    {
+        const auto found = rows_.find(id);
+        if (found == rows_.end()) {
+            return;
+        }
+        if (found->second.hasGateway) {
+            visit(found->second);
+        }
+        for (const std::uint32_t member : found->second.members) {
+            const auto single = rows_.find(member);
+            if (single != rows_.end() && single->second.hasGateway) {
+                visit(single->second);
+            }
+        }
+    }
+
+    const char *name() const override { return "nexthops"; }
+    std::vector<unsigned> groups() const override { return {RTNLGRP_NEXTHOP}; }
+    RtnetlinkRequest dump(std::size_t which) const override;
+    void beginRebuild() override { fresh_.clear(); }
+    void rebuildWith(const nlmsghdr &message) override;
+    void commitRebuild() override;
+    void abandonRebuild() override { fresh_.clear(); }
+    void apply(const nlmsghdr &message) override;
+
+  private:
+    using Rows = std::unordered_map<std::uint32_t, NexthopObject>;
+
+    Rows rows_;
+    Rows fresh_;
+    std::function<void()> changed_;
+};
+
+} // namespace ipmib::platform

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// One IPv6 route, and one prefix of a router advertisement, as the kernel's messages tell of them.
+#include "addressing/route_message.h"
+
+#include "core/attributes.h"
+
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+
+namespace ipmib::platform
+{
+
+namespace
+{
+
+using Bytes = std::array<std::uint8_t, 16>;
+
+constexpr std::int32_t ticksPerSecond = 100; // of the kernel's expiry times, on every architecture but alpha
+
+// Flags in RTM_NEWPREFIX messages, which no header of the kernel exports.
+constexpr unsigned prefixOnLink = 0x01;
+constexpr unsigned prefixAutonomous = 0x02;
+
+void takeGateway(const nlattr *attribute, RouteNexthop &nexthop)
+{
+    if (attribute != nullptr && mnl_attr_get_payload_len(attribute) >= sizeof(Bytes)) {
+        nexthop.hasGateway = true;
+        nexthop.gateway = PackedAddress::of(mnl_attr_get_payload(attribute));
+    }
+}
+
+// The nexthops of a multipath route: each a header with attributes behind it.
+void takeMultipath(const nlattr &attribute, std::vector<RouteNexthop> &nexthops)
+{
+    const auto *at = static_cast<const std::uint8_t *>(mnl_attr_get_payload(&attribute));
+    std::size_t left = mnl_attr_get_payload_len(&attribute);
+    while (left >= sizeof(rtnexthop)) {
+        rtnexthop header;
+        std::memcpy(&header, at, sizeof header);
+        if (header.rtnh_len < sizeof header || header.rtnh_len > left) {
+            return;
+        }
+        RouteNexthop nexthop;
+        nexthop.ifIndex = static_cast<std::uint32_t>(header.rtnh_ifindex);
+        nexthop.dead = (header.rtnh_flags & RTNH_F_DEAD) != 0;
+        const auto *inner = reinterpret_cast<const nlattr *>(at + sizeof header);
+        int innerLeft = header.rtnh_len - static_cast<int>(sizeof header);
+        for (; mnl_attr_ok(inner, innerLeft); inner = mnl_attr_next(inner)) {
+            if (mnl_attr_get_type(inner) == RTA_GATEWAY) {
+                takeGateway(inner, nexthop);
+            }
+            innerLeft -= static_cast<int>(MNL_ALIGN(inner->nla_len));
+        }
+        nexthops.push_back(nexthop);
+        const std::size_t step = RTNH_ALIGN(header.rtnh_len);
+        if (step > left) {
+            return;
+        }
+        at += step;
+        left -= step;
+    }
+}
+
+// The kernel tells what is left in ticks, a negative number when the route has lapsed and was not dropped yet.
+Deadline deadlineOf(const rta_cacheinfo &info, std::uint32_t now)
+{
+    if (info.rta_expires == 0) {
+        return Deadline::never();
+    }
+    return Deadline::after(now,
+                           info.rta_expires < 0 ? 0 : static_cast<std::uint32_t>(info.rta_expires / ticksPerSecond));
+}
+
+} // namespace
+
+bool parseRoute(const nlmsghdr &message, std::uint32_t now, Route &route)
+{
+    if (message.nlmsg_len < mnl_nlmsg_size(sizeof(rtmsg))) {
+        return false;
+    }
+    const auto &header = *static_cast<const rtmsg *>(mnl_nlmsg_get_payload(&message));
+    if (header.rtm_family != AF_INET6 || header.rtm_dst_len > 128 || (header.rtm_flags & RTM_F_CLONED) != 0) {
+        return false;
+    }
+    const Attributes<RTA_MAX> attributes(message, sizeof(rtmsg));
+    route = Route{};
+    route.destination = PackedAddress::of(attributes.get<Bytes>(RTA_DST).value_or(Bytes{}).data());
+    route.length = header.rtm_dst_len;
+    route.source = PackedAddress::of(attributes.get<Bytes>(RTA_SRC).value_or(Bytes{}).data());
+    route.sourceLength = header.rtm_src_len;
+    route.type = header.rtm_type;
+    route.protocol = header.rtm_protocol;
+    route.preference = attributes.get<std::uint8_t>(RTA_PREF).value_or(0);
+    route.table = attributes.get<std::uint32_t>(RTA_TABLE).value_or(header.rtm_table);
+    route.metric = attributes.get<std::uint32_t>(RTA_PRIORITY).value_or(0);
+    route.until = deadlineOf(attributes.get<rta_cacheinfo>(RTA_CACHEINFO).value_or(rta_cacheinfo{}), now);
+    route.nexthopId = attributes.get<std::uint32_t>(RTA_NH_ID).value_or(0);
+    if (attributes[RTA_MULTIPATH] != nullptr) {
+        takeMultipath(*attributes[RTA_MULTIPATH], route.nexthops);
+        return true;
+    }
+    if (attributes[RTA_OIF] == nullptr) {
+        return true;
+    }
+    RouteNexthop nexthop;
+    nexthop.ifIndex = attributes.get<std::uint32_t>(RTA_OIF).value_or(0);
+    nexthop.dead = (header.rtm_flags & RTNH_F_DEAD) != 0;
+    takeGateway(attributes[RTA_GATEWAY], nexthop);
+    route.nexthops.push_back(nexthop);
+    return true;
+}
+
+bool parseAdvertisedPrefix(const nlmsghdr &message, std::uint32_t now, AdvertisedPrefix &prefix)
+{
+    if (message.nlmsg_type != RTM_NEWPREFIX || message.nlmsg_len < mnl_nlmsg_size(sizeof(prefixmsg))) {
+        return false;
+    }
+    const auto &header = *static_cast<const prefixmsg *>(mnl_nlmsg_get_payload(&message));
+    const Attributes<PREFIX_MAX> attributes(message, sizeof(prefixmsg));
+    const auto address = attributes.get<Bytes>(PREFIX_ADDRESS);
+    const auto lifetimes = attributes.get<prefix_cacheinfo>(PREFIX_CACHEINFO);
+    if (header.prefix_family != AF_INET6 || header.prefix_len > 128 || !address || !lifetimes) {
+        return false;
+    }
+    prefix.key = PrefixKey::of(static_cast<std::uint32_t>(header.prefix_ifindex), PackedAddress::of(address->data()),
+                               header.prefix_len);
+    prefix.onLink = (header.prefix_flags & prefixOnLink) != 0;
+    prefix.autonomous = (header.prefix_flags & prefixAutonomous) != 0;
+    prefix.withdrawn = lifetimes->valid_time == 0;
+    prefix.preferredUntil = Deadline::after(now, lifetimes->preferred_time);
+    prefix.validUntil = Deadline::after(now, lifetimes->valid_time);
+    return true;
+}
+
+} // namespace ipmib::platform

@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What the routing tables tell of prefixes and default routers: the on-link routes and the default routes.
+#include "addressing/route_table.h"
+
+#include "core/boot_time.h"
+
+#include <linux/rtnetlink.h>
+
+#include <algorithm>
+
+namespace ipmib::platform
+{
+
+namespace
+{
+
+enum Dump : std::size_t { allRoutes, advertisedRoutes };
+
+bool isOnLink(const RouteNexthop &nexthop)
+{
+    return nexthop.ifIndex != 0 && !nexthop.hasGateway;
+}
+
+// The kernel's own on-link routes count in every table (an interface in a VRF has them in the VRF's), configured ones
+// in the main table. What a routing protocol puts on a link is not a prefix of the interface.
+bool tellsOfPrefix(const Route &route)
+{
+    if (route.type != RTN_UNICAST || route.length == 0 || route.sourceLength != 0 || route.destination.isLinkLocal() ||
+        route.destination.isMulticast() || route.table == RT_TABLE_LOCAL) {
+        return false;
+    }
+    switch (route.protocol) {
+    case RTPROT_KERNEL:
+        return true;
+    case RTPROT_BOOT:
+    case RTPROT_STATIC:
+    case RTPROT_RA:
+    case RTPROT_DHCP:
+        return route.table == RT_TABLE_MAIN;
+    default:
+        return false;
+    }
+}
+
+bool tellsOfRouter(const Route &route)
+{
+    return route.type == RTN_UNICAST && route.length == 0 && route.table == RT_TABLE_MAIN;
+}
+
+OnLinkRoute onLinkRoute(const Route &route, const RouteNexthop &nexthop)
+{
+    return {route.destination, nexthop.ifIndex, route.table,    route.metric,
+            route.until,       route.length,    route.protocol, route.protocol == RTPROT_RA};
+}
+
+bool sameRoute(const DefaultRoute &a, const DefaultRoute &b)
+{
+    return a.gateway == b.gateway && a.ifIndex == b.ifIndex && a.metric == b.metric && a.nexthopId == b.nexthopId &&
+           a.source == b.source && a.sourceLength == b.sourceLength;
+}
+
+std::vector<DefaultRoute> defaultRoutes(const Route &route)
+{
+    DefaultRoute row{};
+    row.source = route.source;
+    row.sourceLength = route.sourceLength;
+    row.metric = route.metric;
+    row.nexthopId = route.nexthopId;
+    row.until = route.until;
+    row.preference = route.preference;
+    row.learned = route.protocol == RTPROT_RA;
+    if (route.nexthopId != 0) {
+        return {row};
+    }
+    std::vector<DefaultRoute> rows;
+    for (const RouteNexthop &nexthop : route.nexthops) {
+        if (nexthop.hasGateway) {
+            row.gateway = nexthop.gateway;
+            row.ifIndex = nexthop.ifIndex;
+            row.dead = nexthop.dead;
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+void putDefault(std::vector<DefaultRoute> &rows, const DefaultRoute &row)
+{
+    const auto known = std::find_if(rows.begin(), rows.end(), [&](const auto &other) { return sameRoute(other, row); });
+    if (known == rows.end()) {
+        rows.push_back(row);
+    } else {
+        *known = row;
+    }
+}
+
+} // namespace
+
+bool RouteTable::hasLearnedDefault() const
+{
+    return std::any_of(defaults_.begin(), defaults_.end(), [](const DefaultRoute &row) { return row.learned; });
+}
+
+void RouteTable::readLearnedDefaults(Rtnetlink &socket)
+{
+    RtnetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
+    auto &filter = request.family<rtmsg>();
+    filter.rtm_family = AF_INET6;
+    filter.rtm_table = RT_TABLE_MAIN;
+    filter.rtm_protocol = RTPROT_RA;
+    const std::uint32_t now = secondsSinceBoot();
+    bool changed = false;
+    socket.ask(request, [&](const nlmsghdr &message) {
+        Route route;
+        if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, now, route) || !tellsOfRouter(route)) {
+            return;
+        }
+        for (const DefaultRoute &row : defaultRoutes(route)) {
+            for (DefaultRoute &known : defaults_) {
+                if (sameRoute(known, row)) { // one that is new here is about to be announced
+                    changed = changed || known.until != row.until || known.preference != row.preference;
+                    known = row;
+                }
+            }
+        }
+    });
+    if (changed && handlers_.defaultsChanged) {
+        handlers_.defaultsChanged();
+    }
+}
+
+RtnetlinkRequest RouteTable::dump(std::size_t which) const
+{
+    RtnetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
+    auto &filter = request.family<rtmsg>();
+    filter.rtm_family = AF_INET6;
+    filter.rtm_flags = which == advertisedRoutes ? RTM_F_PREFIX : 0;
+    return request;
+}
+
+void RouteTable::rebuildWith(const nlmsghdr &message)
+{
+    Route route;
+    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, secondsSinceBoot(), route)) {
+        return;
+    }
+    if (tellsOfRouter(route)) {
+        for (const DefaultRoute &row : defaultRoutes(route)) {
+            putDefault(freshDefaults_, row);
+        }
+    } else if (tellsOfPrefix(route)) {
+        for (const RouteNexthop &nexthop : route.nexthops) {
+            if (isOnLink(nexthop)) {
+                OnLinkRoute row = onLinkRoute(route, nexthop);
+                row.advertised = row.advertised || dumping_ == advertisedRoutes;
+                freshOnLink_.put(row);
+            }
+        }
+    }
+}
+
+void RouteTable::commitRebuild()
+{
+    onLink_.swap(freshOnLink_);
+    defaults_.swap(freshDefaults_);
+    abandonRebuild();
+    if (handlers_.rebuilt) {
+        handlers_.rebuilt();
+    }
+}
+
+void RouteTable::abandonRebuild()
+{
+    freshOnLink_.clear();
+    freshDefaults_.clear();
+}
+
+void RouteTable::apply(const nlmsghdr &message)
+{
+    const std::uint32_t now = secondsSinceBoot();
+    if (message.nlmsg_type == RTM_NEWPREFIX) {
+        AdvertisedPrefix prefix;
+        if (parseAdvertisedPrefix(message, now, prefix)) {
+            if (prefix.onLink && !prefix.withdrawn) {
+                markAdvertised(prefix.key);
+            }
+            if (handlers_.advertised) {
+                handlers_.advertised(prefix);
+            }
+        }
+        return;
+    }
+    Route route;
+    if ((message.nlmsg_type == RTM_NEWROUTE || message.nlmsg_type == RTM_DELROUTE) && parseRoute(message, now, route)) {
+        applyRoute(message, route);
+    }
+}
+
+void RouteTable::applyRoute(const nlmsghdr &message, const Route &route)
+{
+    if (route.type == RTN_ANYCAST) {
+        if (handlers_.anycastChanged) {
+            handlers_.anycastChanged();
+        }
+        return;
+    }
+    const bool replaces = (message.nlmsg_flags & NLM_F_REPLACE) != 0;
+    bool touched = false;
+    if (tellsOfRouter(route)) {
+        applyDefault(message, route);
+        touched = true;
+    } else {
+        touched = replaces && eraseReplaced(route);
+        if (tellsOfPrefix(route)) {
+            applyOnLink(message, route);
+            touched = true;
+        }
+    }
+    // Which routes one has replaced depends on more than the message says.
+    if (replaces && touched && handlers_.uncertain) {
+        handlers_.uncertain();
+    }
+}
+
+void RouteTable::applyOnLink(const nlmsghdr &message, const Route &route)
+{
+    for (const RouteNexthop &nexthop : route.nexthops) {
+        if (!isOnLink(nexthop)) {
+            continue;
+        }
+        OnLinkRoute row = onLinkRoute(route, nexthop);
+        if (message.nlmsg_type == RTM_DELROUTE) {
+            onLink_.erase(row);
+        } else {
+            const OnLinkRoute *known = onLink_.find(row);
+            row.advertised = row.advertised || (known != nullptr && known->advertised);
+            onLink_.put(row);
+        }
+        if (handlers_.onLinkChanged) {
+            handlers_.onLinkChanged(row.key());
+        }
+    }
+}
+
+bool RouteTable::eraseReplaced(const Route &route)
+{
+    std::vector<OnLinkRoute> replaced;
+    onLink_.eachFrom(At{route.destination, route.length, 0, 0, 0}, [&](const OnLinkRoute &row) {
+        const bool sameDestination = row.prefix == route.destination && row.length == route.length;
+        if (sameDestination && row.table == route.table && row.metric == route.metric) {
+            replaced.push_back(row);
+        }
+        return sameDestination;
+    });
+    for (const OnLinkRoute &row : replaced) {
+        onLink_.erase(row);
+        if (handlers_.onLinkChanged) {
+            handlers_.onLinkChanged(row.key());
+        }
+    }
+    return !replaced.empty();
+}
+
+void RouteTable::applyDefault(const nlmsghdr &message, const Route &route)
+{
+    if ((message.nlmsg_flags & NLM_F_REPLACE) != 0) {
+        std::erase_if(defaults_, [&](const DefaultRoute &row) {
+            return row.metric == route.metric && row.source == route.source && row.sourceLength == route.sourceLength;
+        });
+    }
+    for (const DefaultRoute &row : defaultRoutes(route)) {
+        if (message.nlmsg_type == RTM_DELROUTE) {
+            std::erase_if(defaults_, [&](const DefaultRoute &other) { return sameRoute(other, row); });
+        } else {
+            putDefault(defaults_, row);
+        }
+    }
+    if (handlers_.defaultsChanged) {
+        handlers_.defaultsChanged();
+    }
+}
+
+void RouteTable::markAdvertised(const PrefixKey &key)
+{
+    std::vector<OnLinkRoute> rows;
+    eachOnLink(key, [&](const OnLinkRoute &row) { rows.push_back(row); });
+    for (OnLinkRoute &row : rows) {
+        if (row.protocol == RTPROT_KERNEL) {
+            onLink_.findToChange(row)->advertised = true;
+        }
+    }
+}
+
+} // namespace ipmib::platform

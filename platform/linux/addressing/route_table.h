@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What the routing tables tell of prefixes and default routers: the on-link routes and the default routes. All other
+// routes, of which there may be a million, are looked at once and forgotten.
+#pragma once
+
+#include "addressing/route_message.h"
+#include "core/mirror.h"
+#include "ordered_table.h"
+
+#include <functional>
+
+namespace ipmib::platform
+{
+
+struct OnLinkRoute {
+    PackedAddress prefix;
+    std::uint32_t ifIndex;
+    std::uint32_t table;
+    std::uint32_t metric;
+    Deadline until;
+    std::uint8_t length;
+    std::uint8_t protocol; // RTPROT_*
+    bool advertised;       // made by the kernel because a router advertised the prefix
+
+    PrefixKey key() const { return {ifIndex, prefix, length}; }
+};
+
+struct DefaultRoute {
+    PackedAddress gateway;
+    PackedAddress source;
+    std::uint32_t ifIndex;
+    std::uint32_t metric;
+    std::uint32_t nexthopId; // not 0: a nexthop object names gateway and interface
+    Deadline until;
+    std::uint8_t sourceLength;
+    std::uint8_t preference; // as in an advertisement
+    bool learned;            // from a router advertisement
+    bool dead;
+};
+
+class RouteTable : public KernelTable
+{
+  public:
+    struct Handlers {
+        std::function<void(const PrefixKey &)> onLinkChanged;
+        std::function<void(const AdvertisedPrefix &)> advertised;
+        std::function<void()> defaultsChanged;
+        std::function<void()> anycastChanged;
+        // The announcement left open what became of some rows: the table has to be read again.
+        std::function<void()> uncertain;
+        std::function<void()> rebuilt;
+    };
+    void connect(Handlers handlers) { handlers_ = std::move(handlers); }
+
+    const std::vector<DefaultRoute> &defaults() const { return defaults_; }
+    bool hasLearnedDefault() const;
+    // The kernel is silent about an advertisement that does no more than prolong a default route, or change its
+    // preference. Reads both from the kernel now.
+    void readLearnedDefaults(Rtnetlink &socket);
+
+    template <class Visit>
+    void eachOnLink(Visit visit) const
+    {
+        onLink_.each(visit);
+    }
+    // Calls visit(route) for each one to this prefix on the prefix's interface.
+    template <class Visit>
+    void eachOnLink(const PrefixKey &key, Visit visit) const
+    {
+        onLink_.eachFrom(At{key.prefix, key.length, key.ifIndex, 0, 0}, [&](const OnLinkRoute &row) {
+            const bool inside = row.key() == key;
+            if (inside) {
+                visit(row);
+            }
+            return inside;
+        });
+    }
+
+    const char *name() const override { return "routes"; }
+    std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_ROUTE, RTNLGRP_IPV6_PREFIX}; }
+    // All routes, and then those once more that the kernel made because a router advertised the prefix: nothing else
+    // tells these from the routes that it makes for configured addresses.
+    std::size_t dumps() const override { return 2; }
+    RtnetlinkRequest dump(std::size_t which) const override;
+    void beginRebuild() override { abandonRebuild(); }
+    void dumpBegins(std::size_t which) override { dumping_ = which; }
+    void rebuildWith(const nlmsghdr &message) override;
+    void commitRebuild() override;
+    void abandonRebuild() override;
+    void apply(const nlmsghdr &message) override;
+
+  private:
+    // Routes to one prefix stand together, so that one that replaces others finds them.
+    struct At {
+        PackedAddress prefix;
+        std::uint8_t length;
+        std::uint32_t ifIndex;
+        std::uint32_t table;
+        std::uint32_t metric;
+
+        static At of(const At &key) { return key; }
+        static At of(const OnLinkRoute &row) { return {row.prefix, row.length, row.ifIndex, row.table, row.metric}; }
+        friend auto operator<=>(const At &, const At &) = default;
+    };
+    struct ByPrefix {
+        template <class Left, class Right>
+        bool operator()(const Left &left, const Right &right) const
+        {
+            return At::of(left) < At::of(right);
+        }
+    };
+    using OnLinkRoutes = OrderedTable<OnLinkRoute, ByPrefix>;
+
+    void applyRoute(const nlmsghdr &message, const Route &route);
+    void applyOnLink(const nlmsghdr &message, const Route &route);
+    void applyDefault(const nlmsghdr &message, const Route &route);
+    bool eraseReplaced(const Route &route);
+    void markAdvertised(const PrefixKey &key);
+
+    OnLinkRoutes onLink_;
+    OnLinkRoutes freshOnLink_;
+    std::vector<DefaultRoute> defaults_;
+    std::vector<DefaultRoute> freshDefaults_;
+    std::size_t dumping_ = 0;
+    Handlers handlers_;
+};
+
+} // namespace ipmib::platform
