@@ -27,6 +27,7 @@ if(IPMIB_BUILD_TESTS)
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/exports_test.sh $<TARGET_FILE:ipmib_platform_linux>
                    ${PROJECT_SOURCE_DIR}/include/ipmib/platform.h)
 endif()
+
 ipmib_test(addressing_netns_test
     SOURCES addressing/addresses_netns_test.cpp addressing/test_rows.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns)
