@@ -57,6 +57,18 @@ TEST_F(LifeTest, HangUpReadsTheConfigurationAgain)
     stopAgent();
 }
 
+TEST_F(LifeTest, HangUpOpensARotatedLogAnew)
+{
+    startAgent(everybody, {"-Lf", path("log")});
+    std::filesystem::rename(path("log"), path("log.1"));
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+    EXPECT_EQ(notification(), "READY=1");
+    EXPECT_EQ(contentOf(path("log")), "scripted platform: reads its configuration again\n");
+    EXPECT_NE(contentOf(path("log.1")).find("reading the configuration again\n"), std::string::npos);
+    stopAgent();
+}
+
 TEST_F(LifeTest, AConfigurationThatIsGoneIsNotForgotten)
 {
     startAgent();
