@@ -55,6 +55,13 @@ std::string readOptions(const IpmibPlatformHost &host, Settings &settings)
     return "";
 }
 
+std::string Platform::start(const IpmibPlatformHost &host)
+{
+    Settings settings;
+    const std::string error = readOptions(host, settings);
+    return error.empty() ? start(settings) : error;
+}
+
 std::string Platform::start(const Settings &settings)
 {
     now_ = secondsSinceBoot();

@@ -40,6 +40,8 @@ class Platform
 
     // Fills every mirror. The answer, when that fails, is one line for the user.
     std::string start(const Settings &settings);
+    // The same with settings from the host's options.
+    std::string start(const IpmibPlatformHost &host);
 
     int descriptor() const { return loop_.descriptor(); }
     void dispatch() { loop_.run(); }

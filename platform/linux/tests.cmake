@@ -3,7 +3,7 @@
 
 ipmib_test(platform_linux_test
     SOURCES core/rtnetlink_test.cpp counters/counter_layout_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp
-            links/link_parse_test.cpp ordered_table_test.cpp
+            links/link_parse_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <endian.h>
 
 namespace ipmib::platform
 {
@@ -60,19 +59,6 @@ std::uint32_t lastUpdated(const Attributes<NDA_MAX> &attributes, std::uint64_t n
 }
 
 } // namespace
-
-NeighbourKey NeighbourKey::of(std::uint32_t ifIndex, const void *address)
-{
-    std::uint64_t halves[2];
-    std::memcpy(halves, address, sizeof halves);
-    return {ifIndex, be64toh(halves[0]), be64toh(halves[1])};
-}
-
-void NeighbourKey::copyAddress(void *address) const
-{
-    const std::uint64_t halves[2] = {htobe64(high), htobe64(low)};
-    std::memcpy(address, halves, sizeof halves);
-}
 
 NeighbourNews readNeighbour(const nlmsghdr &message, std::uint64_t nowMs, Neighbour &neighbour)
 {

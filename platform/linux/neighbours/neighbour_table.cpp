@@ -15,32 +15,9 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::uint64_t linkLocalBegin = 0xfe80'0000'0000'0000; // upper halves of fe80::/10
-constexpr std::uint64_t linkLocalEnd = 0xfebf'ffff'ffff'ffff;
 constexpr std::size_t mostQuestions = 256; // after a dump: below a millisecond
 
-const Neighbour *onInterface(std::uint32_t ifIndex, const Neighbour *row)
-{
-    return row != nullptr && row->ifIndex == ifIndex ? row : nullptr;
-}
-
 } // namespace
-
-const Neighbour *NeighbourTable::afterGlobal(const NeighbourKey &key) const
-{
-    const Neighbour *row = onInterface(key.ifIndex, rows_.after(key));
-    if (row != nullptr && row->key().isLinkLocal()) {
-        row = onInterface(key.ifIndex, rows_.after(NeighbourKey{key.ifIndex, linkLocalEnd, ~std::uint64_t{0}}));
-    }
-    return row;
-}
-
-const Neighbour *NeighbourTable::afterLinkLocal(const NeighbourKey &key) const
-{
-    const NeighbourKey begin{key.ifIndex, linkLocalBegin, 0};
-    const Neighbour *row = onInterface(key.ifIndex, key < begin ? rows_.atOrAfter(begin) : rows_.after(key));
-    return row != nullptr && row->key().isLinkLocal() ? row : nullptr;
-}
 
 void NeighbourTable::update(const NeighbourKey &key)
 {

@@ -5,7 +5,6 @@
 #include "core/mirror.h"
 #include "neighbours/kernel_neighbours.h"
 #include "neighbours/neighbour.h"
-#include "ordered_table.h"
 
 namespace ipmib::platform
 {
@@ -18,8 +17,8 @@ class NeighbourTable : public KernelTable
     // Pointers are good until the table changes.
     const Neighbour *find(const NeighbourKey &key) const { return rows_.find(key); }
     // The next one of the key's interface, outside or inside fe80::/10; null for none.
-    const Neighbour *afterGlobal(const NeighbourKey &key) const;
-    const Neighbour *afterLinkLocal(const NeighbourKey &key) const;
+    const Neighbour *afterGlobal(const NeighbourKey &key) const { return platform::afterGlobal(rows_, key); }
+    const Neighbour *afterLinkLocal(const NeighbourKey &key) const { return platform::afterLinkLocal(rows_, key); }
     std::size_t size() const { return rows_.size(); }
     std::size_t memory() const { return rows_.memory() + fresh_.memory(); }
     template <class Visit>
@@ -45,20 +44,13 @@ class NeighbourTable : public KernelTable
     void apply(const nlmsghdr &message) override;
 
   private:
-    struct ByKey {
-        bool operator()(const Neighbour &a, const Neighbour &b) const { return a.key() < b.key(); }
-        bool operator()(const Neighbour &a, const NeighbourKey &b) const { return a.key() < b; }
-        bool operator()(const NeighbourKey &a, const Neighbour &b) const { return a < b.key(); }
-    };
-    using Rows = OrderedTable<Neighbour, ByKey>;
-
     void take(NeighbourNews news, Neighbour &neighbour);
     void keepStamp(Neighbour &neighbour) const;
     void keepWhatTheDumpPassedOver();
 
     KernelNeighbours &kernel_;
-    Rows rows_;
-    Rows fresh_;
+    NeighbourRows rows_;
+    NeighbourRows fresh_;
     bool anyDynamic_ = false;
     bool incomplete_ = false;
     // At the beginning of the last dump, and what announcements said since then.

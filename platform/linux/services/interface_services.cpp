@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Interfaces: which exist, which are selected, in ascending ifIndex.
-#include "links/selection.h"
+#include "core/type_selection.h"
+#include "links/link_type.h"
 #include "services/service.h"
 
 using namespace ipmib::platform;
@@ -16,26 +17,35 @@ uint32_t result(bool understood)
     return understood ? success : notFound;
 }
 
+const Link *nextSelected(const LinkTable &links, const TypeSelection &selection, uint32_t ifIndex)
+{
+    const Link *link = links.after(ifIndex);
+    while (link != nullptr && !selection.holds(typeCode(*link))) {
+        link = links.after(link->ifIndex);
+    }
+    return link;
+}
+
 } // namespace
 
 uint32_t IF_Select_Init(uint32_t kind, IfSelection *selection)
 {
-    return result(Selection::in(*selection).begin(kind));
+    return result(TypeSelection::in(*selection).begin(kind));
 }
 
 uint32_t IF_SelectType_Set(uint32_t type, IfSelection *selection)
 {
-    return result(Selection::in(*selection).addType(type));
+    return result(TypeSelection::in(*selection).addType(type));
 }
 
 uint32_t IF_SelectTypeSetGroup(uint32_t group, IfSelection *selection)
 {
-    return result(Selection::in(*selection).addGroup(group));
+    return result(TypeSelection::in(*selection).addGroup(group));
 }
 
 uint32_t IF_SelectCondition_Set(uint32_t condition, IfSelection *selection)
 {
-    return result(Selection::in(*selection).addCondition(condition));
+    return result(TypeSelection::in(*selection).addCondition(condition));
 }
 
 uintptr_t IF_IteratorInitialize(void)
@@ -57,7 +67,8 @@ uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator
 uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t, uint32_t if_index)
 {
     const Platform *platform = running();
-    const Link *link = platform == nullptr ? nullptr : Selection::in(*selection).after(platform->links(), if_index);
+    const Link *link =
+        platform == nullptr ? nullptr : nextSelected(platform->links(), TypeSelection::in(*selection), if_index);
     return link == nullptr ? 0 : link->ifIndex;
 }
 

@@ -2,8 +2,6 @@
 // The IPv6 neighbour cache.
 #include "services/service.h"
 
-#include <cstring>
-
 using namespace ipmib::platform;
 
 namespace
@@ -11,17 +9,6 @@ namespace
 
 constexpr uint32_t globalNeighbours = 1; // modes of a next call
 constexpr uint32_t linkLocalNeighbours = 2;
-
-void fill(const Neighbour &row, NeighbourEntry &entry)
-{
-    entry = NeighbourEntry{};
-    entry.if_index = ipmib_be32(row.ifIndex);
-    row.key().copyAddress(entry.address);
-    std::memcpy(entry.link_layer, row.linkLayer, sizeof entry.link_layer);
-    entry.type = ipmib_be32(static_cast<uint32_t>(row.type));
-    entry.state = ipmib_be32(static_cast<uint32_t>(row.state));
-    entry.last_updated_s = ipmib_be32(row.lastUpdatedS);
-}
 
 } // namespace
 
@@ -33,7 +20,7 @@ uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, Nei
     if (row == nullptr) {
         return notFound;
     }
-    fill(*row, *entry);
+    *entry = entryOf(*row);
     return success;
 }
 
@@ -49,6 +36,6 @@ uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
     if (row == nullptr) {
         return noMore;
     }
-    fill(*row, *entry);
+    *entry = entryOf(*row);
     return success;
 }
