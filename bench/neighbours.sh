@@ -1,0 +1,85 @@
+#!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+# Measures the neighbour table over real kernel state, in a network namespace that ends with each measurement.
+#
+#   bench/neighbours.sh next|staleness|memory [BUILD_DIR]
+set -eu
+export MIBS= # names are not needed
+what=${1:?next, staleness or memory}
+build=${2:-build}
+plugins=$build/lib/ipmib
+[ -d "$plugins" ] || plugins=$(dirname "$(find "$build" -name platform_linux.so | head -n 1)")
+
+# fill NUMBER: makes 16 interfaces and the neighbours, a tenth of them link-local.
+fill() {
+    awk -v n="$1" 'BEGIN {
+        print "link set lo up"
+        for (i = 0; i < 8; i++)
+            printf "link add left%d type veth peer name right%d\nlink set left%d up\nlink set right%d up\n", i, i, i, i
+        for (i = 0; i < n; i++)
+            printf "neigh add %s::%x:%x dev %s%d lladdr 02:00:00:%02x:%02x:%02x nud permanent\n",
+                   i % 10 ? "2001:db8" : "fe80", int(i / 65536) + 1, i % 65536, i % 2 ? "left" : "right", int(i / 2) % 8,
+                   int(i / 65536), int(i / 256) % 256, i % 256
+    }' | ip -batch -
+}
+
+# Starts ipmibd on loopback; its process id is in $agent.
+start_agent() {
+    folder=$(mktemp -d)
+    echo "rocommunity public 127.0.0.1" >"$folder/conf"
+    SNMP_PERSISTENT_DIR=$folder "$build/sbin/ipmibd" -C -c "$folder/conf" -p "$folder/pid" -Lf "$folder/log" \
+        udp:127.0.0.1:1161
+    agent=$(cat "$folder/pid")
+}
+stop_agent() {
+    kill "$agent"
+    timeout 10 tail -s 0.1 --pid="$agent" -f /dev/null
+    rm -r "$folder"
+}
+
+next_instructions() {
+    valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect='*measuredRequests*' \
+        "$build/bench/bench_neighbour_next" "$plugins/platform_linux.so" "$plugins/libipmib.so" "$1" 400 2>&1 |
+        awk '/Collected :/ { printf "%d\n", $4 / 400 + 0.5; found = 1 } END { exit !found }'
+}
+
+case $what in
+next)
+    for order in walk random; do
+        few=$(unshare -n "$0" inside_next "$build" "$order" 1000)
+        many=$(unshare -n "$0" inside_next "$build" "$order" 100000)
+        printf '%-8s GETNEXT among 1,000: %s instructions, among 100,000: %s, ratio %s\n' "$order" "$few" "$many" \
+            "$(awk -v a="$many" -v b="$few" 'BEGIN { printf "%.2f", a / b }')"
+    done
+    ;;
+inside_next)
+    fill "$4"
+    next_instructions "$3"
+    ;;
+staleness)
+    unshare -n "$0" inside_staleness "$build"
+    ;;
+inside_staleness)
+    fill 20000
+    start_agent
+    "$build/bench/bench_neighbour_staleness" udp:127.0.0.1:1161 left0 1000
+    stop_agent
+    ;;
+memory)
+    for number in 0 20000 100000; do
+        unshare -n "$0" inside_memory "$build" "$number"
+    done
+    ;;
+inside_memory)
+    fill "$3"
+    start_agent
+    rows=$(snmpbulkwalk -v2c -c public -Cr50 -On udp:127.0.0.1:1161 1.3.6.1.2.1.4.35.1.4 | grep -c STRING || true)
+    printf '%6d neighbours, %6d rows walked: ' "$3" "$rows"
+    awk '/^VmHWM|^VmRSS|^RssAnon/ { printf "%s %.1f MB  ", $1, $2 / 1024 } END { print "" }' "/proc/$agent/status"
+    stop_agent
+    ;;
+*)
+    echo "neighbours.sh: next, staleness or memory, not $what" >&2
+    exit 2
+    ;;
+esac
