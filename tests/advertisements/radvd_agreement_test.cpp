@@ -4,6 +4,8 @@
 #include "advertisements/radvd_conf.h"
 #include "programs.h"
 
+#include <unistd.h>
+
 #include <fstream>
 
 namespace
@@ -13,7 +15,7 @@ using namespace ipmib::platform;
 
 bool radvdTakes(const std::string &text)
 {
-    const std::string path = testing::TempDir() + "agreement.conf";
+    const std::string path = testing::TempDir() + "agreement" + std::to_string(getpid()) + ".conf";
     std::ofstream(path) << text;
     const int status = std::system(("radvd --configtest --config " + path + " > /dev/null 2>&1").c_str());
     std::remove(path.c_str());
