@@ -31,7 +31,8 @@ struct PluginOptions {
 class Plugin
 {
   public:
-    // Starts the platform, so that its mirrors are full, then loads the module. Throws PluginError.
+    // Starts the platform, so that its mirrors are full, then loads the module. Throws PluginError. A platform and a
+    // module are in use once at a time: both keep their state in their libraries.
     explicit Plugin(const PluginOptions &options);
     // Unloads the module, then stops and unloads the platform.
     ~Plugin();

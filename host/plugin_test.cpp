@@ -158,6 +158,7 @@ TEST_F(PluginTest, refusesAModuleWhoseTreeIsBroken)
 TEST_F(PluginTest, refusesASecondModuleOfTheSameName)
 {
     Plugin plugin(options);
+    options.platform = "plain";
     options.module = inDirectory("module_again.so");
     EXPECT_EQ(error(), options.module + ": a tree named \"TEST\" is registered already");
     EXPECT_EQ(valueOfScalar(plugin), 0u);
