@@ -40,6 +40,7 @@ Outcome Exchange::send(const Table &table, std::uint32_t operation, const RowKey
         request_.addWanted(parameter);
     }
     reply_.begin();
+    problem_ = nullptr;
     takeMisuse();
     ++count_;
     const std::uint32_t returned = callback_(&request_, &reply_);

@@ -36,6 +36,7 @@ class Exchange
     const ReplyValue *value(std::uint32_t parameter, std::size_t place) const;
     // A key's part as if the module had answered it.
     ReplyValue valueOf(const IndexPart &part, const RowKey &key, std::size_t i);
+    // What is wrong with the latest reply, or null.
     const char *problem() const { return problem_; }
     std::uint64_t count() const { return count_; }
 
@@ -48,7 +49,7 @@ class Exchange
     MorRequest request_;
     MorReply reply_;
     std::size_t firstValue_ = 0; // of the reply's values, the one behind the index
-    const char *problem_ = "";
+    const char *problem_ = nullptr;
     std::uint64_t count_ = 0;
 };
 

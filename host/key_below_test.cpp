@@ -107,6 +107,9 @@ TEST(KeyBelow, hasNoRowBetweenItselfAndTheIdentifier)
                     EXPECT_EQ(expected, 0);
                     continue;
                 }
+                for (std::size_t part = 0; part < parts.size(); ++part) {
+                    EXPECT_LE(key.number(part), parts[part].high);
+                }
                 Oid name;
                 ASSERT_TRUE(appendKey(parts, key, name));
                 const Identifier below(name.view().begin(), name.view().end());

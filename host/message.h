@@ -61,7 +61,7 @@ struct MorReply {
 
     ipmib::host::ByteStore &store;
     std::vector<ipmib::host::ReplyValue> values; // in the order in which the module appended them
-    std::size_t bytes = 0; // of all octets and identifiers
+    std::size_t bytes = 0;                       // of all octets and identifiers
     std::uint32_t error = 0;
     std::int32_t errorPosition = IPMIB_WHOLE_REQUEST;
 

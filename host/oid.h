@@ -19,7 +19,13 @@ using OidView = std::span<const SubId>;
 // Lexicographic order, a prefix before what extends it.
 inline std::strong_ordering compare(OidView left, OidView right)
 {
-    return std::lexicographical_compare_three_way(left.begin(), left.end(), right.begin(), right.end());
+    const std::size_t common = std::min(left.size(), right.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        if (left[i] != right[i]) {
+            return left[i] <=> right[i];
+        }
+    }
+    return left.size() <=> right.size();
 }
 
 inline bool isWithin(OidView name, OidView root)
@@ -36,6 +42,14 @@ class Oid
     Oid() = default;
     Oid(std::initializer_list<SubId> ids) { append(OidView{ids.begin(), ids.size()}); }
     explicit Oid(OidView ids) { append(ids); }
+    Oid(const Oid &other) { append(other.view()); }
+    Oid &operator=(const Oid &other)
+    {
+        if (this != &other) {
+            assign(other.view());
+        }
+        return *this;
+    }
 
     // Both return false, and change nothing, when the identifier would grow too long.
     bool append(SubId id) { return append(OidView{&id, 1}); }
@@ -47,6 +61,13 @@ class Oid
         std::copy(ids.begin(), ids.end(), ids_.begin() + static_cast<std::ptrdiff_t>(size_));
         size_ += ids.size();
         return true;
+    }
+
+    // As if it were new; the identifiers must not be its own.
+    bool assign(OidView ids)
+    {
+        size_ = 0;
+        return append(ids);
     }
 
     OidView view() const { return {ids_.data(), size_}; }

@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 namespace ipmib::host::testing
 {
 namespace
@@ -106,8 +109,10 @@ TEST_F(PluginTest, namesThePlatformThatIsNotThere)
 
 TEST_F(PluginTest, namesTheFileThatIsNoLibrary)
 {
-    options.module = __FILE__;
-    EXPECT_EQ(error(), std::string(__FILE__) + ": invalid ELF header");
+    options.module = ::testing::TempDir() + "no_library.so";
+    std::ofstream(options.module) << std::string(1000, '-');
+    EXPECT_EQ(error(), options.module + ": invalid ELF header");
+    std::filesystem::remove(options.module);
 }
 
 TEST_F(PluginTest, namesTheMissingSymbolAndItsLibrary)

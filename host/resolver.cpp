@@ -3,6 +3,7 @@
 #include "resolver.h"
 
 #include "exchange.h"
+#include "row_queue.h"
 #include "successor.h"
 #include "syntax.h"
 #include "tree_index.h"
@@ -19,22 +20,13 @@ namespace
 
 constexpr SubId scalarInstance[] = {0};
 
-// A variable on its way: the leaf that is tried, and the instance there that it asks for, or behind.
-struct Pending {
-    Variable *variable;
-    std::size_t leaf;
-    OidView instance;
-    bool inclusive;
-    std::size_t place = 0; // among the columns that are wanted of the row
-};
-
 } // namespace
 
 class Resolver::Impl
 {
   public:
     Impl(const MibTreeNode &root, MorCallback callback, Log log)
-        : leaves_(root), exchange_(callback), search_(exchange_), log_(log)
+        : leaves_(root), queue_(leaves_), exchange_(callback), search_(exchange_), log_(log)
     {
         for (std::size_t i = 0; i < leaves_.size(); ++i) {
             const Leaf &leaf = leaves_[i];
@@ -58,11 +50,11 @@ class Resolver::Impl
                 variable.status = Status::noSuchObject;
                 continue;
             }
-            pending_.push_back({&variable, leaf, variable.asked.subspan(leaves_[leaf].name.size()), true});
+            queue_.add({&variable, leaf, variable.asked.subspan(leaves_[leaf].name.size()), true});
         }
-        while (nextRow()) {
+        while (queue_.takeRow()) {
             const Outcome outcome = askGet();
-            for (const Pending &each : row_) {
+            for (const Pending &each : queue_.row()) {
                 setValue(each, outcome, Status::noSuchInstance);
             }
         }
@@ -82,9 +74,9 @@ class Resolver::Impl
                 start({&variable, std::max(leaves_.leafAfter(from), first), {}, false}, last);
             }
         }
-        while (nextRow()) {
+        while (queue_.takeRow()) {
             const Outcome outcome = askNext();
-            for (const Pending &each : row_) {
+            for (const Pending &each : queue_.row()) {
                 if (outcome == Outcome::noRow || (outcome == Outcome::answered && !setName(each, region))) {
                     start({each.variable, leafBehind(each), {}, false}, last);
                 } else {
@@ -98,66 +90,45 @@ class Resolver::Impl
     void begin()
     {
         exchange_.beginPacket();
-        pending_.clear();
+        queue_.clear();
     }
 
     void start(const Pending &pending, std::size_t last)
     {
         if (pending.leaf < last) {
-            pending_.push_back(pending);
+            queue_.add(pending);
         } else {
             pending.variable->status = Status::endOfRegion;
         }
     }
 
-    // Takes those that concern the same row as the first one out of the pending ones.
-    bool nextRow()
-    {
-        row_.clear();
-        rest_.clear();
-        wanted_.clear();
-        for (Pending &each : pending_) {
-            if (!row_.empty() && !isSameRow(each, row_.front())) {
-                rest_.push_back(each);
-                continue;
-            }
-            if (const Leaf &leaf = leaves_[each.leaf]; !leaf.isIndex()) {
-                const auto known = std::find(wanted_.begin(), wanted_.end(), leaf.node->ulParamId);
-                each.place = static_cast<std::size_t>(known - wanted_.begin());
-                if (known == wanted_.end()) {
-                    wanted_.push_back(leaf.node->ulParamId);
-                }
-            }
-            row_.push_back(each);
-        }
-        std::swap(pending_, rest_);
-        return !row_.empty();
-    }
-
-    bool isSameRow(const Pending &left, const Pending &right)
-    {
-        return leaves_[left.leaf].table == leaves_[right.leaf].table && left.inclusive == right.inclusive &&
-               std::ranges::equal(left.instance, right.instance);
-    }
-
     Outcome askGet()
     {
-        Table &table = *leaves_[row_.front().leaf].table;
-        found_ = row_.front().instance;
+        Table &table = *leaves_[queue_.row().front().leaf].table;
+        found_ = queue_.row().front().instance;
+        foundKey_ = &key_;
         const bool isInstance =
             table.index.empty() ? std::ranges::equal(found_, scalarInstance) : readKey(table.index, found_, key_);
-        return isInstance ? noted(table, exchange_.get(table, key_, wanted_), exchange_.problem()) : Outcome::noRow;
+        return isInstance ? getRow(table) : Outcome::noRow;
+    }
+
+    Outcome getRow(Table &table)
+    {
+        const Outcome outcome = exchange_.get(table, key_, queue_.wanted());
+        complain(table.complained, table.name, exchange_.problem());
+        return outcome;
     }
 
     Outcome askNext()
     {
-        const Pending &from = row_.front();
+        const Pending &from = queue_.row().front();
         Table &table = *leaves_[from.leaf].table;
         if (!table.index.empty()) {
-            const Outcome outcome = search_.find(table, {from.instance, from.inclusive}, wanted_);
+            const Outcome outcome = search_.find(table, {from.instance, from.inclusive}, queue_.wanted());
             found_ = search_.instance();
-            key_ = search_.row();
-            return noted(table, outcome, search_.problem());
+            foundKey_ = &search_.row();
+            complain(table.complained, table.name, search_.problem());
+            return outcome;
         }
         // A module answers scalars by get alone.
         const auto order = compare(scalarInstance, from.instance);
@@ -165,21 +136,13 @@ class Resolver::Impl
             return Outcome::noRow;
         }
         found_ = scalarInstance;
-        return noted(table, exchange_.get(table, key_, wanted_), exchange_.problem());
+        return getRow(table);
     }
 
-    // Logs what was wrong with an answer about a table, once.
-    Outcome noted(Table &table, Outcome outcome, const char *problem)
+    // Logs what was wrong with an answer, if anything was; once for each object.
+    void complain(bool &complained, const char *object, const char *problem)
     {
-        if (problem && *problem) {
-            complain(table.complained, table.name, problem);
-        }
-        return outcome;
-    }
-
-    void complain(bool &complained, const char *object, const std::string &problem)
-    {
-        if (log_ && !std::exchange(complained, true)) {
+        if (log_ && problem && !std::exchange(complained, true)) {
             log_(LOG_WARNING, (std::string(object) + ": " + problem).c_str());
         }
     }
@@ -188,7 +151,7 @@ class Resolver::Impl
     bool setName(const Pending &pending, OidView region)
     {
         Oid &name = pending.variable->name;
-        name = Oid(leaves_[pending.leaf].name);
+        name.assign(leaves_[pending.leaf].name);
         return name.append(found_) && isWithin(name.view(), region);
     }
 
@@ -212,7 +175,7 @@ class Resolver::Impl
         ReplyValue part;
         const ReplyValue *value = exchange_.value(leaf.node->ulParamId, pending.place);
         if (leaf.isIndex()) {
-            part = exchange_.valueOf(leaf.table->index[leaf.indexPart], key_, leaf.indexPart);
+            part = exchange_.valueOf(leaf.table->index[leaf.indexPart], *foundKey_, leaf.indexPart);
             value = &part;
         }
         const auto checked = value ? checkedValue(*leaf.node->pstSyntax, *value) : std::nullopt;
@@ -227,17 +190,14 @@ class Resolver::Impl
 
     std::vector<Region> regions_;
     TreeIndex leaves_;
+    RowQueue queue_;
     Exchange exchange_;
     SuccessorSearch search_;
     Log log_;
 
-    // Of the packet and of the row that are being answered; members, so that they keep their memory.
-    std::vector<Pending> pending_;
-    std::vector<Pending> rest_;
-    std::vector<Pending> row_;
-    std::vector<std::uint32_t> wanted_;
-    RowKey key_;
-    OidView found_; // the row's instance
+    RowKey key_;                     // of a get
+    OidView found_;                  // the row's instance
+    const RowKey *foundKey_ = &key_; // the same as a key
 };
 
 Resolver::Resolver(const MibTreeNode &root, MorCallback callback, Log log)

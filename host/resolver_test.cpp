@@ -123,6 +123,34 @@ TEST_F(ResolverTest, aWalkIsOneRequestARow)
     EXPECT_EQ(requests, 2u); // the end of the column, and the first row of the next one
 }
 
+TEST_F(ResolverTest, aGuessTakesTwoRequestsAtMost)
+{
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 2, 6}}, {1, 20})[0]), "1.20.1.2.7");
+    EXPECT_EQ(requests, 2u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 2, 4, 9}}, {1, 20})[0]), "1.20.1.2.5");
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 2, 0}}, {1, 20})[0]), "1.20.1.2.5");
+    EXPECT_EQ(requests, 1u);
+}
+
+TEST_F(ResolverTest, aPartOfAnAddressIsOneRequest)
+{
+    TestTree other;
+    SortedTable table(other, 20, {integer(1, 9), octets(0, 4)}, {});
+    table.add({{3}, {10, 20}});
+    table.add({{3}, {10, 21}});
+    TestModule answers([&table](MorRequest *request, MorReply *reply) { return table.answer(request, reply); });
+    resolver.emplace(other.root(), TestModule::callback, log);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 3, 3}})[0]), "1.20.1.3.3.2.10.20");
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 3, 4}}, {1, 20, 1, 3})[0]), "none");
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 3, 3, 2, 10}})[0]), "1.20.1.3.3.2.10.20");
+    EXPECT_EQ(requests, 1u);
+    EXPECT_EQ(nameOf(getNext({{1, 20, 1, 3, 3, 2, 10, 20, 0}})[0]), "1.20.1.3.3.2.10.21");
+    EXPECT_EQ(requests, 2u);
+}
+
 TEST_F(ResolverTest, anEmptyTableIsAskedOnce)
 {
     EXPECT_EQ(nameOf(getNext({{1, 21}})[0]), "1.22.1.2.1");
@@ -226,6 +254,33 @@ TEST_F(Answers, otherErrorsAreLoggedOnce)
     }
     ASSERT_EQ(logLines.size(), 1u);
     EXPECT_EQ(logLines[0], "table: the module refuses a column of the table, or the operation");
+}
+
+TEST_F(Answers, aGoodTableIsNotBlamedForABadOne)
+{
+    always([this](MorRequest *request, MorReply *reply) {
+        return MOR_GetTableId(request) == 20 ? fail(reply, ERR_BAD_PARAM) : answer(request, reply);
+    });
+    EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
+    EXPECT_EQ(get({{1, 22, 1, 2, 1}, {1, 10, 0}})[0].status, Status::ok);
+    EXPECT_EQ(getNext({{1, 22}})[0].status, Status::ok);
+    EXPECT_EQ(logLines.size(), 1u);
+}
+
+TEST_F(Answers, anInstanceThatIsTooLongIsNoRow)
+{
+    TestTree other;
+    SortedTable table(other, 20, {octets(0, 255)}, {});
+    table.add({SortedTable::Part(maxOidLength - 4, 1)});
+    always([&table](MorRequest *request, MorReply *reply) { return table.answer(request, reply); });
+    resolver.emplace(other.root(), TestModule::callback, log);
+    EXPECT_EQ(getNext({{1}})[0].status, Status::genErr);
+    EXPECT_EQ(logLines, (std::deque<std::string>{"table: a row's index is too long for an identifier"}));
+    table.clear();
+    table.add({SortedTable::Part(maxOidLength - 5, 1)});
+    const Variable longest = getNext({{1}})[0];
+    ASSERT_EQ(longest.status, Status::ok);
+    EXPECT_EQ(longest.name.size(), maxOidLength);
 }
 
 TEST_F(Answers, misuseOfTheMessageLayerSpoilsTheReply)

@@ -26,7 +26,7 @@ class RowCursors
             slot = next_;
             next_ = (next_ + 1) % rows_.size();
         }
-        rows_[slot] = Oid(to);
+        rows_[slot].assign(to);
     }
 
   private:

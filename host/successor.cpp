@@ -41,7 +41,7 @@ Outcome SuccessorSearch::ask(const RowKey *key)
         return outcome;
     }
     instance_.clear();
-    if (!appendKey(table_->index, row_, instance_)) {
+    if (!appendKey(table_->index, row_, instance_) || instance_.size() > maxOidLength - table_->nameLength) {
         problem_ = "a row's index is too long for an identifier";
         return Outcome::unusable;
     }

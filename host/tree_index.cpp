@@ -31,6 +31,10 @@ bool hasServedColumn(const MibTreeNode &entry)
 TreeIndex::TreeIndex(const MibTreeNode &root)
 {
     visit(root, {}, nullptr);
+    if (!leaves_.empty()) {
+        const auto [end, other] = std::ranges::mismatch(leaves_.front().name, leaves_.back().name);
+        common_ = static_cast<std::size_t>(end - leaves_.front().name.begin());
+    }
 }
 
 void TreeIndex::visit(const MibTreeNode &node, Oid name, Table *table)
@@ -79,34 +83,51 @@ void TreeIndex::addLeaf(const MibTreeNode &node, const Oid &name, Table &table)
     names_.push_back(name);
     leaves_.push_back({names_.back().view(), &node, &table, static_cast<std::size_t>(part - table.index.begin())});
     table.id = tableId(node.ulParamId);
+    table.nameLength = name.size();
     table.end = leaves_.size();
 }
 
 std::size_t TreeIndex::leafAfter(OidView name) const
 {
-    const auto after = std::upper_bound(leaves_.begin(), leaves_.end(), name, [](OidView wanted, const Leaf &leaf) {
-        return compare(wanted, leaf.name) < 0;
-    });
+    if (leaves_.empty()) {
+        return 0;
+    }
+    const OidView common = leaves_.front().name.first(common_);
+    if (!isWithin(name, common)) {
+        return compare(name, common) < 0 ? 0 : leaves_.size();
+    }
+    const OidView rest = name.subspan(common_);
+    const auto after = std::ranges::upper_bound(
+        leaves_, rest, [](OidView left, OidView right) { return compare(left, right) < 0; },
+        [this](const Leaf &leaf) { return leaf.name.subspan(common_); });
     return static_cast<std::size_t>(after - leaves_.begin());
 }
 
-std::size_t TreeIndex::leafOf(OidView name) const
+std::size_t TreeIndex::leafOf(OidView name)
 {
+    for (std::size_t leaf = latest_; leaf < leaves_.size() && leaf <= latest_ + 1; ++leaf) {
+        if (isWithin(name, leaves_[leaf].name)) {
+            latest_ = leaf;
+            return leaf;
+        }
+    }
     const std::size_t after = leafAfter(name);
-    return after > 0 && isWithin(name, leaves_[after - 1].name) ? after - 1 : leaves_.size();
+    if (after == 0 || !isWithin(name, leaves_[after - 1].name)) {
+        return leaves_.size();
+    }
+    latest_ = after - 1;
+    return latest_;
 }
 
 std::pair<std::size_t, std::size_t> TreeIndex::leavesOf(OidView region) const
 {
-    if (const std::size_t leaf = leafOf(region); leaf < leaves_.size()) {
-        return {leaf, leaf + 1};
-    }
     const std::size_t first = leafAfter(region);
-    std::size_t last = first;
-    while (last < leaves_.size() && isWithin(leaves_[last].name, region)) {
-        ++last;
+    if (first > 0 && isWithin(region, leaves_[first - 1].name)) {
+        return {first - 1, first};
     }
-    return {first, last};
+    const auto behind = std::partition_point(leaves_.begin() + static_cast<std::ptrdiff_t>(first), leaves_.end(),
+                                             [region](const Leaf &leaf) { return isWithin(leaf.name, region); });
+    return {first, static_cast<std::size_t>(behind - leaves_.begin())};
 }
 
 } // namespace ipmib::host

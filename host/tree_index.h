@@ -21,8 +21,9 @@ namespace ipmib::host
 struct Table {
     std::uint32_t id = 0;
     const char *name = "";
-    IndexParts index;    // empty for scalars
-    std::size_t end = 0; // the leaf after the last one
+    IndexParts index;           // empty for scalars
+    std::size_t nameLength = 0; // of a leaf, without the instance
+    std::size_t end = 0;        // the leaf after the last one
     RowCursors cursors;
     bool complained = false; // about rows; said once
 };
@@ -51,8 +52,9 @@ class TreeIndex
 
     // The first leaf whose name is greater than this one.
     std::size_t leafAfter(OidView name) const;
-    // The leaf that the identifier lies within; the number of leaves when there is none.
-    std::size_t leafOf(OidView name) const;
+    // The leaf that the identifier lies within; the number of leaves when there is none. Packets ask for the same leaf
+    // again, or for the next one, so these are tried first.
+    std::size_t leafOf(OidView name);
     // The leaves, from the first to before the second, that can have instances within the region.
     std::pair<std::size_t, std::size_t> leavesOf(OidView region) const;
 
@@ -63,6 +65,8 @@ class TreeIndex
     void addLeaf(const MibTreeNode &node, const Oid &name, Table &table);
 
     std::vector<Leaf> leaves_; // ascending
+    std::size_t common_ = 0;   // how many sub-identifiers all leaves begin with
+    std::size_t latest_ = 0;   // the leaf found last
     std::deque<Table> tables_; // leaves point to both, so they must not move
     std::deque<Oid> names_;
 };
