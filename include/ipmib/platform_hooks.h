@@ -49,6 +49,9 @@ typedef struct IpmibPlatformHooks {
     void (*begin_packet)(void);
     /* Reads configuration files again (SIGHUP). */
     void (*reload)(void);
+    /* The name under which people know an interface, or null when there is none; good until the next call of any hook.
+     * May itself be null. */
+    const char *(*interface_name)(uint32_t if_index);
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -87,6 +87,7 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
         EXPECT_NE(IP6Mib_GetGatewayByKey(&key, &gateway), 0u);
         EXPECT_NE(IP6ADDR_DRVK_GetGatewayByKey(&key, &gateway), 0u);
         EXPECT_EQ(hooks.descriptor(), -1);
+        EXPECT_EQ(hooks.interface_name(1), nullptr);
         hooks.dispatch();
         hooks.begin_packet();
         hooks.reload();
@@ -95,6 +96,8 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
     ASSERT_EQ(start("", {}).error, "");
     EXPECT_GE(hooks.descriptor(), 0);
     EXPECT_EQ(IF_IsValidIfIndex(1), 1u) << "the mirrors are full at once";
+    EXPECT_STREQ(hooks.interface_name(1), "lo");
+    EXPECT_EQ(hooks.interface_name(0x7FFFFFFF), nullptr);
     hooks.stop();
     expectDead();
 }

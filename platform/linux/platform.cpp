@@ -120,6 +120,12 @@ void Platform::reload()
     radvd_.reload();
 }
 
+const char *Platform::interfaceName(std::uint32_t ifIndex) const
+{
+    const Link *link = links_.find(ifIndex);
+    return link == nullptr ? nullptr : link->name;
+}
+
 const Ip6Link *Platform::ip6Link(std::uint32_t ifIndex)
 {
     if (links_.find(ifIndex) == nullptr) {

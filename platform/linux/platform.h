@@ -47,6 +47,7 @@ class Platform
     void dispatch() { loop_.run(); }
     void beginPacket();
     void reload();
+    const char *interfaceName(std::uint32_t ifIndex) const;
 
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }

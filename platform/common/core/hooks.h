@@ -14,15 +14,15 @@ namespace ipmib::platform
 {
 
 // A platform has start(const IpmibPlatformHost &), which answers with one line for the user when it fails,
-// descriptor(), dispatch(), beginPacket() and reload(), and beside it a function setRunning(Platform *) that puts it to
-// its services, or takes it away again with null.
+// descriptor(), dispatch(), beginPacket(), reload() and interfaceName(std::uint32_t ifIndex), and beside it a function
+// setRunning(Platform *) that puts it to its services, or takes it away again with null.
 template <class Platform>
 class Hooks
 {
   public:
     static constexpr IpmibPlatformHooks record()
     {
-        return {IPMIB_PLATFORM_HOOKS_VERSION, start, stop, descriptor, dispatch, beginPacket, reload};
+        return {IPMIB_PLATFORM_HOOKS_VERSION, start, stop, descriptor, dispatch, beginPacket, reload, interfaceName};
     }
 
   private:
@@ -68,6 +68,11 @@ class Hooks
         if (instance_) {
             instance_->reload();
         }
+    }
+
+    static const char *interfaceName(std::uint32_t ifIndex)
+    {
+        return instance_ ? instance_->interfaceName(ifIndex) : nullptr;
     }
 
     static inline std::unique_ptr<Platform> instance_;
