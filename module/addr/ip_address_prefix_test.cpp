@@ -167,9 +167,12 @@ TEST_F(PrefixColumns, FlagsAreTruthValues)
     only(1).flags = 0x80;
     EXPECT_EQ(read(onLinkFlag), answered({integer(onLinkFlag, 1)}));
     EXPECT_EQ(read(autonomousFlag), answered({integer(autonomousFlag, 2)}));
-    only(1).flags = 0x7F;
+    only(1).flags = 0x40;
     EXPECT_EQ(read(onLinkFlag), answered({integer(onLinkFlag, 2)}));
     EXPECT_EQ(read(autonomousFlag), answered({integer(autonomousFlag, 1)}));
+    only(1).flags = 0x3F; // the other bits do not matter
+    EXPECT_EQ(read(onLinkFlag), answered({integer(onLinkFlag, 2)}));
+    EXPECT_EQ(read(autonomousFlag), answered({integer(autonomousFlag, 2)}));
 }
 
 TEST_F(PrefixColumns, LearnedLifetimesAge)
@@ -460,6 +463,12 @@ TEST_F(IpAddressPrefix, APartialIndexStartsWhereItEnds)
     EXPECT_EQ(
         getNext(table).index(ifIndex, 3).index(prefixType, ipv6).index(prefixPrefix, bytesOf("2001:db8:1::")).send(),
         row(3, "2001:db8:1::", 48));
+}
+
+TEST_F(IpAddressPrefix, WithoutAPrefixLengthItIsZero)
+{
+    getNext(table).index(ifIndex, 3).index(prefixType, ipv6).index(prefixPrefix, bytesOf("2001:db8:1::")).send();
+    EXPECT_EQ(foldedCalls()[1], "IP6CFG_GetNextFullPrefix(3, -1, 2001:db8:1::/0 new)");
 }
 
 TEST_F(IpAddressPrefix, EmptyIndexPartsCountAsAbsent)

@@ -425,6 +425,24 @@ TEST_F(IpAddress, TypeFourGoesOnWithTheSameAddressOnALaterInterface)
     EXPECT_EQ(nextAfter(ipv6z, zoned("fe80::1", 3)).send(), linkLocalRow("fe80::2", 5));
 }
 
+TEST_F(IpAddress, TypeFourWalksTheInterfacesFromTheStart)
+{
+    world().linkLocalAddresses.clear();
+    EXPECT_EQ(nextAfter(ipv6z, zoned("fe80::1", 3)).send(), refused(ERR_NEXT_FAILED));
+    const Calls walk = {standardSelection,
+                        "IF_IteratorInitialize()",
+                        "IF_GetNextIfIndexByIfSelect(0)",
+                        "IP6Mib_GetLinkLocalFullAddr(3)",
+                        "IF_GetNextIfIndexByIfSelect(3)",
+                        "IP6Mib_GetLinkLocalFullAddr(5)",
+                        "IF_GetNextIfIndexByIfSelect(5)",
+                        "IF_IteratorFinalize()"};
+    Calls expected = {"IP6_DaemonCheck(1)"};
+    expected.insert(expected.end(), walk.begin(), walk.end()); // for the same address on a later interface
+    expected.insert(expected.end(), walk.begin(), walk.end()); // for the next greater address
+    EXPECT_EQ(foldedCalls(), expected);
+}
+
 TEST_F(IpAddress, ZonesCompareAsUnsignedNumbers)
 {
     world().linkLocalAddresses[5] = address(5, "fe80::2");

@@ -185,6 +185,13 @@ TEST_F(IpNetToPhysical, TypesFromFiveOnMoveToTheNextInterface)
     }
 }
 
+TEST_F(IpNetToPhysical, TypesFromFiveOnStandBehindTheHighestAddress)
+{
+    nextAfter(3, 7, bytesOf("::1")).send();
+    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff, address)");
+    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(2, 3 ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff)");
+}
+
 TEST_F(IpNetToPhysical, InterfaceZeroIsTheFirstInterfaceWithTheKeysAddress)
 {
     EXPECT_EQ(nextAfter(0, ipv6, bytesOf("2001:db8::1")).send(), globalRow(3, "2001:db8::2"));
