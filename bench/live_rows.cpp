@@ -100,7 +100,7 @@ int main(int argc, char **argv)
         return EXIT_FAILURE;
     }
     platform::Platform platform;
-    if (const std::string error = platform.start({}); !error.empty()) {
+    if (const std::string error = platform.start(platform::Settings{}); !error.empty()) {
         std::fprintf(stderr, "bench_live_rows: %s\n", error.c_str());
         return EXIT_FAILURE;
     }
