@@ -10,20 +10,7 @@ using namespace ipmib::platform;
 namespace
 {
 
-// The codes of FullAddressRecord.
-constexpr uint32_t originOther = 0;
-constexpr uint32_t originManual = 8;
-constexpr uint32_t originDhcp = 16;
-constexpr uint32_t originLinkLayer = 64;
-constexpr uint32_t originRandom = 128;
-constexpr uint32_t statePreferred = 0;
-constexpr uint32_t stateDeprecated = 4;
-constexpr uint32_t stateTentative = 64;
-constexpr uint32_t stateDuplicate = 128;
-constexpr uint32_t flagAnycast = 0x1;
-
 constexpr uint32_t ticksPerSecond = 100;  // of the kernel's time stamps
-constexpr uint8_t linkLocalLength = 10;   // of the one link-local prefix of an interface
 constexpr std::size_t ethernetLength = 6; // of link-layer addresses that identifiers are made from
 
 // Before 5.18 the kernel did not mark the link-local addresses that it made: one with the interface's identifier is
@@ -38,28 +25,30 @@ uint32_t originCode(Platform &platform, const Address &address)
 {
     switch (originOf(address)) {
     case AddressOrigin::manual:
-        return address.address.isLinkLocal() && isOfTheLink(platform, address) ? originLinkLayer : originManual;
+        return address.address.isLinkLocal() && isOfTheLink(platform, address) ? addressOriginLinkLayer
+                                                                               : addressOriginManual;
     case AddressOrigin::leased:
-        return originDhcp;
+        return addressOriginDhcp;
     case AddressOrigin::autoconfigured:
-        return originLinkLayer;
+        return addressOriginLinkLayer;
     case AddressOrigin::temporary:
-        return originRandom;
+        return addressOriginRandom;
     case AddressOrigin::unknown:
         break;
     }
     // With a lifetime, in a prefix that a router advertises: formed by a program that listens to routers itself.
     const Prefix *prefix = platform.addressing().prefixes().find(address.prefix());
-    return prefix != nullptr && prefix->origin == PrefixOrigin::advertised ? originLinkLayer : originOther;
+    return prefix != nullptr && prefix->origin == PrefixOrigin::advertised ? addressOriginLinkLayer
+                                                                           : addressOriginOther;
 }
 
 // A duplicate is tentative too, for as long as it is there.
 uint32_t stateCode(uint32_t flags)
 {
-    return (flags & IFA_F_DADFAILED) != 0    ? stateDuplicate
-           : (flags & IFA_F_TENTATIVE) != 0  ? stateTentative
-           : (flags & IFA_F_DEPRECATED) != 0 ? stateDeprecated
-                                             : statePreferred;
+    return (flags & IFA_F_DADFAILED) != 0    ? addressStateDuplicate
+           : (flags & IFA_F_TENTATIVE) != 0  ? addressStateTentative
+           : (flags & IFA_F_DEPRECATED) != 0 ? addressStateDeprecated
+                                             : addressStatePreferred;
 }
 
 void fill(Platform &platform, const Address &address, FullAddressRecord *record)
@@ -67,7 +56,7 @@ void fill(Platform &platform, const Address &address, FullAddressRecord *record)
     *record = FullAddressRecord{};
     record->if_index = address.ifIndex;
     address.address.copyTo(record->address);
-    record->prefix_length = address.address.isLinkLocal() ? linkLocalLength : address.length;
+    record->prefix_length = address.address.isLinkLocal() ? linkLocalPrefixLength : address.length;
     record->origin = originCode(platform, address);
     record->state = stateCode(address.flags);
     record->created_s = address.created / ticksPerSecond;
@@ -80,9 +69,9 @@ void fill(Platform &platform, const Anycast &anycast, FullAddressRecord *record)
     record->if_index = anycast.ifIndex;
     anycast.address.copyTo(record->address);
     record->prefix_length = platform.addressing().prefixes().anycastLength(anycast.address, anycast.ifIndex);
-    record->origin = originOther;
-    record->flags = flagAnycast;
-    record->state = statePreferred;
+    record->origin = addressOriginOther;
+    record->flags = addressFlagAnycast;
+    record->state = addressStatePreferred;
     record->created_s = anycast.created / ticksPerSecond;
     record->last_changed_s = anycast.changed / ticksPerSecond;
 }

@@ -9,11 +9,6 @@ using namespace ipmib::platform;
 namespace
 {
 
-constexpr uint32_t globalClass = 14;
-constexpr uint32_t linkLocalClass = 2;
-constexpr uint32_t longestLifetime = 65535; // seconds, of what the table can tell; also of a configured router
-constexpr unsigned preferenceShift = 27;    // to bits 0x18 of the most significant byte
-
 // The lifetime is what is left now, and so it was learned now.
 uint32_t fill(const Platform &platform, const Router *router, GatewayRecord *record)
 {
@@ -24,8 +19,8 @@ uint32_t fill(const Platform &platform, const Router *router, GatewayRecord *rec
     *record = GatewayRecord{};
     record->if_index = ipmib_be32(router->ifIndex);
     router->address.copyTo(record->address);
-    record->flags = ipmib_be32(static_cast<uint32_t>(router->preference & 3) << preferenceShift);
-    record->lifetime_s = ipmib_be32(std::min(router->until.left(now), longestLifetime));
+    record->flags = ipmib_be32(static_cast<uint32_t>(router->preference & 3) << gatewayPreferenceShift);
+    record->lifetime_s = ipmib_be32(std::min(router->until.left(now), gatewayLongestLifetime));
     record->learned_at_s = ipmib_be32(now);
     return success;
 }
@@ -33,8 +28,8 @@ uint32_t fill(const Platform &platform, const Router *router, GatewayRecord *rec
 // False for a class that does not exist.
 bool readClass(uint32_t code, RouterList::Class &of)
 {
-    of = code == linkLocalClass ? RouterList::Class::linkLocal : RouterList::Class::global;
-    return code == linkLocalClass || code == globalClass;
+    of = code == gatewayClassLinkLocal ? RouterList::Class::linkLocal : RouterList::Class::global;
+    return code == gatewayClassLinkLocal || code == gatewayClassGlobal;
 }
 
 uint32_t get(const GatewayKey *key, GatewayRecord *gateway)

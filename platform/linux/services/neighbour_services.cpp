@@ -4,14 +4,6 @@
 
 using namespace ipmib::platform;
 
-namespace
-{
-
-constexpr uint32_t globalNeighbours = 1; // modes of a next call
-constexpr uint32_t linkLocalNeighbours = 2;
-
-} // namespace
-
 uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, NeighbourEntry *entry, uintptr_t)
 {
     Platform *platform = running();
@@ -27,12 +19,12 @@ uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, Nei
 uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
 {
     Platform *platform = running();
-    if (platform == nullptr || (mode != globalNeighbours && mode != linkLocalNeighbours)) {
+    if (platform == nullptr || (mode != neighboursGlobal && mode != neighboursLinkLocal)) {
         return noMore;
     }
     const NeighbourKey key = NeighbourKey::of(ipmib_be32_get(entry->if_index), entry->address);
     Neighbours &neighbours = platform->neighbours();
-    const Neighbour *row = mode == globalNeighbours ? neighbours.afterGlobal(key) : neighbours.afterLinkLocal(key);
+    const Neighbour *row = mode == neighboursGlobal ? neighbours.afterGlobal(key) : neighbours.afterLinkLocal(key);
     if (row == nullptr) {
         return noMore;
     }

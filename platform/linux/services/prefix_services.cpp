@@ -9,24 +9,21 @@ using namespace ipmib::platform;
 namespace
 {
 
-constexpr uint8_t flagOnLink = 0x80;
-constexpr uint8_t flagAutonomous = 0x40;
-
 uint32_t originCode(PrefixOrigin origin)
 {
     switch (origin) {
     case PrefixOrigin::manual:
-        return 2;
+        return prefixOriginManual;
     case PrefixOrigin::wellKnown:
-        return 4;
+        return prefixOriginWellKnown;
     case PrefixOrigin::leased:
-        return 8;
+        return prefixOriginDhcp;
     case PrefixOrigin::advertised:
-        return 16;
+        return prefixOriginRouter;
     case PrefixOrigin::other:
         break;
     }
-    return 0;
+    return prefixOriginOther;
 }
 
 // The lifetimes are what is left now, and so they were learned now: nothing has passed since then that a reader would
@@ -44,7 +41,8 @@ uint32_t fill(const Platform &platform, uint32_t ifIndex, const Prefix *prefix, 
     record->origin = ipmib_be32(originCode(prefix->origin));
     record->valid_s = ipmib_be32(prefix->validUntil.left(now));
     record->preferred_s = ipmib_be32(prefix->preferredUntil.left(now));
-    record->flags = static_cast<uint8_t>((prefix->onLink ? flagOnLink : 0) | (prefix->autonomous ? flagAutonomous : 0));
+    record->flags =
+        static_cast<uint8_t>((prefix->onLink ? prefixFlagOnLink : 0) | (prefix->autonomous ? prefixFlagAutonomous : 0));
     record->learned_at_s = ipmib_be32(now);
     return success;
 }
@@ -67,8 +65,7 @@ uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *
     if (platform == nullptr) {
         return noMore;
     }
-    constexpr uint32_t beyond = 255; // behind every length that there is
-    const auto length = static_cast<uint8_t>(std::min(ipmib_be32_get(record->length), beyond));
+    const auto length = static_cast<uint8_t>(std::min(ipmib_be32_get(record->length), beyondEveryLength));
     const PrefixKey key{if_index, PackedAddress::of(record->prefix), length};
     return fill(*platform, if_index, platform->addressing().prefixes().after(key), record);
 }

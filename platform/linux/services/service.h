@@ -2,6 +2,7 @@
 // What the service functions share.
 #pragma once
 
+#include "core/codes.h"
 #include "core/results.h"
 #include "platform.h"
 
