@@ -3,11 +3,13 @@
 #
 #   make              build the release configuration in build/
 #   make run          build, and run the agent on loopback (ONCE=1: query it once and stop it)
-#   make test         build and test the release and the sanitized configuration, and check the layout of the sources
+#   make test         build and test the release and the sanitized configuration and the device's shape (powerpc), and
+#                     check the layout of the sources
+#   make test-device  build and test for powerpc, armhf, aarch64 and x86-64: the same tests on each
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test format clean
+.PHONY: build run test test-device format clean
 
 sources = find $(wildcard agent bench cli fuzz host include module platform tests) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -28,9 +30,14 @@ test:
 	cmake --preset asan
 	cmake --build --preset asan
 	ctest --preset asan
+	@tests/device/run.sh powerpc
+
+test-device:
+	@packaging/install_dependencies.sh build test device
+	@tests/device/run.sh powerpc armhf aarch64 x86-64
 
 format:
 	@$(sources) | xargs clang-format -i
 
 clean:
-	rm -rf build build-asan build-debug
+	rm -rf build build-*

@@ -17,7 +17,8 @@ std::size_t allocations = 0;
 
 } // namespace
 
-void *operator new(std::size_t size)
+// Not inlined: GCC takes the two ends of an inlined pair for a mismatch.
+[[gnu::noinline]] void *operator new(std::size_t size)
 {
     ++allocations;
     if (void *memory = std::malloc(size ? size : 1)) {
@@ -26,12 +27,12 @@ void *operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void operator delete(void *memory) noexcept
+[[gnu::noinline]] void operator delete(void *memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void *memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void *memory, std::size_t) noexcept
 {
     std::free(memory);
 }

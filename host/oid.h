@@ -16,7 +16,8 @@ namespace ipmib::host
 using SubId = std::uint32_t;
 using OidView = std::span<const SubId>;
 
-// Lexicographic order, a prefix before what extends it.
+// Lexicographic order, a prefix before what extends it. (std::lexicographical_compare_three_way, and with it < of two
+// vectors, is no use here: on a big-endian machine GCC 12's takes the number of elements for a number of bytes.)
 inline std::strong_ordering compare(OidView left, OidView right)
 {
     const std::size_t common = std::min(left.size(), right.size());

@@ -13,7 +13,15 @@
 namespace ipmib::host::testing
 {
 
-using Identifier = std::vector<SubId>;
+// A vector that orders right on big-endian machines too (see compare).
+struct Identifier : std::vector<SubId> {
+    using vector::vector;
+
+    friend std::strong_ordering operator<=>(const Identifier &left, const Identifier &right)
+    {
+        return compare(left, right);
+    }
+};
 using Random = std::mt19937;
 
 std::string text(OidView identifier);
