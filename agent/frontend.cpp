@@ -83,8 +83,8 @@ class Frontend::Impl
         }
     }
 
-    // Answers the further repetitions. The library would do it one at a time, at twice the price; but it checks the
-    // view for each, and so it shall where a view does not hold the whole region.
+    // Answers the further repetitions. The library would ask for them one at a time, with all its bookkeeping for each;
+    // but it checks the view for each, and so it shall where a view does not hold the whole region.
     void repeat(const ServedRegion &region, netsnmp_agent_request_info &info, netsnmp_request_info *requests)
     {
         LibraryOid root(region.root);

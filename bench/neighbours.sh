@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: BSD-3-Clause
 # Measures the neighbour table over real kernel state, in a network namespace that ends with each measurement.
 #
-#   bench/neighbours.sh next|staleness|memory [BUILD_DIR]
+#   bench/neighbours.sh next|walk|staleness|memory [BUILD_DIR]
 set -eu
 export MIBS= # names are not needed
-what=${1:?next, staleness or memory}
+what=${1:?next, walk, staleness or memory}
 build=${2:-build}
 plugins=$build/lib/ipmib
 [ -d "$plugins" ] || plugins=$(dirname "$(find "$build" -name platform_linux.so | head -n 1)")
@@ -43,6 +43,28 @@ next_instructions() {
         awk '/Collected :/ { printf "%d\n", $4 / 400 + 0.5; found = 1 } END { exit !found }'
 }
 
+# Whoever runs today: snmpd, with a configuration as bare as ours, if it is installed.
+start_peer() {
+    folder=$(mktemp -d)
+    echo "rocommunity public 127.0.0.1" >"$folder/conf"
+    SNMP_PERSISTENT_DIR=$folder snmpd -C -c "$folder/conf" -p "$folder/pid" -Lf "$folder/log" -I -smux \
+        udp:127.0.0.1:1161
+    snmpget -v2c -c public -r 20 -t 1 127.0.0.1:1161 1.3.6.1.2.1.1.3.0 >"$folder/uptime" # it is ready when it answers
+    agent=$(cat "$folder/pid")
+}
+
+# walk_cost NAME PROGRAM OPTION: processor time of the agent for each neighbour of a walk over one column.
+walk_cost() {
+    before=$(cut -d ' ' -f 1 "/proc/$agent/schedstat")
+    rows=0
+    for round in 1 2 3 4 5; do
+        rows=$((rows + $("$2" -v2c -c public $3 -On 127.0.0.1:1161 1.3.6.1.2.1.4.35.1.4 | grep -c STRING)))
+    done
+    after=$(cut -d ' ' -f 1 "/proc/$agent/schedstat")
+    awk -v name="$1" -v ns=$((after - before)) -v rows=$rows -v how="$2 $3" \
+        'BEGIN { printf "%-8s %-20s %7.2f us a variable (%d rows)\n", name, how, ns / rows / 1000, rows }'
+}
+
 case $what in
 next)
     for order in walk random; do
@@ -55,6 +77,23 @@ next)
 inside_next)
     fill "$4"
     next_instructions "$3"
+    ;;
+walk)
+    # Agent and client on one core: on two, the ratio of an agent to itself is anything between a half and two.
+    taskset -c 0 unshare -n "$0" inside_walk "$build"
+    ;;
+inside_walk)
+    fill 20000
+    for name in ipmibd snmpd; do
+        case $name in
+        ipmibd) start_agent ;;
+        snmpd) command -v snmpd >/dev/null && start_peer || continue ;;
+        esac
+        walk_cost $name snmpwalk -Cc
+        walk_cost $name snmpbulkwalk -Cr10
+        walk_cost $name snmpbulkwalk -Cr50
+        stop_agent
+    done
     ;;
 staleness)
     unshare -n "$0" inside_staleness "$build"
@@ -79,7 +118,7 @@ inside_memory)
     stop_agent
     ;;
 *)
-    echo "neighbours.sh: next, staleness or memory, not $what" >&2
+    echo "neighbours.sh: next, walk, staleness or memory, not $what" >&2
     exit 2
     ;;
 esac
