@@ -4,9 +4,12 @@
 ipmib_test(
   module_test
   SOURCES
+  addr/ip_address_next_test.cpp
+  addr/ip_address_prefix_next_test.cpp
   addr/ip_address_prefix_test.cpp
   addr/ip_address_test.cpp
   addr/ip_default_router_test.cpp
+  addr/prefix_pointer_test.cpp
   frame/dispatcher_test.cpp
   frame/lifecycle_test.cpp
   frame/walk_test.cpp
@@ -17,6 +20,7 @@ ipmib_test(
   mibtree/tree_walk_test.cpp
   nd_icmp/icmp_msg_stats_test.cpp
   nd_icmp/icmp_stats_test.cpp
+  nd_icmp/ip_net_to_physical_next_test.cpp
   nd_icmp/ip_net_to_physical_test.cpp
   nd_icmp/ipv6_router_advert_test.cpp
   stats/ip_if_stats_test.cpp

@@ -1,60 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipNetToPhysicalTable: the IPv6 neighbours, interface by interface, global addresses before link-local ones.
-#include <scripted/module_test.h>
+#include "ip_net_to_physical_test.h"
 
 using namespace ipmib::scripted;
+using namespace ipmib::scripted::ip_net_to_physical;
 
 namespace
 {
 
-constexpr std::uint32_t table = 7;
-enum Column { ifIndex = 1, addressType, netAddress, physAddress, lastUpdated, type, state, rowStatus };
-enum AddressType : std::uint32_t { ipv6 = 2, ipv6z = 4 };
-
-class IpNetToPhysical : public ModuleTest
-{
-  protected:
-    void SetUp() override
-    {
-        ModuleTest::SetUp();
-        world().interfaces = {3, 5};
-        world().neighbours = {neighbour(3, "2001:db8::1"), neighbour(3, "2001:db8::2"), neighbour(3, "fe80::1"),
-                              neighbour(5, "fe80::1"), neighbour(5, "fe80::2")};
-    }
-};
-
-Request withIndex(Request request, std::uint32_t interface, std::uint32_t kind, const Bytes &address)
-{
-    return request.index(ifIndex, interface).index(addressType, kind).index(netAddress, address);
-}
-Request getRow(std::uint32_t interface, std::uint32_t kind, const Bytes &address)
-{
-    return withIndex(get(table), interface, kind, address);
-}
-Request nextAfter(std::uint32_t interface, std::uint32_t kind, const Bytes &address)
-{
-    return withIndex(getNext(table), interface, kind, address);
-}
-
-Reply globalRow(std::uint32_t interface, const char *address)
-{
-    return answered({integer(ifIndex, interface), integer(addressType, ipv6), octets(netAddress, bytesOf(address))});
-}
-Reply linkLocalRow(std::uint32_t interface, const char *address)
-{
-    return answered(
-        {integer(ifIndex, interface), integer(addressType, ipv6z), octets(netAddress, zoned(address, interface))});
-}
-
-// What one enumeration leaves in the log around its lookups.
-Calls enumeration(const Calls &lookups)
-{
-    Calls calls = {"IP6_DaemonCheck(1)", "IF_IteratorInitialize()", "IF_Select_Init(5)", "IF_SelectTypeSetGroup(2)",
-                   "IF_SelectCondition_Set(8)"};
-    calls.insert(calls.end(), lookups.begin(), lookups.end());
-    calls.emplace_back("IF_IteratorFinalize()");
-    return calls;
-}
+// --- Rows and their order
 
 TEST_F(IpNetToPhysical, GetAnswersEveryColumnAndDoesNotEchoTheIndex)
 {
@@ -135,133 +89,6 @@ TEST_F(IpNetToPhysical, WithoutAnIteratorNothingIsEnumerated)
     EXPECT_EQ(serviceCalls(), (Calls{"IP6_DaemonCheck(1)", "IF_IteratorInitialize()"}));
     EXPECT_EQ(openIterators(), 1u);
     newWorld(); // what could not be opened need not be closed
-}
-
-// --- Successors by the type of the key
-
-TEST_F(IpNetToPhysical, TypesZeroAndOneStartTheInterface)
-{
-    for (std::uint32_t kind : {0u, 1u}) {
-        EXPECT_EQ(nextAfter(3, kind, bytesOf("2001:db8::5")).send(), globalRow(3, "2001:db8::1"));
-        EXPECT_EQ(nextAfter(5, kind, {}).send(), linkLocalRow(5, "fe80::1"));
-    }
-}
-
-TEST_F(IpNetToPhysical, TypeThreeStartsTheLinkLocalNeighbours)
-{
-    EXPECT_EQ(nextAfter(3, 3, bytesOf("ffff::")).send(), linkLocalRow(3, "fe80::1"));
-}
-
-TEST_F(IpNetToPhysical, TypeThreeWithASmallZoneFirstAsksForTheZeroAddress)
-{
-    nextAfter(3, 3, zoned("fe80::7", 2)).send();
-    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ::, address)");
-}
-
-TEST_F(IpNetToPhysical, AZoneBelowTheInterfaceIndexFindsTheSameAddressThere)
-{
-    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 3)).send(), linkLocalRow(5, "fe80::1"));
-    EXPECT_EQ(serviceCalls(), (Calls{"IP6_DaemonCheck(1)", "ND_GetNetToPhysicalTable(5, fe80::1, address)"}));
-}
-
-TEST_F(IpNetToPhysical, AZoneBelowTheInterfaceIndexWithoutThatAddressGoesOn)
-{
-    world().neighbours = {neighbour(5, "fe80::2")};
-    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 3)).send(), linkLocalRow(5, "fe80::2"));
-}
-
-TEST_F(IpNetToPhysical, ZonesCompareAsUnsignedNumbers)
-{
-    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 0x80000000)).send(), linkLocalRow(5, "fe80::2"));
-    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 0x100)).send(), linkLocalRow(5, "fe80::2"));
-    EXPECT_EQ(nextAfter(5, ipv6z, zoned("fe80::1", 5)).send(), linkLocalRow(5, "fe80::2"));
-}
-
-TEST_F(IpNetToPhysical, TypesFromFiveOnMoveToTheNextInterface)
-{
-    for (std::uint32_t kind : {5u, 7u, 16u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(nextAfter(3, kind, {}).send(), linkLocalRow(5, "fe80::1")) << kind;
-        EXPECT_EQ(nextAfter(5, kind, {}).send(), refused(ERR_END_OF_TABLE)) << kind;
-    }
-}
-
-TEST_F(IpNetToPhysical, TypesFromFiveOnStandBehindTheHighestAddress)
-{
-    nextAfter(3, 7, bytesOf("::1")).send();
-    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff, address)");
-    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(2, 3 ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff)");
-}
-
-TEST_F(IpNetToPhysical, InterfaceZeroIsTheFirstInterfaceWithTheKeysAddress)
-{
-    EXPECT_EQ(nextAfter(0, ipv6, bytesOf("2001:db8::1")).send(), globalRow(3, "2001:db8::2"));
-}
-
-TEST_F(IpNetToPhysical, AnInterfaceThatIsNotSelectedIsAskedAllTheSame)
-{
-    world().neighbours.push_back(neighbour(4, "2001:db8::44"));
-    EXPECT_EQ(nextAfter(4, ipv6, bytesOf("::")).send(), globalRow(4, "2001:db8::44"));
-    EXPECT_EQ(nextAfter(4, ipv6, bytesOf("2001:db8::44")).send(), linkLocalRow(5, "fe80::1"));
-}
-
-// --- Reading the index
-
-TEST_F(IpNetToPhysical, AShortAddressIsTheStartOfItsRange)
-{
-    EXPECT_EQ(nextAfter(3, ipv6, Bytes(15, 0xFF)).send(), globalRow(3, "2001:db8::1"));
-    EXPECT_EQ(nextAfter(3, ipv6, {}).send(), globalRow(3, "2001:db8::1"));
-    forgetCalls();
-    nextAfter(3, ipv6z, Bytes(19, 0xFF)).send();
-    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ::, address)") << "all zero, the zone as well";
-}
-
-TEST_F(IpNetToPhysical, ALongAddressIsTheEndOfItsRange)
-{
-    EXPECT_EQ(nextAfter(3, ipv6, Bytes(17, 0)).send(), linkLocalRow(3, "fe80::1"));
-    EXPECT_EQ(nextAfter(3, ipv6, Bytes(600, 0)).send(), linkLocalRow(3, "fe80::1"));
-    forgetCalls();
-    nextAfter(3, ipv6z, Bytes(21, 0)).send();
-    EXPECT_EQ(serviceCalls()[1], "ND_GetNetToPhysicalTable(3, ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff, address)")
-        << "the zone stays 0";
-}
-
-TEST_F(IpNetToPhysical, WithoutTheInterfaceAWrongLengthIsCopiedOverTheKey)
-{
-    Bytes shortAddress = bytesOf("2001:db8::1");
-    shortAddress.pop_back();
-    getNext(table).index(addressType, ipv6).index(netAddress, shortAddress).send();
-    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(1, 3 2001:db8::)");
-    forgetCalls();
-    Bytes longAddress = zoned("2001:db8::1", 9);
-    getNext(table).index(addressType, ipv6).index(netAddress, longAddress).send();
-    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(1, 3 2001:db8::1)");
-}
-
-TEST_F(IpNetToPhysical, AnEmptyAddressThatIsCopiedLeavesTheDigitZeroInTheKey)
-{
-    getNext(table).index(addressType, ipv6).emptyIndex(netAddress).send();
-    EXPECT_EQ(serviceCalls()[6], "ND_GetNextNetToPhysicalTable(1, 3 3000::)");
-}
-
-TEST_F(IpNetToPhysical, WithoutATypeAnAddressOfAnyLengthIsCopiedAndTheInterfaceStarts)
-{
-    EXPECT_EQ(getNext(table).index(ifIndex, 3).index(netAddress, Bytes(3, 0xFF)).send(), globalRow(3, "2001:db8::1"));
-    EXPECT_EQ(getNext(table).index(ifIndex, 5).send(), linkLocalRow(5, "fe80::1"));
-    EXPECT_EQ(getNext(table).index(ifIndex, 0).send(), globalRow(3, "2001:db8::1"));
-    EXPECT_EQ(getNext(table).index(addressType, ipv6).send(), globalRow(3, "2001:db8::1"));
-}
-
-TEST_F(IpNetToPhysical, OnlyTheAddressesLengthIsLookedAt)
-{
-    nextAfter(3, ipv6, bytesOf("2001:db8::1")).send();
-    Calls lengths;
-    for (const std::string &call : allCalls()) {
-        if (call.rfind("MOR_GetParaLen", 0) == 0) {
-            lengths.push_back(call);
-        }
-    }
-    EXPECT_EQ(lengths, Calls{"MOR_GetParaLen(0x3720703)"});
-    EXPECT_EQ(getNext(table).emptyIndex(ifIndex).emptyIndex(addressType).send(), globalRow(3, "2001:db8::1"));
 }
 
 // --- Get
