@@ -32,11 +32,11 @@ class PlatformInside
     Platform *operator->() { return &*platform_; }
     Platform &operator*() { return *platform_; }
 
-    // Waits for what the platform waits for, until the condition holds; false when it does not within five seconds.
+    // Waits for what the platform waits for, until the condition holds; false when it does not in time.
     template <class Condition>
-    bool waitUntil(Condition condition)
+    bool waitUntil(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(5))
     {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        const auto end = std::chrono::steady_clock::now() + limit;
         while (!condition()) {
             const auto left =
                 std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
@@ -45,6 +45,19 @@ class PlatformInside
                 return condition();
             }
             platform_->dispatch();
+        }
+        return true;
+    }
+    // The same for a condition that time alone makes true.
+    template <class Condition>
+    bool waitFor(Condition condition, std::chrono::milliseconds limit)
+    {
+        const auto end = std::chrono::steady_clock::now() + limit;
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > end) {
+                return false;
+            }
+            waitUntil([] { return false; }, std::chrono::milliseconds(100));
         }
         return true;
     }

@@ -29,5 +29,10 @@ if(IPMIB_BUILD_TESTS)
 endif()
 
 ipmib_test(addressing_netns_test
-    SOURCES addressing/addresses_netns_test.cpp addressing/test_rows.cpp
+    SOURCES addressing/addresses_netns_test.cpp addressing/prefixes_netns_test.cpp
+            addressing/routers_netns_test.cpp addressing/test_rows.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns)
+
+ipmib_test(addressing_test
+    SOURCES addressing/messages_test.cpp addressing/prefix_table_test.cpp
+    LIBS ipmib_platform_linux_objects)

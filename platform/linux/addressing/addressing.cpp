@@ -12,6 +12,13 @@ namespace ipmib::platform
 std::string Addressing::start(EventLoop &loop, int receiveBuffer)
 {
     connect();
+    const bool timer = settling_.open(loop, [this] {
+        routeMirror_.refresh();
+        anycastMirror_.refresh();
+    });
+    if (!timer) {
+        return "routes: cannot create a timer";
+    }
     for (Mirror *mirror : {&addressMirror_, &nexthopMirror_, &routeMirror_, &anycastMirror_}) {
         if (const std::string error = mirror->start(loop, receiveBuffer); !error.empty()) {
             return error;
@@ -40,18 +47,18 @@ void Addressing::connect()
     routes_.connect(std::move(handlers));
 }
 
-// The kernel does not announce every route that an interface takes along, nor which nexthops it passes over from now
-// on.
 void Addressing::linkDown(std::uint32_t ifIndex)
 {
     prefixes_.forgetAdvertised(ifIndex);
-    routeMirror_.refresh();
-    anycastMirror_.refresh();
+    readRoutesSoon();
 }
 
-void Addressing::linkUp()
+void Addressing::readRoutesSoon()
 {
-    routeMirror_.refresh();
+    constexpr unsigned settlingTime = 100; // ms, for the kernel to do what it has to
+    if (!settling_.armed()) {
+        settling_.arm(settlingTime);
+    }
 }
 
 const RouterList &Addressing::routers()

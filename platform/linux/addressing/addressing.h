@@ -20,9 +20,10 @@ class Addressing
     // The answer, when it fails, is one line for the user.
     std::string start(EventLoop &loop, int receiveBuffer);
 
-    // An interface went down or away, or came up.
+    // An interface went down or away, or came up. The kernel says so before it does what follows from it, and does not
+    // announce all of that: which routes an interface takes along, which nexthops it passes over from now on.
     void linkDown(std::uint32_t ifIndex);
-    void linkUp();
+    void linkUp() { readRoutesSoon(); }
 
     const AddressTable &addresses() const { return addresses_; }
     const AnycastTable &anycasts() const { return anycasts_; }
@@ -38,6 +39,7 @@ class Addressing
 
   private:
     void connect();
+    void readRoutesSoon();
     void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
 
     DumpQueue &dumps_;
@@ -52,6 +54,7 @@ class Addressing
     Mirror anycastMirror_{anycasts_, dumps_};
     Mirror nexthopMirror_{nexthops_, dumps_};
     Mirror routeMirror_{routes_, dumps_};
+    Timer settling_;
     std::uint64_t nextReadMs_ = 0; // since boot
     std::uint64_t kernelReads_ = 0;
 };

@@ -17,9 +17,10 @@ using Bytes = std::array<std::uint8_t, 16>;
 
 constexpr std::int32_t ticksPerSecond = 100; // of the kernel's expiry times, on every architecture but alpha
 
-// Flags in RTM_NEWPREFIX messages, which no header of the kernel exports.
-constexpr unsigned prefixOnLink = 0x01;
-constexpr unsigned prefixAutonomous = 0x02;
+// Flags in RTM_NEWPREFIX messages, which no header of the kernel exports. Newer kernels hand on the option's own flags,
+// older ones have numbers of their own, which are reserved bits of the option.
+constexpr unsigned prefixOnLink = 0x80 | 0x01;
+constexpr unsigned prefixAutonomous = 0x40 | 0x02;
 
 void takeGateway(const nlattr *attribute, RouteNexthop &nexthop)
 {

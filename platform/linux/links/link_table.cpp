@@ -80,7 +80,8 @@ void LinkTable::tell(const Link &before, const Link *now) const
     if (down_ && (now == nullptr || (wasUp && !isUp))) {
         down_(before.ifIndex);
     }
-    if (up_ && !wasUp && isUp) {
+    constexpr unsigned working = IFF_UP | IFF_RUNNING;
+    if (up_ && now != nullptr && (before.flags & working) != working && (now->flags & working) == working) {
         up_(before.ifIndex);
     }
 }

@@ -26,7 +26,8 @@ struct Link {
 class LinkTable : public KernelTable
 {
   public:
-    // Called when an interface has gone down or away, or has come up, with what the kernel may not announce row by row.
+    // Called when an interface has gone down or away, or has come up and works, with what the kernel may not announce
+    // row by row.
     using Handler = std::function<void(std::uint32_t ifIndex)>;
     void onDown(Handler handler) { down_ = std::move(handler); }
     void onUp(Handler handler) { up_ = std::move(handler); }
