@@ -53,10 +53,8 @@ class HostileModule : public ::testing::Test
                                   {{1, 2, 1, 4, 3, 2, 2, 1, 1}, {1, 2, 1, 5, 3, 4, 1, 255}, {1, 3, 0}});
         Random random(3);
         for (int packet = 0; packet < packets; ++packet) {
-            std::vector<Identifier> asked;
-            for (int i = 0; i < 3; ++i) {
-                asked.push_back(somewhere.random(random));
-            }
+            const std::vector<Identifier> asked = {somewhere.random(random), somewhere.random(random),
+                                                   somewhere.random(random)};
             std::vector<Variable> variables(asked.size());
             for (std::size_t i = 0; i < asked.size(); ++i) {
                 variables[i].asked = asked[i];
@@ -65,7 +63,8 @@ class HostileModule : public ::testing::Test
             resolver.getNext(variables, {});
             for (const Variable &variable : variables) {
                 if (variable.status == Status::ok) {
-                    EXPECT_TRUE(compare(variable.name.view(), variable.asked) > 0) << text(variable.name.view());
+                    EXPECT_TRUE(std::is_gt(compare(variable.name.view(), variable.asked)))
+                        << text(variable.name.view());
                 }
             }
             resolver.get(variables);

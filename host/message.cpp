@@ -174,6 +174,7 @@ uint32_t MOR_AppendPara2Msg(MorReply *reply, uint32_t, uint32_t parameter_id, ui
     if (reply->values.size() >= maxReplyValues) {
         return refuse("appended too many values");
     }
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): some value types hold an address in the word
     const void *address = reinterpret_cast<const void *>(value);
     switch (value_type) {
     case VT_INTEGER:

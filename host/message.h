@@ -26,7 +26,7 @@ struct ReplyValue {
 // What a module may not exceed; a reply that tries is refused as a whole.
 inline constexpr std::size_t maxReplyValues = 512;
 inline constexpr std::uint32_t maxOctets = 65535;
-inline constexpr std::size_t maxReplyBytes = 256 * 1024;
+inline constexpr std::size_t maxReplyBytes = 262'144;
 
 // What the module did wrong with the message layer since the last call, or null. The module is not told: it examines no
 // result, so the agent has to.

@@ -13,7 +13,6 @@ namespace
 {
 
 using testing::integer;
-using testing::octets;
 using testing::TestTree;
 
 constexpr std::uint32_t otherId = 0x04440000;

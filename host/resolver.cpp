@@ -32,7 +32,7 @@ class Resolver::Impl
             const Leaf &leaf = leaves_[i];
             const bool isColumn = leaf.node->ulKind == MIB_NODE_COLUMN;
             const OidView region = leaf.name.first(leaf.name.size() - (isColumn ? 1 : 0));
-            if (regions_.empty() || compare(regions_.back().root.view(), region) != 0) {
+            if (regions_.empty() || std::is_neq(compare(regions_.back().root.view(), region))) {
                 regions_.push_back({Oid(region), isColumn ? leaf.node->pstParent : leaf.node});
             }
         }
@@ -65,7 +65,7 @@ class Resolver::Impl
         begin();
         const auto [first, last] = leaves_.leavesOf(region);
         for (Variable &variable : variables) {
-            const bool isBefore = compare(variable.asked, region) < 0;
+            const bool isBefore = std::is_lt(compare(variable.asked, region));
             const OidView from = isBefore ? region : variable.asked;
             const std::size_t leaf = leaves_.leafOf(from);
             if (leaf < leaves_.size()) {
@@ -132,7 +132,7 @@ class Resolver::Impl
         }
         // A module answers scalars by get alone.
         const auto order = compare(scalarInstance, from.instance);
-        if (order < 0 || (order == 0 && !from.inclusive)) {
+        if (std::is_lt(order) || (std::is_eq(order) && !from.inclusive)) {
             return Outcome::noRow;
         }
         found_ = scalarInstance;

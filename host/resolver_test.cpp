@@ -194,6 +194,7 @@ TEST_F(ResolverTest, aGetSaysWhatIsMissing)
                                 {1, 10, 1},          // not the instance of a scalar
                                 {}});
     std::vector<Status> statuses;
+    statuses.reserve(variables.size());
     for (const Variable &variable : variables) {
         statuses.push_back(variable.status);
     }

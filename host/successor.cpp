@@ -51,7 +51,7 @@ Outcome SuccessorSearch::ask(const RowKey *key)
 bool SuccessorSearch::isBehind() const
 {
     const auto order = compare(instance(), from_.instance);
-    return order > 0 || (from_.inclusive && order == 0);
+    return std::is_gt(order) || (from_.inclusive && std::is_eq(order));
 }
 
 Outcome SuccessorSearch::search()
@@ -94,7 +94,7 @@ Outcome SuccessorSearch::goOn()
         if (outcome != Outcome::answered) {
             return outcome;
         }
-        if (step == maxSteps || compare(instance(), previous.view()) <= 0) {
+        if (step == maxSteps || std::is_lteq(compare(instance(), previous.view()))) {
             problem_ = notAscending;
             return Outcome::noRow;
         }

@@ -94,11 +94,11 @@ std::size_t TreeIndex::leafAfter(OidView name) const
     }
     const OidView common = leaves_.front().name.first(common_);
     if (!isWithin(name, common)) {
-        return compare(name, common) < 0 ? 0 : leaves_.size();
+        return std::is_lt(compare(name, common)) ? 0 : leaves_.size();
     }
     const OidView rest = name.subspan(common_);
     const auto after = std::ranges::upper_bound(
-        leaves_, rest, [](OidView left, OidView right) { return compare(left, right) < 0; },
+        leaves_, rest, [](OidView left, OidView right) { return std::is_lt(compare(left, right)); },
         [this](const Leaf &leaf) { return leaf.name.subspan(common_); });
     return static_cast<std::size_t>(after - leaves_.begin());
 }

@@ -82,7 +82,7 @@ bool Instances::hasObjectOf(OidView identifier) const
 const Identifier *Instances::after(OidView asked, OidView region) const
 {
     const auto follows = [asked, region](const Identifier &instance) {
-        return compare(instance, asked) > 0 && isWithin(instance, region);
+        return std::is_gt(compare(instance, asked)) && isWithin(instance, region);
     };
     const auto found = std::find_if(instances_.begin(), instances_.end(), follows);
     return found == instances_.end() ? nullptr : &*found;

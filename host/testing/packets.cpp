@@ -50,7 +50,7 @@ void checkGetNext(Resolver &resolver, const Instances &instances, Random &random
     for (const Variable &variable : variables) {
         SCOPED_TRACE("after " + text(variable.asked) + " within " + text(region));
         // Before the region, its root may be an instance itself.
-        const bool isBefore = compare(variable.asked, region) < 0 && instances.has(region);
+        const bool isBefore = std::is_lt(compare(variable.asked, region)) && instances.has(region);
         expectSuccessor(variable, isBefore ? &region : instances.after(variable.asked, region), expectValue);
     }
 }
@@ -64,7 +64,7 @@ void checkWalk(Resolver &resolver, const Instances &instances, OidView region, c
         variable.asked = asked.view();
         resolver.getNext({&variable, 1}, region);
         expectSuccessor(variable, instances.after(asked.view(), region), expectValue);
-        if (variable.status != Status::ok || compare(variable.name.view(), asked.view()) <= 0) {
+        if (variable.status != Status::ok || std::is_lteq(compare(variable.name.view(), asked.view()))) {
             return;
         }
         asked = variable.name;
