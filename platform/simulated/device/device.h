@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A simulated device: what the scenario says of it, seen at one moment.
+#pragma once
+
+#include "device/failures.h"
+#include "device/interface.h"
+#include "device/rows.h"
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace ipmib::simulated
+{
+
+inline constexpr std::uint32_t highestIfIndex = 0x7FFF'FFFF;
+
+class Device
+{
+  public:
+    // --- What the scenario says; it does not change once the device is complete.
+
+    std::uint32_t uptimeS = 0; // at the start
+    std::uint32_t hopLimit = 64;
+    CounterSet<Ip6MibStat> systemCounters; // those that are not the sum of the interfaces'
+    IcmpCounters icmp;
+    Schedule ip6Down;
+    Schedule ip4Down;
+    Failures failures;
+
+    // Null when its ifIndex or its name is taken. The pointer is good until the next one is added.
+    Interface *add(Interface interface);
+    // Interfaces by ifIndex.
+    const std::vector<Interface> &interfaces() const { return interfaces_; }
+    const Interface *named(const std::string &name) const;
+    // The one above the highest that is taken; 1 when that is as high as there is.
+    std::uint32_t nextIfIndex() const;
+    // These answer false when the row is there already.
+    bool add(const Address &address) { return addresses_.find(address.key()) == nullptr && addresses_.put(address); }
+    bool add(const Neighbour &row) { return neighbours_.find(row.key()) == nullptr && neighbours_.put(row); }
+    bool add(const Router &router);
+    bool add(const Prefix &prefix) { return prefixes_.find(prefix.key()) == nullptr && prefixes_.put(prefix); }
+
+    const Addresses &addresses() const { return addresses_; }
+    const NeighbourRows &neighbours() const { return neighbours_; }
+
+    // --- The moment.
+
+    void setTime(Time time) { time_ = time; }
+    Time time() const { return time_; }
+    std::uint32_t elapsedS() const;
+    std::uint32_t secondsSinceBoot() const { return uptimeS + elapsedS(); }
+
+    // --- What there is at this moment. Null for none; pointers are good as long as the device.
+
+    const Interface *find(std::uint32_t ifIndex) const;
+    const Interface *after(std::uint32_t ifIndex) const;
+    // The interface, when IPv6 is on there; the second one when it runs there, too.
+    const Interface *withIp6(std::uint32_t ifIndex) const;
+    const Interface *runningIp6(std::uint32_t ifIndex) const;
+
+    Ip6MibStat systemStat() const;
+
+    const Neighbour *neighbour(const NeighbourKey &key) const;
+    const Neighbour *globalNeighbourAfter(const NeighbourKey &key) const;
+    const Neighbour *linkLocalNeighbourAfter(const NeighbourKey &key) const;
+
+    const Address *linkLocal(std::uint32_t ifIndex) const;
+    const Address *address(const PackedAddress &address) const;
+    const Address *addressAfter(const PackedAddress &address) const;
+
+    const Prefix *firstPrefix(std::uint32_t ifIndex) const;
+    const Prefix *prefixAfter(const PrefixKey &key) const;
+
+    enum class RouterClass { global, linkLocal };
+    const Router *router(const RouterKey &key) const;
+    const Router *firstRouter(RouterClass of) const { return routerAfter(of, {PackedAddress{}, 0}); }
+    const Router *routerAfter(RouterClass of, const RouterKey &key) const;
+
+  private:
+    const Prefix *visible(std::uint32_t ifIndex, const Prefix *prefix) const;
+    const Routers &routers(RouterClass of) const
+    {
+        return of == RouterClass::global ? globalRouters_ : linkLocalRouters_;
+    }
+    bool isVisible(const Router &router) const;
+
+    std::vector<Interface> interfaces_; // by ifIndex
+    std::unordered_map<std::string, std::uint32_t> names_;
+    Addresses addresses_; // outside fe80::/10
+    Prefixes prefixes_;
+    NeighbourRows neighbours_;
+    Routers globalRouters_;
+    Routers linkLocalRouters_;
+    Time time_ = 0;
+};
+
+} // namespace ipmib::simulated

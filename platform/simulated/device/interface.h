@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// One interface of a simulated device.
+#pragma once
+
+#include "device/counters.h"
+#include "device/rows.h"
+
+#include <ipmib/records.h>
+
+#include <array>
+#include <optional>
+#include <string>
+
+namespace ipmib::simulated
+{
+
+using Mac = std::array<std::uint8_t, 6>;
+
+// What routers are told on an interface.
+struct Advertisement {
+    NdIfConfigInfo info{};                 // without the timers, which are the interface's own
+    std::uint32_t mtu = 0;                 // of the MTU option, bytes
+    std::optional<std::uint32_t> hopLimit; // unless it is the device's
+};
+
+struct Interface {
+    std::uint32_t ifIndex = 0;
+    std::string name;
+    std::uint8_t type = 6; // the code under which it is selected
+    std::uint32_t mtu = 1500;
+    std::optional<Mac> mac;
+    bool ip6 = true;
+    std::uint32_t reachableMs = 30'000;
+    std::uint32_t retransmitMs = 1'000;
+    Schedule outages;           // times at which it does not run
+    bool outagesRemove = false; // and is not even there then
+    std::optional<Address> linkLocal;
+    std::optional<Advertisement> advertisement;
+    CounterSet<Ip6MibStat> ip6Counters;
+    CounterSet<IpMibIfStat> ip4Counters;
+
+    bool exists(Time time) const { return !outagesRemove || !outages.covers(time); }
+    bool runs(Time time) const { return !outages.covers(time); }
+    Time runningTime(Time time) const { return time - outages.coveredBefore(time); }
+};
+
+// Modified EUI-64 of a link-layer address.
+std::uint64_t interfaceIdentifier(const Mac &mac);
+// fe80:: and the identifier.
+PackedAddress linkLocalAddress(std::uint64_t identifier);
+
+} // namespace ipmib::simulated

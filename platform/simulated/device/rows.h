@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The rows of a simulated device's tables, and their orders.
+#pragma once
+
+#include "addressing/packed_address.h"
+#include "addressing/prefix_key.h"
+#include "core/codes.h"
+#include "neighbour_rows.h"
+#include "ordered_table.h"
+
+#include <compare>
+#include <cstdint>
+
+namespace ipmib::simulated
+{
+
+using platform::Neighbour;
+using platform::NeighbourKey;
+using platform::NeighbourRows;
+using platform::OrderedTable;
+using platform::PackedAddress;
+using platform::PrefixKey;
+
+// A lifetime in seconds, which may begin anew again and again.
+struct Lifetime {
+    std::uint32_t seconds = platform::infiniteLifetime;
+    std::uint32_t renewedEvery = 0; // seconds; 0: never
+
+    // What is left so many seconds after the device's start.
+    std::uint32_t left(std::uint32_t elapsed) const
+    {
+        if (seconds == platform::infiniteLifetime) {
+            return seconds;
+        }
+        const std::uint32_t since = renewedEvery == 0 ? elapsed : elapsed % renewedEvery;
+        return since < seconds ? seconds - since : 0;
+    }
+};
+
+// Rows by their key(), which orders rows and keys alike.
+template <class Row, class Key>
+struct ByKey {
+    bool operator()(const Row &a, const Row &b) const { return a.key() < b.key(); }
+    bool operator()(const Row &a, const Key &b) const { return a.key() < b; }
+    bool operator()(const Key &a, const Row &b) const { return a < b.key(); }
+};
+
+struct Address {
+    PackedAddress address;
+    std::uint32_t ifIndex;
+    std::uint32_t origin;   // platform::addressOrigin*
+    std::uint32_t state;    // platform::addressState*
+    std::uint32_t createdS; // since boot
+    std::uint32_t changedS; // since boot
+    std::uint8_t length;    // bits of the prefix
+    bool anycast;
+
+    const PackedAddress &key() const { return address; }
+};
+using Addresses = OrderedTable<Address, ByKey<Address, PackedAddress>>;
+
+struct Prefix {
+    PackedAddress prefix;
+    std::uint32_t ifIndex;
+    std::uint32_t origin; // platform::prefixOrigin*
+    Lifetime valid;
+    Lifetime preferred;
+    std::uint8_t length; // bits
+    std::uint8_t flags;  // platform::prefixFlag*
+
+    PrefixKey key() const { return {ifIndex, prefix, length}; }
+};
+using Prefixes = OrderedTable<Prefix, ByKey<Prefix, PrefixKey>>;
+
+struct RouterKey {
+    PackedAddress address;
+    std::uint32_t ifIndex;
+    friend auto operator<=>(const RouterKey &, const RouterKey &) = default;
+};
+
+struct Router {
+    PackedAddress address;
+    std::uint32_t ifIndex;
+    std::uint32_t preference; // platform::gatewayPreference*
+    Lifetime lifetime;
+
+    RouterKey key() const { return {address, ifIndex}; }
+};
+using Routers = OrderedTable<Router, ByKey<Router, RouterKey>>;
+
+} // namespace ipmib::simulated

@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What the host calls to drive the platform.
+#include "core/hooks.h"
+#include "platform.h"
+
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks =
+    ipmib::platform::Hooks<ipmib::simulated::Platform>::record();

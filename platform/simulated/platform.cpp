@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The one simulated platform of a process: a device, and the clock by which it lives.
+#include "platform.h"
+
+#include "core/log.h"
+#include "scenario/read_scenario.h"
+
+#include <charconv>
+#include <string_view>
+
+namespace ipmib::simulated
+{
+namespace
+{
+
+Platform *serving = nullptr;
+
+std::optional<Time> parseSeconds(std::string_view text)
+{
+    double seconds = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    constexpr double longest = 1e9;
+    if (error != std::errc() || end != text.data() + text.size() || !(seconds >= 0) || !(seconds <= longest)) {
+        return std::nullopt;
+    }
+    return static_cast<Time>(seconds * 1'000);
+}
+
+} // namespace
+
+Platform *running()
+{
+    return serving;
+}
+void setRunning(Platform *platform)
+{
+    serving = platform;
+}
+
+std::string Platform::readOptions(const IpmibPlatformHost &host)
+{
+    path_ = host.argument == nullptr ? "" : host.argument;
+    if (path_.empty()) {
+        return "platform simulated needs a scenario: --platform simulated:FILE";
+    }
+    for (std::size_t i = 0; i < host.option_count; ++i) {
+        const IpmibPlatformOption &option = host.options[i];
+        if (option.name != std::string_view("at")) {
+            return std::string("platform simulated has no option --") + option.name;
+        }
+        stopped_ = parseSeconds(option.value);
+        if (!stopped_) {
+            return std::string("--at needs the seconds since the device's start, not \"") + option.value + "\"";
+        }
+    }
+    return "";
+}
+
+std::string Platform::start(const IpmibPlatformHost &host)
+{
+    if (std::string error = readOptions(host); !error.empty()) {
+        return error;
+    }
+    try {
+        device_ = readScenario(path_);
+    } catch (const ScenarioError &error) {
+        return error.what();
+    }
+    start_ = std::chrono::steady_clock::now();
+    beginPacket();
+    return "";
+}
+
+Time Platform::now() const
+{
+    using std::chrono::milliseconds;
+    const auto elapsed = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start_);
+    return stopped_.value_or(static_cast<Time>(elapsed.count()));
+}
+
+void Platform::beginPacket()
+{
+    device_.setTime(now());
+    rowHopLimit_.newPacket();
+}
+
+void Platform::reload()
+{
+    try {
+        device_ = readScenario(path_);
+        beginPacket();
+    } catch (const ScenarioError &error) {
+        platform::logError("simulated: %s; the device stays as it was", error.what());
+    }
+}
+
+const char *Platform::interfaceName(std::uint32_t ifIndex) const
+{
+    const Interface *interface = device_.find(ifIndex);
+    return interface == nullptr ? nullptr : interface->name.c_str();
+}
+
+} // namespace ipmib::simulated

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The one simulated platform of a process: a device, and the clock by which it lives.
+#pragma once
+
+#include "advertisements/row_hop_limit.h"
+#include "device/device.h"
+
+#include <ipmib/platform_hooks.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace ipmib::simulated
+{
+
+class Platform
+{
+  public:
+    Platform() = default;
+    Platform(const Platform &) = delete;
+    Platform &operator=(const Platform &) = delete;
+
+    // Reads the scenario. The answer, when that fails, is one line for the user.
+    std::string start(const IpmibPlatformHost &host);
+
+    // Nothing happens by itself: what the time brings is seen by the next packet.
+    int descriptor() const { return -1; }
+    void dispatch() {}
+    void beginPacket();
+    // The scenario as it stands now; one that cannot be used is reported, and the device stays. The clock goes on.
+    void reload();
+    const char *interfaceName(std::uint32_t ifIndex) const;
+
+    const Device &device() const { return device_; }
+    platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
+
+  private:
+    std::string readOptions(const IpmibPlatformHost &host);
+    Time now() const;
+
+    std::string path_;
+    std::optional<Time> stopped_; // the clock shows this for ever
+    std::chrono::steady_clock::time_point start_;
+    Device device_;
+    platform::RowHopLimit rowHopLimit_;
+};
+
+// The platform that serves now; null before start and after stop, and then every service fails.
+Platform *running();
+void setRunning(Platform *platform);
+
+} // namespace ipmib::simulated

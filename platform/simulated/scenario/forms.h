@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Texts of a scenario that have a form: addresses, prefixes, link-layer addresses, lifetimes.
+#pragma once
+
+#include "device/interface.h"
+#include "scenario/value.h"
+
+namespace ipmib::simulated
+{
+
+struct AddressAndLength {
+    PackedAddress address;
+    std::uint8_t length; // bits
+};
+
+// An IPv6 unicast address that a node can have: neither :: nor multicast.
+PackedAddress readAddress(const Value &value);
+// The same with "/64" behind it.
+AddressAndLength readAddressAndLength(const Value &value);
+// A prefix: nothing but zeros behind its length.
+AddressAndLength readPrefix(const Value &value);
+Mac readMac(const Value &value);
+// Seconds, or "infinite".
+std::uint32_t readLifetime(const Value &value, std::uint32_t longest = platform::infiniteLifetime - 1);
+
+} // namespace ipmib::simulated

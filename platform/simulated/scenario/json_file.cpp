@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A JSON file as a document.
+#include "scenario/json_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <vector>
+
+namespace ipmib::simulated
+{
+namespace
+{
+
+// The library keeps the last of several equal keys and says nothing.
+class DuplicateKeys
+{
+  public:
+    bool operator()(int, Json::parse_event_t event, Json &value)
+    {
+        if (event == Json::parse_event_t::object_start) {
+            open_.emplace_back();
+        } else if (event == Json::parse_event_t::object_end) {
+            open_.pop_back();
+        } else if (event == Json::parse_event_t::key && !open_.back().insert(value.get<std::string>()).second) {
+            throw ScenarioError("the key " + value.dump(-1, ' ', false, Json::error_handler_t::replace) +
+                                " stands twice in one object");
+        }
+        return true;
+    }
+
+  private:
+    std::vector<std::set<std::string>> open_;
+};
+
+// The library's messages read "[json.exception.parse_error.101] parse error at line 3, column 5: ...".
+std::string withoutLibraryWords(const std::string &message)
+{
+    const std::string mark = "parse error at ";
+    const auto at = message.find(mark);
+    return at == std::string::npos ? message : message.substr(at + mark.size());
+}
+
+} // namespace
+
+Json readJsonFile(const std::string &path)
+{
+    std::ifstream file(path);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file.is_open() || file.bad()) {
+        throw ScenarioError(std::string("cannot read it: ") + std::strerror(errno));
+    }
+    try {
+        DuplicateKeys duplicates;
+        return Json::parse(text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {
+            return duplicates(depth, event, value);
+        });
+    } catch (const Json::parse_error &error) {
+        throw ScenarioError(withoutLibraryWords(error.what()));
+    }
+}
+
+} // namespace ipmib::simulated

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// At which times something holds: periods, of which the last one may come again and again.
+#pragma once
+
+#include "scenario/value.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace ipmib::simulated
+{
+
+// Milliseconds since the device was started.
+using Time = std::uint64_t;
+
+class Schedule
+{
+  public:
+    // [{"from": 10, "to": 20}, {"from": 60, "to": 65, "every": 30}], in seconds; without "to": for ever.
+    static Schedule read(const Value &list);
+    static Schedule always();
+
+    bool covers(Time time) const;
+    // How much of the time before this moment is covered.
+    Time coveredBefore(Time time) const;
+
+  private:
+    struct Period {
+        Time from;
+        Time to;    // the moment at which it is over
+        Time every; // 0: once
+    };
+
+    std::vector<Period> periods_; // ascending, apart from each other
+};
+
+// Seconds, as they stand in a scenario.
+Time readSeconds(const Value &value);
+
+} // namespace ipmib::simulated
