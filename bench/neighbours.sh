@@ -10,17 +10,26 @@ build=${2:-build}
 plugins=$build/lib/ipmib
 [ -d "$plugins" ] || plugins=$(dirname "$(find "$build" -name platform_linux.so | head -n 1)")
 
-# fill NUMBER: makes 16 interfaces and the neighbours, a tenth of them link-local.
-fill() {
-    awk -v n="$1" 'BEGIN {
-        print "link set lo up"
-        for (i = 0; i < 8; i++)
-            printf "link add left%d type veth peer name right%d\nlink set left%d up\nlink set right%d up\n", i, i, i, i
-        for (i = 0; i < n; i++)
-            printf "neigh add %s::%x:%x dev %s%d lladdr 02:00:00:%02x:%02x:%02x nud permanent\n",
-                   i % 10 ? "2001:db8" : "fe80", int(i / 65536) + 1, i % 65536, i % 2 ? "left" : "right", int(i / 2) % 8,
+# neighbours COMMAND FIRST NUMBER: a batch for ip. A tenth of them is link-local; the last three bytes of a link-layer
+# address follow from those of the address, so that a wrong row shows.
+neighbours() {
+    awk -v command="$1" -v first="$2" -v n="$3" 'BEGIN {
+        for (i = first; i < first + n; i++)
+            printf "neigh %s %s::%x:%x dev %s%d lladdr 02:00:00:%02x:%02x:%02x nud permanent\n", command,
+                   i % 10 ? "2001:db8" : "fe80", int(i / 65536), i % 65536, i % 2 ? "left" : "right", int(i / 2) % 8,
                    int(i / 65536), int(i / 256) % 256, i % 256
-    }' | ip -batch -
+    }'
+}
+
+# fill NUMBER: makes 16 interfaces and the neighbours.
+fill() {
+    {
+        echo "link set lo up"
+        for i in 0 1 2 3 4 5 6 7; do
+            printf 'link add left%d type veth peer name right%d\nlink set left%d up\nlink set right%d up\n' $i $i $i $i
+        done
+        neighbours add 1 "$1"
+    } | ip -batch -
 }
 
 # Starts ipmibd on loopback; its process id is in $agent.
@@ -35,6 +44,43 @@ stop_agent() {
     kill "$agent"
     timeout 10 tail -s 0.1 --pid="$agent" -f /dev/null
     rm -r "$folder"
+}
+
+walk() {
+    snmpbulkwalk -v2c -c public -Cr50 -On -Ox udp:127.0.0.1:1161 1.3.6.1.2.1.4.35.1.4
+}
+
+# change_for SECONDS: 1,000 changes a second, in lots of 50 neighbours that come and 50 that go.
+change_for() {
+    { neighbours add 100001 50; neighbours del 100051 50; } >"$folder/there"
+    { neighbours del 100001 50; neighbours add 100051 50; } >"$folder/back"
+    neighbours add 100051 50 | ip -batch -
+    end=$(($(date +%s) + $1))
+    while [ "$(date +%s)" -lt "$end" ]; do
+        for lot in there back there back there back there back there back; do
+            ip -batch "$folder/$lot"
+            sleep 0.08
+        done
+    done
+}
+
+# walk_for SECONDS CLIENT: snmpbulkwalk itself ends with an error at an identifier that does not increase.
+walk_for() {
+    end=$(($(date +%s) + $1)) walks=0 failed=0
+    while [ "$(date +%s)" -lt "$end" ]; do
+        walk >"$folder/walk$2" 2>&1 || failed=$((failed + 1))
+        walks=$((walks + 1))
+        tr 'A-F' 'a-f' <"$folder/walk$2" | awk '
+            function byte(hex) { return 16 * (index("0123456789abcdef", substr(hex, 1, 1)) - 1) + \
+                                        index("0123456789abcdef", substr(hex, 2, 1)) - 1 }
+            { split($1, id, ".") } # from the 2nd on: 10 of the column, interface, type, length, 16 of the address
+            NF != 9 || byte($7) != id[28] || byte($8) != id[29] || byte($9) != id[30] { wrong++ }
+            END { print NR, wrong + 0 }' >>"$folder/rows$2"
+    done
+    awk -v client="$2" -v walks=$walks -v failed=$failed '{ rows += $1; wrong += $2; seen[$1] = 1 }
+        END { for (size in seen) sizes++
+              printf "client %d: %d walks, %d rows, %d sizes of the table; walks that failed or were out of order: %d, wrong rows: %d\n",
+                     client, walks, rows, sizes, failed, wrong }' "$folder/rows$2"
 }
 
 next_instructions() {
@@ -102,6 +148,27 @@ inside_staleness)
     fill 20000
     start_agent
     "$build/bench/bench_neighbour_staleness" udp:127.0.0.1:1161 left0 1000
+    stop_agent
+    ;;
+churn)
+    unshare -n "$0" inside_churn "$build"
+    ;;
+inside_churn)
+    fill 2000
+    start_agent
+    change_for 30 &
+    changes=$!
+    walk_for 30 1 &
+    clients=$!
+    walk_for 30 2 &
+    clients="$clients $!"
+    walk_for 30 3 &
+    wait "$changes" $clients "$!"
+    walk | awk '{ print $4 $5 $6 $7 $8 $9 }' | tr 'A-F' 'a-f' | sort >"$folder/walked"
+    ip -6 neigh | awk '{ for (i = 1; i < NF; i++) if ($i == "lladdr") { gsub(":", "", $(i + 1)); print $(i + 1) } }' |
+        sort >"$folder/listed"
+    printf 'then, rows walked: %d, of the kernel: %d, in one list only: %d\n' "$(wc -l <"$folder/walked")" \
+        "$(wc -l <"$folder/listed")" "$(comm -3 "$folder/walked" "$folder/listed" | wc -l)"
     stop_agent
     ;;
 memory)
