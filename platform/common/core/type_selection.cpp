@@ -18,15 +18,6 @@ bool TypeSelection::begin(std::uint32_t kind)
     return kind == byType;
 }
 
-bool TypeSelection::addType(std::uint32_t code)
-{
-    if (code >= 256) {
-        return false;
-    }
-    types_[code / 64] |= std::uint64_t{1} << (code % 64);
-    return true;
-}
-
 bool TypeSelection::addGroup(std::uint32_t group)
 {
     allTypes_ = allTypes_ || group == withNeighbours;

@@ -18,7 +18,14 @@ class TypeSelection
 
     // These answer whether they understood.
     bool begin(std::uint32_t kind);
-    bool addType(std::uint32_t code);
+    bool addType(std::uint32_t code) // dozens of times for one walk over interfaces
+    {
+        if (code >= 256) {
+            return false;
+        }
+        types_[code / 64] |= std::uint64_t{1} << (code % 64);
+        return true;
+    }
     bool addGroup(std::uint32_t group);
     bool addCondition(std::uint32_t condition);
 
