@@ -26,6 +26,7 @@ ipmib_test(host_unit_test
     message_test.cpp
     registry_test.cpp
     resolver_test.cpp
+    syntax_test.cpp
     LIBS ipmib_host_testing)
 
 # Plug-ins, good and broken, and a program that loads them.
