@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What the resolver makes of answers: rows shared by a packet, ends, errors, values that are not what the tree
-// declares.
+// What the resolver makes of answers: rows shared by a packet, ends, errors.
 #include "resolver.h"
 
 #include "testing/identifiers.h"
