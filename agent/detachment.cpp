@@ -3,7 +3,7 @@
 
 #include "detachment.h"
 
-#include "exit_status.h"
+#include "host/command_line.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,7 +27,7 @@ Detachment::Detachment()
     close(ends[child == 0 ? 0 : 1]);
     if (child > 0) {
         char sign;
-        _exit(read(ends[0], &sign, 1) == 1 ? exitSuccess : exitFailure);
+        _exit(read(ends[0], &sign, 1) == 1 ? host::exitSuccess : host::exitFailure);
     }
     starter_ = ends[1];
     setsid();

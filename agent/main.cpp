@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipmibd: serves the IP-MIB of this machine over SNMP.
 
-#include "exit_status.h"
 #include "log.h"
 #include "options.h"
 #include "snmp_library.h"
@@ -17,7 +16,7 @@ namespace
 using namespace ipmib;
 
 // Errors go to the terminal, wherever the log goes.
-int fail(const std::exception &error, agent::ExitStatus status)
+int fail(const std::exception &error, host::ExitStatus status)
 {
     std::fprintf(stderr, "ipmibd: %s\n", error.what());
     return status;
@@ -28,10 +27,10 @@ int run(agent::Options options)
     switch (options.action) {
     case agent::Options::Action::help:
         std::fputs(agent::helpText, stdout);
-        return agent::exitSuccess;
+        return host::exitSuccess;
     case agent::Options::Action::version:
         std::printf("ipmibd %s (net-snmp %s)\n", IPMIB_VERSION, agent::SnmpLibrary::version());
-        return agent::exitSuccess;
+        return host::exitSuccess;
     case agent::Options::Action::run:
         break;
     }
@@ -44,7 +43,7 @@ int run(agent::Options options)
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_SBIN);
     options.plugin.log = agent::logLine;
     agent::serveStandalone(options);
-    return agent::exitSuccess;
+    return host::exitSuccess;
 }
 
 } // namespace
@@ -54,9 +53,9 @@ int main(int argc, char **argv)
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // the log may go there, into a pipe
     try {
         return run(agent::parseOptions(argc, argv));
-    } catch (const agent::UsageError &error) {
-        return fail(error, agent::exitUsage);
+    } catch (const host::UsageError &error) {
+        return fail(error, host::exitUsage);
     } catch (const std::exception &error) {
-        return fail(error, agent::exitFailure);
+        return fail(error, host::exitFailure);
     }
 }

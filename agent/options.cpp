@@ -7,8 +7,6 @@
 
 #include <net-snmp/net-snmp-includes.h>
 
-#include <getopt.h>
-
 #include <cstring>
 
 namespace ipmib::agent
@@ -39,27 +37,13 @@ as agentaddress in the configuration, only the loopback addresses are listened o
 namespace
 {
 
-constexpr int platformOption = 256;
-constexpr int moduleOption = 257;
-
 constexpr option longOptions[] = {
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, 'v'},
-    {"platform", required_argument, nullptr, platformOption},
-    {"module", required_argument, nullptr, moduleOption},
+    host::pluginOptions[0],
+    host::pluginOptions[1],
     {nullptr, 0, nullptr, 0},
 };
-
-// What getopt_long does not know but a platform may: "--name" or "--name=value".
-std::pair<std::string, std::string> splitLongOption(std::string_view argument)
-{
-    argument.remove_prefix(std::strlen("--"));
-    const std::size_t equals = argument.find('=');
-    if (equals == std::string_view::npos) {
-        return {std::string(argument), ""};
-    }
-    return {std::string(argument.substr(0, equals)), std::string(argument.substr(equals + 1))};
-}
 
 // Whether a destination of the log that was asked for could not be opened; the library keeps that to itself.
 const char *unopenedLogFile()
@@ -77,13 +61,13 @@ void chooseLogging(char *specification, int argc, char *const *argv)
 {
     const std::string given = std::string("-L") + specification;
     if (std::strchr("eEfFoOsSnN", specification[0]) == nullptr || specification[0] == '\0') {
-        throw UsageError(given + ": unknown destination of the log");
+        throw host::UsageError(given + ": unknown destination of the log");
     }
     if (std::strchr("fFsS", specification[0]) != nullptr && specification[1] == '\0' && optind >= argc) {
-        throw UsageError(given + " needs an argument");
+        throw host::UsageError(given + " needs an argument");
     }
     if (snmp_log_options(specification, argc, argv) < 0) {
-        throw UsageError(given + ": unknown destination of the log");
+        throw host::UsageError(given + ": unknown destination of the log");
     }
     if (const char *file = unopenedLogFile()) {
         throw std::runtime_error(std::string("cannot write the log file ") + file);
@@ -135,28 +119,14 @@ Options parseOptions(int argc, char *const *argv)
         case 'x':
             options.master = optarg;
             break;
-        case platformOption:
-            options.plugin.platform = optarg;
-            break;
-        case moduleOption:
-            options.plugin.module = optarg;
-            break;
         case 'h':
             options.action = Options::Action::help;
             return options;
         case 'v':
             options.action = Options::Action::version;
             return options;
-        case ':':
-            throw UsageError(std::string("option ") + argv[optind - 1] + " needs an argument");
         default:
-            if (optopt == 0) { // a long option that is not ours
-                options.plugin.platformOptions.push_back(splitLongOption(argv[optind - 1]));
-            } else if (optopt < platformOption && std::strncmp(argv[optind - 1], "--", 2) != 0) {
-                throw UsageError(std::string("unknown option -") + static_cast<char>(optopt));
-            } else {
-                throw UsageError(std::string("option ") + argv[optind - 1] + " takes no argument");
-            }
+            host::takePluginOption(letter, argv, options.plugin);
         }
     }
     for (; optind < argc; ++optind) {

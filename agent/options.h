@@ -2,9 +2,8 @@
 // The command line of ipmibd: snmpd's flags where both have the same thing to say.
 #pragma once
 
-#include "host/plugin.h"
+#include "host/command_line.h"
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,12 +25,7 @@ struct Options {
     host::PluginOptions plugin;
 };
 
-// One line for the user: what on the command line is wrong.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-// Throws UsageError. Log destinations (-L) take effect while they are read, since the library itself parses them.
+// Throws host::UsageError. Log destinations (-L) take effect while they are read, since the library itself parses them.
 Options parseOptions(int argc, char *const *argv);
 
 // The files of a comma list, as -c takes it.

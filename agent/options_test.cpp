@@ -26,7 +26,7 @@ std::string complaintAbout(const std::vector<std::string> &arguments)
 {
     try {
         parse(arguments);
-    } catch (const UsageError &error) {
+    } catch (const host::UsageError &error) {
         return error.what();
     }
     return "";

@@ -146,6 +146,11 @@ Resolver &Plugin::resolver()
     return impl_->resolver;
 }
 
+const MibTreeNode &Plugin::tree() const
+{
+    return impl_->module.root();
+}
+
 const IpmibPlatformHooks *Plugin::platform() const
 {
     return impl_->platform.hooks();

@@ -40,6 +40,8 @@ class Plugin
     Plugin &operator=(const Plugin &) = delete;
 
     Resolver &resolver();
+    // The root of the tree that the module describes.
+    const MibTreeNode &tree() const;
     // The platform's hooks, or null when it has none.
     const IpmibPlatformHooks *platform() const;
 
