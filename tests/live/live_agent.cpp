@@ -65,4 +65,35 @@ Table LiveAgent::walk(const Identifier &entry)
     return table;
 }
 
+Table LiveAgent::walk(const Identifier &entry, const std::vector<host::SubId> &columns)
+{
+    Table table;
+    std::vector<Identifier> asked(columns.size(), entry);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        asked[i].push_back(columns[i]);
+    }
+    std::vector<host::Variable> variables(columns.size());
+    for (;;) {
+        platform_->beginPacket();
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            variables[i].asked = asked[i];
+        }
+        resolver_.getNext(variables, entry);
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const Identifier name(variables[i].name.view().begin(), variables[i].name.view().end());
+            if (variables[i].status != host::Status::ok || name[entry.size()] != columns[i]) {
+                EXPECT_EQ(i, 0u) << "columns end together";
+                return table;
+            }
+            if (asked[i] >= name) {
+                ADD_FAILURE() << "a walk does not ascend";
+                return table;
+            }
+            asked[i] = name;
+            const auto row = name.begin() + static_cast<std::ptrdiff_t>(entry.size()) + 1;
+            table[columns[i]][Identifier(row, name.end())] = cellOf(variables[i].value);
+        }
+    }
+}
+
 } // namespace ipmib::live
