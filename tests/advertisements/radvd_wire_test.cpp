@@ -65,7 +65,7 @@ class RadvdWire : public testing::Test
         std::string name = testing::TempDir() + "radvdXXXXXX";
         ASSERT_NE(mkdtemp(name.data()), nullptr);
         folder_ = name;
-        std::ofstream(folder_ + "/dump");
+        std::ofstream(folder_ + "/dump") << "";
         router_.emplace();
         host_.emplace();
         router_->sysctl("net/ipv6/conf/all/forwarding", "1");

@@ -22,7 +22,7 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::size_t largestFile = 1024 * 1024;
+constexpr std::size_t largestFile = 1'048'576;
 // Not IN_MODIFY: a file that is being written is read when its writer closes it.
 constexpr std::uint32_t watchedEvents = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_CREATE | IN_DELETE |
                                         IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;

@@ -18,13 +18,11 @@ namespace
 
 TEST_F(NeighboursNetns, twentyThousandOnSixteenInterfacesEqualTheKernelsList)
 {
+    space_->run("for i in 0 1 2 3 4 5 6 7; do ip link add left$i type veth peer name right$i;"
+                "ip link set left$i up; ip link set right$i up; done");
     std::vector<std::string> devices;
-    for (int i = 0; i < 8; ++i) {
-        const std::string left = "left" + std::to_string(i);
-        const std::string right = "right" + std::to_string(i);
-        space_->run("ip link add " + left + " type veth peer name " + right + "; ip link set " + left +
-                    " up; ip link set " + right + " up");
-        devices.insert(devices.end(), {left, right});
+    for (const char number : std::string("01234567")) {
+        devices.insert(devices.end(), {std::string("left") + number, std::string("right") + number});
     }
     runBatch(*space_, batchOf(0, 10'000, "add", devices));
     PlatformInside platform(*space_);
@@ -104,7 +102,7 @@ class Recorder : public KernelTable
 {
   public:
     explicit Recorder(NeighbourTable &table) : table_(table) {}
-    const std::vector<NeighbourKey> &keys() const { return keys_; }
+    std::vector<NeighbourKey> keys() const { return keys_; }
 
     const char *name() const override { return table_.name(); }
     std::vector<unsigned> groups() const override { return table_.groups(); }
