@@ -57,16 +57,16 @@ const char *unopenedLogFile()
 }
 
 // The library prints complaints of its own about what it does not know, hence the checks before it is asked.
-void chooseLogging(char *specification, int argc, char *const *argv)
+void chooseLogging(char *option, int argc, char *const *argv)
 {
-    const std::string given = std::string("-L") + specification;
-    if (std::strchr("eEfFoOsSnN", specification[0]) == nullptr || specification[0] == '\0') {
+    const std::string given = std::string("-L") + option;
+    if (std::strchr("eEfFoOsSnN", option[0]) == nullptr || option[0] == '\0') {
         throw host::UsageError(given + ": unknown destination of the log");
     }
-    if (std::strchr("fFsS", specification[0]) != nullptr && specification[1] == '\0' && optind >= argc) {
+    if (std::strchr("fFsS", option[0]) != nullptr && option[1] == '\0' && optind >= argc) {
         throw host::UsageError(given + " needs an argument");
     }
-    if (snmp_log_options(specification, argc, argv) < 0) {
+    if (snmp_log_options(option, argc, argv) < 0) {
         throw host::UsageError(given + ": unknown destination of the log");
     }
     if (const char *file = unopenedLogFile()) {

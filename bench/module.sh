@@ -8,20 +8,19 @@ set -eu
 build=${1:-build}
 program=$build/bench/bench_module
 requests=200
-[ -x "$program" ] || { echo "module.sh: $program is not built (cmake --build $build --target bench_module)" >&2; exit 1; }
+. "$(dirname "$0")/callgrind.sh"
+need_built "$program"
 
-# instructions ARGUMENTS...: of one request.
-instructions() {
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect='*measuredRequest*' "$program" "$@" 2>&1 |
-        awk -v n=$requests '/Collected :/ { printf "%d\n", $4 / n + 0.5; found = 1 } END { exit !found }'
+cost() {
+    instructions measuredRequest $requests "$program" "$@"
 }
 
 printf '%-24s %-8s %-8s %12s\n' table operation columns instructions
 "$program" list | while read -r table operation columns; do
-    printf '%-24s %-8s %-8s %12s\n' "$table" "$operation" "$columns" "$(instructions "$table" "$operation" "$columns" $requests)"
+    printf '%-24s %-8s %-8s %12s\n' "$table" "$operation" "$columns" "$(cost "$table" "$operation" "$columns" $requests)"
 done
 
 printf '\nOne row of ipAddressTable with its prefix pointer (the walk ends at the last of 4 interfaces):\n'
 for prefixes in 10 100 1000; do
-    printf '%6d prefixes an interface: %12s\n' "$prefixes" "$(instructions ipAddressTable getnext one $requests "$prefixes")"
+    printf '%6d prefixes an interface: %12s\n' "$prefixes" "$(cost ipAddressTable getnext one $requests "$prefixes")"
 done

@@ -8,6 +8,7 @@ export MIBS= # names are not needed
 what=${1:?next, walk, staleness or memory}
 build=${2:-build}
 plugins=$build/lib/ipmib
+. "$(dirname "$0")/callgrind.sh"
 [ -d "$plugins" ] || plugins=$(dirname "$(find "$build" -name platform_linux.so | head -n 1)")
 
 # neighbours COMMAND FIRST NUMBER: a batch for ip. A tenth of them is link-local; the last three bytes of a link-layer
@@ -84,9 +85,7 @@ walk_for() {
 }
 
 next_instructions() {
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect='*measuredRequests*' \
-        "$build/bench/bench_neighbour_next" "$plugins/platform_linux.so" "$plugins/libipmib.so" "$1" 400 2>&1 |
-        awk '/Collected :/ { printf "%d\n", $4 / 400 + 0.5; found = 1 } END { exit !found }'
+    instructions measuredRequests 400 "$build/bench/bench_neighbour_next" "$plugins/platform_linux.so" "$plugins/libipmib.so" "$1" 400
 }
 
 # Whoever runs today: snmpd, with a configuration as bare as ours, if it is installed.

@@ -81,8 +81,8 @@ class Packets
     std::uint64_t requestCount() const { return resolver_.requestCount(); }
 
     // What callgrind counts: everything below these two.
-    [[gnu::noinline]] void measuredNext() { resolver_.getNext(variables_, {}); }
-    [[gnu::noinline]] void measuredGet() { resolver_.get(variables_); }
+    [[gnu::noinline]] void measuredPacketNext() { resolver_.getNext(variables_, {}); }
+    [[gnu::noinline]] void measuredPacketGet() { resolver_.get(variables_); }
 
     void ask()
     {
@@ -124,18 +124,18 @@ int run(const char *kind, std::size_t variables, long count)
 {
     Packets packets(variables);
     packets.ask();
-    packets.measuredNext();
+    packets.measuredPacketNext();
     packets.follow();
     packets.ask();
     for (long i = 0; i < count; ++i) {
         if (std::strcmp(kind, "get") == 0) {
-            packets.measuredGet();
+            packets.measuredPacketGet();
         } else {
             if (std::strcmp(kind, "guess") == 0) {
                 packets.breakOff();
                 packets.ask();
             }
-            packets.measuredNext();
+            packets.measuredPacketNext();
             packets.follow();
             packets.ask();
         }

@@ -137,18 +137,15 @@ bool findInLaterZone(const AddressKey &key, FullAddressRecord *record)
 }
 
 // A request's index.
-struct AddressIndex {
+struct AddressIndex : CountedIndex {
     std::uint32_t type = 0;
     AddressKey key;
-    std::uint32_t parts = 0;
 
     static constexpr std::uint32_t allParts = 2;
 
     explicit AddressIndex(MorRequest *request)
     {
-        const IndexPart typePart = readIndexPart(request, ipAddress.parameterId(0));
-        type = typePart.value;
-        parts = typePart.present ? 1 : 0;
+        type = count(readIndexPart(request, ipAddress.parameterId(0)));
         if (MorPara *const address = MOR_GetParaFromMsgByMOR(request, 0, ipAddress.parameterId(1))) {
             if (key.replaceMisfit(type, MOR_GetParaLen(address)) == AddressKey::Fit::exact) {
                 key.copyFrom(address);

@@ -191,13 +191,12 @@ std::uint32_t nextRowOf(std::uint32_t ifIndex, std::uint32_t type, const std::ui
 }
 
 // A request's index; complete when all four parts were counted.
-struct PrefixIndex {
+struct PrefixIndex : CountedIndex {
     std::uint32_t if_index = 0;
     std::uint32_t type = 0;
     AddressKey key;
     std::uint32_t octet_length = 0;
     std::uint32_t prefix_length = 0;
-    std::uint32_t parts = 0;
 
     static constexpr std::uint32_t allParts = 4;
 
@@ -223,13 +222,6 @@ struct PrefixIndex {
         if (length.present) {
             prefix_length = count(length);
         }
-    }
-
-  private:
-    std::uint32_t count(const IndexPart &part)
-    {
-        parts += part.present ? 1 : 0;
-        return part.value;
     }
 };
 

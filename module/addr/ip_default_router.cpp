@@ -65,12 +65,11 @@ void ip_DefaultRouter_GatewayToRow(const GatewayRecord &gateway, DefaultRouterRo
 }
 
 // A request's index.
-struct RouterIndex {
+struct RouterIndex : CountedIndex {
     std::uint32_t type = 0;
     AddressKey key;
     std::uint32_t octet_length = 0;
     std::uint32_t if_index = 0;
-    std::uint32_t parts = 0;
 
     static constexpr std::uint32_t allParts = 3;
 
@@ -93,13 +92,6 @@ struct RouterIndex {
         result.if_index = ipmib_be32(if_index);
         std::memcpy(result.address, key.bytes, addressSize);
         return result;
-    }
-
-  private:
-    std::uint32_t count(const IndexPart &part)
-    {
-        parts += part.present ? 1 : 0;
-        return part.value;
     }
 };
 

@@ -74,6 +74,17 @@ IndexPart readIndexPart(MorRequest *request, std::uint32_t parameterId);
 // The same where a part of length 0 counts as absent.
 IndexPart readIndexPartUnlessEmpty(MorRequest *request, std::uint32_t parameterId);
 
+// An index whose parts are counted as they are read: how much of it a request gave decides what is looked up.
+struct CountedIndex {
+    std::uint32_t parts = 0;
+
+    std::uint32_t count(const IndexPart &part)
+    {
+        parts += part.present ? 1 : 0;
+        return part.value;
+    }
+};
+
 // The parameters of a request in the order in which it delivers them.
 class Parameters
 {

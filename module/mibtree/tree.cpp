@@ -116,21 +116,21 @@ consteval const MibSyntax *syntaxOf()
 template <Node node>
 consteval MibTreeNode record()
 {
-    constexpr Line spec = lineOf(node);
+    constexpr Line line = lineOf(node);
     return {
         .pszName = descriptorOf(node),
         .ulKind = kindOf(node),
         .pstSyntax = syntaxOf<node>(),
-        .pstParent = recordOf(spec.parent),
+        .pstParent = recordOf(line.parent),
         .pstFirstChild = recordOf(firstChildOf(node)),
         .pstNextLeaf = recordOf(nextLeafOf(node)),
         .ulSpare1 = 0,
-        .ulSubId = spec.subId,
-        .pszDefVal = spec.defVal,
-        .ulStatus = spec.status,
-        .ulAccess = spec.access,
+        .ulSubId = line.subId,
+        .pszDefVal = line.defVal,
+        .ulStatus = line.status,
+        .ulAccess = line.access,
         .pstIndex = indexListOf<node>(),
-        .ulParamId = spec.paramId,
+        .ulParamId = line.paramId,
         .pstNextSibling = recordOf(nextSiblingOf(node)),
         .ulSpare2 = 0,
         .ulSpare3 = 0,

@@ -96,12 +96,11 @@ bool findNextOn(std::uint32_t ifIndex, std::uint32_t type, const std::uint8_t *k
 }
 
 // A request's index. The octets are kept whatever their length; it is the lookup that judges them.
-struct NeighbourIndex {
+struct NeighbourIndex : CountedIndex {
     std::uint32_t if_index = 0;
     std::uint32_t type = 0;
     AddressKey key;
     std::uint32_t octet_length = 0;
-    std::uint32_t parts = 0;
 
     static constexpr std::uint32_t allParts = 3;
 
@@ -117,13 +116,6 @@ struct NeighbourIndex {
                 key.copyFromOrDigit(address);
             }
         }
-    }
-
-  private:
-    std::uint32_t count(const IndexPart &part)
-    {
-        parts += part.present ? 1 : 0;
-        return part.value;
     }
 };
 

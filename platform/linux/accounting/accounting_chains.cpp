@@ -70,14 +70,14 @@ nftnl_expr *expression(const char *name)
     return allocated(nftnl_expr_alloc(name));
 }
 
-void addChain(NftMessages &batch, const Chain &specification)
+void addChain(NftMessages &batch, const Chain &wanted)
 {
     const ChainObject chain(allocated(nftnl_chain_alloc()));
     nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_TABLE, accountingTableName);
-    nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_NAME, specification.name);
+    nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_NAME, wanted.name);
     nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_TYPE, "filter");
-    nftnl_chain_set_u32(chain.get(), NFTNL_CHAIN_HOOKNUM, specification.hook);
-    nftnl_chain_set_s32(chain.get(), NFTNL_CHAIN_PRIO, specification.priority);
+    nftnl_chain_set_u32(chain.get(), NFTNL_CHAIN_HOOKNUM, wanted.hook);
+    nftnl_chain_set_s32(chain.get(), NFTNL_CHAIN_PRIO, wanted.priority);
     nftnl_chain_set_u32(chain.get(), NFTNL_CHAIN_POLICY, NF_ACCEPT);
     nftnl_chain_nlmsg_build_payload(batch.add(NFT_MSG_NEWCHAIN, NLM_F_CREATE), chain.get());
 }
@@ -131,13 +131,13 @@ void countInterface(nftnl_rule &rule, std::uint32_t interface, const char *set)
     nftnl_rule_add_expr(&rule, update);
 }
 
-void addRule(NftMessages &batch, const Chain &chain, const Rule &specification)
+void addRule(NftMessages &batch, const Chain &chain, const Rule &wanted)
 {
     const RuleObject rule(allocated(nftnl_rule_alloc()));
     nftnl_rule_set_str(rule.get(), NFTNL_RULE_TABLE, accountingTableName);
     nftnl_rule_set_str(rule.get(), NFTNL_RULE_CHAIN, chain.name);
-    matchDestination(*rule, specification.destination);
-    countInterface(*rule, chain.interface, specification.set);
+    matchDestination(*rule, wanted.destination);
+    countInterface(*rule, chain.interface, wanted.set);
     nftnl_rule_nlmsg_build_payload(batch.add(NFT_MSG_NEWRULE, NLM_F_CREATE | NLM_F_APPEND), rule.get());
 }
 
