@@ -14,6 +14,9 @@
 #include <stdexcept>
 #include <system_error>
 
+// The library exports it and declares it in none of its installed headers.
+extern "C" int vacm_warn_if_not_configured(int major, int minor, void *server, void *client);
+
 namespace ipmib::agent
 {
 
@@ -49,6 +52,9 @@ SnmpLibrary::SnmpLibrary(SnmpSettings settings) : settings_(std::move(settings))
     if (init_agent(applicationName) != 0) {
         throw std::runtime_error("the SNMP agent library could not be started");
     }
+    // The library's own warning is four lines long and names another program's commands.
+    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, vacm_warn_if_not_configured,
+                             nullptr, 0);
     init_snmp(applicationName);
     snmp_store(applicationName);       // the count of starts must not be lost in a crash
     netsnmp_set_lookup_cache_size(-1); // the library's default size
@@ -69,6 +75,11 @@ std::vector<std::string> SnmpLibrary::listeningAddresses()
 {
     const char *addresses = netsnmp_ds_get_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS);
     return splitList(addresses == nullptr ? "" : addresses);
+}
+
+bool SnmpLibrary::mayAnybodyAsk()
+{
+    return vacm_is_configured() != 0;
 }
 
 void SnmpLibrary::reload()

@@ -28,6 +28,9 @@ class SnmpLibrary
     // Where to listen: what the settings say and what the configuration adds.
     static std::vector<std::string> listeningAddresses();
 
+    // Whether the configuration grants anybody access.
+    static bool mayAnybodyAsk();
+
     // Reopens log files and reads the configuration again; keeps the old one when a file cannot be read.
     void reload();
 

@@ -32,6 +32,10 @@ void serveStandalone(const Options &options)
         detachment.emplace();
     }
     pidFile.write();
+    if (!SnmpLibrary::mayAnybodyAsk()) {
+        snmp_log(LOG_WARNING,
+                 "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");
+    }
     snmp_log(LOG_INFO, "ipmibd %s serves %zu regions\n", IPMIB_VERSION, plugin.resolver().regions().size());
     if (detachment) {
         detachment->ready(snmp_stderrlog_status() != 0);
