@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// One cell of a listing, for people and for programs, and how cells are made from a row's values.
+#pragma once
+
+#include "table_reader.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ipmib::cli
+{
+
+using Json = nlohmann::ordered_json;
+
+// A number that only grows, until it wraps.
+struct CounterValue {
+    std::uint64_t number;
+    bool wide; // 64 bits
+};
+
+struct Cell {
+    std::string text;
+    Json json;
+    std::optional<CounterValue> counter;
+};
+
+using Row = std::vector<Cell>;
+using Sink = std::function<void(Row)>;
+
+Cell textCell(const std::string &text);
+// What a row has no value for.
+Cell emptyCell();
+// From a part of the index.
+Cell interfaceCell(const TableReader &rows, std::size_t part);
+Cell addressCell(const TableReader &rows, std::size_t part);
+Cell indexLabelCell(const TableReader &rows, std::size_t part);
+Cell counterCell(const host::Value &value);
+// From a column; empty when it has no value.
+Cell numberCell(const TableReader &rows, std::size_t column);
+Cell interfaceNumberCell(const TableReader &rows, std::size_t column);
+Cell counterCell(const TableReader &rows, std::size_t column);
+Cell labelCell(const TableReader &rows, std::size_t column);
+Cell truthCell(const TableReader &rows, std::size_t column);
+Cell lifetimeCell(const TableReader &rows, std::size_t column);
+Cell millisecondsCell(const TableReader &rows, std::size_t column);
+// Hundredths of a second since boot.
+Cell ticksCell(const TableReader &rows, std::size_t column);
+
+} // namespace ipmib::cli

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Object identifiers as people write them.
+#include "identifier.h"
+
+#include "text.h"
+
+#include "host/command_line.h"
+#include "host/index_part.h"
+#include "host/row_key.h"
+#include "host/syntax.h"
+
+#include <ipmib/big_endian.h>
+
+#include <arpa/inet.h>
+
+#include <charconv>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+namespace ipmib::cli
+{
+namespace
+{
+
+constexpr std::uint32_t addressSize = 16;
+constexpr std::uint32_t zonedSize = 20;
+
+[[noreturn]] void refuse(const std::string &text, const std::string &why)
+{
+    throw host::UsageError(text + ": " + why);
+}
+
+std::optional<std::uint32_t> parseNumber(std::string_view text)
+{
+    std::uint32_t number;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+// Appends "1.3.6"; false when it is not numbers, or too many.
+bool appendNumbers(std::string_view text, host::Oid &oid)
+{
+    for (;;) {
+        const std::size_t dot = text.find('.');
+        const auto number = parseNumber(text.substr(0, dot));
+        if (!number || !oid.append(*number)) {
+            return false;
+        }
+        if (dot == std::string_view::npos) {
+            return true;
+        }
+        text.remove_prefix(dot + 1);
+    }
+}
+
+// "[a][b]" taken apart; empty when it is something else.
+std::vector<std::string> bracketed(std::string_view text)
+{
+    std::vector<std::string> parts;
+    while (!text.empty()) {
+        const std::size_t end = text.find(']');
+        if (text.front() != '[' || end == std::string_view::npos) {
+            return {};
+        }
+        parts.emplace_back(text.substr(1, end - 1));
+        text.remove_prefix(end + 1);
+    }
+    return parts;
+}
+
+std::optional<std::uint32_t> readNumberPart(Session &session, const MibTreeNode &node, const std::string &text)
+{
+    if (const auto number = parseNumber(text)) {
+        return number;
+    }
+    for (const MibEnumItem &label : host::labelsOf(*node.pstSyntax)) {
+        if (text == label.pszLabel) {
+            return static_cast<std::uint32_t>(label.lValue);
+        }
+    }
+    return isInterfaceNumber(node) ? std::optional(session.interfaceIndex(text)) : std::nullopt;
+}
+
+bool readAddressPart(Session &session, const std::string &text, std::size_t part, host::RowKey &key)
+{
+    const std::size_t percent = text.find('%');
+    in6_addr address;
+    if (inet_pton(AF_INET6, text.substr(0, percent).c_str(), &address) != 1) {
+        return false;
+    }
+    const bool zoned = percent != std::string::npos;
+    const auto octets = key.resizeOctets(part, zoned ? zonedSize : addressSize);
+    std::memcpy(octets.data(), &address, addressSize);
+    if (zoned) {
+        const IpmibBe32 zone = ipmib_be32(session.interfaceIndex(text.substr(percent + 1)));
+        std::memcpy(octets.data() + addressSize, &zone, sizeof zone);
+    }
+    return true;
+}
+
+void appendIndex(Session &session, const std::string &text, const MibTreeNode &node,
+                 const std::vector<std::string> &words, host::Oid &oid)
+{
+    if (node.pstIndex == nullptr || words.size() > node.pstIndex->ulCount) {
+        refuse(text, node.pstIndex == nullptr
+                         ? "the object has no index"
+                         : "the index has only " + std::to_string(node.pstIndex->ulCount) + " parts");
+    }
+    const auto columns = host::columnsOf(*node.pstIndex);
+    host::IndexParts parts;
+    host::RowKey key;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        parts.push_back(*host::indexPart(*columns[i]));
+        bool read = false;
+        if (parts.back().isOctets) {
+            read = readAddressPart(session, words[i], i, key);
+        } else if (const auto number = readNumberPart(session, *columns[i], words[i])) {
+            key.setNumber(i, *number);
+            read = true;
+        }
+        if (!read) {
+            refuse(text, "\"" + words[i] + "\" is no " + columns[i]->pszName);
+        }
+    }
+    host::appendKey(parts, key, oid);
+}
+
+std::string indexText(const Session &session, const MibTreeNode &node, host::OidView instance)
+{
+    const auto columns = host::columnsOf(*node.pstIndex);
+    host::IndexParts parts;
+    for (const MibTreeNode *column : columns) {
+        parts.push_back(*host::indexPart(*column));
+    }
+    host::RowKey key;
+    if (!host::readKey(parts, instance, key)) {
+        return "";
+    }
+    std::string text;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        std::string part;
+        if (parts[i].isOctets) {
+            part = addressText(session, key.octets(i));
+        } else if (isInterfaceNumber(*columns[i])) {
+            part = session.interfaceName(key.number(i));
+        } else {
+            part = labelText(*columns[i]->pstSyntax, key.number(i));
+        }
+        text += "[" + (part.empty() ? std::to_string(key.number(i)) : part) + "]";
+    }
+    return text;
+}
+
+} // namespace
+
+bool isInterfaceNumber(const MibTreeNode &node)
+{
+    return std::string_view(node.pszName).ends_with("IfIndex");
+}
+
+host::Oid parseIdentifier(Session &session, const std::string &text)
+{
+    host::Oid oid;
+    const std::string_view numbers = std::string_view(text).substr(text.starts_with('.') ? 1 : 0);
+    if (appendNumbers(numbers, oid)) {
+        return oid;
+    }
+    const std::size_t end = text.find_first_of(".[");
+    const Object *object = session.tree().named(text.substr(0, end));
+    if (object == nullptr) {
+        refuse(text, "there is no such object");
+    }
+    oid = object->oid;
+    if (end == std::string::npos) {
+        return oid;
+    }
+    const std::string_view rest = std::string_view(text).substr(end);
+    const std::vector<std::string> words = bracketed(rest);
+    if (!words.empty()) {
+        appendIndex(session, text, *object->node, words, oid);
+    } else if (rest.front() == '[' || !appendNumbers(rest.substr(1), oid)) {
+        refuse(text, "an index is written .1.2 or [1][2]");
+    }
+    return oid;
+}
+
+std::string identifierText(const Session &session, host::OidView oid)
+{
+    const Object *object = session.tree().deepest(oid);
+    if (object == nullptr) {
+        return numbersText(oid);
+    }
+    const host::OidView instance = oid.subspan(object->oid.size());
+    std::string text = object->node->pszName;
+    if (object->node->ulKind == MIB_NODE_COLUMN && !instance.empty()) {
+        const std::string index = indexText(session, *object->node, instance);
+        if (!index.empty()) {
+            return text + index;
+        }
+    }
+    return text + (instance.empty() ? "" : ".") + numbersText(instance);
+}
+
+std::string numbersText(host::OidView oid)
+{
+    std::string text;
+    for (const host::SubId id : oid) {
+        text += (text.empty() ? "" : ".") + std::to_string(id);
+    }
+    return text;
+}
+
+} // namespace ipmib::cli

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Writes instances with their values, one in a line.
+#include "instance.h"
+
+#include "cell.h"
+#include "identifier.h"
+#include "text.h"
+
+#include <cstdio>
+
+namespace ipmib::cli
+{
+namespace
+{
+
+Cell numberCell(const Session &session, const MibTreeNode &node, const host::Value &value)
+{
+    const std::string number = std::to_string(value.number);
+    const std::string label = isInterfaceNumber(node) ? session.interfaceName(static_cast<std::uint32_t>(value.number))
+                                                      : labelText(*node.pstSyntax, value.number);
+    if (isInterfaceNumber(node)) {
+        return {label == number ? number : label + "(" + number + ")", value.number, {}};
+    }
+    const auto signedNumber = static_cast<std::int32_t>(value.number);
+    const std::string plain = std::to_string(signedNumber);
+    return label.empty() ? Cell{plain, signedNumber, {}} : Cell{label + "(" + plain + ")", label, {}};
+}
+
+Cell valueCell(const Session &session, const MibTreeNode &node, const host::Value &value)
+{
+    constexpr std::uint64_t ticksPerSecond = 100;
+    switch (value.type) {
+    case host::ValueType::integer32:
+        return numberCell(session, node, value);
+    case host::ValueType::timeTicks:
+        return {durationText(value.number / ticksPerSecond), value.number, {}};
+    case host::ValueType::octets:
+    case host::ValueType::ipAddress:
+        return textCell(hexText(value.octets));
+    case host::ValueType::objectId:
+        return {identifierText(session, value.objectId), numbersText(value.objectId), {}};
+    case host::ValueType::unsigned32:
+    case host::ValueType::counter32:
+    case host::ValueType::counter64:
+        break;
+    }
+    return {std::to_string(value.number), value.number, {}};
+}
+
+} // namespace
+
+void InstanceWriter::add(host::OidView name, const host::Value &value)
+{
+    const Object *object = session_.tree().deepest(name);
+    const std::string text = identifierText(session_, name);
+    const Cell cell = valueCell(session_, *object->node, value);
+    if (!json_) {
+        std::printf("%s = %s\n", text.c_str(), cell.text.c_str());
+        return;
+    }
+    const Json json = {{"name", text}, {"oid", numbersText(name)}, {"value", cell.json}};
+    std::printf("%s%s", any_ ? ",\n " : "[", json.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+    any_ = true;
+}
+
+void InstanceWriter::finish()
+{
+    if (json_) {
+        std::fputs(any_ ? "]\n" : "[]\n", stdout);
+    }
+}
+
+} // namespace ipmib::cli

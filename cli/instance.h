@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Writes instances with their values, one in a line.
+#pragma once
+
+#include "options.h"
+#include "session.h"
+
+#include "host/resolver.h"
+
+namespace ipmib::cli
+{
+
+class InstanceWriter
+{
+  public:
+    InstanceWriter(const Session &session, const Options &options) : session_(session), json_(options.json) {}
+
+    void add(host::OidView name, const host::Value &value);
+    void finish();
+
+  private:
+    const Session &session_;
+    bool json_;
+    bool any_ = false;
+};
+
+} // namespace ipmib::cli

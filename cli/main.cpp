@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// ipmibctl: the IP-MIB on the terminal.
+#include "commands.h"
+
+#include <ipmib/platform_hooks.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <iterator>
+
+namespace
+{
+
+using namespace ipmib;
+
+struct Command {
+    const char *name;
+    int (*run)(cli::Session &, const cli::Options &, const cli::Words &);
+};
+constexpr Command commands[] = {
+    {"show", cli::show}, {"watch", cli::watch}, {"get", cli::get}, {"walk", cli::walk}, {"tree", cli::drawTree},
+};
+
+int fail(const std::exception &error, host::ExitStatus status)
+{
+    std::fflush(stdout);
+    std::fprintf(stderr, "ipmibctl: %s\n", error.what());
+    return status;
+}
+
+// What the platform and the resolver complain about; what they merely tell is of no interest to somebody who looks.
+void logLine(int priority, const char *line)
+{
+    if (priority <= IPMIB_LOG_WARNING) {
+        std::fprintf(stderr, "ipmibctl: %s\n", line);
+    }
+}
+
+int run(cli::Options options)
+{
+    switch (options.action) {
+    case cli::Options::Action::help:
+        std::fputs(cli::helpText, stdout);
+        return host::exitSuccess;
+    case cli::Options::Action::version:
+        std::printf("ipmibctl %s\n", IPMIB_VERSION);
+        return host::exitSuccess;
+    case cli::Options::Action::run:
+        break;
+    }
+    if (options.words.empty()) {
+        throw host::UsageError("a command is missing; ipmibctl --help lists them");
+    }
+    const auto command =
+        std::ranges::find_if(commands, [&options](const Command &each) { return each.name == options.words.front(); });
+    if (command == std::end(commands)) {
+        throw host::UsageError("there is no command \"" + options.words.front() + "\"; ipmibctl --help lists them");
+    }
+    options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN);
+    options.plugin.log = logLine;
+    cli::Session session(options.plugin);
+    return command->run(session, options, {options.words.begin() + 1, options.words.end()});
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(cli::parseOptions(argc, argv));
+    } catch (const host::UsageError &error) {
+        return fail(error, host::exitUsage);
+    } catch (const std::exception &error) {
+        return fail(error, host::exitFailure);
+    }
+}

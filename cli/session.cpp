@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A device in this process: its platform, the module, and the resolver through which every value comes.
+#include "session.h"
+
+#include "table_reader.h"
+
+#include <poll.h>
+
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <stdexcept>
+
+namespace ipmib::cli
+{
+
+Session::Session(const host::PluginOptions &options) : plugin_(options), tree_(plugin_.tree()) {}
+
+void Session::freshState()
+{
+    const IpmibPlatformHooks *platform = plugin_.platform();
+    if (platform != nullptr && platform->begin_packet != nullptr) {
+        platform->begin_packet();
+    }
+}
+
+bool Session::wait(int milliseconds)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    const IpmibPlatformHooks *platform = plugin_.platform();
+    const int descriptor = platform != nullptr && platform->descriptor != nullptr ? platform->descriptor() : -1;
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        if (left <= 0) {
+            return true;
+        }
+        pollfd work{descriptor, POLLIN, 0}; // a negative descriptor is never ready
+        const int ready = poll(&work, 1, static_cast<int>(left));
+        if (ready < 0 && errno == EINTR) {
+            return false;
+        }
+        if (ready > 0) {
+            platform->dispatch();
+        }
+    }
+}
+
+std::string Session::interfaceName(std::uint32_t ifIndex) const
+{
+    const IpmibPlatformHooks *platform = plugin_.platform();
+    const char *name =
+        platform != nullptr && platform->interface_name != nullptr ? platform->interface_name(ifIndex) : nullptr;
+    if (name == nullptr) {
+        return std::to_string(ifIndex);
+    }
+    std::string printable = name; // whoever may create interfaces shall not write to the terminal
+    for (char &character : printable) {
+        const auto code = static_cast<unsigned char>(character);
+        character = code < ' ' || code == 0x7F ? '?' : character;
+    }
+    return printable;
+}
+
+std::uint32_t Session::interfaceIndex(std::string_view name)
+{
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+    if (error == std::errc() && end == name.data() + name.size()) {
+        return number;
+    }
+    TableReader interfaces(*this, "ipIfStatsEntry", {"ipIfStatsHCInReceives"});
+    while (interfaces.next()) {
+        const std::uint32_t ifIndex = interfaces.key().number(1);
+        if (interfaceName(ifIndex) == name) {
+            return ifIndex;
+        }
+    }
+    throw std::runtime_error("no interface is called " + std::string(name));
+}
+
+} // namespace ipmib::cli

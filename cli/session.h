@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A device in this process: its platform, the module, and the resolver through which every value comes.
+#pragma once
+
+#include "object_tree.h"
+
+#include "host/plugin.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace ipmib::cli
+{
+
+class Session
+{
+  public:
+    // Throws host::PluginError.
+    explicit Session(const host::PluginOptions &options);
+
+    host::Resolver &resolver() { return plugin_.resolver(); }
+    const ObjectTree &tree() const { return tree_; }
+
+    // What is asked from here on is answered from the device's state of this moment.
+    void freshState();
+    // Lets the platform work, until so many milliseconds have passed or a signal has come; false for a signal.
+    bool wait(int milliseconds);
+
+    // As people know it; its number when it has no name.
+    std::string interfaceName(std::uint32_t ifIndex) const;
+    // The ifIndex of a name or a number; throws std::runtime_error when there is no such interface.
+    std::uint32_t interfaceIndex(std::string_view name);
+
+  private:
+    host::Plugin plugin_;
+    ObjectTree tree_;
+};
+
+} // namespace ipmib::cli

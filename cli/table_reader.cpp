@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Reads a table row by row, several columns at a time.
+#include "table_reader.h"
+
+#include "session.h"
+
+#include "host/index_part.h"
+#include "host/tree_check.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace ipmib::cli
+{
+namespace
+{
+
+const Object &objectNamed(const ObjectTree &tree, std::string_view name)
+{
+    const Object *object = tree.named(name);
+    if (object == nullptr) {
+        throw std::runtime_error("the module has no object " + std::string(name));
+    }
+    return *object;
+}
+
+} // namespace
+
+TableReader::TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns)
+    : session_(session), entry_(&objectNamed(session.tree(), entry))
+{
+    for (const MibTreeNode *part : host::columnsOf(*entry_->node->pstIndex)) {
+        parts_.push_back(*host::indexPart(*part));
+    }
+    for (const std::string_view name : columns) {
+        const Object &object = objectNamed(session.tree(), name);
+        const bool served = host::isServed(*object.node);
+        columns_.push_back({&object, served ? static_cast<int>(variables_.size()) : -1, object.oid});
+        if (served) {
+            variables_.emplace_back();
+        }
+    }
+}
+
+bool TableReader::next()
+{
+    const Column *first = nullptr;
+    for (Column &column : columns_) {
+        if (column.variable >= 0) {
+            column.asked = column.object->oid;
+            column.asked.append(instance_.view());
+            variables_[static_cast<std::size_t>(column.variable)].asked = column.asked.view();
+            first = first == nullptr ? &column : first;
+        }
+    }
+    if (first == nullptr) {
+        return false;
+    }
+    session_.resolver().getNext(variables_, entry_->oid.view());
+    const host::Variable &leading = variables_.front();
+    if (leading.status == host::Status::genErr) {
+        throw std::runtime_error(std::string(first->object->node->pszName) + ": the module's answer is unusable");
+    }
+    const host::OidView root = first->object->oid.view();
+    if (leading.status != host::Status::ok || !host::isWithin(leading.name.view(), root)) {
+        return false;
+    }
+    instance_ = host::Oid(leading.name.view().subspan(root.size()));
+    return host::readKey(parts_, instance_.view(), key_);
+}
+
+const host::Value *TableReader::value(std::size_t place) const
+{
+    const Column &column = columns_[place];
+    if (column.variable < 0) {
+        return nullptr;
+    }
+    const host::Variable &variable = variables_[static_cast<std::size_t>(column.variable)];
+    const host::OidView root = column.object->oid.view();
+    const bool ofThisRow = variable.status == host::Status::ok && host::isWithin(variable.name.view(), root) &&
+                           std::ranges::equal(variable.name.view().subspan(root.size()), instance_.view());
+    return ofThisRow ? &variable.value : nullptr;
+}
+
+} // namespace ipmib::cli

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What can be listed: the columns of a listing, and where its rows come from.
+#pragma once
+
+#include "cell.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace ipmib::cli
+{
+
+class Session;
+
+enum class Align { left, right };
+
+struct Column {
+    const char *heading;
+    const char *key; // for programs
+    Align align = Align::left;
+    int rank = 0; // where there is no room for all columns, those of the highest rank are left out first; 0: never
+};
+
+struct View {
+    const char *name;
+    std::span<const Column> columns;
+    // The argument is empty, or names what the listing is of.
+    void (*list)(Session &session, const std::string &argument, const Sink &sink);
+    bool takesArgument = false;
+};
+
+extern const View neighboursView;
+extern const View addressesView;
+extern const View prefixesView;
+extern const View routersView;
+extern const View interfacesView;
+extern const View advertisementsView;
+extern const View statisticsView; // one row for each version and interface
+extern const View countersView;   // one row for each counter: of the system, or of the interface that is named
+extern const View icmpView;
+
+} // namespace ipmib::cli

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// All traffic counters of the system or of one interface, one row for each, with both versions side by side.
+#include "session.h"
+#include "view.h"
+
+#include "host/tree_check.h"
+
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace ipmib::cli
+{
+namespace
+{
+
+constexpr Column columns[] = {
+    {"COUNTER", "counter"},
+    {"IPV4", "ipv4", Align::right},
+    {"IPV6", "ipv6", Align::right},
+};
+constexpr host::SubId versions[] = {1, 2};
+
+struct Counter {
+    const Object *object;
+    std::string name; // without the table's, and without the mark of 64 bits
+};
+
+// Those that are served; of one that is there twice, the one with 64 bits.
+std::vector<Counter> countersOf(const ObjectTree &tree, const Object &entry, const std::string &table)
+{
+    constexpr std::string_view wideMark = "HC";
+    std::vector<Counter> counters;
+    for (const Object &object : tree.objects()) {
+        const bool counted = object.node->pstParent == entry.node && host::isServed(*object.node) &&
+                             (object.node->pstSyntax->ulType == MIB_TYPE_COUNTER32 ||
+                              object.node->pstSyntax->ulType == MIB_TYPE_COUNTER64);
+        if (!counted) {
+            continue;
+        }
+        const std::string name = std::string(object.node->pszName).substr(table.size());
+        const Object *wide = tree.named(table + std::string(wideMark) + name);
+        if (wide == nullptr || !host::isServed(*wide->node)) {
+            counters.push_back({&object, name.starts_with(wideMark) ? name.substr(wideMark.size()) : name});
+        }
+    }
+    return counters;
+}
+
+// The counters' cells of one row; empty when there is no such row.
+Row readRow(Session &session, const std::vector<Counter> &counters, host::OidView instance)
+{
+    std::vector<host::Oid> names;
+    for (const Counter &counter : counters) {
+        names.push_back(counter.object->oid);
+        names.back().append(instance);
+    }
+    std::vector<host::Variable> variables(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        variables[i].asked = names[i].view();
+    }
+    session.resolver().get(variables);
+    Row row;
+    bool exists = false;
+    for (const host::Variable &variable : variables) {
+        exists = exists || variable.status == host::Status::ok;
+        row.push_back(variable.status == host::Status::ok ? counterCell(variable.value) : emptyCell());
+    }
+    return exists ? row : Row{};
+}
+
+void list(Session &session, const std::string &name, const Sink &sink)
+{
+    const bool ofSystem = name.empty() || name == "system";
+    const std::string table = ofSystem ? "ipSystemStats" : "ipIfStats";
+    const std::uint32_t ifIndex = ofSystem ? 0 : session.interfaceIndex(name);
+    const Object *entry = session.tree().named(table + "Entry");
+    if (entry == nullptr) {
+        throw std::runtime_error("the module has no object " + table + "Entry");
+    }
+    const std::vector<Counter> counters = countersOf(session.tree(), *entry, table);
+    std::vector<Row> rows;
+    for (const host::SubId version : versions) {
+        const host::SubId instance[] = {version, ifIndex};
+        rows.push_back(readRow(session, counters, {instance, ofSystem ? 1u : 2u}));
+    }
+    if (rows[0].empty() && rows[1].empty()) {
+        throw std::runtime_error("there are no statistics of " + (ofSystem ? "the system" : name));
+    }
+    for (std::size_t i = 0; i < counters.size(); ++i) {
+        Row row{textCell(counters[i].name)};
+        for (const Row &version : rows) {
+            row.push_back(version.empty() ? emptyCell() : version[i]);
+        }
+        sink(row);
+    }
+}
+
+} // namespace
+
+const View countersView{"statistics", columns, list, true};
+
+} // namespace ipmib::cli

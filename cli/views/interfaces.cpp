@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// IPv6 on each interface that has it.
+#include "text.h"
+#include "view.h"
+
+namespace ipmib::cli
+{
+namespace
+{
+
+constexpr Column columns[] = {
+    {"INTERFACE", "interface"},
+    {"INDEX", "ifIndex", Align::right},
+    {"IPV6", "enableStatus"},
+    {"FORWARDING", "forwarding", Align::left, 2},
+    {"IDENTIFIER", "identifier", Align::left, 1},
+    {"REACHABLE", "reachableTime", Align::right, 3},
+    {"RETRANSMIT", "retransmitTime", Align::right, 4},
+};
+
+// As it stands in addresses: 0000:5eff:fe00:5301.
+Cell identifierCell(const host::Value *value)
+{
+    if (value == nullptr) {
+        return emptyCell();
+    }
+    std::string text = hexText(value->octets);
+    constexpr std::size_t octet = 3; // "00:"
+    for (std::size_t colon = octet - 1; colon < text.size(); colon += 2 * octet - 1) {
+        text.erase(colon, 1);
+    }
+    return textCell(text);
+}
+
+void list(Session &session, const std::string &, const Sink &sink)
+{
+    enum { identifier, enableStatus, reachable, retransmit, forwarding };
+    TableReader rows(session, "ipv6InterfaceEntry",
+                     {"ipv6InterfaceIdentifier", "ipv6InterfaceEnableStatus", "ipv6InterfaceReachableTime",
+                      "ipv6InterfaceRetransmitTime", "ipv6InterfaceForwarding"});
+    while (rows.next()) {
+        const std::uint32_t ifIndex = rows.key().number(0);
+        sink({interfaceCell(rows, 0), Cell{std::to_string(ifIndex), ifIndex, {}}, labelCell(rows, enableStatus),
+              labelCell(rows, forwarding), identifierCell(rows.value(identifier)), millisecondsCell(rows, reachable),
+              millisecondsCell(rows, retransmit)});
+    }
+}
+
+} // namespace
+
+const View interfacesView{"interfaces", columns, list};
+
+} // namespace ipmib::cli

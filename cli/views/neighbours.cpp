@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The neighbours on all interfaces.
+#include "text.h"
+#include "view.h"
+
+#include <algorithm>
+
+namespace ipmib::cli
+{
+namespace
+{
+
+constexpr Column columns[] = {
+    {"ADDRESS", "address"}, {"INTERFACE", "interface"},       {"LINK-LAYER ADDRESS", "linkLayerAddress"},
+    {"STATE", "state"},     {"TYPE", "type", Align::left, 1}, {"UPDATED AT", "updated", Align::right, 2},
+};
+
+// One that is not known is told as zeros.
+Cell linkLayerCell(const host::Value *value)
+{
+    const bool known =
+        value != nullptr && std::ranges::any_of(value->octets, [](std::uint8_t octet) { return octet != 0; });
+    return known ? textCell(hexText(value->octets)) : emptyCell();
+}
+
+void list(Session &session, const std::string &, const Sink &sink)
+{
+    enum { physAddress, lastUpdated, type, state };
+    TableReader rows(
+        session, "ipNetToPhysicalEntry",
+        {"ipNetToPhysicalPhysAddress", "ipNetToPhysicalLastUpdated", "ipNetToPhysicalType", "ipNetToPhysicalState"});
+    while (rows.next()) {
+        sink({addressCell(rows, 2), interfaceCell(rows, 0), linkLayerCell(rows.value(physAddress)),
+              labelCell(rows, state), labelCell(rows, type), ticksCell(rows, lastUpdated)});
+    }
+}
+
+} // namespace
+
+const View neighboursView{"neighbours", columns, list};
+
+} // namespace ipmib::cli
