@@ -72,12 +72,6 @@ std::string platformArgument(const std::string &platform)
     return colon == std::string::npos ? "" : platform.substr(colon + 1);
 }
 
-std::string platformPath(const PluginOptions &options)
-{
-    const std::string name = platformName(options.platform);
-    return name.find('/') != std::string::npos ? name : options.pluginDirectory + "/platform_" + name + ".so";
-}
-
 std::string modulePath(const PluginOptions &options)
 {
     return options.module.empty() ? options.pluginDirectory + "/libipmib.so" : options.module;
@@ -154,6 +148,12 @@ const MibTreeNode &Plugin::tree() const
 const IpmibPlatformHooks *Plugin::platform() const
 {
     return impl_->platform.hooks();
+}
+
+std::string platformPath(const PluginOptions &options)
+{
+    const std::string name = platformName(options.platform);
+    return name.find('/') != std::string::npos ? name : options.pluginDirectory + "/platform_" + name + ".so";
 }
 
 std::string pluginDirectoryOfProgram(const char *relative)

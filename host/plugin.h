@@ -50,6 +50,9 @@ class Plugin
     std::unique_ptr<Impl> impl_;
 };
 
+// The path of the library of PluginOptions::platform.
+std::string platformPath(const PluginOptions &options);
+
 // The plug-in directory of the running program: `relative` seen from the program's own folder.
 std::string pluginDirectoryOfProgram(const char *relative);
 

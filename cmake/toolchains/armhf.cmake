@@ -9,3 +9,5 @@ set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# Nothing here was built before GCC 7.1, which passes some arguments in another way.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)

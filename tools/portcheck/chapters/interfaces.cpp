@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Interfaces: which are selected, in which order, and which exist.
+#include "chapters.h"
+#include "listing.h"
+#include "rows.h"
+
+namespace ipmib::portcheck
+{
+
+namespace
+{
+
+// The module's own list of types.
+constexpr std::uint32_t standardTypes[] = {22, 35, 42, 10, 6,   23,  67,  31,  16,  39,  5,   71,
+                                           27, 29, 1,  89, 26,  28,  41,  25,  7,   55,  2,   47,
+                                           51, 70, 97, 86, 105, 110, 111, 122, 124, 144, 168, 176};
+
+// One selection with an iteration over it, as long as the object lives.
+class Iteration
+{
+  public:
+    Iteration(Probe &probe, Selection selection) : probe_(probe)
+    {
+        const Services &services = probe.services();
+        guarded("IF_Select_Init", [&](IfSelection *filled) { services.IF_Select_Init(5, filled); });
+        if (selection == Selection::withNeighbours) {
+            guarded("IF_SelectTypeSetGroup", [&](IfSelection *filled) { services.IF_SelectTypeSetGroup(2, filled); });
+        } else {
+            for (const std::uint32_t type : standardTypes) {
+                guarded("IF_SelectType_Set", [&](IfSelection *filled) { services.IF_SelectType_Set(type, filled); });
+            }
+        }
+        guarded("IF_SelectCondition_Set", [&](IfSelection *filled) { services.IF_SelectCondition_Set(8, filled); });
+        probe.doing("IF_IteratorInitialize");
+        iterator_ = services.IF_IteratorInitialize();
+        if (iterator_ == 0) {
+            probe.broken(Promise::iteratorOpens, "IF_IteratorInitialize", "it answers 0");
+        }
+    }
+    ~Iteration()
+    {
+        probe_.doing("IF_IteratorFinalize");
+        probe_.services().IF_IteratorFinalize(&iterator_);
+    }
+    Iteration(const Iteration &) = delete;
+    Iteration &operator=(const Iteration &) = delete;
+
+    std::uint32_t first() { return probe_.services().IF_GetFirstIfIndexByIfSelect(&selection_, iterator_); }
+    std::uint32_t next(std::uint32_t ifIndex)
+    {
+        return probe_.services().IF_GetNextIfIndexByIfSelect(&selection_, iterator_, ifIndex);
+    }
+
+  private:
+    // The selection's own calls are not examined.
+    template <typename Call>
+    void guarded(const char *service, Call call)
+    {
+        probe_.fill(service, selection_, [&](IfSelection *filled) {
+            call(filled);
+            return 0;
+        });
+    }
+
+    Probe &probe_;
+    IfSelection selection_{};
+    std::uintptr_t iterator_ = 0;
+};
+
+const char *nameOf(Selection selection)
+{
+    return selection == Selection::standard ? "the standard selection" : "the interfaces with neighbours";
+}
+
+Listing<std::uint32_t> listingOf(Iteration &iteration, Selection selection)
+{
+    Listing<std::uint32_t> listing;
+    listing.what = nameOf(selection);
+    listing.firstCall = "IF_GetFirstIfIndexByIfSelect";
+    listing.nextCall = "IF_GetNextIfIndexByIfSelect";
+    listing.ascend = listing.move = Promise::interfacesAscend;
+    listing.begin = Promise::interfacesBegin;
+    listing.follow = Promise::interfacesFollow;
+    listing.first = [&iteration](std::uint32_t &row) { return (row = iteration.first()) != 0; };
+    listing.next = [&iteration](const Key &key, std::uint32_t &row) { return (row = iteration.next(key.number)) != 0; };
+    listing.keyOf = [](const std::uint32_t &row) {
+        Key key;
+        key.number = row;
+        return key;
+    };
+    listing.text = [](const Key &key) { return "ifIndex " + std::to_string(key.number); };
+    listing.look = [](const std::uint32_t &) {};
+    return listing;
+}
+
+// An ifIndex of a few bits shifted to the wrong end of the word.
+bool looksSwapped(std::uint32_t ifIndex)
+{
+    return ifIndex >= 0x01000000 && swapped(ifIndex) < 0x10000;
+}
+
+void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
+{
+    for (const std::uint32_t ifIndex : interfaces) {
+        if (!probe.isValid(ifIndex)) {
+            probe.broken(Promise::interfacesExist, "IF_IsValidIfIndex",
+                         "it denies the selected ifIndex " + std::to_string(ifIndex));
+        }
+        if (looksSwapped(ifIndex)) {
+            probe.broken(Promise::ifIndexInMachineOrder, "IF_GetNextIfIndexByIfSelect",
+                         "ifIndex " + std::to_string(ifIndex) + " would be " + std::to_string(swapped(ifIndex)) +
+                             " in the other byte order");
+        }
+    }
+    const std::uint32_t beyond = interfaces.empty() ? 1 : interfaces.back() + 1;
+    for (const std::uint32_t absent : {0u, std::max(beyond, 0x7FFFFFF0u)}) {
+        if (probe.isValid(absent)) {
+            probe.broken(Promise::othersDoNotExist, "IF_IsValidIfIndex",
+                         "it says that ifIndex " + std::to_string(absent) + " exists");
+        }
+    }
+}
+
+} // namespace
+
+std::vector<std::uint32_t> interfacesOf(Probe &probe, Selection selection)
+{
+    Iteration iteration(probe, selection);
+    return rowsOf(listingOf(iteration, selection), probe);
+}
+
+void checkInterfaces(Probe &probe, host::Resolver &)
+{
+    for (const Selection selection : {Selection::standard, Selection::withNeighbours}) {
+        Iteration iteration(probe, selection);
+        const auto interfaces = checkedRowsOf(listingOf(iteration, selection), probe);
+        checkExistence(probe, interfaces);
+        if (interfacesOf(probe, selection) != interfaces) {
+            probe.broken(Promise::interfacesStay, "IF_GetNextIfIndexByIfSelect",
+                         std::string(nameOf(selection)) + " differs when it is asked for again");
+        }
+        probe.fact(std::string(nameOf(selection)) + ": " + std::to_string(interfaces.size()) + " interfaces");
+    }
+}
+
+} // namespace ipmib::portcheck

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Calls the services as the module does.
+#include "probe.h"
+
+#include <arpa/inet.h>
+
+namespace ipmib::portcheck
+{
+
+std::string callText(const char *service, std::uint32_t number)
+{
+    return std::string(service) + "(" + std::to_string(number) + ")";
+}
+
+std::string addressText(const std::uint8_t *address)
+{
+    char text[INET6_ADDRSTRLEN];
+    return inet_ntop(AF_INET6, address, text, sizeof text);
+}
+
+std::uint32_t swapped(std::uint32_t number)
+{
+    return __builtin_bswap32(number);
+}
+
+void Probe::beginPacket()
+{
+    if (hooks_ != nullptr && hooks_->begin_packet != nullptr) {
+        doing("the hook begin_packet");
+        hooks_->begin_packet();
+    }
+}
+
+bool Probe::isValid(std::uint32_t ifIndex)
+{
+    doing(callText("IF_IsValidIfIndex", ifIndex));
+    return services_.IF_IsValidIfIndex(ifIndex) == 1;
+}
+
+bool Probe::linkLocal(std::uint32_t ifIndex, FullAddressRecord &record)
+{
+    record = {};
+    return fill(callText("IP6Mib_GetLinkLocalFullAddr", ifIndex), record,
+                [&](FullAddressRecord *filled) { return services_.IP6Mib_GetLinkLocalFullAddr(ifIndex, filled); });
+}
+
+bool Probe::hasLinkLocalRow(std::uint32_t ifIndex)
+{
+    LinkLocalBuffer buffer{};
+    return fill(callText("IP6Addr_GetLinkLocalAddr", ifIndex), buffer,
+                [&](LinkLocalBuffer *filled) { return services_.IP6Addr_GetLinkLocalAddr(ifIndex, filled); });
+}
+
+bool Probe::configuration(std::uint32_t ifIndex, NdIfConfigInfo &info)
+{
+    info = {};
+    return fill(callText("ND_GetIfConfigInfo", ifIndex), info,
+                [&](NdIfConfigInfo *filled) { return services_.ND_GetIfConfigInfo(ifIndex, filled); });
+}
+
+bool Probe::hasIdentifier(std::uint32_t ifIndex)
+{
+    std::array<std::uint8_t, 8> identifier{};
+    return fill(callText("IP6Mib_GetIFID", ifIndex), identifier,
+                [&](std::array<std::uint8_t, 8> *filled) { return services_.IP6Mib_GetIFID(ifIndex, filled->data()); });
+}
+
+std::uint32_t Probe::secondsSinceBoot()
+{
+    struct Time {
+        std::uint32_t seconds;
+        std::uint32_t other;
+    } time{};
+    fill("TIME_GetSystemBootTime", time, [&](Time *filled) {
+        services_.TIME_GetSystemBootTime(&filled->seconds, &filled->other);
+        return 0;
+    });
+    return time.seconds;
+}
+
+} // namespace ipmib::portcheck

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Calls the services as the module does, one at a time: with records that are cleared before and watched behind their
+// end, under the eyes of the supervisor.
+#pragma once
+
+#include "findings.h"
+#include "services.h"
+#include "watch.h"
+
+#include <ipmib/platform_hooks.h>
+
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace ipmib::portcheck
+{
+
+// "IF_IsValidIfIndex(3)", "2001:db8::1".
+std::string callText(const char *service, std::uint32_t number);
+std::string addressText(const std::uint8_t *address);
+
+std::uint32_t swapped(std::uint32_t number);
+
+class Probe
+{
+  public:
+    Probe(const Services &services, const IpmibPlatformHooks *hooks, Watch &watch)
+        : services_(services), hooks_(hooks), watch_(watch)
+    {
+    }
+
+    // Tells the platform that a packet of requests begins: it may look at the clock and at its sources.
+    void beginPacket();
+
+    std::chrono::milliseconds clockTime{};
+
+    void broken(Promise promise, std::string service, std::string seen)
+    {
+        report_.broken.push_back({promise, std::move(service), std::move(seen)});
+    }
+    std::size_t brokenCount() const { return report_.broken.size(); }
+    // What was told before stays.
+    void forgetSince(std::size_t count)
+    {
+        report_.broken.erase(report_.broken.begin() + static_cast<std::ptrdiff_t>(count), report_.broken.end());
+    }
+    void fact(std::string text) { report_.facts.push_back(std::move(text)); }
+    Report takeReport() { return std::exchange(report_, {}); }
+    void doing(std::string_view what) { watch_.step(what); }
+
+    const Services &services() const { return services_; }
+
+    // One call that fills a record: whether it succeeded. Whatever a failed call left in the record is cleared.
+    template <typename Record, typename Call>
+    bool fill(const std::string &what, Record &record, Call call)
+    {
+        struct {
+            Record record;
+            std::array<std::uint8_t, 256> behind;
+        } area;
+        area.record = record;
+        area.behind.fill(untouched);
+        doing(what);
+        const bool succeeded = call(&area.record) == 0;
+        for (const std::uint8_t byte : area.behind) {
+            if (byte != untouched) {
+                broken(Promise::keepsToRecord, what,
+                       "it wrote behind the " + std::to_string(sizeof(Record)) + " bytes");
+                break;
+            }
+        }
+        record = succeeded ? area.record : Record{};
+        return succeeded;
+    }
+
+    bool isValid(std::uint32_t ifIndex);
+    bool linkLocal(std::uint32_t ifIndex, FullAddressRecord &record);
+    bool hasLinkLocalRow(std::uint32_t ifIndex);
+    bool configuration(std::uint32_t ifIndex, NdIfConfigInfo &info);
+    bool hasIdentifier(std::uint32_t ifIndex);
+    std::uint32_t secondsSinceBoot();
+
+  private:
+    static constexpr std::uint8_t untouched = 0x5A;
+
+    const Services &services_;
+    const IpmibPlatformHooks *hooks_; // null when the platform has none
+    Watch &watch_;
+    Report report_;
+};
+
+} // namespace ipmib::portcheck

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The services of a loaded platform library, by name.
+#include "services.h"
+
+namespace ipmib::portcheck
+{
+
+namespace
+{
+
+template <typename Function>
+void bindOne(const host::SharedLibrary &library, const char *name, Function &function,
+             std::vector<std::string> &missing)
+{
+    function = reinterpret_cast<Function>(const_cast<void *>(library.find(name)));
+    if (function == nullptr) {
+        missing.emplace_back(name);
+    }
+}
+
+} // namespace
+
+std::vector<std::string> Services::bind(const host::SharedLibrary &library)
+{
+    std::vector<std::string> missing;
+#define SERVICE(name) bindOne(library, #name, name, missing);
+#include "services.def"
+#undef SERVICE
+    return missing;
+}
+
+} // namespace ipmib::portcheck

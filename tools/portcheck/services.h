@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The services of a loaded platform library, by name.
+#pragma once
+
+#include "host/shared_library.h"
+
+#include <ipmib/platform.h>
+
+#include <string>
+#include <vector>
+
+namespace ipmib::portcheck
+{
+
+struct Services {
+#define SERVICE(name) decltype(&::name) name = nullptr;
+#include "services.def"
+#undef SERVICE
+
+    // Finds every service; returns the names of those that the library lacks.
+    std::vector<std::string> bind(const host::SharedLibrary &library);
+};
+
+} // namespace ipmib::portcheck
