@@ -2,11 +2,10 @@
 // ipmib-portcheck: says in words which promises a platform breaks.
 #include "portcheck.h"
 
-#include <getopt.h>
+#include "host/command_line.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <string>
 
@@ -14,8 +13,6 @@ namespace
 {
 
 using namespace ipmib;
-
-enum ExitStatus { exitKept = 0, exitBroken = 1, exitUsage = 2 };
 
 constexpr char helpText[] = R"(Usage: ipmib-portcheck [OPTION]...
 
@@ -34,21 +31,17 @@ promises of the contract the platform breaks. A service that hangs or crashes is
 Exit status: 0 when all promises are kept, 1 when one is broken, 2 for a mistake on the command line.
 )";
 
+enum { patienceOption = host::firstProgramOption, promisesOption };
+
 constexpr option longOptions[] = {
-    {"platform", required_argument, nullptr, 'P'},
-    {"module", required_argument, nullptr, 'M'},
-    {"patience", required_argument, nullptr, 'T'},
-    {"promises", no_argument, nullptr, 'L'},
+    host::pluginOptions[0],
+    host::pluginOptions[1],
+    {"patience", required_argument, nullptr, patienceOption},
+    {"promises", no_argument, nullptr, promisesOption},
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, 'v'},
     {nullptr, 0, nullptr, 0},
 };
-
-int usageError(const std::string &message)
-{
-    std::fprintf(stderr, "ipmib-portcheck: %s\n", message.c_str());
-    return exitUsage;
-}
 
 void printPromises()
 {
@@ -65,67 +58,70 @@ void logLine(int priority, const char *line)
     }
 }
 
-int check(const portcheck::Options &options)
+std::chrono::milliseconds readPatience(const char *text)
+{
+    const std::chrono::milliseconds patience(static_cast<long>(std::atof(text) * 1000));
+    if (patience.count() <= 0) {
+        throw host::UsageError(std::string("--patience: ") + text + " is no number of seconds");
+    }
+    return patience;
+}
+
+host::ExitStatus check(const portcheck::Options &options)
 {
     const portcheck::Report report = portcheck::checkPlatform(options);
     std::fputs(report.text().c_str(), stdout);
     std::puts(report.broken.empty() ? "\nEvery promise that can be checked from outside is kept."
                                     : "\nThe platform breaks its promises.");
-    return report.broken.empty() ? exitKept : exitBroken;
+    return report.broken.empty() ? host::exitSuccess : host::exitFailure;
+}
+
+host::ExitStatus run(int argc, char **argv)
+{
+    portcheck::Options options;
+    options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN);
+    options.plugin.log = logLine;
+    opterr = 0;
+    int answer;
+    while ((answer = getopt_long(argc, argv, ":hv", longOptions, nullptr)) != -1) {
+        switch (answer) {
+        case patienceOption:
+            options.patience = readPatience(optarg);
+            break;
+        case promisesOption:
+            printPromises();
+            return host::exitSuccess;
+        case 'h':
+            std::fputs(helpText, stdout);
+            return host::exitSuccess;
+        case 'v':
+            std::puts("ipmib-portcheck " IPMIB_VERSION);
+            return host::exitSuccess;
+        default:
+            host::takePluginOption(answer, argv, options.plugin);
+        }
+    }
+    if (optind < argc) {
+        throw host::UsageError(std::string("unexpected argument ") + argv[optind]);
+    }
+    return check(options);
+}
+
+int fail(const std::exception &error, host::ExitStatus status)
+{
+    std::fprintf(stderr, "ipmib-portcheck: %s\n", error.what());
+    return status;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    portcheck::Options options;
-    options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN);
-    options.plugin.log = logLine;
-    opterr = 0;
-    int letter;
-    while ((letter = getopt_long(argc, argv, ":hv", longOptions, nullptr)) != -1) {
-        switch (letter) {
-        case 'P':
-            options.plugin.platform = optarg;
-            break;
-        case 'M':
-            options.plugin.module = optarg;
-            break;
-        case 'T':
-            options.patience = std::chrono::milliseconds(static_cast<long>(std::atof(optarg) * 1000));
-            if (options.patience.count() <= 0) {
-                return usageError(std::string("--patience: ") + optarg + " is no number of seconds");
-            }
-            break;
-        case 'L':
-            printPromises();
-            return exitKept;
-        case 'h':
-            std::fputs(helpText, stdout);
-            return exitKept;
-        case 'v':
-            std::puts("ipmib-portcheck " IPMIB_VERSION);
-            return exitKept;
-        case ':':
-            return usageError(std::string("option ") + argv[optind - 1] + " needs an argument");
-        default: {
-            const char *argument = argv[optind - 1];
-            if (std::strncmp(argument, "--", 2) != 0 || optopt != 0) {
-                return usageError(std::string("unknown option ") + argument);
-            }
-            const std::string name(argument + 2, std::strcspn(argument + 2, "="));
-            const char *value = std::strchr(argument, '=');
-            options.plugin.platformOptions.emplace_back(name, value == nullptr ? "" : value + 1);
-        }
-        }
-    }
-    if (optind < argc) {
-        return usageError(std::string("unexpected argument ") + argv[optind]);
-    }
     try {
-        return check(options);
+        return run(argc, argv);
+    } catch (const host::UsageError &error) {
+        return fail(error, host::exitUsage);
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "ipmib-portcheck: %s\n", error.what());
-        return exitBroken;
+        return fail(error, host::exitFailure);
     }
 }
