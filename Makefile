@@ -12,7 +12,7 @@
 .DEFAULT_GOAL := build
 .PHONY: build run test test-device lint format clean
 
-sources = find $(wildcard agent bench cli fuzz host include module platform tests) -name '*.h' -o -name '*.cpp' -o -name '*.c'
+sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
 build:
 	@packaging/install_dependencies.sh run build
