@@ -193,9 +193,10 @@ Rows routers()
 
 Rows icmpTypes()
 {
+    static constexpr std::uint32_t served[] = {1,   2,   3,   4,   128, 129, 130, 131, 132, 133, 134,
+                                               135, 136, 137, 138, 139, 140, 143, 144, 145, 200};
     Rows rows;
-    for (const std::uint32_t type :
-         {1, 2, 3, 4, 128, 129, 130, 131, 132, 133, 134, 135, 136, 137, 138, 139, 140, 143, 144, 145, 200}) {
+    for (const std::uint32_t type : served) {
         rows.push_back({2, type});
     }
     return rows;

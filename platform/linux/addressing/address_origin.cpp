@@ -35,8 +35,8 @@ bool hasIdentifierOf(const PackedAddress &address, const std::uint8_t *linkLayer
 {
     constexpr std::uint64_t universalBit = 0x0200'0000'0000'0000;
     constexpr std::uint64_t middle = 0xFFFE; // between the two halves of the link-layer address
-    const auto half = [linkLayer](int at) {
-        return std::uint64_t{linkLayer[at]} << 16 | linkLayer[at + 1] << 8 | linkLayer[at + 2];
+    const auto half = [linkLayer](std::size_t at) {
+        return std::uint64_t{linkLayer[at]} << 16 | std::uint64_t{linkLayer[at + 1]} << 8 | linkLayer[at + 2];
     };
     const std::uint64_t identifier = half(0) << 40 | middle << 24 | half(3);
     return address.low == (identifier ^ universalBit);
