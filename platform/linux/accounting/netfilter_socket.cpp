@@ -2,6 +2,8 @@
 // The socket to the kernel's packet filter: questions, and changes that happen all together or not at all.
 #include "accounting/netfilter_socket.h"
 
+#include "core/datagram.h"
+
 #include <libnftnl/common.h>
 #include <linux/netfilter.h>
 
@@ -89,7 +91,7 @@ int NetfilterSocket::ask(NftMessages &questions, const Handler &handler)
             return errno == EAGAIN ? 0 : errno;
         }
         int left = static_cast<int>(length);
-        for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.data()); mnl_nlmsg_ok(message, left);
+        for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.data()); holdsMessage(message, left);
              message = mnl_nlmsg_next(message, &left)) {
             const std::size_t index = message->nlmsg_seq - questions.firstSequence_;
             if (index < questions.sequence_ - questions.firstSequence_) { // else an answer that nobody waited for

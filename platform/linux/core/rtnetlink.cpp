@@ -3,6 +3,7 @@
 #include "core/rtnetlink.h"
 
 #include "core/attributes.h"
+#include "core/datagram.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -112,7 +113,7 @@ Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
         return errno == ENOBUFS || (announcements && errno == ENOSPC) ? Read::lost : fail(errno, "receive");
     }
     int left = static_cast<int>(length);
-    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.get()); mnl_nlmsg_ok(message, left);
+    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.get()); holdsMessage(message, left);
          message = mnl_nlmsg_next(message, &left)) {
         if (announcements) {
             if (message->nlmsg_type >= NLMSG_MIN_TYPE) {
