@@ -6,11 +6,12 @@
 #   make test         build and test the release and the sanitized configuration and the device's shape (powerpc), and
 #                     check the layout of the sources
 #   make test-device  build and test for powerpc, armhf, aarch64 and x86-64: the same tests on each
+#   make fuzz         build the fuzzers and run each for some time (SECONDS=60)
 #   make lint         run clang-tidy over all sources (minutes)
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device lint format clean
+.PHONY: build run test test-device fuzz lint format clean
 
 sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -41,6 +42,12 @@ lint:
 	@packaging/install_dependencies.sh run build test lint
 	cmake --preset release -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON
 	@$(sources) | grep '\.cpp$$' | xargs -P 2 -n 4 clang-tidy --quiet -p build --extra-arg=-Wno-unknown-warning-option
+
+fuzz:
+	@packaging/install_dependencies.sh build test fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	@fuzz/run.sh build-fuzz $(or $(SECONDS),60)
 
 format:
 	@$(sources) | xargs clang-format -i

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Messages of the kernel, or of what might pretend to be it, for the tables that follow it: what a datagram holds, one
+// message behind the other. As on the wire, a message of several parts belongs to a dump, and NLMSG_DONE ends the dump.
+#include "bytes.h"
+
+#include "addressing/prefix_table.h"
+#include "addressing/router_list.h"
+#include "core/datagram.h"
+#include "links/ip6_link.h"
+#include "links/link_table.h"
+#include "neighbours/neighbour_table.h"
+
+#include <memory>
+
+using namespace ipmib::fuzz;
+using namespace ipmib::platform;
+
+namespace
+{
+
+class Tables
+{
+  public:
+    Tables()
+    {
+        addresses_.onChange([this](const PrefixKey &key) { prefixes_.update(key); });
+        addresses_.onRebuilt([this] { prefixes_.rebuild(); });
+        anycasts_.onRebuilt([this] { prefixes_.rebuild(); });
+        nexthops_.onChange([this] { listRouters(); });
+        links_.onDown([this](std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); });
+        links_.onUp([](std::uint32_t) {});
+        RouteTable::Handlers handlers;
+        handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
+        handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
+        handlers.defaultsChanged = [this] { listRouters(); };
+        handlers.anycastChanged = [] {};
+        handlers.uncertain = [] {};
+        handlers.rebuilt = [this] {
+            prefixes_.rebuild();
+            listRouters();
+        };
+        routes_.connect(std::move(handlers));
+        for (KernelTable *table : dumped_) {
+            table->beginRebuild();
+        }
+    }
+
+    void take(const nlmsghdr &message)
+    {
+        if (message.nlmsg_type == NLMSG_DONE) {
+            endDumps(message.nlmsg_seq % 8 != 7); // some are interrupted
+            return;
+        }
+        KernelTable *const table = tableFor(message.nlmsg_type);
+        if (table == nullptr) {
+            return;
+        }
+        if (table == &links_) {
+            const Ip6LinkMessage counters(message);
+            require(counters.elementCount <= counters.elements.size(), "counters beyond the known ones are left out");
+        }
+        if ((message.nlmsg_flags & NLM_F_MULTI) != 0) {
+            table->dumpBegins(message.nlmsg_seq % table->dumps());
+            table->rebuildWith(message);
+        } else {
+            table->apply(message);
+        }
+    }
+
+    // What services read: rows ascend.
+    void walk() const
+    {
+        std::uint32_t ifIndex = 0;
+        while (const Link *link = links_.after(ifIndex)) {
+            require(link->ifIndex > ifIndex && links_.find(link->ifIndex) == link, "links ascend");
+            require(std::memchr(link->name, 0, sizeof link->name) != nullptr, "a name is terminated");
+            ifIndex = link->ifIndex;
+            addresses_.linkLocal(ifIndex);
+            addresses_.usableOnLink(ifIndex);
+        }
+        const Prefix *prefix = prefixes_.atOrAfter(PrefixKey{0, PackedAddress{}, 0});
+        while (prefix != nullptr) {
+            require(prefix->length <= 128 && !prefix->prefix.isLinkLocal(), "a prefix is a global one");
+            const Prefix *const next = prefixes_.after(prefix->key());
+            require(next == nullptr || prefix->key() < next->key(), "prefixes ascend");
+            prefix = next;
+        }
+        PackedAddress last{};
+        while (const Address *address = addresses_.after(last)) {
+            require(last < address->address && !address->address.isLinkLocal(), "addresses ascend");
+            last = address->address;
+        }
+        for (const auto of : {RouterList::Class::global, RouterList::Class::linkLocal}) {
+            const Router *router = routers_.first(of);
+            while (router != nullptr) {
+                require(routers_.find(router->address, router->ifIndex) == router, "a router is found by its key");
+                router = routers_.after(of, router->address, router->ifIndex);
+            }
+        }
+        neighbours_.each([](const Neighbour &row) { require(row.ifIndex != 0, "a neighbour is on an interface"); });
+    }
+
+  private:
+    void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
+
+    KernelTable *tableFor(std::uint16_t type)
+    {
+        switch (type) {
+        case RTM_NEWLINK:
+        case RTM_DELLINK:
+            return &links_;
+        case RTM_NEWADDR:
+        case RTM_DELADDR:
+            return &addresses_;
+        case RTM_GETANYCAST:
+            return &anycasts_;
+        case RTM_NEWROUTE:
+        case RTM_DELROUTE:
+        case RTM_NEWPREFIX:
+            return &routes_;
+        case RTM_NEWNEXTHOP:
+        case RTM_DELNEXTHOP:
+            return &nexthops_;
+        case RTM_NEWNEIGH:
+        case RTM_DELNEIGH:
+            return &neighbours_;
+        default:
+            return nullptr;
+        }
+    }
+
+    void endDumps(bool complete)
+    {
+        for (KernelTable *table : dumped_) {
+            complete ? table->commitRebuild() : table->abandonRebuild();
+            table->beginRebuild();
+        }
+        neighbours_.abandonRebuild(); // its end asks the kernel, which is not there
+    }
+
+    KernelNeighbours nobody_;
+    LinkTable links_;
+    AddressTable addresses_;
+    AnycastTable anycasts_;
+    NexthopTable nexthops_;
+    RouteTable routes_;
+    NeighbourTable neighbours_{nobody_};
+    PrefixTable prefixes_{addresses_, anycasts_, routes_};
+    RouterList routers_;
+    KernelTable *dumped_[5] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_};
+};
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const std::vector<std::uint8_t> datagram(data, data + size); // aligned, and exactly as long
+    Tables tables;
+    auto rest = static_cast<int>(size);
+    for (const auto *message = reinterpret_cast<const nlmsghdr *>(datagram.data()); holdsMessage(message, rest);
+         message = mnl_nlmsg_next(message, &rest)) {
+        tables.take(*message);
+    }
+    tables.walk();
+    return 0;
+}
