@@ -8,10 +8,12 @@
 #   make test-device  build and test for powerpc, armhf, aarch64 and x86-64: the same tests on each
 #   make fuzz         build the fuzzers and run each for some time (SECONDS=60)
 #   make lint         run clang-tidy over all sources (minutes)
+#   make coverage     the lines and branches of the module that its tests run
+#   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint format clean
+.PHONY: build run test test-device fuzz lint coverage footprint format clean
 
 sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -48,6 +50,14 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	@fuzz/run.sh build-fuzz $(or $(SECONDS),60)
+
+coverage:
+	@packaging/install_dependencies.sh build test
+	@tests/coverage/run.sh
+
+footprint:
+	@packaging/install_dependencies.sh build test device
+	@bench/footprint.sh
 
 format:
 	@$(sources) | xargs clang-format -i

@@ -101,17 +101,11 @@ std::uint32_t readIpv6(std::uint32_t ifIndex, TrafficRow *row)
     return result;
 }
 
+// The first row of the block behind a version's: IPv4 follows 0, IPv6 follows IPv4.
 std::uint32_t ip_IpIfStats_GetFirstAfterVersion(std::uint32_t version, TrafficRow *row)
 {
     const std::uint32_t first = InterfaceWalk().first();
-    switch (version) {
-    case 0:
-        return readIpv4(first, row);
-    case versionIp4:
-        return readIpv6(first, row);
-    default:
-        return RC_NO_MORE;
-    }
+    return version == 0 ? readIpv4(first, row) : readIpv6(first, row);
 }
 
 std::uint32_t getByIndex(const IndexPart &version, const IndexPart &ifIndex, TrafficRow *row)

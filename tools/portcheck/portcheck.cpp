@@ -105,7 +105,7 @@ class Supervisor
     bool readLines(int descriptor)
     {
         std::string pending;
-        std::uint64_t steps = (*watch_).steps();
+        std::uint32_t steps = (*watch_).steps();
         auto since = Clock::now();
         for (;;) {
             pollfd poller{descriptor, POLLIN, 0};

@@ -20,11 +20,11 @@ class Watch
         ++steps_;
     }
 
-    std::uint64_t steps() const { return steps_; }
+    std::uint32_t steps() const { return steps_; }
     const char *doing() const { return doing_; }
 
   private:
-    std::atomic<std::uint64_t> steps_ = 0;
+    std::atomic<std::uint32_t> steps_ = 0; // as wide as every machine counts without a lock
     char doing_[160] = {};
 };
 
