@@ -49,6 +49,8 @@ class Parser
     bool fail(unsigned line, const std::string &expected, const std::string &found)
     {
         error_ = std::string(file_) + ":" + std::to_string(line) + ": expected " + expected + ", found " + found;
+        const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+        std::replace_if(error_->begin(), error_->end(), isControl, '?'); // a quoted string may go over several lines
         return false;
     }
     bool fail(const std::string &expected)
