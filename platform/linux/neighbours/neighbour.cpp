@@ -71,7 +71,7 @@ NeighbourNews readNeighbour(const nlmsghdr &message, std::uint64_t nowMs, Neighb
     std::uint8_t address[16];
     // The group also announces IPv4 neighbours, forwarding entries of bridges, and addresses that we answer for in
     // place of others: a proxied address is no neighbour, and its entry stands beside that of a neighbour.
-    if (header.ndm_family != AF_INET6 || (header.ndm_flags & NTF_PROXY) != 0 ||
+    if (header.ndm_family != AF_INET6 || header.ndm_ifindex <= 0 || (header.ndm_flags & NTF_PROXY) != 0 ||
         attributes.copyBytes(NDA_DST, address, sizeof address) != sizeof address) {
         return NeighbourNews::ignored;
     }
