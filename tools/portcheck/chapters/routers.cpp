@@ -98,6 +98,17 @@ void checkExact(Probe &probe, const GatewayRecord &listed, const char *service,
     }
 }
 
+// How many routers the class has.
+std::size_t checkClass(Probe &probe, RouterClass routerClass)
+{
+    const std::vector<GatewayRecord> routers = checkedRowsOf(listingOf(probe, routerClass), probe);
+    for (const GatewayRecord &router : routers) {
+        checkExact(probe, router, "IP6Mib_GetGatewayByKey", probe.services().IP6Mib_GetGatewayByKey);
+        checkExact(probe, router, "IP6ADDR_DRVK_GetGatewayByKey", probe.services().IP6ADDR_DRVK_GetGatewayByKey);
+    }
+    return routers.size();
+}
+
 } // namespace
 
 std::vector<GatewayRecord> routersOf(Probe &probe, RouterClass routerClass)
@@ -107,15 +118,7 @@ std::vector<GatewayRecord> routersOf(Probe &probe, RouterClass routerClass)
 
 void checkRouters(Probe &probe, host::Resolver &)
 {
-    std::size_t count = 0;
-    for (const RouterClass routerClass : {globalRouters, linkLocalRouters}) {
-        const auto routers = checkedRowsOf(listingOf(probe, routerClass), probe);
-        count += routers.size();
-        for (const GatewayRecord &router : routers) {
-            checkExact(probe, router, "IP6Mib_GetGatewayByKey", probe.services().IP6Mib_GetGatewayByKey);
-            checkExact(probe, router, "IP6ADDR_DRVK_GetGatewayByKey", probe.services().IP6ADDR_DRVK_GetGatewayByKey);
-        }
-    }
+    const std::size_t count = checkClass(probe, globalRouters) + checkClass(probe, linkLocalRouters);
     probe.fact("default routers: " + std::to_string(count));
 }
 
