@@ -12,14 +12,11 @@ namespace ipmib::platform
 std::string Addressing::start(EventLoop &loop, int receiveBuffer)
 {
     connect();
-    const bool timer = settling_.open(loop, [this] {
-        routeMirror_.refresh();
-        anycastMirror_.refresh();
-    });
+    const bool timer = settling_.open(loop, [this] { routeMirror_.refresh(); });
     if (!timer) {
         return "routes: cannot create a timer";
     }
-    for (Mirror *mirror : {&addressMirror_, &nexthopMirror_, &routeMirror_, &anycastMirror_}) {
+    for (Mirror *mirror : {&addressMirror_, &nexthopMirror_, &anycastMirror_, &routeMirror_}) {
         if (const std::string error = mirror->start(loop, receiveBuffer); !error.empty()) {
             return error;
         }
@@ -38,13 +35,30 @@ void Addressing::connect()
     handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
     handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
     handlers.defaultsChanged = [this] { listRouters(); };
-    handlers.anycastChanged = [this] { anycastMirror_.refresh(); };
+    handlers.anycastChanged = [this](const PackedAddress &address, std::uint32_t ifIndex, bool joined) {
+        applyAnycast(address, ifIndex, joined);
+    };
     handlers.uncertain = [this] { routeMirror_.refresh(); };
     handlers.rebuilt = [this] {
         prefixes_.rebuild();
         listRouters();
+        anycastMirror_.refresh(); // whose announcements are among those of the routes
     };
     routes_.connect(std::move(handlers));
+}
+
+void Addressing::applyAnycast(const PackedAddress &address, std::uint32_t ifIndex, bool joined)
+{
+    constexpr std::uint64_t tick = 10; // ms
+    if (joined) {
+        anycasts_.joined(address, ifIndex, static_cast<std::uint32_t>(millisecondsSinceBoot() / tick));
+    } else {
+        anycasts_.left(address, ifIndex);
+    }
+    prefixes_.update(PrefixKey::of(ifIndex, address, 128));
+    if (anycastMirror_.refreshing()) {
+        anycastMirror_.refresh(); // what is being read may be older
+    }
 }
 
 void Addressing::linkDown(std::uint32_t ifIndex)
@@ -63,15 +77,15 @@ void Addressing::readRoutesSoon()
 
 const RouterList &Addressing::routers()
 {
-    constexpr std::uint64_t oneSecond = 1000; // the unit of what is asked for
-    constexpr std::uint64_t restRatio = 100;  // long tables take longer to read, and are read less often
+    constexpr std::uint64_t shortestRest = 100; // ms
+    constexpr std::uint64_t restRatio = 100;    // long tables take longer to read, and are read less often
 
     const std::uint64_t begin = millisecondsSinceBoot();
     if (begin >= nextReadMs_ && routes_.hasLearnedDefault()) {
         routes_.readLearnedDefaults(requests_);
         ++kernelReads_;
         const std::uint64_t end = millisecondsSinceBoot();
-        nextReadMs_ = begin + std::max(oneSecond, (end - begin) * restRatio);
+        nextReadMs_ = begin + std::max(shortestRest, (end - begin) * restRatio);
     }
     return routers_;
 }

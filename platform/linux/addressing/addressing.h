@@ -28,7 +28,7 @@ class Addressing
     const AddressTable &addresses() const { return addresses_; }
     const AnycastTable &anycasts() const { return anycasts_; }
     const PrefixTable &prefixes() const { return prefixes_; }
-    // With lifetimes of now: asks the kernel at most once a second, and only while there are learned routers.
+    // With lifetimes of now: asks the kernel at most every tenth of a second, and only while there are learned routers.
     const RouterList &routers();
 
     // For tests.
@@ -39,6 +39,7 @@ class Addressing
 
   private:
     void connect();
+    void applyAnycast(const PackedAddress &address, std::uint32_t ifIndex, bool joined);
     void readRoutesSoon();
     void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
 

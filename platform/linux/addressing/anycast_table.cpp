@@ -25,6 +25,18 @@ bool AnycastTable::has(const PackedAddress &address, std::uint32_t ifIndex) cons
     return rows_.find(At{address, ifIndex}) != nullptr;
 }
 
+void AnycastTable::joined(const PackedAddress &address, std::uint32_t ifIndex, std::uint32_t now)
+{
+    if (!address.isLinkLocal() && !has(address, ifIndex)) {
+        rows_.put({address, ifIndex, now, now});
+    }
+}
+
+void AnycastTable::left(const PackedAddress &address, std::uint32_t ifIndex)
+{
+    rows_.erase(At{address, ifIndex});
+}
+
 RtnetlinkRequest AnycastTable::dump(std::size_t) const
 {
     RtnetlinkRequest request(RTM_GETANYCAST, NLM_F_DUMP);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The anycast addresses that this node has joined, those outside fe80::/10. The kernel announces their routes alone, so
-// the table is read again whenever such a route comes or goes: see RouteTable.
+// The anycast addresses that this node has joined, those outside fe80::/10. Not every kernel announces them, but every
+// one announces the routes that it makes for them: see RouteTable.
 #pragma once
 
 #include "addressing/address_message.h"
@@ -26,6 +26,10 @@ class AnycastTable : public KernelTable
     {
         rows_.each(visit);
     }
+
+    // From the announcement of a route; now is in 1/100 s since boot.
+    void joined(const PackedAddress &address, std::uint32_t ifIndex, std::uint32_t now);
+    void left(const PackedAddress &address, std::uint32_t ifIndex);
 
     const char *name() const override { return "anycast addresses"; }
     std::vector<unsigned> groups() const override { return {}; }

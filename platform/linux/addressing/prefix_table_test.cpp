@@ -25,7 +25,14 @@ class Tables : public testing::Test
         handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
         handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
         handlers.uncertain = [this] { ++uncertain_; };
-        handlers.anycastChanged = [this] { ++anycastChanges_; };
+        handlers.anycastChanged = [this](const PackedAddress &changed, std::uint32_t ifIndex, bool joined) {
+            if (joined) {
+                anycasts_.joined(changed, ifIndex, 0);
+            } else {
+                anycasts_.left(changed, ifIndex);
+            }
+            prefixes_.update({ifIndex, changed, 128});
+        };
         routes_.connect(handlers);
     }
 
@@ -80,7 +87,6 @@ class Tables : public testing::Test
     RouteTable routes_;
     PrefixTable prefixes_{addresses_, anycasts_, routes_};
     int uncertain_ = 0;
-    int anycastChanges_ = 0;
 };
 
 TEST_F(Tables, aPrefixIsThereAsLongAsSomethingHasIt)
@@ -239,8 +245,13 @@ TEST_F(Tables, anycastAddressesHaveAPrefix)
     address(RTM_NEWADDR, "2001:db8::1", 64, 1);
     EXPECT_EQ(row("2001:db8::", 128), nullptr);
 
-    route(RTM_NEWROUTE, "2001:db8::", 128, 1, {.type = RTN_ANYCAST, .table = RT_TABLE_LOCAL});
-    EXPECT_EQ(anycastChanges_, 1);
+    route(RTM_NEWROUTE, "2001:db8::6", 128, 1, {.type = RTN_ANYCAST, .table = RT_TABLE_LOCAL});
+    EXPECT_NE(row("2001:db8::6", 128), nullptr);
+    EXPECT_TRUE(anycasts_.has(packed("2001:db8::6"), 1));
+    route(RTM_DELROUTE, "2001:db8::6", 128, 1, {.type = RTN_ANYCAST, .table = RT_TABLE_LOCAL});
+    EXPECT_EQ(row("2001:db8::6", 128), nullptr);
+    route(RTM_NEWROUTE, "2001:db8::7", 128, 1, {.protocol = RTPROT_BOOT, .type = RTN_ANYCAST, .table = RT_TABLE_LOCAL});
+    EXPECT_FALSE(anycasts_.has(packed("2001:db8::7"), 1)) << "a route entered by hand joins nothing";
 }
 
 TEST_F(Tables, whatWasAdvertisedIsForgottenWithTheInterface)

@@ -47,6 +47,12 @@ bool tellsOfRouter(const Route &route)
     return route.type == RTN_UNICAST && route.length == 0 && route.table == RT_TABLE_MAIN;
 }
 
+// Others can be entered by hand, and do not make this node a member.
+bool tellsOfAnycast(const Route &route)
+{
+    return route.type == RTN_ANYCAST && route.protocol == RTPROT_KERNEL && !route.nexthops.empty();
+}
+
 OnLinkRoute onLinkRoute(const Route &route, const RouteNexthop &nexthop)
 {
     return {route.destination, nexthop.ifIndex, route.table,    route.metric,
@@ -198,9 +204,9 @@ void RouteTable::apply(const nlmsghdr &message)
 
 void RouteTable::applyRoute(const nlmsghdr &message, const Route &route)
 {
-    if (route.type == RTN_ANYCAST) {
+    if (tellsOfAnycast(route)) {
         if (handlers_.anycastChanged) {
-            handlers_.anycastChanged();
+            handlers_.anycastChanged(route.destination, route.nexthops[0].ifIndex, message.nlmsg_type == RTM_NEWROUTE);
         }
         return;
     }

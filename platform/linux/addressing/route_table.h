@@ -45,7 +45,8 @@ class RouteTable : public KernelTable
         std::function<void(const PrefixKey &)> onLinkChanged;
         std::function<void(const AdvertisedPrefix &)> advertised;
         std::function<void()> defaultsChanged;
-        std::function<void()> anycastChanged;
+        // An anycast address was joined on an interface, or left.
+        std::function<void(const PackedAddress &, std::uint32_t ifIndex, bool joined)> anycastChanged;
         // The announcement left open what became of some rows: the table has to be read again.
         std::function<void()> uncertain;
         std::function<void()> rebuilt;

@@ -69,22 +69,30 @@ std::set<Key> walkedKeys()
     return keys;
 }
 
-void expectWhatIpSays(const Namespace &space)
+// The routers as `ip` lists them, in words, but for a second in the lifetimes of learned ones.
+std::string differences(const Namespace &space)
 {
     const auto expected = listed(space);
-    const auto rows = walkRouters();
-    EXPECT_EQ(walkedKeys(), keysOf(expected));
-    for (const RouterRow &row : rows) {
-        const auto found = expected.find(row.key());
-        ASSERT_NE(found, expected.end()) << row.address;
-        EXPECT_EQ(row.preference, found->second.preference) << row.address;
-        const auto left = found->second.expires;
-        if (left == 0) {
-            EXPECT_EQ(row.lifetime, 65535u) << row.address;
-        } else {
-            EXPECT_NEAR(row.lifetime, static_cast<double>(std::max<std::int64_t>(left, 1)), 1.0) << row.address;
+    std::string found;
+    if (walkedKeys() != keysOf(expected)) {
+        return "other routers: " + testing::PrintToString(walkedKeys()) + ", not " +
+               testing::PrintToString(keysOf(expected));
+    }
+    for (const RouterRow &row : walkRouters()) {
+        const Listed &router = expected.at(row.key());
+        const std::int64_t lifetime = router.expires == 0 ? 65535 : std::max<std::int64_t>(router.expires, 1);
+        const std::int64_t tolerance = router.expires == 0 ? 0 : 1;
+        if (row.preference != router.preference || std::abs(row.lifetime - lifetime) > tolerance) {
+            found += row.address + " has " + row.preference + ", " + std::to_string(row.lifetime) + " s, not " +
+                     router.preference + ", " + std::to_string(lifetime) + " s\n";
         }
     }
+    return found;
+}
+
+void expectWhatIpSays(const Namespace &space)
+{
+    EXPECT_EQ(differences(space), "");
 }
 
 class Routers : public testing::Test
@@ -254,7 +262,17 @@ TEST(LearnedRouters, countDownAreProlongedAndLapse)
             return walkRouters().size() == 3;
         },
         10s));
-    expectWhatIpSays(host);
+    // An advertisement may come just behind a reading, which counts for a tenth of a second.
+    const auto expectWhatIpSaysSoon = [&] {
+        platform.waitFor(
+            [&] {
+                platform->beginPacket();
+                return differences(host).empty();
+            },
+            1s);
+        expectWhatIpSays(host);
+    };
+    expectWhatIpSaysSoon();
     const auto rowWith = [&](const std::string &preference) {
         platform->beginPacket();
         for (const RouterRow &row : walkRouters()) {
@@ -265,23 +283,23 @@ TEST(LearnedRouters, countDownAreProlongedAndLapse)
         return RouterRow{};
     };
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime <= 6; }, 10s)) << "it counts down";
-    expectWhatIpSays(host);
+    expectWhatIpSaysSoon();
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime >= 7; }, 10s)) << "it is prolonged";
-    expectWhatIpSays(host);
+    expectWhatIpSaysSoon();
 
     low.readAgain(configuration("w1", "medium", "9000"));
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("medium").lifetime > 8990; }, 10s));
-    expectWhatIpSays(host);
+    expectWhatIpSaysSoon();
 
     high.vanish();
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime == 1; }, 20s)) << "lapsed, and still listed";
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime == 0; }, 20s)) << "the kernel dropped it";
     platform->beginPacket();
     EXPECT_EQ(walkRouters().size(), 2u);
-    expectWhatIpSays(host);
+    expectWhatIpSaysSoon();
 }
 
-TEST(LearnedRouters, theKernelIsAskedOnceASecondAtMost)
+TEST(LearnedRouters, theKernelIsAskedTenTimesASecondAtMost)
 {
     IPMIB_NEEDS_NAMESPACES();
     const Namespace space;
@@ -300,9 +318,10 @@ TEST(LearnedRouters, theKernelIsAskedOnceASecondAtMost)
     space.run("ip -6 route add default via fe80::2 dev v0 proto ra metric 50 expires 100");
     const auto begin = std::chrono::steady_clock::now();
     const auto reads = readsOf100Walks();
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
+    const auto tenths = std::chrono::duration_cast<std::chrono::duration<std::int64_t, std::deci>>(
+        std::chrono::steady_clock::now() - begin);
     EXPECT_GE(reads, 1u);
-    EXPECT_LE(reads, 2u + static_cast<std::uint64_t>(seconds.count()));
+    EXPECT_LE(reads, 2u + static_cast<std::uint64_t>(tenths.count()));
 }
 
 } // namespace
