@@ -33,7 +33,7 @@ class Tables
         handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
         handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
         handlers.defaultsChanged = [this] { listRouters(); };
-        handlers.anycastChanged = [] {};
+        handlers.anycastChanged = [](const PackedAddress &, std::uint32_t, bool) {};
         handlers.uncertain = [] {};
         handlers.rebuilt = [this] {
             prefixes_.rebuild();
