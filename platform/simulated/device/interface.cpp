@@ -23,4 +23,19 @@ PackedAddress linkLocalAddress(std::uint64_t identifier)
     return {prefix, identifier};
 }
 
+std::optional<Address> automaticLinkLocal(const Interface &interface)
+{
+    if (!interface.mac) {
+        return std::nullopt;
+    }
+    return Address{linkLocalAddress(interfaceIdentifier(*interface.mac)),
+                   interface.ifIndex,
+                   platform::addressOriginLinkLayer,
+                   platform::addressStatePreferred,
+                   0,
+                   0,
+                   platform::linkLocalPrefixLength,
+                   false};
+}
+
 } // namespace ipmib::simulated

@@ -48,5 +48,7 @@ struct Interface {
 std::uint64_t interfaceIdentifier(const Mac &mac);
 // fe80:: and the identifier.
 PackedAddress linkLocalAddress(std::uint64_t identifier);
+// The one that an interface makes for itself from its link-layer address; nothing without such an address.
+std::optional<Address> automaticLinkLocal(const Interface &interface);
 
 } // namespace ipmib::simulated

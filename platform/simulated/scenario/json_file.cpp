@@ -50,10 +50,11 @@ std::string withoutLibraryWords(const std::string &message)
 Json readJsonFile(const std::string &path)
 {
     std::ifstream file(path);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    file.peek(); // the first reading tells whether it can be read at all
     if (!file.is_open() || file.bad()) {
         throw ScenarioError(std::string("cannot read it: ") + std::strerror(errno));
     }
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     try {
         DuplicateKeys duplicates;
         return Json::parse(text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {

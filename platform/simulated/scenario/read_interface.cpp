@@ -116,15 +116,8 @@ void readIp6(Object &object, Interface &interface, Device &device)
         interface.advertisement = readAdvertisement(*advertisement, interface);
     }
     readRows(object, interface, device);
-    if (!interface.linkLocal && interface.mac) {
-        interface.linkLocal = Address{linkLocalAddress(interfaceIdentifier(*interface.mac)),
-                                      interface.ifIndex,
-                                      platform::addressOriginLinkLayer,
-                                      platform::addressStatePreferred,
-                                      0,
-                                      0,
-                                      platform::linkLocalPrefixLength,
-                                      false};
+    if (!interface.linkLocal) {
+        interface.linkLocal = automaticLinkLocal(interface);
     }
 }
 
