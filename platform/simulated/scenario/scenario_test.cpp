@@ -90,7 +90,8 @@ TEST(Scenario, everyObjectOfTheSchemaHasItsKeysCompared)
             compared.insert(refused["keysOf"].get<std::string>());
         }
     }
-    for (const auto &definition : load("docs/scenario.schema.json")["$defs"].items()) {
+    const Json schema = load("docs/scenario.schema.json");
+    for (const auto &definition : schema["$defs"].items()) {
         const Json &body = definition.value();
         const bool hasKeys =
             body.contains("properties") || (body.contains("oneOf") && body["oneOf"][1].contains("properties"));
