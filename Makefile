@@ -10,12 +10,16 @@
 #   make lint         run clang-tidy over all sources (minutes)
 #   make coverage     the lines and branches of the module that its tests run
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
+#   make docs         write the output of commands that documents show anew
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage footprint format clean
+.PHONY: build run test test-device fuzz lint coverage footprint docs format clean
 
 sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
+
+# Those that tests/docs compares.
+transcripts = docs/ipmibctl.md tests/cli/mistakes.md
 
 build:
 	@packaging/install_dependencies.sh run build
@@ -58,6 +62,9 @@ coverage:
 footprint:
 	@packaging/install_dependencies.sh build test device
 	@bench/footprint.sh
+
+docs: build
+	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
 
 format:
 	@$(sources) | xargs clang-format -i

@@ -5,6 +5,8 @@
 #include "session.h"
 #include "text.h"
 
+#include <algorithm>
+
 namespace ipmib::cli
 {
 namespace
@@ -98,11 +100,13 @@ Cell millisecondsCell(const TableReader &rows, std::size_t column)
     });
 }
 
-Cell ticksCell(const TableReader &rows, std::size_t column)
+Cell agoCell(const TableReader &rows, std::size_t column)
 {
-    return ofValue(rows, column, [](const host::Value &value) {
+    return ofValue(rows, column, [&rows](const host::Value &value) {
         constexpr std::uint64_t perSecond = 100;
-        return Cell{durationText(value.number / perSecond), static_cast<double>(value.number) / perSecond, {}};
+        const std::uint64_t seconds = value.number / perSecond;
+        const std::uint64_t now = std::max<std::uint64_t>(rows.session().uptime(), seconds);
+        return Cell{durationText(now - seconds) + " ago", static_cast<double>(value.number) / perSecond, {}};
     });
 }
 

@@ -49,7 +49,7 @@ Cell labelCell(const TableReader &rows, std::size_t column);
 Cell truthCell(const TableReader &rows, std::size_t column);
 Cell lifetimeCell(const TableReader &rows, std::size_t column);
 Cell millisecondsCell(const TableReader &rows, std::size_t column);
-// Hundredths of a second since boot.
-Cell ticksCell(const TableReader &rows, std::size_t column);
+// Hundredths of a second since boot: how long ago that is.
+Cell agoCell(const TableReader &rows, std::size_t column);
 
 } // namespace ipmib::cli

@@ -105,7 +105,7 @@ void appendIndex(Session &session, const std::string &text, const MibTreeNode &n
     if (node.pstIndex == nullptr || words.size() > node.pstIndex->ulCount) {
         refuse(text, node.pstIndex == nullptr
                          ? "the object has no index"
-                         : "the index has only " + std::to_string(node.pstIndex->ulCount) + " parts");
+                         : "parts of the index: at most " + std::to_string(node.pstIndex->ulCount));
     }
     const auto columns = host::columnsOf(*node.pstIndex);
     host::IndexParts parts;

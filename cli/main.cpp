@@ -5,9 +5,12 @@
 #include <ipmib/platform_hooks.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iterator>
+#include <stdexcept>
 
 namespace
 {
@@ -49,6 +52,10 @@ int run(cli::Options options)
     case cli::Options::Action::run:
         break;
     }
+    if (options.words.size() == 1 && options.words.front() == "help") {
+        std::fputs(cli::helpText, stdout);
+        return host::exitSuccess;
+    }
     if (options.words.empty()) {
         throw host::UsageError("a command is missing; ipmibctl --help lists them");
     }
@@ -63,12 +70,21 @@ int run(cli::Options options)
     return command->run(session, options, {options.words.begin() + 1, options.words.end()});
 }
 
+// A full disk is no success.
+int withAllWritten(int status)
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw std::runtime_error(std::string("cannot write: ") + std::strerror(errno));
+    }
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     try {
-        return run(cli::parseOptions(argc, argv));
+        return withAllWritten(run(cli::parseOptions(argc, argv)));
     } catch (const host::UsageError &error) {
         return fail(error, host::exitUsage);
     } catch (const std::exception &error) {

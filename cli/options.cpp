@@ -13,8 +13,8 @@ const char *const helpText = R"(Usage: ipmibctl [OPTION]... COMMAND
 
 Shows the IP-MIB of this machine, or of a simulated device, without SNMP.
 
-  show VIEW              a table; VIEW is neighbours, addresses, prefixes, routers, interfaces, statistics, icmp or
-                         advertisements
+  show VIEW [INTERFACE]  a table, of all interfaces or of one; VIEW is neighbours, addresses, prefixes, routers,
+                         interfaces, statistics, icmp or advertisements, or the beginning of such a word
   show statistics NAME   all counters of an interface, or of the "system"
   watch statistics [NAME], watch interfaces, watch icmp
                          how much the counters grow a second, again and again

@@ -4,6 +4,9 @@
 
 #include "table_reader.h"
 
+#include <ipmib/platform.h>
+
+#include <dlfcn.h>
 #include <poll.h>
 
 #include <cerrno>
@@ -44,6 +47,19 @@ bool Session::wait(int milliseconds)
             platform->dispatch();
         }
     }
+}
+
+std::uint32_t Session::uptime() const
+{
+    // The platform's symbols are global, as the module needs them.
+    using Service = decltype(&TIME_GetSystemBootTime);
+    const auto service = reinterpret_cast<Service>(dlsym(RTLD_DEFAULT, "TIME_GetSystemBootTime"));
+    std::uint32_t seconds = 0;
+    std::uint32_t other = 0;
+    if (service != nullptr) {
+        service(&seconds, &other);
+    }
+    return seconds;
 }
 
 std::string Session::interfaceName(std::uint32_t ifIndex) const

@@ -27,6 +27,9 @@ class Session
     // Lets the platform work, until so many milliseconds have passed or a signal has come; false for a signal.
     bool wait(int milliseconds);
 
+    // Seconds since the device's boot.
+    std::uint32_t uptime() const;
+
     // As people know it; its number when it has no name.
     std::string interfaceName(std::uint32_t ifIndex) const;
     // The ifIndex of a name or a number; throws std::runtime_error when there is no such interface.

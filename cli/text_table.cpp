@@ -62,15 +62,13 @@ void TextTable::begin()
 
 void TextTable::dropColumns()
 {
-    while (width_ != noLimit && totalWidth() > width_) {
-        const auto last = std::max_element(shown_.begin(), shown_.end(), [this](std::size_t a, std::size_t b) {
+    while (width_ != noLimit && totalWidth() > width_ && shown_.size() > 1) {
+        // Of two of the same rank the one on the right goes; the first one tells what a row is of.
+        const auto last = std::max_element(shown_.rbegin(), shown_.rend() - 1, [this](std::size_t a, std::size_t b) {
             return columns_[a].rank < columns_[b].rank;
         });
-        if (columns_[*last].rank == 0) {
-            return;
-        }
         leftOut_.emplace_back(columns_[*last].heading);
-        shown_.erase(last);
+        shown_.erase(last.base() - 1);
     }
 }
 

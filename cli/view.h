@@ -19,7 +19,7 @@ struct Column {
     const char *heading;
     const char *key; // for programs
     Align align = Align::left;
-    int rank = 0; // where there is no room for all columns, those of the highest rank are left out first; 0: never
+    int rank = 0; // where there is no room for all columns, those of the highest rank are left out first
 };
 
 struct View {

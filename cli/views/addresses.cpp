@@ -13,8 +13,8 @@ constexpr Column columns[] = {
     {"STATUS", "status"},
     {"ORIGIN", "origin", Align::left, 1},
     {"TYPE", "type", Align::left, 2},
-    {"CREATED AT", "created", Align::right, 3},
-    {"CHANGED AT", "changed", Align::right, 4},
+    {"CREATED", "created", Align::right, 3},
+    {"CHANGED", "changed", Align::right, 4},
 };
 
 // The last sub-identifier of the pointer to the prefix.
@@ -34,8 +34,8 @@ void list(Session &session, const std::string &, const Sink &sink)
                       "ipAddressCreated", "ipAddressLastChanged"});
     while (rows.next()) {
         sink({withPrefixLength(addressCell(rows, 1), rows.value(prefix)), interfaceNumberCell(rows, ifIndex),
-              labelCell(rows, status), labelCell(rows, origin), labelCell(rows, type), ticksCell(rows, created),
-              ticksCell(rows, changed)});
+              labelCell(rows, status), labelCell(rows, origin), labelCell(rows, type), agoCell(rows, created),
+              agoCell(rows, changed)});
     }
 }
 

@@ -12,7 +12,7 @@ namespace
 
 constexpr Column columns[] = {
     {"ADDRESS", "address"}, {"INTERFACE", "interface"},       {"LINK-LAYER ADDRESS", "linkLayerAddress"},
-    {"STATE", "state"},     {"TYPE", "type", Align::left, 1}, {"UPDATED AT", "updated", Align::right, 2},
+    {"STATE", "state"},     {"TYPE", "type", Align::left, 1}, {"UPDATED", "updated", Align::right, 2},
 };
 
 // One that is not known is told as zeros.
@@ -31,7 +31,7 @@ void list(Session &session, const std::string &, const Sink &sink)
         {"ipNetToPhysicalPhysAddress", "ipNetToPhysicalLastUpdated", "ipNetToPhysicalType", "ipNetToPhysicalState"});
     while (rows.next()) {
         sink({addressCell(rows, 2), interfaceCell(rows, 0), linkLayerCell(rows.value(physAddress)),
-              labelCell(rows, state), labelCell(rows, type), ticksCell(rows, lastUpdated)});
+              labelCell(rows, state), labelCell(rows, type), agoCell(rows, lastUpdated)});
     }
 }
 
