@@ -88,7 +88,9 @@ class Words(unittest.TestCase):
     def test_every_name_that_it_writes_it_also_reads(self):
         for example in examples:
             platform = ["--platform", "simulated:" + example, "--at=0"]
-            walked = json.loads(run("walk", "1.3.6.1", "--json", *platform).stdout)
+            with open(example, encoding="utf-8") as scenario:
+                big = "generate" in json.load(scenario)
+            walked = json.loads(run("walk", "ipNetToPhysicalTable" if big else "1.3.6.1", "--json", *platform).stdout)
             self.assertGreater(len(walked), 100)
             some = walked[:: max(1, len(walked) // 2000)]  # a command line has an end
             for word in ("name", "oid"):
