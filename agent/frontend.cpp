@@ -3,9 +3,12 @@
 
 #include "frontend.h"
 
+#include "platform_events.h"
 #include "varbind.h"
 
+#include <algorithm>
 #include <deque>
+#include <list>
 #include <stdexcept>
 
 namespace ipmib::agent
@@ -14,48 +17,76 @@ namespace ipmib::agent
 class Frontend::Impl
 {
   public:
-    explicit Impl(host::Plugin &plugin) : resolver_(plugin.resolver()), platform_(plugin.platform())
+    explicit Impl(host::Plugin &plugin)
+        : resolver_(plugin.resolver()), platform_(plugin.platform()), platformEvents_(platform_)
     {
-        for (const host::Resolver::Region &region : resolver_.regions()) {
-            serve(region);
-        }
-        if (platform_ != nullptr && platform_->descriptor != nullptr && (descriptor_ = platform_->descriptor()) >= 0) {
-            register_readfd(descriptor_, dispatchPlatform, this);
-        }
     }
 
     ~Impl()
     {
-        if (descriptor_ >= 0) {
-            unregister_readfd(descriptor_);
-        }
         for (const ServedRegion &region : served_) {
             netsnmp_unregister_handler(region.registration);
         }
     }
 
-  private:
-    struct ServedRegion {
-        Impl *frontend;
-        host::OidView root;
-        netsnmp_handler_registration *registration;
-    };
-
-    void serve(const host::Resolver::Region &region)
+    int add(const ServedTable &table, host::OidView place, int priority)
     {
-        LibraryOid root(region.root.view());
+        LibraryOid root(place);
         netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
-            region.node->pszName, handle, root.data(), root.size(), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);
+            table.name, handle, root.data(), root.size(), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);
         if (registration == nullptr) {
             throw std::runtime_error("out of memory");
         }
-        ServedRegion &served = served_.emplace_back(ServedRegion{this, region.root.view(), registration});
+        registration->priority = priority;
+        const host::OidView region = table.region->root.view(); // of a scalar the place may be its instance
+        ServedRegion &served = served_.emplace_back(ServedRegion{
+            this, host::Oid(place.size() > region.size() && isScalar(table) ? region : place), registration});
         registration->handler->myvoid = &served;
-        if (netsnmp_register_handler(registration) != MIB_REGISTERED_OK) {
+        const int answer = netsnmp_register_handler(registration);
+        if (answer != MIB_REGISTERED_OK) {
             served_.pop_back(); // the library has freed the registration
-            throw std::runtime_error(std::string("cannot register ") + region.node->pszName);
+        }
+        return answer;
+    }
+
+    void remove(host::OidView place, int priority)
+    {
+        const LibraryOid root(place);
+        const auto found = std::ranges::find_if(served_, [&](const ServedRegion &served) {
+            return served.registration->priority == priority &&
+                   snmp_oid_compare(served.registration->rootoid, served.registration->rootoid_len, root.data(),
+                                    root.size()) == 0;
+        });
+        if (found != served_.end()) {
+            netsnmp_unregister_handler(found->registration);
+            served_.erase(found);
         }
     }
+
+    void serve(const std::vector<const ServedTable *> &tables)
+    {
+        for (const ServedTable *table : whole_) {
+            if (std::ranges::find(tables, table) == tables.end()) {
+                remove(table->region->root.view(), DEFAULT_MIB_PRIORITY);
+            }
+        }
+        for (const ServedTable *table : tables) {
+            if (std::ranges::find(whole_, table) == whole_.end() &&
+                add(*table, table->region->root.view(), DEFAULT_MIB_PRIORITY) != MIB_REGISTERED_OK) {
+                throw std::runtime_error(std::string("cannot register ") + table->name);
+            }
+        }
+        whole_ = tables;
+    }
+
+  private:
+    struct ServedRegion {
+        Impl *frontend;
+        host::Oid root;
+        netsnmp_handler_registration *registration;
+    };
+
+    static bool isScalar(const ServedTable &table) { return table.region->node->ulKind == MIB_NODE_SCALAR; }
 
     static int handle(netsnmp_mib_handler *handler, netsnmp_handler_registration *, netsnmp_agent_request_info *info,
                       netsnmp_request_info *requests)
@@ -64,8 +95,6 @@ class Frontend::Impl
         region->frontend->answer(*region, info, requests);
         return SNMP_ERR_NOERROR;
     }
-
-    static void dispatchPlatform(int, void *self) { static_cast<Impl *>(self)->platform_->dispatch(); }
 
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
@@ -76,7 +105,7 @@ class Frontend::Impl
             deliver(batch);
             return;
         }
-        resolver_.getNext(batch, region.root);
+        resolver_.getNext(batch, region.root.view());
         deliver(batch);
         if (info->mode == MODE_GETBULK) {
             repeat(region, *info, requests);
@@ -87,7 +116,7 @@ class Frontend::Impl
     // but it checks the view for each, and so it shall where a view does not hold the whole region.
     void repeat(const ServedRegion &region, netsnmp_agent_request_info &info, netsnmp_request_info *requests)
     {
-        LibraryOid root(region.root);
+        LibraryOid root(region.root.view());
         const bool allVisible = netsnmp_acm_check_subtree(info.asp->pdu, root.data(), root.size()) == VACM_SUCCESS;
         for (;;) {
             netsnmp_bulk_to_next_fix_requests(requests); // marks the next repetition of each variable
@@ -95,7 +124,7 @@ class Frontend::Impl
             if (batch.empty()) {
                 return;
             }
-            resolver_.getNext(batch, region.root);
+            resolver_.getNext(batch, region.root.view());
             deliver(batch);
         }
     }
@@ -174,8 +203,9 @@ class Frontend::Impl
 
     host::Resolver &resolver_;
     const IpmibPlatformHooks *platform_;
-    int descriptor_ = -1;
-    std::deque<ServedRegion> served_; // handlers point into it
+    PlatformEvents platformEvents_;
+    std::list<ServedRegion> served_; // handlers point into it
+    std::vector<const ServedTable *> whole_;
     // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.
     std::deque<Asked> asked_;
     std::vector<host::Variable> variables_;
@@ -184,5 +214,20 @@ class Frontend::Impl
 Frontend::Frontend(host::Plugin &plugin) : impl_(std::make_unique<Impl>(plugin)) {}
 
 Frontend::~Frontend() = default;
+
+int Frontend::add(const ServedTable &table, host::OidView root, int priority)
+{
+    return impl_->add(table, root, priority);
+}
+
+void Frontend::remove(host::OidView root, int priority)
+{
+    impl_->remove(root, priority);
+}
+
+void Frontend::serve(const std::vector<const ServedTable *> &tables)
+{
+    impl_->serve(tables);
+}
 
 } // namespace ipmib::agent

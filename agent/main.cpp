@@ -5,6 +5,7 @@
 #include "options.h"
 #include "snmp_library.h"
 #include "standalone.h"
+#include "subagent.h"
 
 #include <cstdio>
 #include <exception>
@@ -34,15 +35,16 @@ int run(agent::Options options)
     case agent::Options::Action::run:
         break;
     }
-    if (!options.master.empty()) {
-        throw std::runtime_error("-x: being a sub-agent is not available yet");
-    }
     if (!options.loggingChosen) {
         agent::chooseDefaultLog(options.foreground);
     }
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_SBIN);
     options.plugin.log = agent::logLine;
-    agent::serveStandalone(options);
+    if (options.master.empty()) {
+        agent::serveStandalone(options);
+    } else {
+        agent::serveAsSubagent(options);
+    }
     return host::exitSuccess;
 }
 

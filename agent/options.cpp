@@ -22,7 +22,8 @@ Serves the IP-MIB over SNMP.
   -L LOGOPTION           log to standard output (-Lo), standard error (-Le), a file (-Lf FILE), syslog (-Ls FACILITY),
                          or nowhere (-Ln)
   -p FILE                write the process id to this file
-  -x ADDRESS             be a sub-agent of the AgentX master at this address
+  -x ADDRESS             be a sub-agent of the AgentX master at this address: a path, unix:PATH, tcp:HOST:PORT or
+                         tcp6:[ADDRESS]:PORT
       --platform NAME[:ARGUMENT]
                          where the facts come from (default: linux)
       --module PATH      the module to load (default: the one that ipmibd came with)
@@ -32,6 +33,12 @@ Serves the IP-MIB over SNMP.
 
 A listening address is written as for snmpd: udp:127.0.0.1:161, udp6:[::1]:161, tcp:10.0.0.1:161. Without one, here or
 as agentaddress in the configuration, only the loopback addresses are listened on, at UDP port 161.
+
+Lines of the configuration that say who serves a table, or all others:
+
+  serve TABLE|all auto   as a sub-agent: what the master lacks or serves less of (this is the default); else: serve it
+  serve TABLE|all take   as a sub-agent: in the place of the master's own rows; else: serve it
+  serve TABLE|all off    leave it alone
 )";
 
 namespace
@@ -131,6 +138,9 @@ Options parseOptions(int argc, char *const *argv)
     }
     for (; optind < argc; ++optind) {
         options.listenOn.emplace_back(argv[optind]);
+    }
+    if (!options.master.empty() && !options.listenOn.empty()) {
+        throw host::UsageError("with -x there is nothing to listen on: " + options.listenOn.front());
     }
     return options;
 }

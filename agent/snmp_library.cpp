@@ -23,8 +23,6 @@ namespace ipmib::agent
 namespace
 {
 
-constexpr const char *applicationName = "ipmibd";
-
 std::string joined(const std::vector<std::string> &items)
 {
     std::string list;
@@ -55,6 +53,10 @@ SnmpLibrary::SnmpLibrary(SnmpSettings settings) : settings_(std::move(settings))
     // The library's own warning is four lines long and names another program's commands.
     snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, vacm_warn_if_not_configured,
                              nullptr, 0);
+}
+
+void SnmpLibrary::readConfiguration()
+{
     init_snmp(applicationName);
     snmp_store(applicationName);       // the count of starts must not be lost in a crash
     netsnmp_set_lookup_cache_size(-1); // the library's default size

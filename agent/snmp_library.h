@@ -17,11 +17,17 @@ struct SnmpSettings {
 class SnmpLibrary
 {
   public:
+    // Under which the library looks for files and reads their lines.
+    static constexpr const char *applicationName = "ipmibd";
+
     // Throws std::runtime_error that names a configuration file that cannot be read.
     explicit SnmpLibrary(SnmpSettings settings);
     ~SnmpLibrary();
     SnmpLibrary(const SnmpLibrary &) = delete;
     SnmpLibrary &operator=(const SnmpLibrary &) = delete;
+
+    // To be called once, when everything that takes lines of the configuration is there.
+    void readConfiguration();
 
     static const char *version();
 

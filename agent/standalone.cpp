@@ -10,6 +10,7 @@
 #include "log.h"
 #include "net_snmp.h"
 #include "pid_file.h"
+#include "serve_settings.h"
 #include "service_notify.h"
 #include "snmp_library.h"
 
@@ -22,9 +23,13 @@ void serveStandalone(const Options &options)
 {
     EventLoop loop;
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn});
-    const Listeners listeners(SnmpLibrary::listeningAddresses());
     host::Plugin plugin(options.plugin);
-    const Frontend frontend(plugin);
+    const std::vector<ServedTable> tables = servedTables(plugin.resolver());
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    library.readConfiguration();
+    const Listeners listeners(SnmpLibrary::listeningAddresses());
+    Frontend frontend(plugin);
+    frontend.serve(settings.notOff());
     const PidFile pidFile(options.pidFile);
 
     std::optional<Detachment> detachment;
@@ -36,7 +41,7 @@ void serveStandalone(const Options &options)
         snmp_log(LOG_WARNING,
                  "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");
     }
-    snmp_log(LOG_INFO, "ipmibd %s serves %zu regions\n", IPMIB_VERSION, plugin.resolver().regions().size());
+    snmp_log(LOG_INFO, "ipmibd %s serves %zu tables\n", IPMIB_VERSION, settings.notOff().size());
     if (detachment) {
         detachment->ready(snmp_stderrlog_status() != 0);
     }
@@ -44,6 +49,7 @@ void serveStandalone(const Options &options)
     loop.run([&] {
         notifyReloading();
         library.reload();
+        frontend.serve(settings.notOff());
         if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
             plugin.platform()->reload();
         }

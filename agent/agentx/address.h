@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Where an AgentX master is reached, as the user writes it: a path, unix:PATH, tcp:HOST:PORT or tcp6:[ADDRESS]:PORT.
+#pragma once
+
+#include <sys/socket.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace ipmib::agent::agentx
+{
+
+struct Address {
+    std::string text; // as it was written
+    std::string path; // of a local socket; else
+    std::string host;
+    std::string port;
+    int family = AF_UNSPEC;
+
+    bool isLocal() const { return !path.empty(); }
+};
+
+// Throws host::UsageError.
+Address parseAddress(const std::string &text);
+
+// A socket that does not block, with its connection under way or made.
+struct Begun {
+    int descriptor;
+    bool connected;
+};
+
+// Throws std::system_error, or std::runtime_error where a name is not found. A name that must be looked up elsewhere
+// takes as long as that takes.
+Begun beginToConnect(const Address &address);
+
+} // namespace ipmib::agent::agentx

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Every step waits for an answer in the event loop. A master that hangs keeps its connection: its answer counts
+// whenever it comes, and when the master ends instead, the connection does too. So nobody needs to ask whether it still
+// lives.
+
+#include "agent/agentx/session.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace ipmib::agent::agentx
+{
+
+namespace
+{
+
+constexpr unsigned retrySeconds = 1;
+constexpr unsigned patienceSeconds = 3;
+constexpr long reasonShutdown = 5;
+
+constexpr const char *permissionHint = " (agentXPerms in snmpd.conf says who may use the master's socket)";
+constexpr const char *sessionClosed = "the master closed the session";
+constexpr const char *silent = "it does not answer";
+
+// Reasons that say the same: there is no master at the moment.
+bool isAbsence(const std::string &reason)
+{
+    return reason == std::strerror(ECONNREFUSED) || reason == std::strerror(ENOENT) ||
+           reason == std::strerror(ECONNRESET) || reason == Connection::masterClosed || reason == sessionClosed;
+}
+
+} // namespace
+
+Session::Session(host::Plugin &plugin, const std::vector<ServedTable> &tables, const ServeSettings &settings,
+                 const Address &master, std::function<void()> settled)
+    : tables_(tables), settings_(settings), settled_(std::move(settled)), responder_(plugin),
+      connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
+                           [this](const std::string &reason) { lost(reason); }}),
+      reported_(tables.size())
+{
+}
+
+Session::~Session()
+{
+    leave();
+}
+
+void Session::start()
+{
+    leave();
+    state_ = State::connecting;
+    setAlarm(patienceSeconds);
+    connection_.open();
+}
+
+void Session::leave()
+{
+    clearAlarm();
+    if (state_ == State::claiming || state_ == State::serving) {
+        const Message message = makeMessage(closeMessage, sessionId_, ++packetId_);
+        message->errstat = reasonShutdown;
+        connection_.send(*message);
+    }
+    connection_.close();
+    state_ = State::apart;
+}
+
+void Session::connected()
+{
+    state_ = State::opening;
+    Message message = makeMessage(openMessage, 0, ++packetId_);
+    addText(*message, "ipmibd");
+    request(std::move(message));
+}
+
+void Session::request(Message message)
+{
+    setAlarm(patienceSeconds);
+    connection_.send(*message);
+}
+
+void Session::received(netsnmp_pdu &message)
+{
+    if (message.command == closeMessage) {
+        connection_.close();
+        lost(sessionClosed);
+    } else if (message.command != responseMessage) {
+        if (responder_.answer(message)) {
+            connection_.send(message);
+        }
+    } else if (message.reqid == packetId_ && state_ == State::opening) {
+        opened(message);
+    } else if (message.reqid == packetId_ && state_ == State::claiming) {
+        answered(message);
+    }
+}
+
+void Session::lost(const std::string &reason)
+{
+    const bool wasServing = state_ == State::serving;
+    responder_.serve({});
+    state_ = State::apart;
+    setAlarm(retrySeconds);
+    if (wasServing || (reason != trouble_ && !(isAbsence(reason) && isAbsence(trouble_)))) {
+        const bool isForbidden = reason == std::strerror(EACCES) && connection_.address().isLocal();
+        snmp_log(wasServing ? LOG_WARNING : LOG_ERR, "agentx: no master at %s: %s%s; trying again every second\n",
+                 connection_.address().text.c_str(), reason.c_str(), isForbidden ? permissionHint : "");
+    }
+    trouble_ = reason;
+    settle();
+}
+
+void Session::settle()
+{
+    if (settled_) {
+        settled_();
+    }
+}
+
+void Session::opened(const netsnmp_pdu &response)
+{
+    if (response.errstat != noError) {
+        connection_.close();
+        lost("it refuses the session: " + textOfError(response.errstat));
+        return;
+    }
+    sessionId_ = response.sessid;
+    state_ = State::claiming;
+    claims_.clear();
+    std::vector<const host::Resolver::Region *> regions;
+    for (const ServedTable &table : tables_) {
+        claims_.emplace_back(table, settings_.of(table));
+        regions.push_back(table.region);
+    }
+    responder_.serve(std::move(regions)); // the master may ask for what it has granted, be it for a moment
+    claim_ = 0;
+    claimOn();
+}
+
+void Session::claimOn()
+{
+    for (; claim_ < claims_.size(); ++claim_) {
+        if (const auto attempt = claims_[claim_].next()) {
+            Message message =
+                makeMessage(attempt->registering ? registerMessage : unregisterMessage, sessionId_, ++packetId_);
+            message->priority = attempt->priority;
+            addIdentifier(*message, attempt->root);
+            request(std::move(message));
+            return;
+        }
+    }
+    serve();
+}
+
+void Session::answered(const netsnmp_pdu &response)
+{
+    using Answer = Claim::Answer;
+    claims_[claim_].take(response.errstat == noError                 ? Answer::granted
+                         : response.errstat == duplicateRegistration ? Answer::duplicate
+                                                                     : Answer::refused,
+                         textOfError(response.errstat));
+    claimOn();
+}
+
+void Session::serve()
+{
+    clearAlarm();
+    std::vector<const host::Resolver::Region *> regions;
+    for (const Claim &claim : claims_) {
+        if (claim.isOurs()) {
+            regions.push_back(claim.table().region);
+        }
+    }
+    snmp_log(LOG_INFO, "agentx: connected to the master at %s, serving %zu of %zu tables\n",
+             connection_.address().text.c_str(), regions.size(), claims_.size());
+    responder_.serve(std::move(regions));
+    state_ = State::serving;
+    trouble_.clear();
+    reportClaims();
+    settle();
+}
+
+void Session::reportClaims()
+{
+    std::string left;
+    for (std::size_t i = 0; i < claims_.size(); ++i) {
+        const Claim &claim = claims_[i];
+        const std::string text = textOf(claim);
+        if (text == reported_[i]) {
+            continue;
+        }
+        reported_[i] = text;
+        const char *name = claim.table().name;
+        if (claim.owner() == Owner::refused) {
+            snmp_log(LOG_ERR, "agentx: %s is %s; see who else registers it, or say \"serve %s off\"\n", name,
+                     text.c_str(), name);
+        } else if (claim.owner() == Owner::oursInstead) {
+            snmp_log(LOG_INFO, "agentx: %s: our rows replace the master's%s\n", name,
+                     claim.wish() == Serve::automatic ? ", whose further columns stay" : "");
+        } else if (claim.owner() == Owner::others) {
+            snmp_log(LOG_WARNING, "agentx: %s is left to another sub-agent, which registered it before\n", name);
+        } else if (claim.owner() == Owner::agents) {
+            left += std::string(left.empty() ? "" : ", ") + name;
+        }
+    }
+    if (!left.empty()) {
+        snmp_log(LOG_INFO, "agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): %s\n",
+                 left.c_str());
+    }
+}
+
+void Session::setAlarm(unsigned seconds)
+{
+    clearAlarm();
+    alarm_ = snmp_alarm_register(
+        seconds, 0, [](unsigned, void *self) { static_cast<Session *>(self)->alarmWentOff(); }, this);
+}
+
+void Session::clearAlarm()
+{
+    if (alarm_ != 0) {
+        snmp_alarm_unregister(alarm_);
+        alarm_ = 0;
+    }
+}
+
+void Session::alarmWentOff()
+{
+    alarm_ = 0; // the library forgets an alarm that went off
+    if (state_ == State::apart) {
+        start();
+    } else if (trouble_ != silent) {
+        trouble_ = silent;
+        snmp_log(LOG_WARNING, "agentx: the master at %s does not answer; waiting\n",
+                 connection_.address().text.c_str());
+        settle();
+    }
+}
+
+} // namespace ipmib::agent::agentx

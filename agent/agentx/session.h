@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Being the sub-agent of one master: connects, opens a session, claims the tables, answers, and begins again whenever
+// the master is gone.
+#pragma once
+
+#include "agent/agentx/connection.h"
+#include "agent/agentx/responder.h"
+#include "agent/ownership.h"
+#include "agent/serve_settings.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ipmib::agent::agentx
+{
+
+class Session
+{
+  public:
+    // `settled` is called whenever it is known how things stand: the tables are claimed, or the master is out of reach.
+    // The others must outlive the session.
+    Session(host::Plugin &plugin, const std::vector<ServedTable> &tables, const ServeSettings &settings,
+            const Address &master, std::function<void()> settled);
+    // Takes leave, and waits for nobody.
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    // Connects at once, anew if need be, and claims the tables by the settings as they are now.
+    void start();
+
+    bool isServing() const { return state_ == State::serving; }
+    // Why not.
+    const std::string &trouble() const { return trouble_; }
+    const std::vector<Claim> &claims() const { return claims_; }
+
+  private:
+    enum class State { apart, connecting, opening, claiming, serving };
+
+    void connected();
+    void received(netsnmp_pdu &message);
+    void lost(const std::string &reason);
+    void opened(const netsnmp_pdu &response);
+    void answered(const netsnmp_pdu &response);
+    void claimOn();
+    void serve();
+    void settle();
+    void leave();
+    void request(Message message);
+
+    // The one alarm: to try again while apart, to complain while the master owes an answer.
+    void setAlarm(unsigned seconds);
+    void clearAlarm();
+    void alarmWentOff();
+
+    void reportClaims();
+
+    const std::vector<ServedTable> &tables_;
+    const ServeSettings &settings_;
+    std::function<void()> settled_;
+    Responder responder_;
+    Connection connection_;
+    State state_ = State::apart;
+    long sessionId_ = 0;
+    long packetId_ = 0;
+    unsigned alarm_ = 0;
+    std::vector<Claim> claims_;
+    std::size_t claim_ = 0;
+    std::string trouble_;               // as it was logged
+    std::vector<std::string> reported_; // what the log says of each table
+};
+
+} // namespace ipmib::agent::agentx

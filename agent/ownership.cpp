@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A look is a registration with the agent's own priority, at the places where agents register a table; it is taken back
+// at once. The claim is one at the entry, which the table's own place cannot outdo; where the agent keeps what we lack,
+// there is one for each column that we serve, so that its other columns stay.
+
+#include "ownership.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ipmib::agent
+{
+
+namespace
+{
+
+// Of these the agents in use serve less than we do: the IPv6 rows alone, which ours include, though not each column.
+constexpr const char *servedInPart[] = {"ipIfStatsTable"};
+
+bool isServedInPart(const ServedTable &table)
+{
+    return std::ranges::any_of(servedInPart, [&](const char *name) { return std::strcmp(name, table.name) == 0; });
+}
+
+} // namespace
+
+Claim::Claim(const ServedTable &table, Serve wish)
+    : table_(&table), wish_(wish), places_{table.identifier, table.instances}
+{
+    if (wish == Serve::off) {
+        owner_ = Owner::off;
+    }
+}
+
+std::optional<Claim::Attempt> Claim::next() const
+{
+    if (owner_ != Owner::undecided) {
+        return std::nullopt;
+    }
+    const bool isLook = stage_ == Stage::look || stage_ == Stage::lookAway;
+    return Attempt{stage_ == Stage::look || stage_ == Stage::claim, places_[place_].view(),
+                   isLook ? agentsPriority : ourPriority};
+}
+
+void Claim::take(Answer answer, const std::string &reason)
+{
+    switch (stage_) {
+    case Stage::look:
+        if (answer == Answer::granted) {
+            stage_ = Stage::lookAway;
+        } else if (answer == Answer::duplicate) {
+            decide(true);
+        } else {
+            reason_ = reason;
+            owner_ = Owner::refused;
+        }
+        break;
+    case Stage::lookAway:
+        stage_ = Stage::look;
+        if (++place_ == places_.size()) {
+            decide(false);
+        }
+        break;
+    case Stage::claim:
+        if (answer != Answer::granted) {
+            reason_ = reason;
+            const bool isLeft = answer == Answer::duplicate && wish_ == Serve::automatic;
+            lose(isLeft ? Owner::others : Owner::refused);
+        } else if (++place_ == places_.size()) {
+            owner_ = agentHasIt_ ? Owner::oursInstead : Owner::ours;
+        }
+        break;
+    case Stage::giveBack:
+        if (++place_ == places_.size()) {
+            owner_ = loser_;
+        }
+        break;
+    }
+}
+
+void Claim::decide(bool agentHasIt)
+{
+    agentHasIt_ = agentHasIt;
+    const bool inPart = agentHasIt && wish_ == Serve::automatic;
+    if (inPart && !isServedInPart(*table_)) {
+        owner_ = Owner::agents;
+        return;
+    }
+    stage_ = Stage::claim;
+    place_ = 0;
+    places_ = inPart ? table_->objects : std::vector{table_->instances};
+}
+
+void Claim::lose(Owner owner)
+{
+    if (place_ == 0) {
+        owner_ = owner;
+        return;
+    }
+    places_.resize(place_);
+    place_ = 0;
+    stage_ = Stage::giveBack;
+    loser_ = owner;
+}
+
+std::string textOf(const Claim &claim)
+{
+    switch (claim.owner()) {
+    case Owner::ours:
+        return "ours";
+    case Owner::oursInstead:
+        return "ours, in place of the master's";
+    case Owner::agents:
+        return "the master's";
+    case Owner::others:
+        return "another sub-agent's";
+    case Owner::off:
+        return "off";
+    case Owner::refused:
+        return "refused: " + claim.reason();
+    case Owner::undecided:
+        break;
+    }
+    return "undecided";
+}
+
+} // namespace ipmib::agent

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Who serves a table in an agent that has tables of its own: what the user wishes, what the agent grants.
+#pragma once
+
+#include "served_table.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ipmib::agent
+{
+
+// What the setting `serve TABLE ...` says.
+enum class Serve {
+    automatic, // what the agent lacks, or serves less of
+    take,      // in the agent's place
+    off
+};
+
+enum class Owner {
+    undecided,
+    ours,        // the agent has nothing there
+    oursInstead, // in the place of the agent's own rows
+    agents,
+    others, // of another program that registered it in our way
+    off,
+    refused
+};
+
+// Of two registrations of the same place the lower number wins. An agent's own tables have the number that is the
+// default everywhere; ours is one that nobody else is likely to choose, so that a duplicate of it tells something.
+inline constexpr int agentsPriority = 127;
+inline constexpr int ourPriority = 93;
+
+// The way to the owner of one table: registrations to attempt, one after the other, until it is decided. An agent
+// cannot be asked what it serves, but it refuses a second registration of the same place and priority.
+class Claim
+{
+  public:
+    Claim(const ServedTable &table, Serve wish);
+
+    struct Attempt {
+        bool registering; // or taking back what was registered for a look
+        host::OidView root;
+        int priority;
+    };
+    enum class Answer { granted, duplicate, refused };
+
+    // Nothing when it is decided.
+    std::optional<Attempt> next() const;
+    // The agent's answer to that attempt.
+    void take(Answer answer, const std::string &reason = "");
+
+    const ServedTable &table() const { return *table_; }
+    Serve wish() const { return wish_; }
+    Owner owner() const { return owner_; }
+    bool isOurs() const { return owner_ == Owner::ours || owner_ == Owner::oursInstead; }
+    // Why it was refused.
+    const std::string &reason() const { return reason_; }
+
+  private:
+    enum class Stage { look, lookAway, claim, giveBack };
+
+    void decide(bool agentHasIt);
+    void lose(Owner owner);
+
+    const ServedTable *table_;
+    Serve wish_;
+    Stage stage_ = Stage::look;
+    std::vector<host::Oid> places_; // of this stage, one after the other
+    std::size_t place_ = 0;
+    bool agentHasIt_ = false;
+    Owner owner_ = Owner::undecided;
+    Owner loser_ = Owner::undecided; // the owner when all is given back
+    std::string reason_;
+};
+
+// "ours", "the master's", ...
+std::string textOf(const Claim &claim);
+
+} // namespace ipmib::agent

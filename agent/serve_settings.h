@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The configuration's lines `serve TABLE auto|take|off`.
+#pragma once
+
+#include "ownership.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ipmib::agent
+{
+
+class ServeSettings
+{
+  public:
+    static constexpr const char *directive = "serve"; // in ipmibd.conf
+
+    // From here on the library hands the lines to it whenever it reads the files of this type (ipmibd, snmpd); wrong
+    // ones are complained about there, with file and line, and left aside. One at a time, as the library has it.
+    ServeSettings(const char *fileType, const char *word, const std::vector<ServedTable> &tables);
+    ~ServeSettings();
+    ServeSettings(const ServeSettings &) = delete;
+    ServeSettings &operator=(const ServeSettings &) = delete;
+
+    Serve of(const ServedTable &table) const;
+    std::vector<const ServedTable *> notOff() const;
+
+    // Reads a line without the directive. Returns what is wrong with it, or nothing.
+    std::string read(const std::string &line);
+    void forget() { wishes_.clear(); }
+
+  private:
+    const char *fileType_;
+    const char *word_;
+    const std::vector<ServedTable> &tables_;
+    std::map<std::string, Serve> wishes_; // "all" among them
+};
+
+} // namespace ipmib::agent

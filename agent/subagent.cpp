@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The plug-in is loaded, and its mirrors are full, before the master hears of us.
+
+#include "subagent.h"
+
+#include "agentx/session.h"
+#include "detachment.h"
+#include "event_loop.h"
+#include "net_snmp.h"
+#include "pid_file.h"
+#include "platform_events.h"
+#include "service_notify.h"
+#include "snmp_library.h"
+
+#include <optional>
+
+namespace ipmib::agent
+{
+
+void serveAsSubagent(const Options &options)
+{
+    const agentx::Address master = agentx::parseAddress(options.master);
+    EventLoop loop;
+    SnmpLibrary library({options.defaultConfiguration, options.configuration, {}});
+    host::Plugin plugin(options.plugin);
+    const std::vector<ServedTable> tables = servedTables(plugin.resolver());
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    library.readConfiguration();
+    const PlatformEvents platformEvents(plugin.platform());
+    const PidFile pidFile(options.pidFile);
+
+    std::optional<Detachment> detachment;
+    if (!options.foreground) {
+        detachment.emplace();
+    }
+    pidFile.write();
+    snmp_log(LOG_INFO, "ipmibd %s serves as a sub-agent\n", IPMIB_VERSION);
+    bool isReady = false;
+    agentx::Session session(plugin, tables, settings, master, [&] {
+        if (isReady) {
+            return;
+        }
+        isReady = true;
+        if (detachment) {
+            detachment->ready(snmp_stderrlog_status() != 0);
+        }
+        notifyReady();
+    });
+    session.start();
+    loop.run([&] {
+        notifyReloading();
+        library.reload();
+        if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
+            plugin.platform()->reload();
+        }
+        session.start();
+        notifyReady();
+    });
+    notifyStopping();
+    snmp_log(LOG_INFO, "ipmibd stops\n");
+}
+
+} // namespace ipmib::agent
