@@ -81,11 +81,15 @@ bool Instances::hasObjectOf(OidView identifier) const
 
 const Identifier *Instances::after(OidView asked, OidView region) const
 {
-    const auto follows = [asked, region](const Identifier &instance) {
-        return std::is_gt(compare(instance, asked)) && isWithin(instance, region);
+    const auto isBefore = [](const Identifier &instance, OidView other) {
+        return std::is_lt(compare(instance, other));
     };
-    const auto found = std::find_if(instances_.begin(), instances_.end(), follows);
-    return found == instances_.end() ? nullptr : &*found;
+    const auto isBehind = [](OidView other, const Identifier &instance) {
+        return std::is_gt(compare(instance, other));
+    };
+    const auto found = std::max(std::lower_bound(instances_.begin(), instances_.end(), region, isBefore),
+                                std::upper_bound(instances_.begin(), instances_.end(), asked, isBehind));
+    return found != instances_.end() && isWithin(*found, region) ? &*found : nullptr;
 }
 
 Identifier Instances::random(Random &random) const

@@ -21,7 +21,7 @@ int compare(const FullAddressRecord &one, const FullAddressRecord &other)
 
 // A cursor is either built for this walk, with nothing in it but the key, or handed on as the platform left it.
 template <typename Record>
-std::string cursorState(const char *service, const Record &cursor, const Record &keyAlone)
+const char *cursorState(const char *service, const Record &cursor, const Record &keyAlone)
 {
     if (isAsLeft(&cursor, sizeof cursor)) {
         return "as left";
@@ -66,7 +66,7 @@ std::uint32_t answerPrefix(const char *service, const FullPrefixRecord *found, F
 
 uint32_t IP6CFG_GetFirstFullPrefix(uint32_t if_index, int32_t minus_one, FullPrefixRecord *record)
 {
-    note("IP6CFG_GetFirstFullPrefix(" + number(if_index) + ", " + std::to_string(minus_one) + ")");
+    note([&] { return "IP6CFG_GetFirstFullPrefix(" + number(if_index) + ", " + std::to_string(minus_one) + ")"; });
     expectCleared("IP6CFG_GetFirstFullPrefix", record, sizeof *record);
     const auto ofInterface = [if_index](const auto &each) { return ipmib_be32_get(each.if_index) == if_index; };
     return answerPrefix("IP6CFG_GetFirstFullPrefix",
@@ -79,9 +79,11 @@ uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t minus_one, FullPref
     keyAlone.if_index = record->if_index;
     std::memcpy(keyAlone.prefix, record->prefix, sizeof keyAlone.prefix);
     keyAlone.length = record->length;
-    note("IP6CFG_GetNextFullPrefix(" + number(if_index) + ", " + std::to_string(minus_one) + ", " +
-         addressText(record->prefix) + "/" + number(ipmib_be32_get(record->length)) + " " +
-         cursorState("IP6CFG_GetNextFullPrefix", *record, keyAlone) + ")");
+    const char *const cursor = cursorState("IP6CFG_GetNextFullPrefix", *record, keyAlone);
+    note([&] {
+        return "IP6CFG_GetNextFullPrefix(" + number(if_index) + ", " + std::to_string(minus_one) + ", " +
+               addressText(record->prefix) + "/" + number(ipmib_be32_get(record->length)) + " " + cursor + ")";
+    });
     if (ipmib_be32_get(record->if_index) != if_index) {
         complain("IP6CFG_GetNextFullPrefix: the cursor names another interface than the call");
     }
@@ -91,7 +93,7 @@ uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t minus_one, FullPref
 
 uint32_t IP6Addr_GetLinkLocalAddr(uint32_t if_index, LinkLocalBuffer *buffer)
 {
-    note("IP6Addr_GetLinkLocalAddr(" + number(if_index) + ")");
+    note([&] { return "IP6Addr_GetLinkLocalAddr(" + number(if_index) + ")"; });
     expectCleared("IP6Addr_GetLinkLocalAddr", buffer, sizeof *buffer);
     scribble(buffer); // only the result counts
     return world().linkLocal.count(if_index) != 0 ? 0 : World::nothingThere;
@@ -99,7 +101,7 @@ uint32_t IP6Addr_GetLinkLocalAddr(uint32_t if_index, LinkLocalBuffer *buffer)
 
 uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t vrf, uint32_t kind, FullAddressRecord *record)
 {
-    note("IP6Mib_GetFirstAddrInVrf(" + number(vrf) + ", " + number(kind) + ")");
+    note([&] { return "IP6Mib_GetFirstAddrInVrf(" + number(vrf) + ", " + number(kind) + ")"; });
     expectCleared("IP6Mib_GetFirstAddrInVrf", record, sizeof *record);
     if (!world().firstAddresses.empty()) {
         *record = world().firstAddresses.front();
@@ -114,8 +116,11 @@ uint32_t IP6Mib_GetNextAddrInVrf(uint32_t vrf, uint32_t kind, FullAddressRecord 
 {
     FullAddressRecord keyAlone = {};
     std::memcpy(keyAlone.address, record->address, sizeof keyAlone.address);
-    note("IP6Mib_GetNextAddrInVrf(" + number(vrf) + ", " + number(kind) + ", " + addressText(record->address) + " " +
-         cursorState("IP6Mib_GetNextAddrInVrf", *record, keyAlone) + ")");
+    const char *const cursor = cursorState("IP6Mib_GetNextAddrInVrf", *record, keyAlone);
+    note([&] {
+        return "IP6Mib_GetNextAddrInVrf(" + number(vrf) + ", " + number(kind) + ", " + addressText(record->address) +
+               " " + cursor + ")";
+    });
     const auto any = [](const auto &) { return true; };
     const std::uint32_t result =
         answer("IP6Mib_GetNextAddrInVrf", successor(world().addresses, &keyAlone, any), record);
@@ -125,8 +130,10 @@ uint32_t IP6Mib_GetNextAddrInVrf(uint32_t vrf, uint32_t kind, FullAddressRecord 
 
 uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t vrf, const uint8_t *address, int32_t minus_one, FullAddressRecord *record)
 {
-    note("IP6Mib_GetAddrFullInfoInVrf(" + number(vrf) + ", " + addressText(address) + ", " + std::to_string(minus_one) +
-         ")");
+    note([&] {
+        return "IP6Mib_GetAddrFullInfoInVrf(" + number(vrf) + ", " + addressText(address) + ", " +
+               std::to_string(minus_one) + ")";
+    });
     expectCleared("IP6Mib_GetAddrFullInfoInVrf", record, sizeof *record);
     const FullAddressRecord *found = nullptr;
     for (const FullAddressRecord &candidate : world().addresses) {
@@ -139,7 +146,7 @@ uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t vrf, const uint8_t *address, int32
 
 uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)
 {
-    note("IP6Mib_GetLinkLocalFullAddr(" + number(if_index) + ")");
+    note([&] { return "IP6Mib_GetLinkLocalFullAddr(" + number(if_index) + ")"; });
     expectCleared("IP6Mib_GetLinkLocalFullAddr", record, sizeof *record);
     return answer("IP6Mib_GetLinkLocalFullAddr", find(world().linkLocalAddresses, if_index), record);
 }

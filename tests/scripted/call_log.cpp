@@ -61,6 +61,11 @@ void forgetCalls()
     state().calls.clear();
 }
 
+void tellCalls(bool told)
+{
+    state().tellsCalls = told;
+}
+
 const std::vector<std::string> &complaints()
 {
     return state().complaints;
@@ -74,11 +79,6 @@ void complain(const std::string &what)
 std::size_t openIterators()
 {
     return state().openIterators.size();
-}
-
-void note(const std::string &call)
-{
-    state().calls.push_back(call);
 }
 
 std::string number(std::uint64_t value)

@@ -20,6 +20,8 @@ Calls serviceCalls();
 // The service calls, with each complete preparation of the standard interface selection told as one line.
 Calls foldedCalls();
 void forgetCalls();
+// Whether calls are told at all, until the next world: a fuzzer or a long walk has no time for lines that nobody reads.
+void tellCalls(bool told);
 
 inline const char *const standardSelection = "the standard selection";
 // The lines that preparing the standard interface selection leaves.
@@ -33,7 +35,6 @@ std::size_t openIterators();
 
 // --- For the scripted services
 
-void note(const std::string &call);
 // Small numbers in decimal, large ones in hexadecimal.
 std::string number(std::uint64_t value);
 std::string addressText(const std::uint8_t *address);

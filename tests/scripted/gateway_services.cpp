@@ -52,7 +52,7 @@ std::uint32_t answerNext(const char *service, std::uint32_t gatewayClass, const 
 
 std::uint32_t answerExact(const char *service, const GatewayKey &key, GatewayRecord *record)
 {
-    note(std::string(service) + "(" + keyText(key) + ")");
+    note([&] { return std::string(service) + "(" + keyText(key) + ")"; });
     expectZeroWord(service, key);
     expectCleared(service, record, sizeof *record);
     const GatewayRecord *found = nullptr;
@@ -68,13 +68,15 @@ std::uint32_t answerExact(const char *service, const GatewayKey &key, GatewayRec
 
 uint32_t IP6Mib_GetFirstGatewayInVrf(uint32_t vrf, uint32_t gateway_class, GatewayRecord *gateway)
 {
-    note("IP6Mib_GetFirstGatewayInVrf(" + number(vrf) + ", " + number(gateway_class) + ")");
+    note([&] { return "IP6Mib_GetFirstGatewayInVrf(" + number(vrf) + ", " + number(gateway_class) + ")"; });
     return answerNext("IP6Mib_GetFirstGatewayInVrf", gateway_class, nullptr, gateway);
 }
 
 uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t vrf, uint32_t gateway_class, const GatewayKey *key, GatewayRecord *gateway)
 {
-    note("IP6Mib_GetNextGatewayInVrf(" + number(vrf) + ", " + number(gateway_class) + ", " + keyText(*key) + ")");
+    note([&] {
+        return "IP6Mib_GetNextGatewayInVrf(" + number(vrf) + ", " + number(gateway_class) + ", " + keyText(*key) + ")";
+    });
     expectZeroWord("IP6Mib_GetNextGatewayInVrf", *key);
     return answerNext("IP6Mib_GetNextGatewayInVrf", gateway_class, key, gateway);
 }

@@ -37,19 +37,19 @@ void expectOpen(const char *service, std::uintptr_t iterator)
 
 uint32_t IP6_DaemonCheck(uint32_t one)
 {
-    note("IP6_DaemonCheck(" + number(one) + ")");
+    note([&] { return "IP6_DaemonCheck(" + number(one) + ")"; });
     return nextResult(world().ipv6Service);
 }
 
 uint32_t IP_DaemonCheck(uint32_t one)
 {
-    note("IP_DaemonCheck(" + number(one) + ")");
+    note([&] { return "IP_DaemonCheck(" + number(one) + ")"; });
     return nextResult(world().ipv4Service);
 }
 
 uint32_t IF_Select_Init(uint32_t kind, IfSelection *selection)
 {
-    note("IF_Select_Init(" + number(kind) + ")");
+    note([&] { return "IF_Select_Init(" + number(kind) + ")"; });
     scribble(selection); // the whole record is the platform's
     selection->alignment = selectionMark;
     return notExamined;
@@ -57,28 +57,28 @@ uint32_t IF_Select_Init(uint32_t kind, IfSelection *selection)
 
 uint32_t IF_SelectType_Set(uint32_t type, IfSelection *selection)
 {
-    note("IF_SelectType_Set(" + number(type) + ")");
+    note([&] { return "IF_SelectType_Set(" + number(type) + ")"; });
     expectPrepared("IF_SelectType_Set", selection);
     return notExamined;
 }
 
 uint32_t IF_SelectTypeSetGroup(uint32_t group, IfSelection *selection)
 {
-    note("IF_SelectTypeSetGroup(" + number(group) + ")");
+    note([&] { return "IF_SelectTypeSetGroup(" + number(group) + ")"; });
     expectPrepared("IF_SelectTypeSetGroup", selection);
     return notExamined;
 }
 
 uint32_t IF_SelectCondition_Set(uint32_t condition, IfSelection *selection)
 {
-    note("IF_SelectCondition_Set(" + number(condition) + ")");
+    note([&] { return "IF_SelectCondition_Set(" + number(condition) + ")"; });
     expectPrepared("IF_SelectCondition_Set", selection);
     return notExamined;
 }
 
 uintptr_t IF_IteratorInitialize(void)
 {
-    note("IF_IteratorInitialize()");
+    note([] { return "IF_IteratorInitialize()"; });
     const std::uintptr_t iterator = world().outOfIterators ? 0 : 0x17E0 + ++state().lastIterator;
     state().openIterators.insert(iterator);
     return iterator;
@@ -86,7 +86,7 @@ uintptr_t IF_IteratorInitialize(void)
 
 uint32_t IF_IteratorFinalize(uintptr_t *iterator)
 {
-    note("IF_IteratorFinalize()");
+    note([] { return "IF_IteratorFinalize()"; });
     expectOpen("IF_IteratorFinalize", *iterator);
     state().openIterators.erase(*iterator);
     return notExamined;
@@ -94,7 +94,7 @@ uint32_t IF_IteratorFinalize(uintptr_t *iterator)
 
 uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator)
 {
-    note("IF_GetFirstIfIndexByIfSelect()");
+    note([] { return "IF_GetFirstIfIndexByIfSelect()"; });
     expectPrepared("IF_GetFirstIfIndexByIfSelect", selection);
     expectOpen("IF_GetFirstIfIndexByIfSelect", iterator);
     const auto &interfaces = world().interfaces;
@@ -103,7 +103,7 @@ uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator
 
 uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator, uint32_t if_index)
 {
-    note("IF_GetNextIfIndexByIfSelect(" + number(if_index) + ")");
+    note([&] { return "IF_GetNextIfIndexByIfSelect(" + number(if_index) + ")"; });
     expectPrepared("IF_GetNextIfIndexByIfSelect", selection);
     expectOpen("IF_GetNextIfIndexByIfSelect", iterator);
     const auto next = world().interfaces.upper_bound(if_index);
@@ -112,7 +112,7 @@ uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator,
 
 uint32_t IF_IsValidIfIndex(uint32_t if_index)
 {
-    note("IF_IsValidIfIndex(" + number(if_index) + ")");
+    note([&] { return "IF_IsValidIfIndex(" + number(if_index) + ")"; });
     const std::uint32_t *const scripted = find(world().validity, if_index);
     return scripted != nullptr ? *scripted : static_cast<std::uint32_t>(world().interfaces.count(if_index));
 }

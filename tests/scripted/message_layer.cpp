@@ -50,14 +50,14 @@ std::string treeCall(const char *service, const char *name, std::uint32_t zero, 
 
 uint32_t SNMP_RegisterMibTree(const char *module_name, uint32_t zero, uint32_t one, const MibTreeNode *root)
 {
-    note(treeCall("SNMP_RegisterMibTree", module_name, zero, one, root));
+    note([&] { return treeCall("SNMP_RegisterMibTree", module_name, zero, one, root); });
     world().registeredRoot = root;
     return world().registerTree;
 }
 
 uint32_t SNMP_DeregMibTree(const char *module_name, uint32_t zero, uint32_t one, const MibTreeNode *root)
 {
-    note(treeCall("SNMP_DeregMibTree", module_name, zero, one, root));
+    note([&] { return treeCall("SNMP_DeregMibTree", module_name, zero, one, root); });
     if (world().registeredRoot != nullptr && world().registeredRoot != root) {
         complain("SNMP_DeregMibTree: this root was not registered");
     }
@@ -66,7 +66,7 @@ uint32_t SNMP_DeregMibTree(const char *module_name, uint32_t zero, uint32_t one,
 
 uint32_t MOR_RegCallBack(uint32_t module_id, MorCallback callback)
 {
-    note("MOR_RegCallBack(" + number(module_id) + ")");
+    note([&] { return "MOR_RegCallBack(" + number(module_id) + ")"; });
     if (world().onRegisterCallback) {
         world().onRegisterCallback(callback);
     }
@@ -75,25 +75,25 @@ uint32_t MOR_RegCallBack(uint32_t module_id, MorCallback callback)
 
 uint32_t MOR_DeregCallBack(uint32_t module_id)
 {
-    note("MOR_DeregCallBack(" + number(module_id) + ")");
+    note([&] { return "MOR_DeregCallBack(" + number(module_id) + ")"; });
     return world().deregisterCallback;
 }
 
 uint32_t MOR_GetTableId(MorRequest *request)
 {
-    note("MOR_GetTableId()");
+    note([] { return "MOR_GetTableId()"; });
     return request->table;
 }
 
 uint32_t MOR_GetMsgOpType(MorRequest *request)
 {
-    note("MOR_GetMsgOpType()");
+    note([] { return "MOR_GetMsgOpType()"; });
     return request->operation;
 }
 
 MorPara *MOR_GetParaFromMsgByMOR(MorRequest *request, uint32_t zero, uint32_t parameter_id)
 {
-    note("MOR_GetParaFromMsgByMOR(" + number(parameter_id) + ")");
+    note([&] { return "MOR_GetParaFromMsgByMOR(" + number(parameter_id) + ")"; });
     expectZero("MOR_GetParaFromMsgByMOR", zero);
     const auto found = std::find_if(request->parameters.begin(), request->parameters.end(),
                                     [parameter_id](const MorPara &each) { return each.parameter.id == parameter_id; });
@@ -102,19 +102,19 @@ MorPara *MOR_GetParaFromMsgByMOR(MorRequest *request, uint32_t zero, uint32_t pa
 
 uint32_t MOR_GetData32(MorPara *parameter)
 {
-    note("MOR_GetData32(" + number(parameter->parameter.id) + ")");
+    note([&] { return "MOR_GetData32(" + number(parameter->parameter.id) + ")"; });
     return parameter->parameter.number;
 }
 
 uint32_t MOR_GetParaLen(MorPara *parameter)
 {
-    note("MOR_GetParaLen(" + number(parameter->parameter.id) + ")");
+    note([&] { return "MOR_GetParaLen(" + number(parameter->parameter.id) + ")"; });
     return static_cast<std::uint32_t>(parameter->parameter.value.size());
 }
 
 uint32_t MOR_GetDataFromPara(MorPara *parameter, uint32_t capacity, void *buffer)
 {
-    note("MOR_GetDataFromPara(" + number(parameter->parameter.id) + ", " + number(capacity) + ")");
+    note([&] { return "MOR_GetDataFromPara(" + number(parameter->parameter.id) + ", " + number(capacity) + ")"; });
     const Bytes &value = parameter->parameter.value;
     std::copy_n(value.begin(), std::min<std::size_t>(value.size(), capacity), static_cast<std::uint8_t *>(buffer));
     return notExamined;
@@ -122,7 +122,7 @@ uint32_t MOR_GetDataFromPara(MorPara *parameter, uint32_t capacity, void *buffer
 
 uint32_t MOR_GetFirstParaFromMsg(MorRequest *request, uint32_t zero, uint32_t *parameter_id)
 {
-    note("MOR_GetFirstParaFromMsg()");
+    note([] { return "MOR_GetFirstParaFromMsg()"; });
     expectZero("MOR_GetFirstParaFromMsg", zero);
     if (*parameter_id != 0xFFFFFFFF) {
         complain("MOR_GetFirstParaFromMsg: the parameter id did not start as 0xffffffff");
@@ -133,7 +133,7 @@ uint32_t MOR_GetFirstParaFromMsg(MorRequest *request, uint32_t zero, uint32_t *p
 
 uint32_t MOR_GetNextParaFromMsg(MorRequest *request, uint32_t zero, uint32_t *parameter_id)
 {
-    note("MOR_GetNextParaFromMsg()");
+    note([] { return "MOR_GetNextParaFromMsg()"; });
     expectZero("MOR_GetNextParaFromMsg", zero);
     ++request->place;
     return deliver(*request, parameter_id);
@@ -142,7 +142,7 @@ uint32_t MOR_GetNextParaFromMsg(MorRequest *request, uint32_t zero, uint32_t *pa
 uint32_t MOR_AppendPara2Msg(MorReply *reply, uint32_t zero, uint32_t parameter_id, uint32_t value_type, uintptr_t value,
                             uint32_t length)
 {
-    note("MOR_AppendPara2Msg(" + number(parameter_id) + ")");
+    note([&] { return "MOR_AppendPara2Msg(" + number(parameter_id) + ")"; });
     expectZero("MOR_AppendPara2Msg", zero);
     const std::uint32_t column = parameter_id & 0xFF;
     if (parameter_id != ip_ParamId(reply->table, column)) {
@@ -180,7 +180,7 @@ uint32_t MOR_AppendPara2Msg(MorReply *reply, uint32_t zero, uint32_t parameter_i
 
 uint32_t MOR_SetMsgError(MorReply *reply, uint32_t error_code, int32_t position)
 {
-    note("MOR_SetMsgError(" + number(error_code) + ", " + std::to_string(position) + ")");
+    note([&] { return "MOR_SetMsgError(" + number(error_code) + ", " + std::to_string(position) + ")"; });
     reply->reply.errors.emplace_back(error_code, position);
     return notExamined;
 }

@@ -22,8 +22,10 @@ bool isAfter(const std::uint8_t *address, const std::uint8_t *key)
 uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, NeighbourEntry *entry, uintptr_t length)
 {
     // In one place the module passes an address instead of a length.
-    note("ND_GetNetToPhysicalTable(" + number(if_index) + ", " + addressText(address) + ", " +
-         (length < 0x1000 ? number(length) : "address") + ")");
+    note([&] {
+        return "ND_GetNetToPhysicalTable(" + number(if_index) + ", " + addressText(address) + ", " +
+               (length < 0x1000 ? number(length) : "address") + ")";
+    });
     expectCleared("ND_GetNetToPhysicalTable", entry, sizeof *entry);
     const NeighbourEntry *found = nullptr;
     for (const NeighbourEntry &candidate : world().neighbours) {
@@ -37,8 +39,10 @@ uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, Nei
 uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
 {
     const std::uint32_t ifIndex = ipmib_be32_get(entry->if_index);
-    note("ND_GetNextNetToPhysicalTable(" + number(mode) + ", " + number(ifIndex) + " " + addressText(entry->address) +
-         ")");
+    note([&] {
+        return "ND_GetNextNetToPhysicalTable(" + number(mode) + ", " + number(ifIndex) + " " +
+               addressText(entry->address) + ")";
+    });
     expectCleared("ND_GetNextNetToPhysicalTable", entry->link_layer,
                   sizeof *entry - offsetof(NeighbourEntry, link_layer));
     const NeighbourEntry *next = nullptr;

@@ -16,6 +16,7 @@ namespace ipmib::scripted
 struct State {
     World world;
     Calls calls;
+    bool tellsCalls = true;
     std::vector<std::string> complaints;
     std::map<const void *, std::vector<unsigned char>> cursors;
     std::set<std::uintptr_t> openIterators;
@@ -23,6 +24,15 @@ struct State {
 };
 
 State &state();
+
+// Adds the line that `call` makes to the calls, if they are told.
+template <typename Call>
+void note(Call call)
+{
+    if (state().tellsCalls) {
+        state().calls.push_back(call());
+    }
+}
 
 // The code that the script makes a service fail with, or 0.
 inline std::uint32_t scriptedFailure(const char *service)

@@ -6,28 +6,28 @@ using namespace ipmib::scripted;
 
 uint32_t IP6_GetMibStat(uint32_t what, Ip6MibStat *stat)
 {
-    note("IP6_GetMibStat(" + number(what) + ")");
+    note([&] { return "IP6_GetMibStat(" + number(what) + ")"; });
     expectCleared("IP6_GetMibStat", stat, sizeof *stat);
     return answer("IP6_GetMibStat", world().systemStat ? &*world().systemStat : nullptr, stat);
 }
 
 uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t family, Ip6MibStat *stat)
 {
-    note("IP6_GetIfStat(" + number(if_index) + ", " + number(family) + ")");
+    note([&] { return "IP6_GetIfStat(" + number(if_index) + ", " + number(family) + ")"; });
     expectCleared("IP6_GetIfStat", stat, sizeof *stat);
     return answer("IP6_GetIfStat", find(world().ipv6Stat, if_index), stat);
 }
 
 uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 {
-    note("IP_GetMibIfStat(" + number(if_index) + ")");
+    note([&] { return "IP_GetMibIfStat(" + number(if_index) + ")"; });
     expectCleared("IP_GetMibIfStat", stat, sizeof *stat);
     return answer("IP_GetMibIfStat", find(world().ipv4Stat, if_index), stat);
 }
 
 uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
 {
-    note("ICMP6_GetMibStat()");
+    note([] { return "ICMP6_GetMibStat()"; });
     expectCleared("ICMP6_GetMibStat", stat, sizeof *stat);
     if (scriptedFailure("ICMP6_GetMibStat") == 0) {
         *stat = world().icmpStat;
@@ -37,20 +37,20 @@ uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
 
 uint32_t ND_GetHopLimit(void)
 {
-    note("ND_GetHopLimit()");
+    note([] { return "ND_GetHopLimit()"; });
     return world().hopLimit;
 }
 
 uint32_t ND_GetIfConfigInfo(uint32_t if_index, NdIfConfigInfo *info)
 {
-    note("ND_GetIfConfigInfo(" + number(if_index) + ")");
+    note([&] { return "ND_GetIfConfigInfo(" + number(if_index) + ")"; });
     expectCleared("ND_GetIfConfigInfo", info, sizeof *info);
     return answer("ND_GetIfConfigInfo", find(world().ndConfig, if_index), info);
 }
 
 uint32_t IP6Mib_GetIFID(uint32_t if_index, uint8_t *identifier)
 {
-    note("IP6Mib_GetIFID(" + number(if_index) + ")");
+    note([&] { return "IP6Mib_GetIFID(" + number(if_index) + ")"; });
     using Identifier = std::array<std::uint8_t, 8>;
     expectCleared("IP6Mib_GetIFID", identifier, sizeof(Identifier));
     Identifier filled;
@@ -61,7 +61,7 @@ uint32_t IP6Mib_GetIFID(uint32_t if_index, uint8_t *identifier)
 
 uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *address)
 {
-    note("IP6ADDR_DRVK_GetMainLLA(" + number(if_index) + ")");
+    note([&] { return "IP6ADDR_DRVK_GetMainLLA(" + number(if_index) + ")"; });
     expectCleared("IP6ADDR_DRVK_GetMainLLA", address, sizeof *address);
     scribble(address); // only the result counts
     return world().mainLinkLocal.count(if_index) != 0 ? 0 : World::nothingThere;
@@ -69,13 +69,13 @@ uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *address)
 
 uint32_t IP6_GetIfMTU(uint32_t if_index, uint32_t *mtu)
 {
-    note("IP6_GetIfMTU(" + number(if_index) + ")");
+    note([&] { return "IP6_GetIfMTU(" + number(if_index) + ")"; });
     return answer("IP6_GetIfMTU", find(world().mtu, if_index), mtu);
 }
 
 uint32_t TIME_GetSystemBootTime(uint32_t *seconds, uint32_t *other)
 {
-    note("TIME_GetSystemBootTime()");
+    note([] { return "TIME_GetSystemBootTime()"; });
     *seconds = world().secondsSinceBoot;
     *other = 0x07E57;
     return notExamined;

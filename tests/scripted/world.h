@@ -25,7 +25,7 @@ struct World {
     static constexpr std::uint32_t nothingThere = 0x51;
 
     // By service name: fails with this code whatever else the script says.
-    std::map<std::string, std::uint32_t> failing;
+    std::map<std::string, std::uint32_t, std::less<>> failing;
 
     // Results of the service checks, one a call; the last one stays.
     std::deque<std::uint32_t> ipv6Service = {0};
