@@ -64,7 +64,10 @@ footprint:
 	@bench/footprint.sh
 
 docs: build
+	@packaging/install_dependencies.sh test
 	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
+	@tests/collectors/collectors_test.py --update build/sbin/ipmibd
+	@tests/collectors/exporter_test.py --update build/sbin/ipmibd
 
 format:
 	@$(sources) | xargs clang-format -i

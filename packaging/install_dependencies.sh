@@ -32,7 +32,8 @@ else
 fi
 
 echo "Installing:$missing"
-export DEBIAN_FRONTEND=noninteractive
 $become apt-get update -q
+# What a package brings along as a service is for the tests to start, when they need it: none is started now.
 # shellcheck disable=SC2086 # a list of words
-$become apt-get install -y -q --no-install-recommends $missing
+$become env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 SYSTEMD_OFFLINE=1 \
+    apt-get install -y -q --no-install-recommends $missing

@@ -1,0 +1,66 @@
+# SPDX-License-Identifier: BSD-3-Clause
+"""ipmibd on a simulated device, for collectors that are tried on it."""
+import os
+import re
+import socket
+import subprocess
+import sys
+import tempfile
+
+from catalogue import root
+
+patience = 60
+skipped = 77  # ctest's word for it, see CMakeLists.txt
+
+
+def skip(why):
+    print(why)
+    sys.exit(skipped)
+
+
+def free_port(kind):
+    with socket.socket(socket.AF_INET, kind) as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class Agent:
+    """with Agent(program, "home-router") as agent: ... Its clock stands still, so that all answers agree."""
+
+    def __init__(self, program, scenario):
+        self.port = free_port(socket.SOCK_DGRAM)
+        self.target = f"127.0.0.1:{self.port}"
+        self._folder = tempfile.TemporaryDirectory()
+        self.folder = self._folder.name
+        configuration = self.folder + "/ipmibd.conf"
+        with open(configuration, "w", encoding="utf-8") as file:
+            file.write("rocommunity public 127.0.0.1\n")
+        self._environment = dict(os.environ, SNMPCONFPATH=self.folder, SNMP_PERSISTENT_DIR=self.folder + "/persistent",
+                                 MIBS="", NOTIFY_SOCKET=self.folder + "/notify")
+        self._words = [program, "-f", "-Lf", self.folder + "/log", "-C", "-c", configuration, "--platform",
+                       f"simulated:{root}/examples/{scenario}.json", "--at=0", "udp:" + self.target]
+
+    def __enter__(self):
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+            manager.bind(self._environment["NOTIFY_SOCKET"])
+            manager.settimeout(patience)
+            self._process = subprocess.Popen(self._words, env=self._environment)
+            assert manager.recv(100).startswith(b"READY=1")
+        return self
+
+    def __exit__(self, *_):
+        self._process.terminate()
+        self._process.wait(patience)
+        self._folder.cleanup()
+
+    def walk(self, oid):
+        """Instances and values as (identifier, type, text); octets in hexadecimal."""
+        result = subprocess.run(["snmpbulkwalk", "-v2c", "-cpublic", "-t10", "-One", "-Oxt", "-Cr50", self.target, oid],
+                                env=self._environment, capture_output=True, text=True, timeout=patience, check=True)
+        rows = []
+        for line in re.split(r"\n(?=\.)", result.stdout.strip()):
+            match = re.match(r"\.([0-9.]+) = (?:([\w -]+): )?(.*)$", line, re.S)
+            if match and not match[3].startswith("No "):
+                text = match[3].replace("\n", "").strip().strip('"').strip()
+                rows.append((tuple(map(int, match[1].split("."))), match[2], text))
+        return rows

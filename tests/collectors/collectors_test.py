@@ -1,0 +1,107 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""What collectors read (collectors.json) is answered by ipmibd, or stands among what is not; docs/collectors.md says so.
+
+    collectors_test.py [--update] IPMIBD     with --update the tables of the document are written anew
+"""
+import json
+import os
+import sys
+import unittest
+
+from agent import Agent, root
+from catalogue import Catalogue
+
+update = "--update" in sys.argv
+program = os.path.abspath(sys.argv[-1])
+document = root + "/docs/collectors.md"
+catalogue = Catalogue()
+BEGIN, END = "<!-- from tests/collectors/collectors.json -->\n", "<!-- end -->\n"
+IPV6, IPV6Z = 2, 4  # kinds of addresses in an index
+
+with open(root + "/tests/collectors/collectors.json", encoding="utf-8") as file:
+    data = json.load(file)
+
+
+def objects_read():
+    return {name for collector in data["collectors"] for read in collector["reads"] for name in read["objects"]}
+
+
+def listed(names):
+    return ", ".join(f"`{name}`" for name in names) or "-"
+
+
+def tables():
+    text = ""
+    for collector in data["collectors"]:
+        text += f"\n## {collector['collector']}\n"
+        if collector["reads"]:
+            text += "\n| For | Answered | Not answered |\n|---|---|---|\n"
+        for read in collector["reads"]:
+            answered = [name for name in read["objects"] if name not in data["unanswered"]]
+            others = [name for name in read["objects"] if name in data["unanswered"]]
+            text += f"| {read['for']} | {listed(answered)} | {listed(others)} |\n"
+        if collector["notes"]:
+            text += "\n" + "".join(f"- {note}\n" for note in collector["notes"])
+    text += "\n## What is not answered\n\n| Object | Why |\n|---|---|\n"
+    text += "".join(f"| `{name}` | {reason} |\n" for name, reason in sorted(data["unanswered"].items()))
+    return text + "\n"
+
+
+def with_tables(text):
+    before, rest = text.split(BEGIN)
+    return before + BEGIN + tables() + END + rest.split(END)[1]
+
+
+class Collectors(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        with Agent(program, "home-router") as agent:
+            cls.rows = agent.walk("1.3.6.1")
+
+    def rows_of(self, name):
+        for oid, _, text in self.rows:
+            node, instance = catalogue.object_of(oid)
+            if node is not None and node.name == name:
+                yield instance, text
+
+    def test_what_is_read_is_answered_or_said_not_to_be(self):
+        for name in objects_read():
+            answered = any(True for _ in self.rows_of(name))
+            self.assertEqual(answered, name not in data["unanswered"], name)
+        self.assertLessEqual(set(data["unanswered"]), objects_read())
+
+    def test_the_document_says_the_same(self):
+        with open(document, encoding="utf-8") as text:
+            told = text.read()
+        self.assertEqual(told, with_tables(told), "make docs writes it anew")
+
+    def test_addresses_in_an_index_have_the_length_of_their_type(self):
+        found = set()
+        for name, place in (("ipAddressIfIndex", 0), ("ipNetToPhysicalPhysAddress", 1), ("ipAddressPrefixOrigin", 1),
+                            ("ipDefaultRouterLifetime", 0)):
+            for instance, _ in self.rows_of(name):
+                kind, length = instance[place : place + 2]
+                self.assertEqual(length, {IPV6: 16, IPV6Z: 20}[kind])
+                found.add((name, kind))
+        self.assertEqual(len(found), 7)  # the default router has a link-local address alone
+
+    def test_an_address_points_to_an_instance_of_its_prefix_that_ends_with_the_length(self):
+        prefixes = {catalogue.nodes["ipAddressPrefixOrigin"].oid + instance
+                    for instance, _ in self.rows_of("ipAddressPrefixOrigin")}
+        pointers = [tuple(map(int, text.lstrip(".").split("."))) for _, text in self.rows_of("ipAddressPrefix")]
+        self.assertEqual(len(pointers), 5)
+        self.assertLessEqual(set(pointers), prefixes)
+        self.assertEqual(sorted(pointer[-1] for pointer in pointers), [10, 10, 64, 64, 64])
+
+
+if __name__ == "__main__":
+    if update:
+        with open(document, encoding="utf-8") as old:
+            new = with_tables(old.read())
+        with open(document, "w", encoding="utf-8") as written:
+            written.write(new)
+        sys.exit(0)
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,155 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""Prometheus' snmp_exporter with the configuration of examples/collectors/snmp_exporter reads what snmpbulkwalk reads.
+
+    exporter_test.py [--update] IPMIBD      with --update snmp.yml is generated anew
+"""
+import os
+import re
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.error
+import urllib.request
+
+import mib_texts
+from agent import Agent, free_port, patience, root, skip
+from catalogue import Catalogue
+
+update = "--update" in sys.argv
+program = os.path.abspath(sys.argv[-1])
+folder = root + "/examples/collectors/snmp_exporter"
+catalogue = Catalogue()
+ifName = (1, 3, 6, 1, 2, 1, 31, 1, 1, 1, 1)
+
+
+def generated():
+    """snmp.yml as the exporter's own generator writes it."""
+    with tempfile.TemporaryDirectory() as mibs:
+        mib_texts.write(mibs)
+        shutil.copy(folder + "/generator.yml", mibs)
+        subprocess.run(["prometheus-snmp-generator", "generate"], cwd=mibs, check=True, capture_output=True,
+                       env=dict(os.environ, MIBDIRS=mibs, MIBS="ALL"), timeout=patience)
+        with open(mibs + "/snmp.yml", encoding="utf-8") as file:
+            return file.read()
+
+
+def scrape(target, module):
+    """What the exporter tells, as {(name, labels): number}."""
+    port = free_port(socket.SOCK_STREAM)
+    with subprocess.Popen(["prometheus-snmp-exporter", f"--config.file={folder}/snmp.yml",
+                           f"--web.listen-address=127.0.0.1:{port}"], stderr=subprocess.DEVNULL) as exporter:
+        try:
+            url = f"http://127.0.0.1:{port}/snmp?target={target}&module={module}"
+            end = time.monotonic() + patience
+            while True:
+                try:
+                    with urllib.request.urlopen(url, timeout=patience) as answer:
+                        text = answer.read().decode()
+                    break
+                except urllib.error.HTTPError as error:
+                    raise AssertionError(error.read().decode()) from error
+                except urllib.error.URLError:  # it does not listen yet
+                    if time.monotonic() > end or exporter.poll() is not None:
+                        raise
+                    time.sleep(0.05)
+        finally:
+            exporter.terminate()
+    samples = {}
+    for line in text.splitlines():
+        match = re.match(r"(\w+)(?:\{(.*)\})? (\S+)$", line)
+        if match and not line.startswith("#"):
+            labels = frozenset(re.findall(r'(\w+)="([^"]*)"', match[2] or ""))
+            samples[match[1], labels] = float(match[3])
+    return samples
+
+
+def address_label(kind, octets):
+    """As the exporter writes an InetAddress: it knows IPv4 and IPv6 without a zone."""
+    if kind == 2 and len(octets) == 16:
+        return ":".join(f"{octets[i]:02X}{octets[i + 1]:02X}" for i in range(0, 16, 2))
+    return "0x" + "".join(f"{number:02X}" for number in (kind, len(octets), *octets))
+
+
+def labels_of(node, instance, names):
+    """The labels that an instance's index becomes."""
+    labels = {}
+    rest = list(instance)
+    kind = None
+    for column in catalogue.indexes.get(node.parent.name, []):
+        number = rest.pop(0)
+        syntax = catalogue.nodes[column].syntax
+        if syntax == "InetAddressType":
+            kind = number
+        elif syntax == "InetAddress":
+            labels[column] = address_label(kind, rest[:number])
+            rest = rest[number:]
+        elif syntax == "InetVersion":
+            labels[column] = catalogue.labels(column)[number]
+        else:
+            labels[column] = str(number)
+            if column.endswith("IfIndex"):
+                labels["ifName"] = names.get(number, "")
+    return labels
+
+
+def expected(rows, names):
+    samples = {}
+    for oid, kind, text in rows:
+        node, instance = catalogue.object_of(oid)
+        if node is None or not node.served:
+            continue
+        labels = labels_of(node, instance, names)
+        if kind == "Hex-STRING":
+            octets = text.split()
+            labels[node.name] = ":".join(octets) if node.syntax == "PhysAddress" else "0x" + "".join(octets)
+            number = 1
+        elif kind == "OID":
+            labels[node.name] = text.lstrip(".")
+            number = 1
+        else:
+            number = float(text)
+        samples[node.name, frozenset(labels.items())] = number
+    return samples
+
+
+class Exporter(unittest.TestCase):
+    maxDiff = None
+
+    def test_the_configuration_is_what_its_generator_makes(self):
+        with open(folder + "/snmp.yml", encoding="utf-8") as file:
+            self.assertEqual(file.read(), generated(), "make docs writes it anew")
+
+    def test_every_table_is_scraped_and_equals_a_walk(self):
+        for scenario in ("home-router", "failing-services"):
+            with Agent(program, scenario) as agent:
+                names = {oid[-1]: bytes.fromhex(text.replace(" ", "")).decode() for oid, _, text in agent.walk("1.3.6.1.2.1.31")
+                         if oid[:-1] == ifName}
+                wanted = expected(agent.walk("1.3.6.1.2.1"), names)
+                told = scrape(agent.target, "ipmib")
+                traffic = scrape(agent.target, "ipmib_traffic")
+            self.assertEqual({key: told.get(key) for key in wanted}, wanted)
+            ours = {key for key in told if key[0] in catalogue.nodes}
+            self.assertEqual(ours - set(wanted), set())
+            counted = {key: number for key, number in wanted.items()
+                       if key[0].startswith(("ipSystemStats", "ipIfStats", "icmp", "ipv6Interface"))}
+            self.assertEqual({key: traffic.get(key) for key in counted}, counted)
+            if scenario == "home-router":
+                tables = {catalogue.nodes[name].parent.name for name, _ in wanted}
+                served = {node.parent.name for node in catalogue.nodes.values() if node.served}
+                self.assertEqual(tables, served)
+
+
+if __name__ == "__main__":
+    for tool in ("prometheus-snmp-exporter", "prometheus-snmp-generator"):
+        if not shutil.which(tool):
+            skip(tool + " is not installed")
+    if update:
+        with open(folder + "/snmp.yml", "w", encoding="utf-8") as made:
+            made.write(generated())
+        sys.exit(0)
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,101 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""netdisco's library SNMP::Info finds the addresses, prefixes and neighbours that snmpbulkwalk finds. The argument is
+ipmibd."""
+import ipaddress
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import mib_texts
+from agent import Agent, patience, skip
+from catalogue import Catalogue
+
+program = os.path.abspath(sys.argv[-1])
+script = os.path.dirname(os.path.abspath(__file__)) + "/snmp_info.pl"
+catalogue = Catalogue()
+METHODS = ["ipv6_n2p_mac", "ipv6_n2p_addr", "ipv6_n2p_if", "ipv6_n2p_type", "ipv6_n2p_state", "ipv6_index", "ipv6_type",
+           "ipv6_pfx_origin", "ipv6_addr_prefix", "ipv6_addr_prefixlength", "ipv6_addr"]
+
+
+def ask(agent, methods):
+    with tempfile.TemporaryDirectory() as mibs:
+        mib_texts.write(mibs)
+        host, port = agent.target.split(":")
+        result = subprocess.run(["perl", script, host, port, mibs, *methods], capture_output=True, text=True,
+                                timeout=patience, check=False)
+    assert result.returncode == 0, result.stderr
+    return json.loads(result.stdout)
+
+
+def dotted(numbers):
+    return ".".join(map(str, numbers))
+
+
+def address(octets):
+    return ipaddress.IPv6Address(bytes(octets)).exploded
+
+
+class Column(dict):
+    """An object's values by instance, of rows whose address is a plain one: the library passes over zones."""
+
+    def __init__(self, rows, name, place):
+        super().__init__()
+        for oid, _, text in rows:
+            node, instance = catalogue.object_of(oid)
+            if node is not None and node.name == name and instance[place] == 2:
+                self[dotted(instance)] = text
+
+    def labelled(self, name):
+        labels = catalogue.labels(name)
+        return {row: labels[int(text)] for row, text in self.items()}
+
+
+class SnmpInfo(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        with Agent(program, "home-router") as agent:
+            cls.rows = agent.walk("1.3.6.1.2.1")
+            cls.told = ask(agent, METHODS)
+
+    def column(self, name, place):
+        column = Column(self.rows, name, place)
+        self.assertGreater(len(column), 2)
+        return column
+
+    def test_neighbours(self):
+        macs = self.column("ipNetToPhysicalPhysAddress", 1)
+        self.assertEqual(self.told["ipv6_n2p_mac"], {row: text.replace(" ", ":").lower() for row, text in macs.items()})
+        for method, name in (("ipv6_n2p_type", "ipNetToPhysicalType"), ("ipv6_n2p_state", "ipNetToPhysicalState")):
+            self.assertEqual(self.told[method], self.column(name, 1).labelled(name))
+        parts = {row: list(map(int, row.split("."))) for row in macs}
+        self.assertEqual(self.told["ipv6_n2p_if"], {row: str(numbers[0]) for row, numbers in parts.items()})
+        self.assertEqual(self.told["ipv6_n2p_addr"], {row: address(numbers[3:]) for row, numbers in parts.items()})
+
+    def test_addresses(self):
+        self.assertEqual(self.told["ipv6_index"], self.column("ipAddressIfIndex", 0))
+        self.assertEqual(self.told["ipv6_type"], self.column("ipAddressType", 0).labelled("ipAddressType"))
+        self.assertEqual(self.told["ipv6_addr"],
+                         {row: address(map(int, row.split(".")[2:])) for row in self.column("ipAddressIfIndex", 0)})
+
+    def test_an_address_leads_to_its_prefix_and_its_length(self):
+        origins = self.column("ipAddressPrefixOrigin", 1)
+        self.assertEqual(self.told["ipv6_pfx_origin"], origins.labelled("ipAddressPrefixOrigin"))
+        self.assertEqual(set(self.told["ipv6_addr_prefix"]), set(self.told["ipv6_addr"]))
+        for row, prefix in self.told["ipv6_addr_prefix"].items():
+            self.assertIn(prefix, origins)
+            *_, length = prefix.split(".")
+            self.assertEqual(self.told["ipv6_addr_prefixlength"][row], length)
+            network = address(map(int, prefix.split(".")[3:19]))
+            self.assertIn(ipaddress.ip_address(self.told["ipv6_addr"][row]), ipaddress.ip_network(f"{network}/{length}"))
+
+
+if __name__ == "__main__":
+    if subprocess.run(["perl", "-MSNMP::Info::IPv6", "-e", "1"], capture_output=True, check=False).returncode != 0:
+        skip("libsnmp-info-perl is not installed")
+    unittest.main(argv=sys.argv[:1])
