@@ -10,11 +10,12 @@
 #   make lint         run clang-tidy over all sources (minutes)
 #   make coverage     the lines and branches of the module that its tests run
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
+#   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
 #   make docs         write the output of commands that documents show anew
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage footprint docs format clean
+.PHONY: build run test test-device fuzz lint coverage footprint compare docs format clean
 
 sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -63,11 +64,12 @@ footprint:
 	@packaging/install_dependencies.sh build test device
 	@bench/footprint.sh
 
-docs: build
-	@packaging/install_dependencies.sh test
-	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
-	@tests/collectors/collectors_test.py --update build/sbin/ipmibd
-	@tests/collectors/exporter_test.py --update build/sbin/ipmibd
+#   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
+#   make docs         write the output of commands that documents show anew
+#   make format       lay out the sources
+
+.DEFAULT_GOAL := build
+.PHONY: build run test test-device fuzz lint coverage footprint compare docs format clean
 
 format:
 	@$(sources) | xargs clang-format -i

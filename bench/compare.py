@@ -1,0 +1,179 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""Compares the agent that users have today, Debian's snmpd, with ours and with the floor: our agent in front of a table
+that costs nothing. All stand on the same kernel state, in a network namespace of their own, and on one processor core
+together with the manager that asks; on two, the ratio of an agent to itself is anything between a half and two. They
+take turns, A B C A B C, and what is printed are medians.
+
+As root, on a machine that does nothing else:
+
+  bench/compare.py                                a set of states that takes some ten minutes
+  bench/compare.py --write docs/performance.md    puts the tables there
+  bench/compare.py --all                          every combination of 1,000, 20,000 and 100,000 neighbours, 100 and
+                                                  2,000 addresses, 16 and 256 interfaces
+"""
+import argparse
+import itertools
+import json
+import os
+import subprocess
+import sys
+import time
+
+import kernel_state
+from side_by_side import report
+from side_by_side.agents import AGENTS, snmpd_program
+from side_by_side.measure import Measurement, TABLES
+
+NEIGHBOURS = ["ipNetToPhysicalTable"]
+ADDRESSES = ["ipAddressPrefixTable", "ipAddressTable"]
+
+
+def state(neighbours, addresses, interfaces, tables=None, router=False):
+    """In a state that stands for a router everything is measured, also what takes long."""
+    return {"neighbours": neighbours, "addresses": addresses, "interfaces": interfaces,
+            "tables": tables or list(TABLES), "router": router}
+
+
+DEFAULT_STATES = [
+    state(1_000, 100, 16),
+    state(20_000, 100, 16, NEIGHBOURS),
+    state(100_000, 100, 16, NEIGHBOURS),
+    state(1_000, 2_000, 64, ADDRESSES),
+    state(20_000, 2_000, 256, router=True),
+]
+ALL_STATES = [state(*sizes, router=sizes == (20_000, 2_000, 256))
+              for sizes in itertools.product((1_000, 20_000, 100_000), (100, 2_000), (16, 256))]
+
+
+def parse(arguments):
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", default="build", help="the build directory")
+    parser.add_argument("--agents", default="ipmibd,snmpd,floor", help="of " + ", ".join(AGENTS))
+    parser.add_argument("--all", action="store_true", help="all states")
+    parser.add_argument("--sizes", metavar="NEIGHBOURS,ADDRESSES,INTERFACES", action="append",
+                        help="a state of your own; may be given again")
+    parser.add_argument("--tables", help="walk these only")
+    parser.add_argument("--walks-only", action="store_true", help="no single GETs, no staleness, no idling")
+    parser.add_argument("--rounds", type=int, default=3)
+    parser.add_argument("--seconds", type=int, default=10, help="of single GETs, 100 a second, for each table")
+    parser.add_argument("--changes", type=int, default=1_000, help="of each kind, for staleness")
+    parser.add_argument("--core", default="0", help="the processor core that all share")
+    parser.add_argument("--write", metavar="FILE", help="put the tables between the marks in this file")
+    parser.add_argument("--inside", help=argparse.SUPPRESS)
+    options = parser.parse_args(arguments)
+    options.agents = options.agents.split(",")
+    for agent in options.agents:
+        if agent not in AGENTS:
+            parser.error(f"--agents: {agent} is not one of {', '.join(AGENTS)}")
+    if "snmpd" in options.agents and not snmpd_program():
+        parser.error("snmpd is not installed; --agents ipmibd,floor does without it")
+    for program in ("sbin/ipmibd", "bench/bench_load"):
+        if not os.access(f"{options.build}/{program}", os.X_OK):
+            parser.error(f"{options.build}/{program} is not built")
+    return options
+
+
+def say(text):
+    print(f"{time.strftime('%H:%M:%S')} {text}", file=sys.stderr, flush=True)
+
+
+class Inside:
+    """Measures one state, in its namespace."""
+
+    def __init__(self, options, about):
+        self.options = options
+        self.about = about
+        self.walks = {}  # table -> way -> agent -> list
+        self.memory = {agent: [] for agent in options.agents}
+        self.columns = {}
+
+    def run(self):
+        about = self.about
+        say(f"{about['neighbours']} neighbours, {about['addresses']} addresses, {about['interfaces']} interfaces")
+        kernel_state.make(about["interfaces"], about["addresses"], about["neighbours"])
+        self.find_columns()
+        for number in range(self.options.rounds):
+            for name in self.options.agents:
+                say(f"  walks, round {number + 1}, {name}")
+                self.with_agent(name, self.measure_walks)
+        result = {"state": about, "walks": self.walks, "memory": self.memory}
+        if about["router"] and not self.options.walks_only:
+            for name in self.options.agents:
+                if name != "floor":
+                    result[name] = self.with_agent(name, self.measure_times)
+        return result
+
+    def with_agent(self, name, measure):
+        with AGENTS[name](self.options.build, self.about["neighbours"]) as agent:
+            measurement = Measurement(self.options.build, agent)
+            measurement.wait_until_ready()
+            return measure(name, measurement)
+
+    def find_columns(self):
+        """Those that all agents serve; the floor has but one table, with the columns that ipmibd has there."""
+        def served(_, measurement):
+            return {table: measurement.columns(table) for table in self.about["tables"]}
+        found = [self.with_agent(name, served) for name in self.options.agents if name != "floor"]
+        for table in self.about["tables"]:
+            self.columns[table] = [column for column in found[0][table] if all(column in each[table] for each in found)]
+            if not self.columns[table]:
+                say(f"  {table}: no column that all serve")
+
+    def measure_walks(self, name, measurement):
+        for table, columns in self.columns.items():
+            if not columns or (name == "floor" and table not in NEIGHBOURS):
+                continue
+            for way, numbers in measurement.walks(table, columns, at_least=2_000).items():
+                self.walks.setdefault(table, {}).setdefault(way, {}).setdefault(name, []).append(numbers)
+        self.memory[name].append(measurement.agent.peak_memory_mb())
+
+    def measure_times(self, name, measurement):
+        say(f"  single GETs, {name}")
+        is_ours = name != "snmpd"
+        gets = {table: measurement.gets(table, columns, 100, self.options.seconds)
+                for table, columns in self.columns.items() if columns}
+        say(f"  idle, {name}")
+        idle = measurement.agent.idle_ms(20)
+        say(f"  staleness, {name}")
+        changes, seconds = (self.options.changes, 60) if is_ours else (self.options.changes, 90)
+        single = measurement.staleness("left0", changes, seconds, together=not is_ours)
+        burst = measurement.staleness("left0", 6, seconds, burst=20_000) if is_ours else None
+        return {"gets": gets, "idle_ms": idle, "staleness": single, "staleness_burst": burst}
+
+
+def measure_outside(options, about):
+    command = ["unshare", "-n", "taskset", "-c", options.core, sys.executable, os.path.abspath(__file__),
+               *sys.argv[1:], "--inside", json.dumps(about)]
+    done = subprocess.run(command, stdout=subprocess.PIPE, text=True, check=False)
+    if done.returncode != 0:
+        sys.exit(f"compare.py: the measurement has failed at {about}")
+    return json.loads(done.stdout)
+
+
+def states_of(options):
+    states = ALL_STATES if options.all else DEFAULT_STATES
+    if options.sizes:
+        states = [state(*map(int, sizes.split(",")), router=True) for sizes in options.sizes]
+    for about in states:
+        if options.tables:
+            about["tables"] = [table for table in about["tables"] if table in options.tables.split(",")]
+    return [about for about in states if about["tables"]]
+
+
+def main(arguments):
+    options = parse(arguments)
+    if options.inside:
+        json.dump(Inside(options, json.loads(options.inside)).run(), sys.stdout)
+        return
+    begin = time.time()
+    results = [measure_outside(options, about) for about in states_of(options)]
+    text = report.tables(results, options)
+    print(text)
+    if options.write:
+        report.write(options.write, text, "bench/compare.py")
+    say(f"took {(time.time() - begin) / 60:.1f} minutes")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
