@@ -71,6 +71,13 @@ footprint:
 .DEFAULT_GOAL := build
 .PHONY: build run test test-device fuzz lint coverage footprint compare docs format clean
 
+docs: build
+	@packaging/install_dependencies.sh test
+	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
+	@tests/docs/picture.py --programs build/bin --update docs/terminal.svg docs/terminal.commands
+	@tests/collectors/collectors_test.py --update build/sbin/ipmibd
+	@tests/collectors/exporter_test.py --update build/sbin/ipmibd
+
 format:
 	@$(sources) | xargs clang-format -i
 
