@@ -20,7 +20,7 @@
 sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
 # Those that tests/docs compares.
-transcripts = docs/ipmibctl.md docs/simulated-device.md tests/cli/mistakes.md
+transcripts = docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
 
 build:
 	@packaging/install_dependencies.sh run build
