@@ -59,8 +59,11 @@ class NeighboursOfAMachine : public testing::Test
         for (const json &neighbour : space->json("ip -6 -j neigh")) {
             const std::string state = neighbour["state"][0];
             const std::string device = neighbour["dev"];
-            const std::string address = neighbour["dst"];
-            rows.push_back({{"address", address + (address.starts_with("fe80:") ? "%" + device : "")},
+            std::string address = neighbour["dst"];
+            if (address.starts_with("fe80:")) {
+                address.append("%").append(device);
+            }
+            rows.push_back({{"address", address},
                             {"interface", device},
                             {"linkLayerAddress", neighbour.value("lladdr", json())},
                             {"state", states.at(state)},
