@@ -3,6 +3,7 @@
 
 #include "frontend.h"
 
+#include "packet.h"
 #include "platform_events.h"
 #include "varbind.h"
 
@@ -98,7 +99,7 @@ class Frontend::Impl
 
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
-        beginPacketOnce(info);
+        beginPacketOnce(platform_, info);
         std::span<host::Variable> batch = collect(requests, ASN_NULL);
         if (info->mode == MODE_GET) {
             resolver_.get(batch);
@@ -127,19 +128,6 @@ class Frontend::Impl
             resolver_.getNext(batch, region.root.view());
             deliver(batch);
         }
-    }
-
-    // The handlers of one packet share the data that hang on its request info, so a mark there tells whether this is
-    // the packet's first region; as a sub-agent the same holds for a message of the master.
-    void beginPacketOnce(netsnmp_agent_request_info *info)
-    {
-        static constexpr const char *mark = "ipmib packet";
-        if (platform_ == nullptr || platform_->begin_packet == nullptr ||
-            netsnmp_agent_get_list_data(info, mark) != nullptr) {
-            return;
-        }
-        netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, this, nullptr));
-        platform_->begin_packet();
     }
 
     std::span<host::Variable> batchOf(std::size_t count) { return {variables_.data(), count}; }

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The handlers of one packet share the data that hang on its request info, so a mark there tells whether this is the
+// packet's first; as a sub-agent the same holds for a message of the master.
+
+#include "packet.h"
+
+namespace ipmib::agent
+{
+
+void beginPacketOnce(const IpmibPlatformHooks *platform, netsnmp_agent_request_info *info)
+{
+    static constexpr const char *mark = "ipmib packet";
+    static char marked;
+    if (platform == nullptr || platform->begin_packet == nullptr || netsnmp_agent_get_list_data(info, mark) != nullptr) {
+        return;
+    }
+    netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, &marked, nullptr));
+    platform->begin_packet();
+}
+
+} // namespace ipmib::agent
