@@ -5,6 +5,8 @@
 #ifndef IPMIB_PLATFORM_HOOKS_H
 #define IPMIB_PLATFORM_HOOKS_H
 
+#include <ipmib/platform_interfaces.h>
+
 #include <stddef.h>
 #include <stdint.h>
 
@@ -12,7 +14,7 @@
 extern "C" {
 #endif
 
-#define IPMIB_PLATFORM_HOOKS_VERSION 1u
+#define IPMIB_PLATFORM_HOOKS_VERSION 2u
 
 /* Priorities of log lines, as in syslog. */
 enum { IPMIB_LOG_ERR = 3, IPMIB_LOG_WARNING = 4, IPMIB_LOG_INFO = 6 };
@@ -52,6 +54,8 @@ typedef struct IpmibPlatformHooks {
     /* The name under which people know an interface, or null when there is none; good until the next call of any hook.
      * May itself be null. */
     const char *(*interface_name)(uint32_t if_index);
+    /* What the agent's own interface tables are made of; null when the platform leaves those to somebody else. */
+    const IpmibInterfaceHooks *interfaces;
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

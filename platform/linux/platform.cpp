@@ -4,6 +4,7 @@
 
 #include "core/boot_time.h"
 #include "core/log.h"
+#include "links/interface_row.h"
 
 #include <cerrno>
 #include <cstring>
@@ -74,10 +75,10 @@ std::string Platform::start(const Settings &settings)
     if (!requests_.open()) {
         return "cannot open a netlink socket: " + requests_.error();
     }
+    linkSpeeds_.open();
     links_.onDown([this](std::uint32_t ifIndex) {
         if (links_.find(ifIndex) == nullptr) {
-            ip6Links_.forget(ifIndex);
-            ipv4Accounting_.linkRemoved(ifIndex);
+            forgetLink(ifIndex);
         }
         addressing_.linkDown(ifIndex);
     });
@@ -110,6 +111,7 @@ void Platform::beginPacket()
     loop_.runAnnouncements();
     now_ = secondsSinceBoot();
     ip6Links_.newPacket();
+    linkTraffic_.newPacket();
     systemCounters_.newPacket();
     rowHopLimit_.newPacket();
     ipv4Accounting_.checkRoomFor(links_.size());
@@ -124,6 +126,44 @@ const char *Platform::interfaceName(std::uint32_t ifIndex) const
 {
     const Link *link = links_.find(ifIndex);
     return link == nullptr ? nullptr : link->name;
+}
+
+bool Platform::findInterface(std::uint32_t ifIndex, IpmibInterface &interface)
+{
+    return describe(links_.find(ifIndex), interface);
+}
+
+bool Platform::interfaceAfter(std::uint32_t ifIndex, IpmibInterface &interface)
+{
+    return describe(links_.after(ifIndex), interface);
+}
+
+bool Platform::describe(const Link *link, IpmibInterface &interface)
+{
+    if (link == nullptr) {
+        return false;
+    }
+    platform::describe(*link, interface);
+    interface.speed = linkSpeeds_.of(*link);
+    return true;
+}
+
+bool Platform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic)
+{
+    const IpmibInterfaceTraffic *read = links_.find(ifIndex) == nullptr ? nullptr : linkTraffic_.read(ifIndex);
+    if (read == nullptr) {
+        return false;
+    }
+    traffic = *read;
+    return true;
+}
+
+void Platform::forgetLink(std::uint32_t ifIndex)
+{
+    ip6Links_.forget(ifIndex);
+    linkTraffic_.forget(ifIndex);
+    linkSpeeds_.forget(ifIndex);
+    ipv4Accounting_.linkRemoved(ifIndex);
 }
 
 const Ip6Link *Platform::ip6Link(std::uint32_t ifIndex)

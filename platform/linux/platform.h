@@ -11,7 +11,9 @@
 #include "core/proc_file.h"
 #include "counters/system_counters.h"
 #include "links/ip6_link.h"
+#include "links/link_speed.h"
 #include "links/link_table.h"
+#include "links/link_traffic.h"
 #include "neighbours/neighbours.h"
 
 #include <ipmib/platform_hooks.h>
@@ -49,6 +51,13 @@ class Platform
     void reload();
     const char *interfaceName(std::uint32_t ifIndex) const;
 
+    // For the agent's interface tables; false when there is no such interface.
+    bool findInterface(std::uint32_t ifIndex, IpmibInterface &interface);
+    bool interfaceAfter(std::uint32_t ifIndex, IpmibInterface &interface);
+    bool traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic);
+    std::uint32_t interfaceCount() const { return static_cast<std::uint32_t>(links_.size()); }
+    std::uint64_t interfacesChangedMs() const { return links_.rowsChangedMs(); }
+
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }
 
@@ -73,6 +82,9 @@ class Platform
     DumpQueue &dumps() { return dumps_; }
 
   private:
+    bool describe(const Link *link, IpmibInterface &interface);
+    void forgetLink(std::uint32_t ifIndex);
+
     // In the order in which they depend on each other: the loop outlives what it watches.
     EventLoop loop_;
     DumpQueue dumps_;
@@ -82,6 +94,8 @@ class Platform
     Addressing addressing_{dumps_, requests_};
     Neighbours neighbours_{dumps_};
     Ip6LinkReader ip6Links_{requests_};
+    LinkTrafficReader linkTraffic_{requests_};
+    LinkSpeeds linkSpeeds_;
     SystemCounters systemCounters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     Ipv4Accounting ipv4Accounting_;

@@ -5,6 +5,7 @@
 #include "core/log.h"
 #include "scenario/read_scenario.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 
@@ -98,6 +99,51 @@ const char *Platform::interfaceName(std::uint32_t ifIndex) const
 {
     const Interface *interface = device_.find(ifIndex);
     return interface == nullptr ? nullptr : interface->name.c_str();
+}
+
+std::uint64_t Platform::onMonotonicClock(Time time) const
+{
+    using std::chrono::milliseconds;
+    const auto start = std::chrono::duration_cast<milliseconds>(start_.time_since_epoch());
+    const std::uint64_t moment = static_cast<std::uint64_t>(start.count()) + time;
+    const Time standing = stopped_.value_or(0); // so long ago the device of a stopped clock began
+    return time == 0 || moment <= standing ? 0 : moment - standing;
+}
+
+bool Platform::describe(const Interface *interface, IpmibInterface &row) const
+{
+    if (interface == nullptr) {
+        return false;
+    }
+    row = interface->row(device_.time());
+    row.changed_ms = onMonotonicClock(interface->outages.lastChange(device_.time()));
+    return true;
+}
+
+bool Platform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic) const
+{
+    const Interface *interface = device_.find(ifIndex);
+    if (interface == nullptr) {
+        return false;
+    }
+    traffic = interface->traffic(device_.time());
+    return true;
+}
+
+std::uint32_t Platform::interfaceCount() const
+{
+    const auto &all = device_.interfaces();
+    return static_cast<std::uint32_t>(std::count_if(
+        all.begin(), all.end(), [this](const Interface &interface) { return interface.exists(device_.time()); }));
+}
+
+std::uint64_t Platform::interfacesChangedMs() const
+{
+    Time last = 0;
+    for (const Interface &interface : device_.interfaces()) {
+        last = std::max(last, interface.outagesRemove ? interface.outages.lastChange(device_.time()) : 0);
+    }
+    return onMonotonicClock(last);
 }
 
 } // namespace ipmib::simulated

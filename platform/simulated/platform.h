@@ -32,12 +32,28 @@ class Platform
     void reload();
     const char *interfaceName(std::uint32_t ifIndex) const;
 
+    // For the agent's interface tables; false when there is no such interface.
+    bool findInterface(std::uint32_t ifIndex, IpmibInterface &row) const
+    {
+        return describe(device_.find(ifIndex), row);
+    }
+    bool interfaceAfter(std::uint32_t ifIndex, IpmibInterface &row) const
+    {
+        return describe(device_.after(ifIndex), row);
+    }
+    bool traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic) const;
+    std::uint32_t interfaceCount() const;
+    std::uint64_t interfacesChangedMs() const;
+
     const Device &device() const { return device_; }
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
 
   private:
     std::string readOptions(const IpmibPlatformHost &host);
     Time now() const;
+    bool describe(const Interface *interface, IpmibInterface &row) const;
+    // A moment of the device on the monotonic clock, in milliseconds; 0 for its start and what was before the clock's.
+    std::uint64_t onMonotonicClock(Time time) const;
 
     std::string path_;
     std::optional<Time> stopped_; // the clock shows this for ever

@@ -145,5 +145,5 @@ void reload()
 extern "C" {
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
 const IpmibPlatformHooks ipmib_platform_hooks = {
-    IPMIB_PLATFORM_HOOKS_VERSION, start, stop, descriptor, dispatch, beginPacket, reload, nullptr};
+    IPMIB_PLATFORM_HOOKS_VERSION, start, stop, descriptor, dispatch, beginPacket, reload, nullptr, nullptr};
 }

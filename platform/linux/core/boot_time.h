@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The clock of every time stamp of the platform.
+// The clocks of the platform: nearly all its time stamps count from the boot.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,14 @@ inline std::uint64_t millisecondsSinceBoot()
 inline std::uint32_t secondsSinceBoot()
 {
     return static_cast<std::uint32_t>(millisecondsSinceBoot() / 1'000);
+}
+
+// Of the clock that stands still while the machine sleeps, by which an SNMP agent measures its own uptime.
+inline std::uint64_t monotonicMilliseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
 }
 
 } // namespace ipmib::platform

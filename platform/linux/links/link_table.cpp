@@ -3,7 +3,9 @@
 #include "links/link_table.h"
 
 #include "core/attributes.h"
+#include "core/boot_time.h"
 
+#include <linux/if.h>
 #include <linux/if_link.h>
 
 namespace ipmib::platform
@@ -20,13 +22,20 @@ bool parseLink(const nlmsghdr &message, Link &link)
         return false;
     }
     const Attributes<IFLA_MAX> attributes(message, sizeof(ifinfomsg));
+    // Wireless events come in the same guise, and say of the link no more than its name.
+    if (attributes[IFLA_WIRELESS] != nullptr) {
+        return false;
+    }
     link = Link{};
     link.ifIndex = static_cast<std::uint32_t>(info.ifi_index);
     link.flags = info.ifi_flags;
     link.hardware = info.ifi_type;
     link.mtu = attributes.get<std::uint32_t>(IFLA_MTU).value_or(0);
     link.addressSize = static_cast<std::uint8_t>(attributes.copyBytes(IFLA_ADDRESS, link.address, sizeof link.address));
+    link.operState = attributes.get<std::uint8_t>(IFLA_OPERSTATE).value_or(IF_OPER_UNKNOWN);
+    link.promiscuous = attributes.get<std::uint32_t>(IFLA_PROMISCUITY).value_or(0) != 0;
     attributes.copyString(IFLA_IFNAME, link.name);
+    attributes.copyString(IFLA_IFALIAS, link.alias);
     Attributes<IFLA_INFO_MAX>(attributes[IFLA_LINKINFO]).copyString(IFLA_INFO_KIND, link.kind);
     return true;
 }
@@ -43,6 +52,8 @@ void LinkTable::rebuildWith(const nlmsghdr &message)
 {
     Link link;
     if (message.nlmsg_type == RTM_NEWLINK && parseLink(message, link)) {
+        const Link *before = links_.find(link.ifIndex);
+        complete(link, before);
         fresh_.put(link);
     }
 }
@@ -50,8 +61,17 @@ void LinkTable::rebuildWith(const nlmsghdr &message)
 void LinkTable::commitRebuild()
 {
     links_.swap(fresh_);
-    fresh_.each([this](const Link &before) { tell(before, links_.find(before.ifIndex)); });
+    bool sameRows = links_.size() == fresh_.size();
+    fresh_.each([&](const Link &before) {
+        const Link *now = links_.find(before.ifIndex);
+        sameRows = sameRows && now != nullptr;
+        tell(before, now);
+    });
     fresh_.clear();
+    if (filled_ && !sameRows) {
+        rowsChangedMs_ = monotonicMilliseconds();
+    }
+    filled_ = true;
 }
 
 void LinkTable::apply(const nlmsghdr &message)
@@ -64,12 +84,26 @@ void LinkTable::apply(const nlmsghdr &message)
     const bool known = found != nullptr;
     const Link before = known ? *found : Link{};
     if (message.nlmsg_type == RTM_NEWLINK) {
+        complete(link, found);
         links_.put(link);
         if (known) {
             tell(before, &link);
+        } else {
+            rowsChangedMs_ = link.changedMs;
         }
     } else if (message.nlmsg_type == RTM_DELLINK && links_.erase(link.ifIndex)) {
+        rowsChangedMs_ = monotonicMilliseconds();
         tell(before, nullptr);
+    }
+}
+
+void LinkTable::complete(Link &link, const Link *before)
+{
+    link.version = ++version_;
+    if (before != nullptr && before->operState == link.operState) {
+        link.changedMs = before->changedMs;
+    } else {
+        link.changedMs = filled_ ? monotonicMilliseconds() : 0;
     }
 }
 

@@ -12,6 +12,9 @@
 namespace ipmib::platform
 {
 
+// As long as the interface tables let it be; the kernel keeps up to 255 bytes.
+inline constexpr std::size_t maxAlias = 64;
+
 struct Link {
     std::uint32_t ifIndex;
     std::uint32_t flags; // IFF_*
@@ -19,8 +22,15 @@ struct Link {
     std::uint16_t hardware;   // ARPHRD_*
     std::uint8_t addressSize; // bytes of the link-layer address
     std::uint8_t address[32];
+    std::uint8_t operState; // IF_OPER_*
+    bool promiscuous;
     char name[IFNAMSIZ];
     char kind[IFNAMSIZ]; // "veth", "bridge", ...; "" for a device without one
+    char alias[maxAlias + 1];
+
+    // What the table adds to the kernel's words.
+    std::uint64_t changedMs; // of the monotonic clock, when it came into this operState; 0: before the start
+    std::uint64_t version;   // differs after each word of the kernel on this link
 };
 
 class LinkTable : public KernelTable
@@ -36,6 +46,8 @@ class LinkTable : public KernelTable
     const Link *find(std::uint32_t ifIndex) const { return links_.find(ifIndex); }
     const Link *after(std::uint32_t ifIndex) const { return links_.after(ifIndex); }
     std::size_t size() const { return links_.size(); }
+    // Of the monotonic clock, when the last link appeared or vanished; 0: before the start.
+    std::uint64_t rowsChangedMs() const { return rowsChangedMs_; }
 
     const char *name() const override { return "links"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
@@ -54,10 +66,15 @@ class LinkTable : public KernelTable
     };
     using Links = OrderedTable<Link, ByIfIndex>;
 
+    // Adds what the kernel does not say, from what was known of the link, if anything.
+    void complete(Link &link, const Link *before);
     void tell(const Link &before, const Link *now) const;
 
     Links links_;
     Links fresh_;
+    bool filled_ = false; // the first dump is in use
+    std::uint64_t rowsChangedMs_ = 0;
+    std::uint64_t version_ = 0;
     Handler down_;
     Handler up_;
 };

@@ -5,6 +5,7 @@
 #include "device/counters.h"
 #include "device/rows.h"
 
+#include <ipmib/platform_interfaces.h>
 #include <ipmib/records.h>
 
 #include <array>
@@ -26,9 +27,12 @@ struct Advertisement {
 struct Interface {
     std::uint32_t ifIndex = 0;
     std::string name;
-    std::uint8_t type = 6; // the code under which it is selected
+    std::string alias;
+    std::uint64_t speed = 1'000'000'000; // bits a second
+    std::uint8_t type = 6;               // the code under which it is selected
     std::uint32_t mtu = 1500;
     std::optional<Mac> mac;
+    bool enabled = true; // by the administrator
     bool ip6 = true;
     std::uint32_t reachableMs = 30'000;
     std::uint32_t retransmitMs = 1'000;
@@ -42,6 +46,9 @@ struct Interface {
     bool exists(Time time) const { return !outagesRemove || !outages.covers(time); }
     bool runs(Time time) const { return !outages.covers(time); }
     Time runningTime(Time time) const { return time - outages.coveredBefore(time); }
+    // As the interface tables show it. They know of IP alone here: frames are the datagrams of both versions.
+    IpmibInterface row(Time time) const;
+    IpmibInterfaceTraffic traffic(Time time) const;
 };
 
 // Modified EUI-64 of a link-layer address.

@@ -18,6 +18,9 @@ namespace
 constexpr std::uint32_t smallestMtu = 68; // of IPv4
 constexpr std::uint32_t smallestIp6Mtu = 1280;
 constexpr std::uint32_t largestMtu = 65535;
+constexpr std::size_t longestAlias = 64;
+constexpr std::uint32_t highestSpeed = 1'000'000; // Mbit/s
+constexpr std::uint64_t perMegabit = 1'000'000;
 constexpr std::uint32_t longestReachableMs = 3'600'000;
 
 // RFC 4861, 6.2.1
@@ -82,6 +85,7 @@ void readOutages(Object &object, Interface &interface)
         object.value().fail("only one of \"up\", \"down\" and \"gone\" can be said of an interface");
     }
     if (up && !up->boolean()) {
+        interface.enabled = false;
         interface.outages = Schedule::always();
     } else if (down) {
         interface.outages = Schedule::read(*down);
@@ -146,6 +150,15 @@ void readInterface(const Value &value, Device &device)
     basics.type = readInterfaceType(object);
     basics.ip6 = object.boolean("ipv6", true);
     basics.mtu = object.number("mtu", basics.mtu, basics.ip6 ? smallestIp6Mtu : smallestMtu, largestMtu);
+    if (const auto alias = object.find("alias")) {
+        basics.alias = alias->text();
+        if (basics.alias.size() > longestAlias) {
+            alias->fail("an alias has at most 64 bytes");
+        }
+    }
+    if (const auto speed = object.find("speed")) {
+        basics.speed = speed->number(0, highestSpeed) * perMegabit;
+    }
     if (const auto mac = object.find("mac")) {
         basics.mac = readMac(*mac);
     }

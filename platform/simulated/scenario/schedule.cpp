@@ -89,4 +89,19 @@ Time Schedule::coveredBefore(Time time) const
     return covered;
 }
 
+Time Schedule::lastChange(Time time) const
+{
+    Time change = 0;
+    for (const Period &period : periods_) {
+        if (time < period.from) {
+            break;
+        }
+        const Time since = time - period.from;
+        const Time begin = period.from + (period.every == 0 ? 0 : since / period.every * period.every);
+        const Time length = period.to - period.from;
+        change = time - begin < length ? begin : begin + length;
+    }
+    return change;
+}
+
 } // namespace ipmib::simulated

@@ -23,6 +23,8 @@ class Schedule
     bool covers(Time time) const;
     // How much of the time before this moment is covered.
     Time coveredBefore(Time time) const;
+    // When a period began or ended last, at this moment at the latest; 0 when none has yet.
+    Time lastChange(Time time) const;
 
   private:
     struct Period {

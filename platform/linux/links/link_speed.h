@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// How fast links are. Their drivers know it, and some of them ask the hardware, which takes its time: so it is asked
+// once after each word of the kernel on a link, and a link whose speed changes goes down and up again.
+#pragma once
+
+#include "core/descriptor.h"
+#include "links/link_table.h"
+
+#include <unordered_map>
+
+namespace ipmib::platform
+{
+
+class LinkSpeeds
+{
+  public:
+    // In the network namespace of the calling thread. Without it no speed is known.
+    void open();
+    // Bits a second; 0 when the driver does not know.
+    std::uint64_t of(const Link &link);
+    // A link that has gone for good.
+    void forget(std::uint32_t ifIndex) { known_.erase(ifIndex); }
+
+  private:
+    struct Known {
+        std::uint64_t version = 0; // of the link
+        std::uint64_t speed = 0;
+    };
+
+    std::uint64_t ask(const char *name) const;
+
+    Descriptor socket_;
+    std::unordered_map<std::uint32_t, Known> known_;
+};
+
+} // namespace ipmib::platform
