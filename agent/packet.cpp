@@ -11,7 +11,8 @@ void beginPacketOnce(const IpmibPlatformHooks *platform, netsnmp_agent_request_i
 {
     static constexpr const char *mark = "ipmib packet";
     static char marked;
-    if (platform == nullptr || platform->begin_packet == nullptr || netsnmp_agent_get_list_data(info, mark) != nullptr) {
+    if (platform == nullptr || platform->begin_packet == nullptr ||
+        netsnmp_agent_get_list_data(info, mark) != nullptr) {
         return;
     }
     netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, &marked, nullptr));

@@ -6,6 +6,7 @@
 #include "detachment.h"
 #include "event_loop.h"
 #include "frontend.h"
+#include "interfaces/interfaces.h"
 #include "listeners.h"
 #include "log.h"
 #include "net_snmp.h"
@@ -13,6 +14,7 @@
 #include "serve_settings.h"
 #include "service_notify.h"
 #include "snmp_library.h"
+#include "system_group.h"
 
 #include <optional>
 
@@ -26,10 +28,12 @@ void serveStandalone(const Options &options)
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    serveSystemGroup();
     library.readConfiguration();
     const Listeners listeners(SnmpLibrary::listeningAddresses());
     Frontend frontend(plugin);
     frontend.serve(settings.notOff());
+    const Interfaces interfaces(plugin.platform());
     const PidFile pidFile(options.pidFile);
 
     std::optional<Detachment> detachment;

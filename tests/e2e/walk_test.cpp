@@ -38,6 +38,13 @@ bool holds(const Words &rows, const std::string &row)
     return std::ranges::find(rows, row) != rows.end();
 }
 
+// All but the one that is never the same.
+Words withoutUptime(Words rows)
+{
+    std::erase_if(rows, [](const std::string &row) { return row.starts_with(".1.3.6.1.2.1.1.3.0 "); });
+    return rows;
+}
+
 constexpr const char *everything = "1.3.6.1.2.1";
 constexpr const char *icmp = "1.3.6.1.2.1.5";
 
@@ -48,13 +55,16 @@ class WalkTest : public AgentTest
 TEST_F(WalkTest, AllWaysGiveTheSameRows)
 {
     startAgent();
-    const Words rows = walk("snmpwalk", publicV2, {}, everything);
+    const auto all = [this](const std::string &program, const Words &who, const Words &options) {
+        return withoutUptime(walk(program, who, options, everything));
+    };
+    const Words rows = all("snmpwalk", publicV2, {});
     expectIncreasing(rows);
-    EXPECT_EQ(walk("snmpbulkwalk", publicV2, {"-Cr1"}, everything), rows);
-    EXPECT_EQ(walk("snmpbulkwalk", publicV2, {"-Cr7"}, everything), rows);
-    EXPECT_EQ(walk("snmpbulkwalk", publicV2, {"-Cr50"}, everything), rows);
-    EXPECT_EQ(walk("snmpwalk", aliceV3, {}, everything), rows);
-    EXPECT_EQ(walk("snmpbulkwalk", aliceV3, {"-Cr50"}, everything), rows);
+    EXPECT_EQ(all("snmpbulkwalk", publicV2, {"-Cr1"}), rows);
+    EXPECT_EQ(all("snmpbulkwalk", publicV2, {"-Cr7"}), rows);
+    EXPECT_EQ(all("snmpbulkwalk", publicV2, {"-Cr50"}), rows);
+    EXPECT_EQ(all("snmpwalk", aliceV3, {}), rows);
+    EXPECT_EQ(all("snmpbulkwalk", aliceV3, {"-Cr50"}), rows);
     stopAgent();
 }
 
@@ -96,11 +106,11 @@ TEST_F(WalkTest, EveryTableOfTheDeviceIsThere)
 TEST_F(WalkTest, Version1LeavesOutWhatItCannotCarry)
 {
     startAgent();
-    Words rows = walk("snmpwalk", publicV2, {}, everything);
+    Words rows = withoutUptime(walk("snmpwalk", publicV2, {}, everything));
     const auto is64 = [](const std::string &row) { return row.find("Counter64") != std::string::npos; };
     EXPECT_TRUE(std::ranges::any_of(rows, is64));
     std::erase_if(rows, is64);
-    EXPECT_EQ(walk("snmpwalk", publicV1, {}, everything), rows);
+    EXPECT_EQ(withoutUptime(walk("snmpwalk", publicV1, {}, everything)), rows);
     stopAgent();
 }
 
@@ -155,7 +165,7 @@ TEST_F(WalkTest, TheLinuxPlatformIsWalkedInEveryWayAlike)
     };
     const std::vector<Identifier> ids = identifiers("snmpwalk", {});
     EXPECT_GT(ids.size(), 40u);
-    EXPECT_TRUE(std::ranges::is_sorted(ids));
+    EXPECT_EQ(std::ranges::adjacent_find(ids, std::ranges::greater_equal()), ids.end()) << "not increasing";
     EXPECT_EQ(identifiers("snmpbulkwalk", {"-Cr1"}), ids);
     EXPECT_EQ(identifiers("snmpbulkwalk", {"-Cr50"}), ids);
     stopAgent();
