@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: BSD-3-Clause
 # Prints what the module costs a device, as Markdown: bytes, symbols, relocations, stack and instructions, for each
-# target (a preset of CMakePresets.json), all built with -Os.
+# target (a preset of CMakePresets.json), all built with -Os. Fails when powerpc misses a goal.
 #
 #   bench/footprint.sh [TARGET...]
 set -eu
@@ -103,6 +103,28 @@ for target in "$@"; do echo "$work/$target"; done | awk -F'|' '
         }
     }'
 
+# value TARGET LABEL
+value() {
+    sed -n "s/^$2|//p" "$work/$1"
+}
+
+# goal WHAT MOST IS: one line of the goals.
+missed=0
+goal() {
+    verdict=kept
+    [ "$3" -le "$2" ] || { verdict=MISSED missed=1; }
+    echo "| $1 | $2 | $3 | $verdict |"
+}
+
+if [ -e "$work/powerpc" ]; then
+    printf '\n| goal for powerpc | at most | is | |\n|---|---:|---:|---|\n'
+    goal 'bytes of code' 20480 "$(value powerpc 'bytes of code')"
+    goal 'bytes of stack, by the call graph' 4096 "$(value powerpc 'bytes of stack at most, by the call graph')"
+    goal 'bytes of stack, measured' 4096 "$(value powerpc 'bytes of stack at most, measured')"
+    goal 'functions of the heap imported' 0 "$(value powerpc 'functions of the heap imported')"
+fi
+
 printf '\nThe calls of the deepest stack on %s, as a bound (a call through a pointer counts as one to everything it might
 reach), with the bytes of each:\n\n' "$1"
 sed 1d "$work/$1.calls" | sed 's/^/    /'
+exit "$missed"

@@ -19,9 +19,12 @@ namespace
 int list()
 {
     for (const TableShape &shape : shapes) {
-        for (const char *operation : {"get", "getnext"}) {
+        for (const std::string_view operation : {"get", "getnext"}) {
+            if (operation == "getnext" && shape.isScalars()) {
+                continue;
+            }
             for (const char *columns : {"one", "all"}) {
-                std::printf("%s %s %s\n", shape.name, operation, columns);
+                std::printf("%s %s %s\n", shape.name, operation.data(), columns);
             }
         }
     }

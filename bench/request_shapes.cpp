@@ -13,6 +13,8 @@ constexpr std::uint8_t prefix[16] = {0x20, 0x01, 0x0D, 0xB8};
 void addIndex(FreeRequest &request, const TableShape &shape, bool next)
 {
     switch (shape.id) {
+    case 1:
+        break;
     case 3:
     case 10:
         request.addNumber(1, next ? 1 : 2);

@@ -12,6 +12,8 @@ struct TableShape {
     std::uint32_t id;
     std::uint32_t indexCount;
     std::uint32_t columnCount;
+
+    bool isScalars() const { return indexCount == 0; } // they are read by get alone
 };
 
 consteval TableShape shape(const char *name, std::uint32_t id)
@@ -20,9 +22,16 @@ consteval TableShape shape(const char *name, std::uint32_t id)
 }
 
 inline constexpr TableShape shapes[] = {
-    shape("ipv6InterfaceTable", 2),   shape("ipSystemStatsTable", 3),    shape("ipIfStatsTable", 4),
-    shape("ipAddressPrefixTable", 5), shape("ipAddressTable", 6),        shape("ipNetToPhysicalTable", 7),
-    shape("ipDefaultRouterTable", 8), shape("ipv6RouterAdvertTable", 9), shape("icmpStatsTable", 10),
+    shape("scalars", 1),
+    shape("ipv6InterfaceTable", 2),
+    shape("ipSystemStatsTable", 3),
+    shape("ipIfStatsTable", 4),
+    shape("ipAddressPrefixTable", 5),
+    shape("ipAddressTable", 6),
+    shape("ipNetToPhysicalTable", 7),
+    shape("ipDefaultRouterTable", 8),
+    shape("ipv6RouterAdvertTable", 9),
+    shape("icmpStatsTable", 10),
     shape("icmpMsgStatsTable", 11),
 };
 
