@@ -16,6 +16,7 @@ ipmib_test(
   mibtree/catalogue_test.cpp
   mibtree/link_invariants_test.cpp
   mibtree/record_invariants_test.cpp
+  mibtree/tree_objects_test.cpp
   mibtree/tree_test.cpp
   mibtree/tree_walk_test.cpp
   nd_icmp/icmp_msg_stats_test.cpp
@@ -31,6 +32,7 @@ ipmib_test(
   ipmib_module_objects
   ipmib_scripted)
 target_include_directories(module_test PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_compile_definitions(module_test PRIVATE IPMIB_TREE_OBJECTS="${CMAKE_CURRENT_SOURCE_DIR}/mibtree/objects.txt")
 
 # Sanitizers and coverage add code and imports of their own.
 if(NOT IPMIB_SANITIZE)

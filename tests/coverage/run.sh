@@ -10,6 +10,7 @@ objects=$build/module/CMakeFiles/ipmib_module_objects.dir
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+export CCACHE_DISABLE=1 # it may have recorded paths that are relative to another folder
 cmake --preset coverage
 cmake --build --preset coverage
 find "$objects" -name '*.gcda' -delete
@@ -53,6 +54,7 @@ awk -v prefix="$source_dir/module/" '
     }
 
     END {
+        if (!count) { print "no source of the module was counted"; exit 1 }
         sort()
         printf "\n%-36s %17s %17s\n", "", "lines run", "branches taken"
         for (i = 1; i <= count; i++) {
