@@ -40,3 +40,9 @@ if(NOT IPMIB_SANITIZE)
            COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/mibtree/object_test.sh ${CMAKE_NM} ${CMAKE_READELF}
                    $<FILTER:$<TARGET_OBJECTS:ipmib_module_objects>,INCLUDE,mibtree/tree\\.cpp>)
 endif()
+
+# Where a sanitizer looks at other things: values that nobody has set. It runs programs of the build machine alone.
+if(NOT IPMIB_SANITIZE AND NOT IPMIB_DEVICE_ONLY)
+  add_test(NAME module_under_valgrind
+           COMMAND valgrind --quiet --error-exitcode=1 --leak-check=full $<TARGET_FILE:module_test> --gtest_brief=1)
+endif()
