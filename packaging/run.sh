@@ -18,6 +18,8 @@ ipmibd listens on udp:127.0.0.1:$port with the community "public". In another te
     snmpwalk -v2c -c public -On 127.0.0.1:$port 1.3.6.1.2.1.4
     snmpwalk -v2c -c public -On 127.0.0.1:$port 1.3.6.1.2.1.5
 
+The same without SNMP: $build/bin/ipmibctl show neighbours
+
 END
     exec "$agent" -f -Lo -C -c "$state/ipmibd.conf" "udp:127.0.0.1:$port"
 fi
