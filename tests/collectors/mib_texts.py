@@ -39,6 +39,13 @@ IF_X_TABLE = [("ifName", 1, "DisplayString"), ("ifInMulticastPkts", 2, "Counter3
               ("ifAlias", 18, "DisplayString")]
 
 
+MIB_2 = (1, 3, 6, 1, 2, 1)
+# Where they stand, by name.
+OUTSIDE = {name: base + (number,)
+           for base, columns in ((MIB_2 + (1,), SYSTEM), (MIB_2 + (2, 2, 1), IF_TABLE), (MIB_2 + (31, 1, 1, 1), IF_X_TABLE))
+           for name, number, _ in columns}
+
+
 def smi_syntax(syntax):
     """In the words of the SMI: Unsigned32({0, 0}, {4, 9000}) is Unsigned32 (0 | 4..9000)."""
     labels = re.findall(r'\{"(\w+)", (-?\d+)\}', syntax)

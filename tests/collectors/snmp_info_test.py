@@ -18,7 +18,8 @@ program = os.path.abspath(sys.argv[-1])
 script = os.path.dirname(os.path.abspath(__file__)) + "/snmp_info.pl"
 catalogue = Catalogue()
 METHODS = ["ipv6_n2p_mac", "ipv6_n2p_addr", "ipv6_n2p_if", "ipv6_n2p_type", "ipv6_n2p_state", "ipv6_index", "ipv6_type",
-           "ipv6_pfx_origin", "ipv6_addr_prefix", "ipv6_addr_prefixlength", "ipv6_addr"]
+           "ipv6_pfx_origin", "ipv6_addr_prefix", "ipv6_addr_prefixlength", "ipv6_addr", "interfaces", "i_name",
+           "i_description", "i_up", "i_mac", "name", "description", "uptime", "device_type"]
 
 
 def ask(agent, methods):
@@ -93,6 +94,18 @@ class SnmpInfo(unittest.TestCase):
             self.assertEqual(self.told["ipv6_addr_prefixlength"][row], length)
             network = address(map(int, prefix.split(".")[3:19]))
             self.assertIn(ipaddress.ip_address(self.told["ipv6_addr"][row]), ipaddress.ip_network(f"{network}/{length}"))
+
+    def test_interfaces_to_join_with(self):
+        names = {"2": "wan0", "3": "lan0", "4": "guest0", "5": "iptv0"}
+        self.assertEqual(self.told["i_name"], names)
+        self.assertEqual(set(self.told["interfaces"]), set(names))
+        self.assertEqual(self.told["i_description"], names)
+        self.assertEqual(self.told["i_mac"]["3"], "02:00:5e:00:53:02")
+        self.assertEqual((self.told["i_up"]["3"], self.told["i_up"]["4"]), ("up", "down"))
+        self.assertLessEqual(set(self.told["ipv6_n2p_if"].values()) | set(self.told["ipv6_index"].values()), set(names))
+        for word in ("name", "description", "uptime"):
+            self.assertTrue(self.told[word])
+        self.assertEqual(self.told["device_type"], "SNMP::Info::Layer3::NetSNMP")  # a class with the IPv6 methods
 
 
 if __name__ == "__main__":
