@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ctime>
 #include <string_view>
 
 namespace ipmib::agent
@@ -57,6 +58,16 @@ Value truth(bool condition)
 std::uint64_t nonUnicast(const IpmibTraffic &way)
 {
     return way.multicast + way.broadcast;
+}
+
+// On the monotonic clock, by which the library measures sysUpTime. It tells the start by the wall clock alone.
+std::uint64_t startOfUptime()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const std::uint64_t uptimeMs = netsnmp_get_agent_uptime() * 10;
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000 -
+           uptimeMs;
 }
 
 constexpr std::uint64_t perMegabit = 1'000'000;
@@ -115,9 +126,7 @@ const std::span<const InterfaceColumn> ifXTableColumns = ifXColumns;
 
 Value uptimeAt(std::uint64_t milliseconds)
 {
-    const auto &start = *static_cast<const timeval *>(netsnmp_get_agent_starttime());
-    const std::uint64_t startMs =
-        static_cast<std::uint64_t>(start.tv_sec) * 1'000 + static_cast<std::uint64_t>(start.tv_usec) / 1'000;
+    static const std::uint64_t startMs = startOfUptime();
     const std::uint64_t uptimeMs = milliseconds > startMs ? milliseconds - startMs : 0;
     return {ValueType::timeTicks, uptimeMs / 10 & UINT32_MAX, {}, {}};
 }

@@ -141,13 +141,14 @@ TEST_F(WalkTest, ColumnsSideBySideGoOnBeyondTheirTables)
 {
     startAgent();
     // The first column ends within the second repetition, and with it the tree for the last one.
-    const Result result =
-        snmp("snmpbulkget", publicV2,
-             {"-Cn1", "-Cr2", "1.3.6.1.2.1.5.29.1.2", "1.3.6.1.2.1.5.29.1.4", "1.3.6.1.2.1.5.30.1.4.2.145"});
+    const Result result = snmp("snmpbulkget", publicV2,
+                               {"-Cn1", "-Cr2", "1.3.6.1.2.1.5.29.1.2", "1.3.6.1.2.1.5.29.1.4",
+                                "1.3.6.1.2.1.5.30.1.4.2.145", "1.3.6.1.2.1.31.1.1.1.19.3"});
     EXPECT_EQ(linesOf(result.output),
               (Words{".1.3.6.1.2.1.5.29.1.2.2 = Counter32: 12", ".1.3.6.1.2.1.5.29.1.4.2 = Counter32: 0",
-                     ".1.3.6.1.2.1.5.30.1.4.2.200 = Counter32: 0", ".1.3.6.1.2.1.5.29.1.5.2 = Counter32: 0",
-                     ".1.3.6.1.2.1.5.30.1.4.2.200 = No more variables left in this MIB View (It is past the end of "
+                     ".1.3.6.1.2.1.5.30.1.4.2.200 = Counter32: 0", ".1.3.6.1.2.1.31.1.5.0 = Timeticks: (0) 0:00:00.00",
+                     ".1.3.6.1.2.1.5.29.1.5.2 = Counter32: 0", ".1.3.6.1.2.1.31.1.1.1.1.1 = STRING: \"lo\"",
+                     ".1.3.6.1.2.1.31.1.5.0 = No more variables left in this MIB View (It is past the end of "
                      "the MIB tree)"}));
     stopAgent();
 }
