@@ -16,8 +16,9 @@ class EventLoop
     EventLoop(const EventLoop &) = delete;
     EventLoop &operator=(const EventLoop &) = delete;
 
-    // Returns at SIGTERM or SIGINT; calls `reload` at SIGHUP.
+    // Returns at SIGTERM or SIGINT, or when it is stopped; calls `reload` at SIGHUP.
     void run(const std::function<void()> &reload);
+    void stop() { stopping_ = true; }
 
   private:
     void takeSignal();

@@ -22,4 +22,9 @@ void chooseDefaultLog(bool foreground)
     }
 }
 
+void chooseWarningsAlone()
+{
+    netsnmp_register_loghandler(NETSNMP_LOGHANDLER_STDERR, LOG_WARNING);
+}
+
 } // namespace ipmib::agent

@@ -11,4 +11,7 @@ void logLine(int priority, const char *line);
 // Where the log goes when the user did not say: to standard error in the foreground, else to syslog.
 void chooseDefaultLog(bool foreground);
 
+// Warnings and errors to standard error, and nothing else.
+void chooseWarningsAlone();
+
 } // namespace ipmib::agent

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipmibd: serves the IP-MIB of this machine over SNMP.
 
+#include "check.h"
 #include "log.h"
 #include "options.h"
 #include "snmp_library.h"
@@ -32,14 +33,21 @@ int run(agent::Options options)
     case agent::Options::Action::version:
         std::printf("ipmibd %s (net-snmp %s)\n", IPMIB_VERSION, agent::SnmpLibrary::version());
         return host::exitSuccess;
+    case agent::Options::Action::check:
     case agent::Options::Action::run:
         break;
     }
-    if (!options.loggingChosen) {
+    const bool isCheck = options.action == agent::Options::Action::check;
+    if (!options.loggingChosen && isCheck) {
+        agent::chooseWarningsAlone();
+    } else if (!options.loggingChosen) {
         agent::chooseDefaultLog(options.foreground);
     }
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_SBIN);
     options.plugin.log = agent::logLine;
+    if (isCheck) {
+        return agent::check(options) ? host::exitSuccess : host::exitFailure;
+    }
     if (options.master.empty()) {
         agent::serveStandalone(options);
     } else {

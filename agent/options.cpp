@@ -24,6 +24,7 @@ Serves the IP-MIB over SNMP.
   -p FILE                write the process id to this file
   -x ADDRESS             be a sub-agent of the AgentX master at this address: a path, unix:PATH, tcp:HOST:PORT or
                          tcp6:[ADDRESS]:PORT
+      --check            read the configuration, print who serves which table, and exit: with 1 when something is wrong
       --platform NAME[:ARGUMENT]
                          where the facts come from (default: linux)
       --module PATH      the module to load (default: the one that ipmibd came with)
@@ -44,9 +45,12 @@ Lines of the configuration that say who serves a table, or all others:
 namespace
 {
 
+enum { checkOption = host::firstProgramOption };
+
 constexpr option longOptions[] = {
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, 'v'},
+    {"check", no_argument, nullptr, checkOption},
     host::pluginOptions[0],
     host::pluginOptions[1],
     {nullptr, 0, nullptr, 0},
@@ -125,6 +129,9 @@ Options parseOptions(int argc, char *const *argv)
             break;
         case 'x':
             options.master = optarg;
+            break;
+        case checkOption:
+            options.action = Options::Action::check;
             break;
         case 'h':
             options.action = Options::Action::help;

@@ -12,7 +12,7 @@ namespace ipmib::agent
 {
 
 struct Options {
-    enum class Action { run, help, version };
+    enum class Action { run, check, help, version };
 
     Action action = Action::run;
     bool foreground = false;

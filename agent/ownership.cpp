@@ -64,8 +64,7 @@ void Claim::take(Answer answer, const std::string &reason)
     case Stage::claim:
         if (answer != Answer::granted) {
             reason_ = reason;
-            const bool isLeft = answer == Answer::duplicate && wish_ == Serve::automatic;
-            lose(isLeft ? Owner::others : Owner::refused);
+            lose(answer == Answer::duplicate ? Owner::others : Owner::refused);
         } else if (++place_ == places_.size()) {
             owner_ = agentHasIt_ ? Owner::oursInstead : Owner::ours;
         }
@@ -113,7 +112,8 @@ std::string textOf(const Claim &claim)
     case Owner::agents:
         return "the master's";
     case Owner::others:
-        return "another sub-agent's";
+        return claim.wish() == Serve::take ? "refused, another sub-agent has it: " + claim.reason()
+                                           : "another sub-agent's";
     case Owner::off:
         return "off";
     case Owner::refused:

@@ -56,6 +56,8 @@ class Claim
     Serve wish() const { return wish_; }
     Owner owner() const { return owner_; }
     bool isOurs() const { return owner_ == Owner::ours || owner_ == Owner::oursInstead; }
+    // The user's wish is not fulfilled.
+    bool isFault() const { return owner_ == Owner::refused || (owner_ == Owner::others && wish_ == Serve::take); }
     // Why it was refused.
     const std::string &reason() const { return reason_; }
 

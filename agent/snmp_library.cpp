@@ -41,6 +41,9 @@ SnmpLibrary::SnmpLibrary(SnmpSettings settings) : settings_(std::move(settings))
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG, 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS,
                            settings_.defaultConfiguration ? 0 : 1);
+    for (const int part : {NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD, NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE}) {
+        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, part, settings_.keepsState ? 0 : 1);
+    }
     if (!settings_.configuration.empty()) {
         netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OPTIONALCONFIG, settings_.configuration.c_str());
     }

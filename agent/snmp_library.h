@@ -12,6 +12,7 @@ struct SnmpSettings {
     bool defaultConfiguration = true;
     std::string configuration;         // a comma list of files
     std::vector<std::string> listenOn; // the configuration may add to these
+    bool keepsState = true;            // the count of starts, which SNMPv3 needs
 };
 
 class SnmpLibrary

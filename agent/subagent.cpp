@@ -3,6 +3,7 @@
 
 #include "subagent.h"
 
+#include "agentx/presence_mark.h"
 #include "agentx/session.h"
 #include "detachment.h"
 #include "event_loop.h"
@@ -21,7 +22,7 @@ void serveAsSubagent(const Options &options)
 {
     const agentx::Address master = agentx::parseAddress(options.master);
     EventLoop loop;
-    SnmpLibrary library({options.defaultConfiguration, options.configuration, {}});
+    SnmpLibrary library({options.defaultConfiguration, options.configuration, {}, false});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
@@ -29,6 +30,7 @@ void serveAsSubagent(const Options &options)
     const PlatformEvents platformEvents(plugin.platform());
     const PidFile pidFile(options.pidFile);
 
+    const agentx::PresenceMark mark(master);
     std::optional<Detachment> detachment;
     if (!options.foreground) {
         detachment.emplace();

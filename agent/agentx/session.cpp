@@ -192,9 +192,8 @@ void Session::reportClaims()
         }
         reported_[i] = text;
         const char *name = claim.table().name;
-        if (claim.owner() == Owner::refused) {
-            snmp_log(LOG_ERR, "agentx: %s is %s; see who else registers it, or say \"serve %s off\"\n", name,
-                     text.c_str(), name);
+        if (claim.isFault()) {
+            snmp_log(LOG_ERR, "agentx: %s is %s; end the other, or say \"serve %s off\"\n", name, text.c_str(), name);
         } else if (claim.owner() == Owner::oursInstead) {
             snmp_log(LOG_INFO, "agentx: %s: our rows replace the master's%s\n", name,
                      claim.wish() == Serve::automatic ? ", whose further columns stay" : "");

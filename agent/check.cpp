@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// As a sub-agent it claims the tables as always, since an agent tells what it serves in no other way, and leaves at
+// once. What the master asks meanwhile is answered.
+
+#include "check.h"
+
+#include "agentx/presence_mark.h"
+#include "agentx/session.h"
+#include "event_loop.h"
+#include "net_snmp.h"
+#include "platform_events.h"
+#include "snmp_library.h"
+
+#include <cstdio>
+
+namespace ipmib::agent
+{
+
+namespace
+{
+
+// Counts what the library complains about.
+class Complaints
+{
+  public:
+    Complaints()
+    {
+        snmp_enable_calllog();
+        snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, count, this);
+    }
+    ~Complaints()
+    {
+        snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, count, this, 1);
+        snmp_disable_calllog();
+    }
+    Complaints(const Complaints &) = delete;
+    Complaints &operator=(const Complaints &) = delete;
+
+    bool none() const { return count_ == 0; }
+
+  private:
+    static int count(int, int, void *message, void *self)
+    {
+        if (static_cast<const snmp_log_message *>(message)->priority <= LOG_WARNING) {
+            ++static_cast<Complaints *>(self)->count_;
+        }
+        return 0;
+    }
+
+    unsigned count_ = 0;
+};
+
+bool readWithoutComplaint(SnmpLibrary &library)
+{
+    const Complaints complaints;
+    library.readConfiguration();
+    return complaints.none();
+}
+
+void printLine(const std::string &table, const std::string &identifier, const std::string &owner)
+{
+    std::printf("%-24s %-22s %s\n", table.c_str(), identifier.c_str(), owner.c_str());
+}
+
+void printHeading()
+{
+    printLine("TABLE", "IDENTIFIER", "OWNER");
+}
+
+bool printClaims(const agentx::Session &session, bool isAnotherRunning)
+{
+    bool good = true;
+    printHeading();
+    for (const Claim &claim : session.claims()) {
+        const bool runs = claim.owner() == Owner::others && isAnotherRunning;
+        printLine(claim.table().name, textOf(claim.table().identifier.view()),
+                  runs ? "ours, of the ipmibd that runs" : textOf(claim));
+        good = good && (runs || !claim.isFault());
+    }
+    return good;
+}
+
+bool checkSubagent(EventLoop &loop, host::Plugin &plugin, const std::vector<ServedTable> &tables,
+                   const ServeSettings &settings, const agentx::Address &master)
+{
+    const PlatformEvents platformEvents(plugin.platform());
+    agentx::Session session(plugin, tables, settings, master, [&] { loop.stop(); });
+    session.start();
+    loop.run([] {});
+    return session.isServing() && printClaims(session, agentx::PresenceMark::isSet(master));
+}
+
+} // namespace
+
+bool check(const Options &options)
+{
+    const bool isSubagent = !options.master.empty();
+    const agentx::Address master = isSubagent ? agentx::parseAddress(options.master) : agentx::Address();
+    EventLoop loop;
+    SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn, false});
+    host::Plugin plugin(options.plugin);
+    const std::vector<ServedTable> tables = servedTables(plugin.resolver());
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    const bool good = readWithoutComplaint(library);
+    if (isSubagent) {
+        return checkSubagent(loop, plugin, tables, settings, master) && good;
+    }
+    printHeading();
+    for (const ServedTable &table : tables) {
+        printLine(table.name, textOf(table.identifier.view()), settings.of(table) == Serve::off ? "off" : "ours");
+    }
+    return good;
+}
+
+} // namespace ipmib::agent
