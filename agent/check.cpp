@@ -100,7 +100,7 @@ bool check(const Options &options)
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn, false});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
-    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     const bool good = readWithoutComplaint(library);
     if (isSubagent) {
         return checkSubagent(loop, plugin, tables, settings, master) && good;

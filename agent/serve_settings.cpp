@@ -18,6 +18,20 @@ constexpr const char *everyTable = "all";
 
 ServeSettings *inForce = nullptr;
 
+bool isAmong(const std::vector<ServedTable> &tables, const std::string &name)
+{
+    return std::ranges::any_of(tables, [&](const ServedTable &table) { return name == table.name; });
+}
+
+std::string listed(const std::vector<ServedTable> &tables)
+{
+    std::string names = everyTable;
+    for (const ServedTable &table : tables) {
+        names += std::string(", ") + table.name;
+    }
+    return names;
+}
+
 void parseLine(const char *directive, char *line)
 {
     const std::string mistake = inForce->read(line);
@@ -33,7 +47,7 @@ void forgetLines()
 
 } // namespace
 
-ServeSettings::ServeSettings(const char *fileType, const char *word, const std::vector<ServedTable> &tables)
+ServeSettings::ServeSettings(const char *fileType, const char *word, const std::vector<ServedTable> *tables)
     : fileType_(fileType), word_(word), tables_(tables)
 {
     inForce = this;
@@ -58,12 +72,23 @@ Serve ServeSettings::of(const ServedTable &table) const
 std::vector<const ServedTable *> ServeSettings::notOff() const
 {
     std::vector<const ServedTable *> kept;
-    for (const ServedTable &table : tables_) {
+    for (const ServedTable &table : *tables_) {
         if (of(table) != Serve::off) {
             kept.push_back(&table);
         }
     }
     return kept;
+}
+
+std::vector<std::string> ServeSettings::unknownNames(const std::vector<ServedTable> &tables) const
+{
+    std::vector<std::string> names;
+    for (const auto &[name, wish] : wishes_) {
+        if (name != everyTable && !isAmong(tables, name)) {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
 std::string ServeSettings::read(const std::string &line)
@@ -85,13 +110,8 @@ std::string ServeSettings::read(const std::string &line)
     if (words >> rest) {
         return "\"" + rest + "\" is one word too many";
     }
-    if (table != everyTable &&
-        std::ranges::none_of(tables_, [&](const ServedTable &known_) { return table == known_.name; })) {
-        std::string names;
-        for (const ServedTable &one : tables_) {
-            names += std::string(names.empty() ? "" : ", ") + one.name;
-        }
-        return "there is no table \"" + table + "\"; there are all, " + names;
+    if (tables_ != nullptr && table != everyTable && !isAmong(*tables_, table)) {
+        return "there is no table \"" + table + "\"; there are " + listed(*tables_);
     }
     wishes_[table] = found->second;
     return "";

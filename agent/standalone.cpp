@@ -27,7 +27,7 @@ void serveStandalone(const Options &options)
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
-    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     serveSystemGroup();
     library.readConfiguration();
     const Listeners listeners(SnmpLibrary::listeningAddresses());

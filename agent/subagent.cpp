@@ -25,7 +25,7 @@ void serveAsSubagent(const Options &options)
     SnmpLibrary library({options.defaultConfiguration, options.configuration, {}, false});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
-    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, tables);
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     library.readConfiguration();
     const PlatformEvents platformEvents(plugin.platform());
     const PidFile pidFile(options.pidFile);

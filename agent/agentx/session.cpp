@@ -37,7 +37,7 @@ Session::Session(host::Plugin &plugin, const std::vector<ServedTable> &tables, c
     : tables_(tables), settings_(settings), settled_(std::move(settled)), responder_(plugin),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
-      reported_(tables.size())
+      report_("agentx", ServeSettings::directive)
 {
 }
 
@@ -177,36 +177,8 @@ void Session::serve()
     responder_.serve(std::move(regions));
     state_ = State::serving;
     trouble_.clear();
-    reportClaims();
+    report_.log(claims_);
     settle();
-}
-
-void Session::reportClaims()
-{
-    std::string left;
-    for (std::size_t i = 0; i < claims_.size(); ++i) {
-        const Claim &claim = claims_[i];
-        const std::string text = textOf(claim);
-        if (text == reported_[i]) {
-            continue;
-        }
-        reported_[i] = text;
-        const char *name = claim.table().name;
-        if (claim.isFault()) {
-            snmp_log(LOG_ERR, "agentx: %s is %s; end the other, or say \"serve %s off\"\n", name, text.c_str(), name);
-        } else if (claim.owner() == Owner::oursInstead) {
-            snmp_log(LOG_INFO, "agentx: %s: our rows replace the master's%s\n", name,
-                     claim.wish() == Serve::automatic ? ", whose further columns stay" : "");
-        } else if (claim.owner() == Owner::others) {
-            snmp_log(LOG_WARNING, "agentx: %s is left to another sub-agent, which registered it before\n", name);
-        } else if (claim.owner() == Owner::agents) {
-            left += std::string(left.empty() ? "" : ", ") + name;
-        }
-    }
-    if (!left.empty()) {
-        snmp_log(LOG_INFO, "agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): %s\n",
-                 left.c_str());
-    }
 }
 
 void Session::setAlarm(unsigned seconds)

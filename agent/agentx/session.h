@@ -5,7 +5,7 @@
 
 #include "agent/agentx/connection.h"
 #include "agent/agentx/responder.h"
-#include "agent/ownership.h"
+#include "agent/ownership_report.h"
 #include "agent/serve_settings.h"
 
 #include <functional>
@@ -54,8 +54,6 @@ class Session
     void clearAlarm();
     void alarmWentOff();
 
-    void reportClaims();
-
     const std::vector<ServedTable> &tables_;
     const ServeSettings &settings_;
     std::function<void()> settled_;
@@ -67,8 +65,8 @@ class Session
     unsigned alarm_ = 0;
     std::vector<Claim> claims_;
     std::size_t claim_ = 0;
-    std::string trouble_;               // as it was logged
-    std::vector<std::string> reported_; // what the log says of each table
+    std::string trouble_; // why nothing is served, as it was logged
+    OwnershipReport report_;
 };
 
 } // namespace ipmib::agent::agentx

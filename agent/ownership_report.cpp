@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A line for each table that is not as one would expect, and one for all that the master keeps.
+
+#include "ownership_report.h"
+
+#include "net_snmp.h"
+
+namespace ipmib::agent
+{
+
+OwnershipReport::OwnershipReport(std::string topic, std::string directive)
+    : topic_(std::move(topic)), directive_(std::move(directive))
+{
+}
+
+void OwnershipReport::log(const std::vector<Claim> &claims)
+{
+    told_.resize(claims.size());
+    std::string left;
+    for (std::size_t i = 0; i < claims.size(); ++i) {
+        std::string text = textOf(claims[i]);
+        if (text == told_[i]) {
+            continue;
+        }
+        told_[i] = std::move(text);
+        if (claims[i].owner() == Owner::agents) {
+            left += std::string(left.empty() ? "" : ", ") + claims[i].table().name;
+        } else {
+            log(claims[i]);
+        }
+    }
+    if (!left.empty()) {
+        snmp_log(LOG_INFO, "%s: left to the master, which has its own (\"%s TABLE take\" replaces it): %s\n",
+                 topic_.c_str(), directive_.c_str(), left.c_str());
+    }
+}
+
+void OwnershipReport::log(const Claim &claim) const
+{
+    const char *name = claim.table().name;
+    if (claim.isFault()) {
+        snmp_log(LOG_ERR, "%s: %s is %s; end the other, or say \"%s %s off\"\n", topic_.c_str(), name,
+                 textOf(claim).c_str(), directive_.c_str(), name);
+    } else if (claim.owner() == Owner::oursInstead) {
+        snmp_log(LOG_INFO, "%s: %s: our rows replace the master's%s\n", topic_.c_str(), name,
+                 claim.wish() == Serve::automatic ? ", whose further columns stay" : "");
+    } else if (claim.owner() == Owner::others) {
+        snmp_log(LOG_WARNING, "%s: %s is left to another sub-agent, which registered it before\n", topic_.c_str(),
+                 name);
+    }
+}
+
+} // namespace ipmib::agent

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The object that a running snmpd loads: `dlmod ipmib .../ipmib_snmpd.so`. It hears of its settings after it is loaded,
+// line by line, so it begins to serve when the configuration has been read.
+
+#include "frontend.h"
+#include "log.h"
+#include "net_snmp.h"
+#include "ownership_report.h"
+#include "serve_settings.h"
+#include "varbind.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+
+namespace
+{
+
+using namespace ipmib;
+using namespace ipmib::agent;
+
+constexpr const char *fileType = "snmpd";
+constexpr const char *directive = "ipmibServe";
+
+// This object's symbols for everybody, as long as it lives: the module looks for its agent's among them.
+class GlobalSymbols
+{
+  public:
+    GlobalSymbols()
+    {
+        static const char place = 0;
+        Dl_info self{};
+        if (dladdr(&place, &self) != 0) {
+            path_ = self.dli_fname;
+            handle_ = dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+        }
+        if (handle_ == nullptr) {
+            throw std::runtime_error("the object does not find itself");
+        }
+    }
+    ~GlobalSymbols()
+    {
+        if (handle_ != nullptr) {
+            dlclose(handle_);
+        }
+    }
+    GlobalSymbols(const GlobalSymbols &) = delete;
+    GlobalSymbols &operator=(const GlobalSymbols &) = delete;
+
+    std::string directory() const { return std::filesystem::path(path_).parent_path(); }
+
+  private:
+    std::string path_;
+    void *handle_ = nullptr;
+};
+
+// Whether snmpd has registered this very place itself. Trying to, as a sub-agent must, would be logged.
+bool agentHas(host::OidView root)
+{
+    const LibraryOid place(root);
+    const netsnmp_subtree *tree = netsnmp_subtree_find(place.data(), place.size(), nullptr, "");
+    for (; tree != nullptr; tree = tree->children) {
+        if (tree->reginfo != nullptr && tree->priority == agentsPriority &&
+            snmp_oid_compare(tree->reginfo->rootoid, tree->reginfo->rootoid_len, place.data(), place.size()) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+class Object
+{
+  public:
+    Object() : settings_(fileType, directive, nullptr)
+    {
+        register_config_handler(fileType, "ipmibPlatform", takePlatform, nullptr, "NAME[:ARGUMENT]");
+        register_config_handler(fileType, "ipmibPlatformOption", takeOption, nullptr, "NAME[=VALUE]");
+        snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, configurationRead, this);
+        // Loaded by a request, long after the configuration was read, it is not told.
+        const timeval soon{0, 1000};
+        alarm_ = snmp_alarm_register_hr(
+            soon, 0, [](unsigned, void *self) { static_cast<Object *>(self)->start(); }, this);
+    }
+
+    ~Object()
+    {
+        snmp_alarm_unregister(alarm_);
+        snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, configurationRead, this, 1);
+        unregister_config_handler(fileType, "ipmibPlatformOption");
+        unregister_config_handler(fileType, "ipmibPlatform");
+    }
+    Object(const Object &) = delete;
+    Object &operator=(const Object &) = delete;
+
+    static std::optional<Object> loaded;
+
+  private:
+    static void takePlatform(const char *, char *line) { loaded->options_.platform = line; }
+
+    static void takeOption(const char *, char *line)
+    {
+        const std::string option = line;
+        const std::size_t equals = option.find('=');
+        loaded->options_.platformOptions.emplace_back(option.substr(0, equals),
+                                                      equals == std::string::npos ? "" : option.substr(equals + 1));
+    }
+
+    static int configurationRead(int, int, void *, void *self)
+    {
+        static_cast<Object *>(self)->start();
+        return SNMPERR_SUCCESS;
+    }
+
+    void start()
+    {
+        if (started_) {
+            return;
+        }
+        started_ = true;
+        try {
+            serve();
+        } catch (const std::exception &error) {
+            snmp_log(LOG_ERR, "ipmib: nothing is served: %s\n", error.what());
+        }
+    }
+
+    void serve()
+    {
+        options_.pluginDirectory = symbols_.directory();
+        options_.log = logLine;
+        plugin_.emplace(options_);
+        tables_ = servedTables(plugin_->resolver());
+        for (const std::string &name : settings_.unknownNames(tables_)) {
+            snmp_log(LOG_ERR, "%s: there is no table \"%s\"\n", directive, name.c_str());
+        }
+        frontend_.emplace(*plugin_);
+        std::vector<Claim> claims;
+        for (const ServedTable &table : tables_) {
+            Claim &claim = claims.emplace_back(table, settings_.of(table));
+            while (const auto attempt = claim.next()) {
+                claim.take(attemptTo(table, *attempt), "snmpd does not register it");
+            }
+        }
+        snmp_log(LOG_INFO, "ipmib: serving %td of %zu tables\n", std::ranges::count_if(claims, &Claim::isOurs),
+                 claims.size());
+        OwnershipReport("ipmib", directive).log(claims);
+    }
+
+    Claim::Answer attemptTo(const ServedTable &table, const Claim::Attempt &attempt)
+    {
+        if (attempt.priority == agentsPriority) {
+            return attempt.registering && agentHas(attempt.root) ? Claim::Answer::duplicate : Claim::Answer::granted;
+        }
+        if (!attempt.registering) {
+            frontend_->remove(attempt.root, attempt.priority);
+            return Claim::Answer::granted;
+        }
+        switch (frontend_->add(table, attempt.root, attempt.priority)) {
+        case MIB_REGISTERED_OK:
+            return Claim::Answer::granted;
+        case MIB_DUPLICATE_REGISTRATION:
+            return Claim::Answer::duplicate;
+        default:
+            return Claim::Answer::refused;
+        }
+    }
+
+    GlobalSymbols symbols_;
+    ServeSettings settings_;
+    host::PluginOptions options_;
+    unsigned alarm_ = 0;
+    bool started_ = false;
+    std::optional<host::Plugin> plugin_;
+    std::vector<ServedTable> tables_;
+    std::optional<Frontend> frontend_;
+};
+
+std::optional<Object> Object::loaded;
+
+} // namespace
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+void init_ipmib()
+{
+    try {
+        Object::loaded.emplace();
+    } catch (const std::exception &error) {
+        snmp_log(LOG_ERR, "ipmib: %s\n", error.what());
+    }
+}
+
+void deinit_ipmib()
+{
+    Object::loaded.reset();
+}
+}
+#pragma GCC visibility pop
