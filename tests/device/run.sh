@@ -27,8 +27,13 @@ done
 
 printf '\n%-10s %8s %8s %8s\n' target tests failed skipped
 for target in "$@"; do
-    printf '%-10s %8s %8s %8s\n' "$target" "$(attribute "$work/$target.xml" tests)" \
-        "$(attribute "$work/$target.xml" failures)" "$(attribute "$work/$target.xml" skipped)"
+    counts="$(attribute "$work/$target.xml" tests) $(attribute "$work/$target.xml" failures) $(attribute "$work/$target.xml" skipped)"
+    printf '%-10s %8s %8s %8s\n' "$target" $counts
+    [ "$target" != "$1" ] || first=$counts
+    if [ "$counts" != "$first" ]; then
+        echo "$target does not have the same counts as $1"
+        status=1
+    fi
     if ! diff "$work/$1.names" "$work/$target.names" >"$work/difference"; then
         echo "$target does not have the same tests as $1:"
         cat "$work/difference"
