@@ -100,16 +100,41 @@ class Frontend::Impl
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
         beginPacketOnce(platform_, info);
-        std::span<host::Variable> batch = collect(requests, ASN_NULL);
-        if (info->mode == MODE_GET) {
-            resolver_.get(batch);
-            deliver(batch);
+        const bool isGet = info->mode == MODE_GET;
+        getExactly(collect(requests,
+                           [isGet](const netsnmp_request_info &request) {
+                               return request.requestvb->type == ASN_NULL && (isGet || request.inclusive != 0);
+                           }),
+                   isGet);
+        if (isGet) {
             return;
         }
+        const std::span<host::Variable> batch = collect(requests, isUnanswered);
         resolver_.getNext(batch, region.root.view());
         deliver(batch);
         if (info->mode == MODE_GETBULK) {
             repeat(region, *info, requests);
+        }
+    }
+
+    static bool isUnanswered(const netsnmp_request_info &request) { return request.requestvb->type == ASN_NULL; }
+    static bool isNextRepetition(const netsnmp_request_info &request)
+    {
+        return request.requestvb->type == ASN_PRIV_RETRY;
+    }
+
+    // Also for a get-next whose very identifier would be an answer; what is not there goes on to the successor.
+    void getExactly(std::span<host::Variable> batch, bool isGet)
+    {
+        if (batch.empty()) {
+            return;
+        }
+        resolver_.get(batch);
+        for (std::size_t i = 0; i < batch.size(); ++i) {
+            if (isGet || batch[i].status == host::Status::ok) {
+                batch[i].name = asked_[i].name;
+                deliver(*asked_[i].request, batch[i]);
+            }
         }
     }
 
@@ -121,7 +146,7 @@ class Frontend::Impl
         const bool allVisible = netsnmp_acm_check_subtree(info.asp->pdu, root.data(), root.size()) == VACM_SUCCESS;
         for (;;) {
             netsnmp_bulk_to_next_fix_requests(requests); // marks the next repetition of each variable
-            const std::span<host::Variable> batch = allVisible ? collect(requests, ASN_PRIV_RETRY) : batchOf(0);
+            const std::span<host::Variable> batch = allVisible ? collect(requests, isNextRepetition) : batchOf(0);
             if (batch.empty()) {
                 return;
             }
@@ -132,12 +157,13 @@ class Frontend::Impl
 
     std::span<host::Variable> batchOf(std::size_t count) { return {variables_.data(), count}; }
 
-    // Gathers the variables whose type marks them as unanswered.
-    std::span<host::Variable> collect(netsnmp_request_info *requests, u_char mark)
+    // Gathers the variables that are not done with and wanted.
+    template <typename Predicate>
+    std::span<host::Variable> collect(netsnmp_request_info *requests, Predicate isWanted)
     {
         std::size_t count = 0;
         for (; requests != nullptr; requests = requests->next) {
-            if (requests->processed != 0 || requests->requestvb->type != mark) {
+            if (requests->processed != 0 || !isWanted(*requests)) {
                 continue;
             }
             if (count == asked_.size()) {

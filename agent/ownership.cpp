@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A look is a registration with the agent's own priority, at the places where agents register a table; it is taken back
-// at once. The claim is one at the entry, which the table's own place cannot outdo; where the agent keeps what we lack,
-// there is one for each column that we serve, so that its other columns stay.
+// at once. The claim is one at the very place where the agent has its own: of a longer one the agent's would show
+// beside it, a shorter one would not count. Where the agent keeps what we lack, there is one for each column that we
+// serve.
 
 #include "ownership.h"
 
@@ -24,8 +25,7 @@ bool isServedInPart(const ServedTable &table)
 
 } // namespace
 
-Claim::Claim(const ServedTable &table, Serve wish)
-    : table_(&table), wish_(wish), places_{table.identifier, table.instances}
+Claim::Claim(const ServedTable &table, Serve wish) : table_(&table), wish_(wish), places_{table.identifier, table.inner}
 {
     if (wish == Serve::off) {
         owner_ = Owner::off;
@@ -49,24 +49,22 @@ void Claim::take(Answer answer, const std::string &reason)
         if (answer == Answer::granted) {
             stage_ = Stage::lookAway;
         } else if (answer == Answer::duplicate) {
-            decide(true);
+            agents_.push_back(places_[place_]);
+            lookOn();
         } else {
             reason_ = reason;
             owner_ = Owner::refused;
         }
         break;
     case Stage::lookAway:
-        stage_ = Stage::look;
-        if (++place_ == places_.size()) {
-            decide(false);
-        }
+        lookOn();
         break;
     case Stage::claim:
         if (answer != Answer::granted) {
             reason_ = reason;
             lose(answer == Answer::duplicate ? Owner::others : Owner::refused);
         } else if (++place_ == places_.size()) {
-            owner_ = agentHasIt_ ? Owner::oursInstead : Owner::ours;
+            owner_ = agents_.empty() ? Owner::ours : Owner::oursInstead;
         }
         break;
     case Stage::giveBack:
@@ -77,17 +75,20 @@ void Claim::take(Answer answer, const std::string &reason)
     }
 }
 
-void Claim::decide(bool agentHasIt)
+void Claim::lookOn()
 {
-    agentHasIt_ = agentHasIt;
-    const bool inPart = agentHasIt && wish_ == Serve::automatic;
+    stage_ = Stage::look;
+    if (++place_ < places_.size()) {
+        return;
+    }
+    const bool inPart = !agents_.empty() && wish_ == Serve::automatic;
     if (inPart && !isServedInPart(*table_)) {
         owner_ = Owner::agents;
         return;
     }
     stage_ = Stage::claim;
     place_ = 0;
-    places_ = inPart ? table_->objects : std::vector{table_->instances};
+    places_ = inPart ? table_->objects : agents_.empty() ? std::vector{table_->identifier} : agents_;
 }
 
 void Claim::lose(Owner owner)

@@ -64,7 +64,7 @@ class Claim
   private:
     enum class Stage { look, lookAway, claim, giveBack };
 
-    void decide(bool agentHasIt);
+    void lookOn();
     void lose(Owner owner);
 
     const ServedTable *table_;
@@ -72,7 +72,7 @@ class Claim
     Stage stage_ = Stage::look;
     std::vector<host::Oid> places_; // of this stage, one after the other
     std::size_t place_ = 0;
-    bool agentHasIt_ = false;
+    std::vector<host::Oid> agents_; // where the agent has its own
     Owner owner_ = Owner::undecided;
     Owner loser_ = Owner::undecided; // the owner when all is given back
     std::string reason_;

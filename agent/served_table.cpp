@@ -31,12 +31,15 @@ std::vector<ServedTable> servedTables(const host::Resolver &resolver)
     for (const host::Resolver::Region &region : resolver.regions()) {
         const host::OidView root = region.root.view();
         if (region.node->ulKind == MIB_NODE_ENTRY) {
-            tables.push_back({region.node->pstParent->pszName, host::Oid(root.first(root.size() - 1)), region.root,
-                              columnsOf(region), &region});
+            tables.push_back({region.node->pstParent->pszName,
+                              host::Oid(root.first(root.size() - 1)),
+                              &region,
+                              {region.root},
+                              columnsOf(region)});
         } else {
             host::Oid instance = region.root;
             instance.append(0);
-            tables.push_back({region.node->pszName, region.root, instance, {instance}, &region});
+            tables.push_back({region.node->pszName, region.root, &region, instance, {region.root}});
         }
     }
     return tables;

@@ -11,12 +11,12 @@ namespace ipmib::agent
 {
 
 struct ServedTable {
-    const char *name;     // of the table, or of the scalar
-    host::Oid identifier; // of the table; of the scalar, without its instance
-    host::Oid instances;  // what lies below it is ours: the table's entry, or the scalar's instance
-    std::vector<host::Oid>
-        objects; // one by one, as far as they are served: the table's columns, or the scalar's instance
-    const host::Resolver::Region *region;
+    const char *name;                     // of the table, or of the scalar
+    host::Oid identifier;                 // of the table; of the scalar, without its instance
+    const host::Resolver::Region *region; // the table's entry, or the scalar
+    host::Oid inner;                      // the table's entry, or the scalar's instance
+    // What is served, one by one: the table's columns, or the scalar.
+    std::vector<host::Oid> objects;
 };
 
 // All of them, ascending. The resolver must outlive the answer.

@@ -91,10 +91,18 @@ Words AgentTest::agentWords(const Words &options) const
 
 void AgentTest::startAgent(const std::string &configuration, const Words &options)
 {
+    const Words fixed = {"-f", "-Lo", "-C", "-c", writeFile("test.conf", configuration)};
+    startProgram(agentWords(fixed + options));
+}
+
+void AgentTest::startProgram(const Words &words)
+{
     Environment environment = environment_;
     environment["NOTIFY_SOCKET"] = path("notify");
-    const Words fixed = {"-f", "-Lo", "-C", "-c", writeFile("test.conf", configuration)};
-    agent_ = std::make_unique<Command>(agentWords(fixed + options), environment);
+    char stale[256];
+    while (recv(manager_, stale, sizeof stale, MSG_DONTWAIT) >= 0) { // of a program before this one
+    }
+    agent_ = std::make_unique<Command>(words, environment);
     ASSERT_EQ(notification(), "READY=1") << agent_->errors();
 }
 

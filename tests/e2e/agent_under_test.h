@@ -37,6 +37,8 @@ class AgentTest : public testing::Test
     Words agentWords(const Words &options = {}) const;
     // Starts it in the foreground with this configuration file and waits until it says that it is ready.
     void startAgent(const std::string &configuration = everybody, const Words &options = {});
+    // Starts a program that says when it is ready.
+    void startProgram(const Words &words);
     // Ends it as its user would; everything must have gone well.
     void stopAgent();
     Command &agent() { return *agent_; }
@@ -50,6 +52,8 @@ class AgentTest : public testing::Test
     Result snmp(const std::string &program, const Words &who, const Words &arguments) const;
     // The rows of a walk that went well.
     Words walk(const std::string &program, const Words &who, const Words &options, const std::string &root) const;
+    // With what every program here is started.
+    const Environment &environment() const { return environment_; }
     // What ipmibd does that does not come to serve.
     Result runAgent(const Words &words) const;
     // Starts it as a daemon, which writes its process id to path("pid"); it is ended with the test at the latest.

@@ -2,41 +2,15 @@
 // Every way of walking gives the same rows, in increasing order, and ends by itself.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/rows.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace ipmib::e2e
 {
 
 namespace
 {
-
-using Identifier = std::vector<std::uint64_t>;
-
-// Of a row ".1.3.6 = Counter32: 5".
-Identifier identifierOf(const std::string &row)
-{
-    Identifier ids;
-    std::istringstream stream(row.substr(0, row.find(' ')));
-    char dot;
-    for (std::uint64_t id; stream >> dot >> id;) {
-        ids.push_back(id);
-    }
-    return ids;
-}
-
-void expectIncreasing(const Words &rows)
-{
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-        EXPECT_LT(identifierOf(rows[i - 1]), identifierOf(rows[i])) << rows[i];
-    }
-}
-
-bool holds(const Words &rows, const std::string &row)
-{
-    return std::ranges::find(rows, row) != rows.end();
-}
 
 // All but the one that is never the same.
 Words withoutUptime(Words rows)

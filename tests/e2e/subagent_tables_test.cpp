@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Who serves which table beside a running snmpd, and what a walk through it shows then.
+
+#include "e2e/master_under_test.h"
+
+#include <algorithm>
+
+namespace ipmib::e2e
+{
+
+namespace
+{
+
+constexpr const char *root = "1.3.6.1.2.1";
+
+struct Table {
+    const char *name;
+    std::string identifier;
+};
+
+const std::vector<Table> tables = {
+    {"ipv6IpForwarding", ".1.3.6.1.2.1.4.25"},     {"ipv6IpDefaultHopLimit", ".1.3.6.1.2.1.4.26"},
+    {"ipv6InterfaceTable", ".1.3.6.1.2.1.4.30"},   {"ipSystemStatsTable", ".1.3.6.1.2.1.4.31.1"},
+    {"ipIfStatsTable", ".1.3.6.1.2.1.4.31.3"},     {"ipAddressPrefixTable", ".1.3.6.1.2.1.4.32"},
+    {"ipAddressTable", ".1.3.6.1.2.1.4.34"},       {"ipNetToPhysicalTable", ".1.3.6.1.2.1.4.35"},
+    {"ipDefaultRouterTable", ".1.3.6.1.2.1.4.37"}, {"ipv6RouterAdvertTable", ".1.3.6.1.2.1.4.39"},
+    {"icmpStatsTable", ".1.3.6.1.2.1.5.29"},       {"icmpMsgStatsTable", ".1.3.6.1.2.1.5.30"},
+};
+
+const Words scripted = {"--platform", scriptedPlatform};
+
+class SubagentTablesTest : public MasterTest
+{
+  protected:
+    // The rows of the scripted device as ipmibd serves them alone.
+    Words rowsOfOurOwn()
+    {
+        startAgent();
+        Words own = walk("snmpbulkwalk", publicV2, {}, root);
+        stopAgent();
+        return own;
+    }
+
+    // Of the groups that our tables are in.
+    Words rowsThroughMaster() const
+    {
+        Words all = rows("1.3.6.1.2.1.4");
+        const Words icmp = rows("1.3.6.1.2.1.5");
+        all.insert(all.end(), icmp.begin(), icmp.end());
+        return all;
+    }
+
+    // Of `ipmibd --check`: what stands behind a table's name and identifier.
+    static std::string ownerOf(const std::string &table, const Result &check)
+    {
+        for (const std::string &line : linesOf(check.output)) {
+            if (line.starts_with(table + " ")) {
+                const std::size_t identifier = line.find_first_not_of(' ', table.size());
+                return line.substr(line.find_first_not_of(' ', line.find(' ', identifier)));
+            }
+        }
+        return "none:\n" + check.output + check.errors;
+    }
+
+    Result check(const std::string &configuration, const Words &options = {})
+    {
+        writeFile("check.conf", configuration);
+        Words words = {agentProgram, "--check", "-C", "-c", path("check.conf"), "--platform", scriptedPlatform};
+        words.insert(words.end(), options.begin(), options.end());
+        return runAgent(words);
+    }
+};
+
+TEST_F(SubagentTablesTest, ByDefaultNothingOfTheMastersDisappears)
+{
+    startMaster();
+    const Words before = steady(rows());
+    startSubagent();
+    const Words after = rows();
+    const std::set<Identifier> identifiers = identifiersOf(after);
+    for (const std::string &row : before) {
+        EXPECT_TRUE(identifiers.contains(identifierOf(row))) << row;
+    }
+    for (const char *table : {".1.3.6.1.2.1.4.30", ".1.3.6.1.2.1.4.39", ".1.3.6.1.2.1.4.31.3.1.3.1"}) {
+        EXPECT_TRUE(rowsBelow(before, table).empty()) << table;
+        EXPECT_FALSE(rowsBelow(after, table).empty()) << table;
+    }
+    EXPECT_FALSE(rowsBelow(after, ".1.3.6.1.2.1.4.31.3.1.3.2").empty());
+    EXPECT_EQ(walk("snmpwalk", publicV2, {}, "1.3.6.1.2.1.4.30"), rowsBelow(after, ".1.3.6.1.2.1.4.30"));
+    stopSubagent();
+    EXPECT_TRUE(eventually([this] { return !isThere(interfaceRow); }));
+    EXPECT_EQ(identifiersOf(steady(rows())), identifiersOf(before));
+}
+
+TEST_F(SubagentTablesTest, TakenTablesAreExactlyOurs)
+{
+    const Words own = rowsOfOurOwn();
+    startMaster();
+    startSubagent("serve all take\n", scripted);
+    const Words all = rowsThroughMaster();
+    for (const Table &table : tables) {
+        EXPECT_FALSE(rowsBelow(own, table.identifier).empty()) << table.name;
+        EXPECT_EQ(rowsBelow(all, table.identifier), rowsBelow(own, table.identifier)) << table.name;
+    }
+    stopSubagent();
+}
+
+TEST_F(SubagentTablesTest, EachTableIsTakenForItself)
+{
+    const Words own = rowsOfOurOwn();
+    startMaster();
+    startSubagent("serve all off\n", scripted);
+    const Words masters = rowsThroughMaster();
+    for (const Table &table : tables) {
+        reconfigureSubagent(std::string("serve all off\nserve ") + table.name + " take\n");
+        const Words now = rowsThroughMaster();
+        for (const Table &other : tables) {
+            const bool isTaken = &other == &table;
+            EXPECT_EQ(identifiersOf(rowsBelow(now, other.identifier)),
+                      identifiersOf(rowsBelow(isTaken ? own : masters, other.identifier)))
+                << other.name << " when " << table.name << " is taken";
+        }
+    }
+    stopSubagent();
+}
+
+TEST_F(SubagentTablesTest, AMasterWithoutTablesOfItsOwnGetsThemAll)
+{
+    const Words own = rowsOfOurOwn();
+    startMaster("", ",ipAddressTable,ipAddressPrefixTable,inetNetToMediaTable,ipSystemStatsTable,ipIfStatsTable,"
+                    "ipDefaultRouterTable,icmp");
+    startSubagent("", scripted);
+    const Words all = rowsThroughMaster();
+    for (const Table &table : tables) {
+        if (!std::string(table.name).starts_with("ipv6Ip")) { // the scalars are part of what cannot be left out
+            EXPECT_EQ(rowsBelow(all, table.identifier), rowsBelow(own, table.identifier)) << table.name;
+        }
+    }
+    stopSubagent();
+}
+
+TEST_F(SubagentTablesTest, ARefusedTableIsAnErrorThatNamesIt)
+{
+    startMaster();
+    startSubagent("serve ipAddressTable take\n");
+    Command second(subagentWords({"--platform", scriptedPlatform}), environment());
+    const std::string refusal = "agentx: ipAddressTable is refused, another sub-agent has it: duplicateRegistration "
+                                "(263); end the other, or say \"serve ipAddressTable off\"";
+    EXPECT_TRUE(eventually([&] { return holds(linesOf(second.output()), refusal); })) << second.output();
+    EXPECT_TRUE(holds(linesOf(second.output()),
+                      "agentx: ipv6InterfaceTable is left to another sub-agent, which registered it before"));
+    stopSubagent();
+    // As soon as it is asked again it has them.
+    second.signal(SIGHUP);
+    EXPECT_TRUE(eventually([&] { return isThere(interfaceRow); }));
+    second.signal(SIGTERM);
+    EXPECT_EQ(second.wait(), 0);
+}
+
+TEST_F(SubagentTablesTest, TheLogSaysWhatBecomesOfTheMastersRows)
+{
+    startMaster();
+    startSubagent("serve ipAddressTable take\nserve ipv6RouterAdvertTable off\n");
+    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 3 of 12 tables"), 1u);
+    EXPECT_EQ(timesLogged("agentx: ipAddressTable: our rows replace the master's"), 1u);
+    EXPECT_EQ(timesLogged("agentx: ipIfStatsTable: our rows replace the master's, whose further columns stay"), 1u);
+    EXPECT_EQ(timesLogged("agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): "
+                          "ipv6IpForwarding, ipv6IpDefaultHopLimit, ipSystemStatsTable, ipAddressPrefixTable, "
+                          "ipNetToPhysicalTable, ipDefaultRouterTable, icmpStatsTable, icmpMsgStatsTable"),
+              1u);
+    stopSubagent();
+}
+
+TEST_F(SubagentTablesTest, CheckPrintsTheOwnersAndLeavesTheMasterAlone)
+{
+    startMaster();
+    const Words before = steady(rows());
+    const Result result = check("serve ipAddressTable take\nserve ipv6RouterAdvertTable off\n", {"-x", socketPath()});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(ownerOf("ipv6InterfaceTable", result), "ours");
+    EXPECT_EQ(ownerOf("ipIfStatsTable", result), "ours, in place of the master's");
+    EXPECT_EQ(ownerOf("ipAddressTable", result), "ours, in place of the master's");
+    EXPECT_EQ(ownerOf("ipSystemStatsTable", result), "the master's");
+    EXPECT_EQ(ownerOf("ipv6RouterAdvertTable", result), "off");
+    EXPECT_EQ(identifiersOf(steady(rows())), identifiersOf(before));
+    startSubagent("serve ipAddressTable take\n");
+    const Result beside = check("serve ipAddressTable take\n", {"-x", socketPath()});
+    EXPECT_EQ(beside.status, 0) << beside.errors;
+    EXPECT_EQ(ownerOf("ipAddressTable", beside), "ours, of the ipmibd that runs");
+    EXPECT_TRUE(isThere(interfaceRow));
+    stopSubagent();
+}
+
+TEST_F(SubagentTablesTest, CheckFailsWithAReason)
+{
+    const Result absent = check("", {"-x", socketPath()});
+    EXPECT_EQ(absent.status, 1);
+    EXPECT_NE(absent.errors.find(socketPath() + ": No such file or directory"), std::string::npos) << absent.errors;
+    const Result wrong = check("serve ipAdressTable take\n");
+    EXPECT_EQ(wrong.status, 1);
+    EXPECT_TRUE(wrong.errors.starts_with(
+        path("check.conf") + ": line 1: Error: serve: there is no table \"ipAdressTable\"; there are all, "))
+        << wrong.errors;
+    const Result alone = check("rocommunity public\nserve ipAddressTable off\n");
+    EXPECT_EQ(alone.status, 0) << alone.errors;
+    EXPECT_EQ(ownerOf("ipAddressTable", alone), "off");
+    EXPECT_EQ(ownerOf("ipSystemStatsTable", alone), "ours");
+}
+
+TEST_F(SubagentTablesTest, AloneATableCanBeOffAndComeBack)
+{
+    startAgent(everybody + "serve ipNetToPhysicalTable off\n");
+    const std::string neighbours = "1.3.6.1.2.1.4.35";
+    EXPECT_TRUE(rowsBelow(walk("snmpbulkwalk", publicV2, {}, root), "." + neighbours).empty());
+    writeFile("test.conf", everybody);
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+    EXPECT_EQ(notification(), "READY=1");
+    EXPECT_FALSE(rowsBelow(walk("snmpbulkwalk", publicV2, {}, root), "." + neighbours).empty());
+    stopAgent();
+}
+
+} // namespace
+
+} // namespace ipmib::e2e
