@@ -36,7 +36,7 @@ rm -f "$state/pid"
 "$agent" -C -c "$state/ipmibd.conf" -p "$state/pid" -Lf "$state/log" "udp:127.0.0.1:$port"
 trap stop EXIT
 
-for subtree in 1.3.6.1.2.1.4 1.3.6.1.2.1.5; do
+for subtree in 1.3.6.1.2.1.1 1.3.6.1.2.1.2 1.3.6.1.2.1.4 1.3.6.1.2.1.5 1.3.6.1.2.1.31; do
     status=0
     snmpwalk -v2c -c public -On "127.0.0.1:$port" "$subtree" >"$state/walk" || status=$?
     cat "$state/walk"

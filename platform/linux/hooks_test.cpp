@@ -88,6 +88,13 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
         EXPECT_NE(IP6ADDR_DRVK_GetGatewayByKey(&key, &gateway), 0u);
         EXPECT_EQ(hooks.descriptor(), -1);
         EXPECT_EQ(hooks.interface_name(1), nullptr);
+        IpmibInterface interface;
+        IpmibInterfaceTraffic traffic;
+        EXPECT_NE(hooks.interfaces->find(1, &interface), 0);
+        EXPECT_NE(hooks.interfaces->next(0, &interface), 0);
+        EXPECT_NE(hooks.interfaces->traffic(1, &traffic), 0);
+        EXPECT_EQ(hooks.interfaces->count(), 0u);
+        EXPECT_EQ(hooks.interfaces->rows_changed_ms(), 0u);
         hooks.dispatch();
         hooks.begin_packet();
         hooks.reload();
@@ -98,6 +105,14 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
     EXPECT_EQ(IF_IsValidIfIndex(1), 1u) << "the mirrors are full at once";
     EXPECT_STREQ(hooks.interface_name(1), "lo");
     EXPECT_EQ(hooks.interface_name(0x7FFFFFFF), nullptr);
+    IpmibInterface first;
+    ASSERT_EQ(hooks.interfaces->next(0, &first), 0);
+    EXPECT_EQ(first.if_index, 1u);
+    EXPECT_STREQ(first.name, "lo");
+    IpmibInterfaceTraffic traffic;
+    EXPECT_EQ(hooks.interfaces->traffic(1, &traffic), 0);
+    EXPECT_NE(hooks.interfaces->traffic(0x7FFFFFFF, &traffic), 0);
+    EXPECT_NE(hooks.interfaces->next(0x7FFFFFFF, &first), 0);
     hooks.stop();
     expectDead();
 }

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What is read from messages about links, from well-formed and from malformed ones; type codes; interface identifiers.
 #include "links/interface_identifier.h"
+#include "links/interface_row.h"
+#include "links/link_traffic.h"
 #include "links/link_type.h"
 
 #include <gtest/gtest.h>
 
+#include <linux/if.h>
 #include <net/if_arp.h>
 
 #include <cstring>
@@ -69,6 +72,29 @@ TEST(LinkParse, aBridgesWordOnItsPortsIsNotAboutTheLink)
     EXPECT_FALSE(parseLink(*LinkMessage(-5), link));
 }
 
+// It comes as RTM_NEWLINK, and says no more of the link than its name.
+TEST(LinkParse, aWirelessEventIsNotAboutTheLink)
+{
+    LinkMessage message(7);
+    mnl_attr_put_strz(&*message, IFLA_IFNAME, "wlan0");
+    mnl_attr_put_u32(&*message, IFLA_WIRELESS, 0);
+    Link link;
+    EXPECT_FALSE(parseLink(*message, link));
+}
+
+TEST(LinkParse, anAliasIsCutToWhatTheTablesHold)
+{
+    LinkMessage message(7);
+    mnl_attr_put_strz(&*message, IFLA_IFALIAS, std::string(200, 'x').c_str());
+    mnl_attr_put_u8(&*message, IFLA_OPERSTATE, IF_OPER_DORMANT);
+    mnl_attr_put_u32(&*message, IFLA_PROMISCUITY, 2);
+    Link link;
+    ASSERT_TRUE(parseLink(*message, link));
+    EXPECT_EQ(link.alias, std::string(64, 'x'));
+    EXPECT_EQ(link.operState, IF_OPER_DORMANT);
+    EXPECT_TRUE(link.promiscuous);
+}
+
 TEST(LinkParse, aShortMessageIsRefused)
 {
     LinkMessage message(7);
@@ -114,6 +140,68 @@ TEST(Ip6LinkParse, aLinkWithoutIp6HasNone)
     const Ip6LinkMessage parsed(*LinkMessage(3));
     EXPECT_FALSE(parsed.link.present);
     EXPECT_TRUE(parsed.array().empty());
+}
+
+TEST(InterfaceRow, theKernelsStatesAreThoseOfTheStandard)
+{
+    Link link{};
+    const auto statusOf = [&](unsigned state, unsigned flags) {
+        link.operState = static_cast<std::uint8_t>(state);
+        link.flags = flags;
+        return operStatus(link);
+    };
+    EXPECT_EQ(statusOf(IF_OPER_UP, 0), 1u);
+    EXPECT_EQ(statusOf(IF_OPER_DOWN, IFF_UP | IFF_RUNNING), 2u);
+    EXPECT_EQ(statusOf(IF_OPER_TESTING, 0), 3u);
+    EXPECT_EQ(statusOf(IF_OPER_DORMANT, IFF_UP), 5u);
+    EXPECT_EQ(statusOf(IF_OPER_NOTPRESENT, 0), 6u);
+    EXPECT_EQ(statusOf(IF_OPER_LOWERLAYERDOWN, IFF_UP), 7u);
+    EXPECT_EQ(statusOf(IF_OPER_UNKNOWN, IFF_UP | IFF_RUNNING), 1u);
+    EXPECT_EQ(statusOf(IF_OPER_UNKNOWN, IFF_UP), 2u);
+}
+
+TEST(InterfaceRow, aKindSaysMoreThanTheHardware)
+{
+    Link link{};
+    link.hardware = ARPHRD_ETHER;
+    EXPECT_EQ(interfaceType(link), 6u);
+    std::strcpy(link.kind, "vlan");
+    EXPECT_EQ(interfaceType(link), 135u);
+    std::strcpy(link.kind, "veth");
+    EXPECT_EQ(interfaceType(link), 6u);
+    link.hardware = ARPHRD_LOOPBACK;
+    EXPECT_EQ(interfaceType(link), 24u);
+    link.hardware = ARPHRD_SIT;
+    EXPECT_EQ(interfaceType(link), 131u);
+    link.hardware = 0xFFF0;
+    EXPECT_EQ(interfaceType(link), 1u);
+}
+
+TEST(LinkTraffic, multicastsAreNoUnicastsAndMissedPacketsAreDiscards)
+{
+    rtnl_link_stats64 stats{};
+    stats.rx_bytes = 0x1'0000'0001;
+    stats.rx_packets = 10;
+    stats.multicast = 4;
+    stats.rx_dropped = 2;
+    stats.rx_missed_errors = 3;
+    stats.rx_errors = 5;
+    stats.tx_packets = 6;
+    stats.tx_bytes = 7;
+    stats.tx_dropped = 8;
+    stats.tx_errors = 9;
+    const IpmibInterfaceTraffic traffic = trafficOf(stats);
+    EXPECT_EQ(traffic.in.octets, 0x1'0000'0001u);
+    EXPECT_EQ(traffic.in.unicast, 6u);
+    EXPECT_EQ(traffic.in.multicast, 4u);
+    EXPECT_EQ(traffic.in.discards, 5u);
+    EXPECT_EQ(traffic.in.errors, 5u);
+    EXPECT_EQ(traffic.out.octets, 7u);
+    EXPECT_EQ(traffic.out.unicast, 6u);
+    EXPECT_EQ(traffic.out.discards, 8u);
+    EXPECT_EQ(traffic.out.errors, 9u);
+    stats.multicast = 11;
+    EXPECT_EQ(trafficOf(stats).in.unicast, 0u) << "a driver may count late";
 }
 
 // The standard selection asks for these codes and no others.

@@ -63,5 +63,19 @@ TEST(Schedule, whatIsCoveredIsWhatCountingMillisecondsGives)
     EXPECT_GT(counted, 100u);
 }
 
+TEST(Schedule, theLastChangeIsWhereALookAtEveryMillisecondSeesOne)
+{
+    const Schedule schedule = scheduleOf(R"([{"from": 0.003, "to": 0.007}, {"from": 0.010, "to": 0.011},
+                       {"from": 0.020, "to": 0.025, "every": 0.007}])");
+    Time change = 0;
+    for (Time time = 0; time < 200; ++time) {
+        if (time > 0 && schedule.covers(time) != schedule.covers(time - 1)) {
+            change = time;
+        }
+        ASSERT_EQ(schedule.lastChange(time), change) << time;
+    }
+    EXPECT_EQ(Schedule::always().lastChange(5'000), 0u);
+}
+
 } // namespace
 } // namespace ipmib::simulated
