@@ -4,6 +4,7 @@
 #include "event_loop.h"
 
 #include "net_snmp.h"
+#include "service_watchdog.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -64,6 +65,7 @@ EventLoop::~EventLoop()
 
 void EventLoop::run(const std::function<void()> &reload)
 {
+    const ServiceWatchdog watchdog;
     while (!stopping_) {
         wait();
         if (reloading_ && !stopping_) {

@@ -5,8 +5,29 @@
 
 #include "net_snmp.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
 namespace ipmib::agent
 {
+
+namespace
+{
+
+// A service manager names the stream that it connected to the journal; the variable may have been inherited.
+bool standardErrorIsTheJournal()
+{
+    const char *stream = std::getenv("JOURNAL_STREAM");
+    struct stat status {
+    };
+    return stream != nullptr && fstat(STDERR_FILENO, &status) == 0 &&
+           stream == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+}
+
+} // namespace
 
 void logLine(int priority, const char *line)
 {
@@ -15,7 +36,7 @@ void logLine(int priority, const char *line)
 
 void chooseDefaultLog(bool foreground)
 {
-    if (foreground) {
+    if (foreground && !standardErrorIsTheJournal()) {
         snmp_enable_stderrlog();
     } else {
         snmp_enable_syslog_ident("ipmibd", LOG_DAEMON);

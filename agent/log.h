@@ -8,7 +8,8 @@ namespace ipmib::agent
 // Priorities as in syslog; the line carries no newline.
 void logLine(int priority, const char *line);
 
-// Where the log goes when the user did not say: to standard error in the foreground, else to syslog.
+// Where the log goes when the user did not say: to standard error in the foreground, else to syslog, which also is the
+// way by which the journal learns priorities.
 void chooseDefaultLog(bool foreground);
 
 // Warnings and errors to standard error, and nothing else.

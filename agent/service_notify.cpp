@@ -8,6 +8,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -60,6 +61,21 @@ void notifyReloading()
 void notifyStopping()
 {
     notify("STOPPING=1");
+}
+
+void notifyAlive()
+{
+    notify("WATCHDOG=1");
+}
+
+std::chrono::microseconds watchdogPatience()
+{
+    const char *patience = std::getenv("WATCHDOG_USEC");
+    const char *process = std::getenv("WATCHDOG_PID"); // the variables may be somebody else's, inherited
+    if (patience == nullptr || (process != nullptr && std::atol(process) != getpid())) {
+        return std::chrono::microseconds(0);
+    }
+    return std::chrono::microseconds(std::max(0LL, std::atoll(patience)));
 }
 
 } // namespace ipmib::agent

@@ -2,6 +2,8 @@
 // Tells a service manager what state this daemon is in.
 #pragma once
 
+#include <chrono>
+
 namespace ipmib::agent
 {
 
@@ -9,5 +11,9 @@ namespace ipmib::agent
 void notifyReady();
 void notifyReloading();
 void notifyStopping();
+void notifyAlive();
+
+// How long the manager waits for notifyAlive before it takes this process for dead; 0 when it does not wait for it.
+std::chrono::microseconds watchdogPatience();
 
 } // namespace ipmib::agent

@@ -77,6 +77,22 @@ TEST(ServiceNotify, WithoutAManagerNothingHappens)
     EXPECT_EQ(manager.received(), "nothing");
 }
 
+TEST(ServiceNotify, AWatchedProcessKnowsTheManagersPatience)
+{
+    const Manager manager;
+    EXPECT_EQ(watchdogPatience().count(), 0);
+    setenv("WATCHDOG_USEC", "30000000", 1);
+    EXPECT_EQ(watchdogPatience(), std::chrono::seconds(30));
+    setenv("WATCHDOG_PID", std::to_string(getpid()).c_str(), 1);
+    EXPECT_EQ(watchdogPatience(), std::chrono::seconds(30));
+    setenv("WATCHDOG_PID", std::to_string(getppid()).c_str(), 1);
+    EXPECT_EQ(watchdogPatience().count(), 0) << "another process is watched";
+    unsetenv("WATCHDOG_PID");
+    unsetenv("WATCHDOG_USEC");
+    notifyAlive();
+    EXPECT_EQ(manager.received(), "WATCHDOG=1");
+}
+
 } // namespace
 
 } // namespace ipmib::agent

@@ -23,6 +23,9 @@ namespace ipmib::agent
 namespace
 {
 
+// The library's own place is shared with snmpd, whose user is another one.
+constexpr const char *stateDirectory = "/var/lib/ipmibd";
+
 std::string joined(const std::vector<std::string> &items)
 {
     std::string list;
@@ -37,6 +40,7 @@ std::string joined(const std::vector<std::string> &items)
 SnmpLibrary::SnmpLibrary(SnmpSettings settings) : settings_(std::move(settings))
 {
     checkConfigurationFiles();
+    setenv("SNMP_PERSISTENT_DIR", stateDirectory, 0);
     setenv("MIBS", "", 1); // identifiers are numbers here; parsing MIB texts would only cost time and memory
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG, 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS,

@@ -39,6 +39,8 @@ class AgentTest : public testing::Test
     void startAgent(const std::string &configuration = everybody, const Words &options = {});
     // Starts a program that says when it is ready.
     void startProgram(const Words &words);
+    // For all programs that are started from here on.
+    void setEnvironment(const std::string &name, const std::string &value) { environment_[name] = value; }
     // Ends it as its user would; everything must have gone well.
     void stopAgent();
     Command &agent() { return *agent_; }

@@ -42,6 +42,15 @@ TEST_F(LifeTest, SignalsEndItCleanly)
     }
 }
 
+TEST_F(LifeTest, AWatchedAgentSaysThatItIsAlive)
+{
+    setEnvironment("WATCHDOG_USEC", "200000");
+    startAgent();
+    EXPECT_EQ(notification(), "WATCHDOG=1");
+    EXPECT_EQ(notification(), "WATCHDOG=1");
+    stopAgent();
+}
+
 TEST_F(LifeTest, HangUpReadsTheConfigurationAgain)
 {
     const Words other = {"-v2c", "-c", "other", "-t", "1"};
