@@ -12,12 +12,15 @@
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
 #   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
 #   make docs         write the output of commands that documents show anew
+#   make packages     build the Debian packages in build-packages/
+#   make packages-check
+#                     install, use and purge them on a bare Debian in a folder (needs root)
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage footprint compare docs format clean
+.PHONY: build run test test-device fuzz lint coverage footprint compare docs packages packages-check format clean
 
-sources = find $(wildcard agent bench cli fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
+sources = find $(wildcard agent bench cli examples fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
 # Those that tests/docs compares.
 transcripts = docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
@@ -64,19 +67,19 @@ footprint:
 	@packaging/install_dependencies.sh build test device
 	@bench/footprint.sh
 
-#   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
-#   make docs         write the output of commands that documents show anew
-#   make format       lay out the sources
-
-.DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage footprint compare docs format clean
-
 docs: build
 	@packaging/install_dependencies.sh test
 	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
 	@tests/docs/picture.py --programs build/bin --update docs/terminal.svg docs/terminal.commands
 	@tests/collectors/collectors_test.py --update build/sbin/ipmibd
 	@tests/collectors/exporter_test.py --update build/sbin/ipmibd
+
+packages:
+	@packaging/install_dependencies.sh build packages
+	@packaging/build_packages.sh
+
+packages-check: packages
+	@packaging/check_packages.sh
 
 format:
 	@$(sources) | xargs clang-format -i

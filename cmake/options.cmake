@@ -34,7 +34,7 @@ endif()
 
 # The contract: headers alone.
 add_library(ipmib_contract INTERFACE)
-target_include_directories(ipmib_contract INTERFACE ${PROJECT_SOURCE_DIR}/include)
+target_include_directories(ipmib_contract INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 
 # The build tree has the shape of the installed tree, so that programs find the plug-ins in the same place in both.
 set(IPMIB_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/ipmib)
