@@ -20,7 +20,8 @@ namespace ipmib::agent::agentx
 namespace
 {
 
-constexpr long agentxVersion = 0xC1;      // as the library tells it from SNMP's
+constexpr long agentxVersion = 0xC1; // as the library tells it from SNMP's
+constexpr std::uint8_t versionOnTheWire = 1;
 constexpr u_long networkByteOrder = 0x10; // a flag of the header
 
 } // namespace
@@ -81,6 +82,9 @@ std::span<const std::uint8_t> Codec::encode(netsnmp_pdu &message)
 
 std::ptrdiff_t Codec::lengthOf(std::span<std::uint8_t> octets)
 {
+    if (!octets.empty() && octets.front() != versionOnTheWire) {
+        return -1;
+    }
     return agentx_check_packet(octets.data(), octets.size());
 }
 

@@ -147,11 +147,10 @@ void Connection::flush()
 
 void Connection::readable()
 {
-    const std::size_t before = input_.size();
-    input_.resize(before + pieceSize);
-    const ssize_t length = recv(descriptor_, input_.data() + before, pieceSize, 0);
+    std::uint8_t piece[pieceSize];
+    const ssize_t length = recv(descriptor_, piece, sizeof piece, 0);
     const int error = errno;
-    input_.resize(before + static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    input_.insert(input_.end(), piece, piece + std::max<ssize_t>(length, 0));
     if (length > 0) {
         takeMessages();
     } else if (length == 0) {

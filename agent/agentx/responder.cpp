@@ -42,8 +42,6 @@ void setException(netsnmp_variable_list &variable, u_char exception)
 
 } // namespace
 
-Responder::Responder(host::Plugin &plugin) : resolver_(plugin.resolver()), platform_(plugin.platform()) {}
-
 bool Responder::answer(netsnmp_pdu &message)
 {
     error_ = noError;
@@ -178,8 +176,9 @@ void Responder::getIncluded()
 {
     batch_.clear();
     for (std::size_t i = 0; i < count_; ++i) {
-        const std::size_t region = asked_[i].included ? regionOf(asked_[i].name.view()) : regions_.size();
-        if (region < regions_.size() && host::isWithin(asked_[i].name.view(), regions_[region]->root.view())) {
+        const Asked &asked = asked_[i];
+        if (asked.included && asked.region < regions_.size() && mayFollow(asked, asked.name.view()) &&
+            host::isWithin(asked.name.view(), regions_[asked.region]->root.view())) {
             batch_.push_back(i);
         }
     }

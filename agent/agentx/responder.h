@@ -4,7 +4,9 @@
 
 #include "agent/agentx/codec.h"
 
-#include "host/plugin.h"
+#include "host/resolver.h"
+
+#include <ipmib/platform_hooks.h>
 
 #include <deque>
 #include <vector>
@@ -15,7 +17,10 @@ namespace ipmib::agent::agentx
 class Responder
 {
   public:
-    explicit Responder(host::Plugin &plugin);
+    // The platform may be null.
+    Responder(host::Resolver &resolver, const IpmibPlatformHooks *platform) : resolver_(resolver), platform_(platform)
+    {
+    }
 
     // Only these regions are answered; ascending.
     void serve(std::vector<const host::Resolver::Region *> regions) { regions_ = std::move(regions); }

@@ -34,7 +34,8 @@ bool isAbsence(const std::string &reason)
 
 Session::Session(host::Plugin &plugin, const std::vector<ServedTable> &tables, const ServeSettings &settings,
                  const Address &master, std::function<void()> settled)
-    : tables_(tables), settings_(settings), settled_(std::move(settled)), responder_(plugin),
+    : tables_(tables), settings_(settings), settled_(std::move(settled)),
+      responder_(plugin.resolver(), plugin.platform()),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
       report_("agentx", ServeSettings::directive)

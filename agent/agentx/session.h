@@ -8,6 +8,8 @@
 #include "agent/ownership_report.h"
 #include "agent/serve_settings.h"
 
+#include "host/plugin.h"
+
 #include <functional>
 #include <string>
 #include <vector>

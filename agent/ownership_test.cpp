@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The way to the owner of a table, with an agent that answers as a test wants.
+
+#include "ownership.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace ipmib::agent
+{
+
+namespace
+{
+
+using host::Oid;
+using Answer = Claim::Answer;
+
+const ServedTable table = {"aTable", Oid{1, 3, 4}, nullptr, Oid{1, 3, 4, 1}, {Oid{1, 3, 4, 1, 3}, Oid{1, 3, 4, 1, 5}}};
+// Of this one agents are known to serve only a part.
+const ServedTable partial = {"ipIfStatsTable", table.identifier, nullptr, table.inner, table.objects};
+
+// An agent with registrations of this text: "1.3.4 127".
+struct Agent {
+    std::set<std::string> registered;
+    std::set<std::string> denied = {};
+
+    Answer answer(const Claim::Attempt &attempt)
+    {
+        const std::string place = textOf(attempt.root) + " " + std::to_string(attempt.priority);
+        if (!attempt.registering) {
+            EXPECT_EQ(registered.erase(place), 1u) << place;
+            return Answer::granted;
+        }
+        if (denied.contains(place)) {
+            return Answer::refused;
+        }
+        return registered.insert(place).second ? Answer::granted : Answer::duplicate;
+    }
+
+    Claim decide(const ServedTable &wanted, Serve wish)
+    {
+        Claim claim(wanted, wish);
+        for (int step = 0; step < 20; ++step) {
+            const auto attempt = claim.next();
+            if (!attempt) {
+                break;
+            }
+            claim.take(answer(*attempt), "reason");
+        }
+        EXPECT_NE(claim.owner(), Owner::undecided);
+        return claim;
+    }
+};
+
+using Places = std::set<std::string>;
+
+TEST(Claim, WhatNobodyHasIsOurs)
+{
+    for (const Serve wish : {Serve::automatic, Serve::take}) {
+        Agent agent{{}};
+        const Claim claim = agent.decide(table, wish);
+        EXPECT_EQ(textOf(claim), "ours");
+        EXPECT_TRUE(claim.isOurs());
+        EXPECT_EQ(agent.registered, Places{"1.3.4 93"});
+    }
+}
+
+TEST(Claim, WhatTheAgentHasStaysItsOwn)
+{
+    for (const char *place : {"1.3.4 127", "1.3.4.1 127"}) {
+        Agent agent{{place}};
+        EXPECT_EQ(textOf(agent.decide(table, Serve::automatic)), "the master's");
+        EXPECT_EQ(agent.registered, Places{place});
+    }
+}
+
+TEST(Claim, WhatIsTakenIsTakenWhereTheAgentHasIt)
+{
+    Agent atTheTable{{"1.3.4 127"}};
+    EXPECT_EQ(textOf(atTheTable.decide(table, Serve::take)), "ours, in place of the master's");
+    EXPECT_EQ(atTheTable.registered, (Places{"1.3.4 127", "1.3.4 93"}));
+    Agent atBoth{{"1.3.4 127", "1.3.4.1 127"}};
+    EXPECT_EQ(atBoth.decide(table, Serve::take).owner(), Owner::oursInstead);
+    EXPECT_EQ(atBoth.registered, (Places{"1.3.4 127", "1.3.4 93", "1.3.4.1 127", "1.3.4.1 93"}));
+}
+
+TEST(Claim, OfATableServedInPartOurColumnsReplaceTheAgents)
+{
+    Agent agent{{"1.3.4 127"}};
+    EXPECT_EQ(agent.decide(partial, Serve::automatic).owner(), Owner::oursInstead);
+    EXPECT_EQ(agent.registered, (Places{"1.3.4 127", "1.3.4.1.3 93", "1.3.4.1.5 93"}));
+    Agent without{{}};
+    EXPECT_EQ(without.decide(partial, Serve::automatic).owner(), Owner::ours);
+    EXPECT_EQ(without.registered, Places{"1.3.4 93"});
+}
+
+TEST(Claim, AnotherOfOurKindIsLeftAloneAndIsAFaultWhenItWasToBeTaken)
+{
+    Agent agent{{"1.3.4 93"}};
+    EXPECT_EQ(textOf(agent.decide(table, Serve::automatic)), "another sub-agent's");
+    EXPECT_FALSE(agent.decide(table, Serve::automatic).isFault());
+    const Claim taken = agent.decide(table, Serve::take);
+    EXPECT_EQ(textOf(taken), "refused, another sub-agent has it: reason");
+    EXPECT_TRUE(taken.isFault());
+    EXPECT_EQ(agent.registered, Places{"1.3.4 93"});
+}
+
+TEST(Claim, WhatWasGrantedIsGivenBackWhenTheRestIsNot)
+{
+    Agent agent{{"1.3.4 127", "1.3.4.1.5 93"}};
+    EXPECT_EQ(agent.decide(partial, Serve::automatic).owner(), Owner::others);
+    EXPECT_EQ(agent.registered, (Places{"1.3.4 127", "1.3.4.1.5 93"}));
+}
+
+TEST(Claim, AnAgentThatDeniesIsAFault)
+{
+    for (const char *place : {"1.3.4 127", "1.3.4 93"}) {
+        Agent agent{{}, {place}};
+        const Claim claim = agent.decide(table, Serve::automatic);
+        EXPECT_EQ(textOf(claim), "refused: reason");
+        EXPECT_TRUE(claim.isFault());
+        EXPECT_EQ(agent.registered, Places{});
+    }
+}
+
+TEST(Claim, OffAsksForNothing)
+{
+    const Claim claim(table, Serve::off);
+    EXPECT_FALSE(claim.next());
+    EXPECT_EQ(textOf(claim), "off");
+    EXPECT_FALSE(claim.isFault());
+}
+
+} // namespace
+
+} // namespace ipmib::agent
