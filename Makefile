@@ -11,6 +11,7 @@
 #   make coverage     the lines and branches of the module that its tests run
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
 #   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
+#   make agentx-soak  restart an snmpd with ipmibd beside it again and again (COUNT=100), two minutes as root
 #   make docs         write the output of commands that documents show anew
 #   make packages     build the Debian packages in build-packages/
 #   make packages-check
@@ -18,7 +19,7 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage footprint compare docs packages packages-check format clean
+.PHONY: build run test test-device fuzz lint coverage footprint compare agentx-soak docs packages packages-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -66,6 +67,10 @@ coverage:
 footprint:
 	@packaging/install_dependencies.sh build test device
 	@bench/footprint.sh
+
+agentx-soak: build
+	@packaging/install_dependencies.sh test
+	@tests/e2e/restart_soak.py build/sbin/ipmibd $(or $(COUNT),100)
 
 docs: build
 	@packaging/install_dependencies.sh test
