@@ -32,7 +32,7 @@ std::uint64_t LinkSpeeds::ask(const char *name) const
 {
     // Behind the settings come three sets of link modes, whose length the kernel dictates: its first answer is that
     // length as a negative number, and the same question with the length gets the true answer.
-    constexpr std::size_t modes = 3 * SCHAR_MAX * sizeof(std::uint32_t);
+    constexpr std::size_t modes = sizeof(std::uint32_t) * 3 * SCHAR_MAX;
     alignas(ethtool_link_settings) std::byte buffer[sizeof(ethtool_link_settings) + modes]{};
     auto &settings = *new (buffer) ethtool_link_settings{};
     ifreq request{};
