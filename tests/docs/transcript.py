@@ -6,7 +6,7 @@
 
 A line that begins with "$ " is a command; what it writes, to standard output and standard error, stands below it. The
 commands of a document run in one shell, in the folder of the project, so that what one of them sets is there for the
-next. In a block marked ```console approximately numbers may differ by a tenth, and by 1: rates are measured. With
+next. In a block marked ```console approximately numbers may differ by a quarter, and by 1: rates are measured. With
 --update the documents are rewritten to say what is true.
 """
 import argparse
@@ -80,7 +80,7 @@ def near(a, b):
     if a == b or first is None or second is None:
         return a == b
     x, y = (float(match[1]) * UNITS[match[2]] for match in (first, second))
-    return abs(x - y) <= max(1, abs(x) / 10, abs(y) / 10)
+    return abs(x - y) <= max(1, abs(x) / 4, abs(y) / 4)
 
 
 def same(expected, actual, approximately):
