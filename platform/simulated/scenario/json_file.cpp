@@ -37,12 +37,15 @@ class DuplicateKeys
     std::vector<std::set<std::string>> open_;
 };
 
-// The library's messages read "[json.exception.parse_error.101] parse error at line 3, column 5: ...".
-std::string withoutLibraryWords(const std::string &message)
+// The library's messages read "[json.exception.parse_error.101] parse error at line 3, column 5: ...", and where a
+// number is too large for any type "[json.exception.out_of_range.406] number overflow parsing '1e999'".
+std::string withoutLibraryWords(std::string message)
 {
-    const std::string mark = "parse error at ";
-    const auto at = message.find(mark);
-    return at == std::string::npos ? message : message.substr(at + mark.size());
+    for (const std::string mark : {"] ", "parse error at "}) {
+        const auto at = message.find(mark);
+        message.erase(0, at == std::string::npos ? 0 : at + mark.size());
+    }
+    return message;
 }
 
 } // namespace
@@ -60,7 +63,7 @@ Json readJsonFile(const std::string &path)
         return Json::parse(text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {
             return duplicates(depth, event, value);
         });
-    } catch (const Json::parse_error &error) {
+    } catch (const Json::exception &error) {
         throw ScenarioError(withoutLibraryWords(error.what()));
     }
 }

@@ -105,6 +105,7 @@ TEST(Scenario, textThatIsNoJsonIsToldByLineAndColumn)
     EXPECT_EQ(errorOf("").substr(0, 18), "line 1, column 1: ");
     EXPECT_EQ(errorOf("{} x").substr(0, 18), "line 1, column 4: ");
     EXPECT_NE(errorOf("{\"description\": \"\xFF\"}"), "");
+    EXPECT_EQ(errorOf("{\"seed\": 1e999}"), "number overflow parsing '1e999'");
 }
 
 TEST(Scenario, aKeyThatStandsTwiceIsNotDroppedSilently)
