@@ -15,3 +15,17 @@ instructions() {
     valgrind --tool=callgrind --callgrind-out-file=/dev/null --toggle-collect="*$function*" "$@" 2>&1 |
         awk -v n="$count" '/Collected :/ { printf "%d\n", $4 / n + 0.5; found = 1 } END { exit !found }'
 }
+
+# counted FILE COMMAND...: writes a line "name instructions" for each part of the command's run that it dumps by name.
+counted() {
+    counts=$1
+    shift
+    dumps=$(mktemp -d)
+    valgrind --tool=callgrind --instr-atstart=no --callgrind-out-file="$dumps/out" "$@" >"$dumps/log" 2>&1 || {
+        cat "$dumps/log" >&2
+        rm -r "$dumps"
+        return 1
+    }
+    sed -n 's/^desc: Trigger: Client Request: //p; s/^totals: //p' "$dumps"/out.* | paste - - >"$counts"
+    rm -r "$dumps"
+}

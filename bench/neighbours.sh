@@ -70,22 +70,22 @@ walk_for() {
                      client, walks, rows, sizes, failed, wrong }' "$folder/rows$2"
 }
 
-next_instructions() {
-    instructions measuredRequests 400 "$build/bench/bench_neighbour_next" "$plugins/platform_linux.so" "$plugins/libipmib.so" "$1" 400
-}
-
 case $what in
 next)
-    for order in walk random; do
-        few=$(unshare -n "$0" inside_next "$build" "$order" 1000)
-        many=$(unshare -n "$0" inside_next "$build" "$order" 100000)
-        printf '%-8s GETNEXT among 1,000: %s instructions, among 100,000: %s, ratio %s\n' "$order" "$few" "$many" \
-            "$(awk -v a="$many" -v b="$few" 'BEGIN { printf "%.2f", a / b }')"
-    done
+    few=$(unshare -n "$0" inside_next "$build" 1000)
+    many=$(unshare -n "$0" inside_next "$build" 100000)
+    printf '%s\n%s\n' "$few" "$many" | awk '
+        $1 in few { printf "%-8s GETNEXT among 1,000: %d instructions, among 100,000: %d, ratio %.2f\n", $1, few[$1],
+                           $2 / 400, $2 / 400 / few[$1] }
+        { few[$1] = $2 / 400 }'
     ;;
 inside_next)
-    fill "$4"
-    next_instructions "$3"
+    fill "$3"
+    folder=$(mktemp -d)
+    "$build/bench/bench_next" walk linux "$plugins" 1.3.6.1.2.1.4.35.1.4 >"$folder/rows"
+    counted "$folder/counts" "$build/bench/bench_next" count linux "$plugins" 1.3.6.1.2.1.4.35.1.4 400 0 <"$folder/rows"
+    cat "$folder/counts"
+    rm -r "$folder"
     ;;
 churn)
     unshare -n "$0" inside_churn "$build"

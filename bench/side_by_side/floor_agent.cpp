@@ -110,6 +110,7 @@ int main(int argc, char **argv)
     try {
         agent::EventLoop loop;
         agent::SnmpLibrary library({false, argv[1], {argv[2]}});
+        library.readConfiguration();
         const agent::Listeners listeners(agent::SnmpLibrary::listeningAddresses());
         netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
             "ipNetToPhysicalEntry", handle, entry, std::size(entry), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);

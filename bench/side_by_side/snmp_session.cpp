@@ -4,6 +4,7 @@
 
 #include <poll.h>
 
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -28,6 +29,7 @@ SnmpSession::SnmpSession(const std::string &peer)
 {
     static char community[] = "public";
     snmp_disable_log();
+    setenv("MIBS", "", 1); // nothing here has a name
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE, 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
     init_snmp("ipmib-bench");

@@ -68,7 +68,7 @@ std::optional<Service> serviceNamed(const std::string &name)
     return std::nullopt;
 }
 
-std::optional<std::uint32_t> Failures::find(Service service, std::uint32_t ifIndex, Time time) const
+std::optional<std::uint32_t> Failures::findAmong(Service service, std::uint32_t ifIndex, Time time) const
 {
     for (const Failure &failure : failures_) {
         if (failure.service == service && (failure.ifIndex == 0 || failure.ifIndex == ifIndex) &&

@@ -72,9 +72,14 @@ class Failures
   public:
     void add(Failure failure) { failures_.push_back(std::move(failure)); }
     // The result of a service that fails now, asked about an interface or (0) about none.
-    std::optional<std::uint32_t> find(Service service, std::uint32_t ifIndex, Time time) const;
+    std::optional<std::uint32_t> find(Service service, std::uint32_t ifIndex, Time time) const
+    {
+        return failures_.empty() ? std::nullopt : findAmong(service, ifIndex, time);
+    }
 
   private:
+    std::optional<std::uint32_t> findAmong(Service service, std::uint32_t ifIndex, Time time) const;
+
     std::vector<Failure> failures_; // a handful
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Makes many interfaces, addresses, neighbours and routers from a few numbers. Each interface, and each table on it,
-// has random numbers of its own, so that more of one does not change the others.
+// Makes many interfaces, addresses, prefixes, neighbours and routers from a few numbers. Each interface, and each table
+// on it, has random numbers of its own, so that more of one does not change the others.
 #include "generate/generate.h"
 
 #include "generate/random_rows.h"
@@ -19,10 +19,11 @@ namespace
 struct Numbers {
     std::uint32_t interfaces = 0;
     std::uint32_t addresses = 0; // beside the one that each interface has
+    std::uint32_t prefixes = 0;  // beside the networks of the addresses
     std::uint32_t neighbours = 0;
     std::uint32_t routers = 0;
 };
-constexpr Numbers most{65'536, 1'000'000, 16'000'000, 65'536};
+constexpr Numbers most{65'536, 1'000'000, 1'000'000, 16'000'000, 65'536};
 
 struct Request {
     Numbers numbers;
@@ -56,6 +57,7 @@ Request readRequest(Object &object)
         }
     }
     numbers.addresses = object.number("addresses", 0, 0, most.addresses);
+    numbers.prefixes = object.number("prefixes", 0, 0, most.prefixes);
     numbers.neighbours = object.number("neighbours", 0, 0, most.neighbours);
     numbers.routers = object.number("routers", 0, 0, most.routers);
     object.finish();
@@ -99,6 +101,8 @@ void addInterface(const Value &value, const Request &request, std::uint32_t seed
     }
     const auto shareOf = [&](std::uint32_t number) { return share(number, numbers.interfaces, i); };
     addRandomAddresses(random(addresses), shareOf(numbers.addresses), subnet, ifIndex, device);
+    // Their stream came later than the others, whose numbers a seed goes on to mean.
+    addRandomPrefixes(Random(seed, ~std::uint64_t{i}), shareOf(numbers.prefixes), ifIndex, device);
     addRandomNeighbours(random(neighbours), shareOf(numbers.neighbours), subnet, ifIndex, device);
     addRandomRouters(random(routers), shareOf(numbers.routers), ifIndex, device);
 }

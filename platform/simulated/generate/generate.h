@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Makes many interfaces, addresses, neighbours and routers from a few numbers.
+// Makes many interfaces, addresses, prefixes, neighbours and routers from a few numbers.
 #pragma once
 
 #include "device/device.h"

@@ -73,6 +73,25 @@ TEST(Generate, numbersAreSpreadEvenly)
     }
 }
 
+TEST(Generate, prefixesStandBesideTheNetworksOfAddressesAndChangeNothingElse)
+{
+    const char *const begin = R"({"uptime": 1000, "seed": 7, "generate": {"interfaces": {"count": 3, "name": "xe"})";
+    const Device with = deviceOf(begin + std::string(R"(, "prefixes": 10, "neighbours": 100}})"));
+    const Device without = deviceOf(begin + std::string(R"(, "neighbours": 100}})"));
+    int more = 0;
+    for (std::uint32_t ifIndex = 1; ifIndex <= 3; ++ifIndex) {
+        int here = 0;
+        for (const Prefix *prefix = with.firstPrefix(ifIndex); prefix != nullptr;
+             prefix = with.prefixAfter(prefix->key())) {
+            ++here;
+        }
+        EXPECT_TRUE(here == 4 || here == 5) << here;
+        more += here - 1;
+    }
+    EXPECT_EQ(more, 10);
+    EXPECT_TRUE(same(rowsOf(with), rowsOf(without)));
+}
+
 TEST(Generate, oneMoreInterfaceLeavesTheOthersAsTheyAre)
 {
     const Rows seven = rowsOf(deviceOf(scenario(1, 7, 700)));

@@ -112,6 +112,16 @@ void addRandomAddresses(Random random, std::uint32_t count, const PackedAddress 
     }
 }
 
+void addRandomPrefixes(Random random, std::uint32_t count, std::uint32_t ifIndex, Device &device)
+{
+    constexpr std::uint64_t uniqueLocal = 0xFD00'0000'0000'0000;
+    while (count > 0) {
+        const PackedAddress network{uniqueLocal | random.next() >> 8, 0};
+        const Prefix prefix{network, ifIndex, prefixOriginManual, {}, {}, subnetLength, prefixFlagOnLink};
+        count -= device.add(prefix) ? 1 : 0;
+    }
+}
+
 void addRandomRouters(Random random, std::uint32_t count, std::uint32_t ifIndex, Device &device)
 {
     constexpr std::uint32_t preferences[] = {gatewayPreferenceHigh, gatewayPreferenceMedium, gatewayPreferenceLow};

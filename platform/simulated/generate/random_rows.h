@@ -19,6 +19,8 @@ void addRandomNeighbours(Random random, std::uint32_t count, const PackedAddress
                          Device &device);
 void addRandomAddresses(Random random, std::uint32_t count, const PackedAddress &subnet, std::uint32_t ifIndex,
                         Device &device);
+// Networks of their own, beside those that addresses bring along.
+void addRandomPrefixes(Random random, std::uint32_t count, std::uint32_t ifIndex, Device &device);
 void addRandomRouters(Random random, std::uint32_t count, std::uint32_t ifIndex, Device &device);
 
 } // namespace ipmib::simulated
