@@ -9,6 +9,8 @@
 #   make fuzz         build the fuzzers and run each for some time (SECONDS=60)
 #   make lint         run clang-tidy over all sources (minutes)
 #   make coverage     the lines and branches of the module that its tests run
+#   make mutation     flip each comparison, constant and operator of the module and say what no test notices
+#                     (FILES="addr/ frame/walk": only these; MINUTES=30; AGAIN=1: only what survived the last run)
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
 #   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
 #   make agentx-soak  restart an snmpd with ipmibd beside it again and again (COUNT=100), two minutes as root
@@ -19,7 +21,7 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage footprint compare agentx-soak docs packages packages-check format clean
+.PHONY: build run test test-device fuzz lint coverage mutation footprint compare agentx-soak docs packages packages-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -63,6 +65,13 @@ fuzz:
 coverage:
 	@packaging/install_dependencies.sh build test
 	@tests/coverage/run.sh
+
+mutation:
+	@packaging/install_dependencies.sh build test
+	cmake --preset mutation
+	cmake --build --preset mutation
+	@tests/mutation/check.py build-mutation $(if $(FILES),--files $(FILES)) $(if $(MINUTES),--minutes $(MINUTES)) \
+	    $(if $(AGAIN),--again)
 
 footprint:
 	@packaging/install_dependencies.sh build test device

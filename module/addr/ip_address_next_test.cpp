@@ -2,6 +2,8 @@
 // ipAddressTable: what follows a key, and how a request spells one.
 #include "ip_address_test.h"
 
+#include <algorithm>
+
 using namespace ipmib::scripted;
 using namespace ipmib::scripted::ip_address;
 
@@ -128,6 +130,12 @@ TEST_F(IpAddress, ALongKeyIsTheHighestAddress)
     EXPECT_EQ(nextAfter(ipv6, Bytes(17)).send(), linkLocalRow("fe80::1", 3));
     EXPECT_EQ(nextAfter(ipv6, Bytes(600)).send(), linkLocalRow("fe80::1", 3));
     EXPECT_EQ(nextAfter(ipv6z, Bytes(21)).send(), refused(ERR_NEXT_FAILED));
+}
+
+TEST_F(IpAddress, RoomFor512OctetsOfAKeyIsOffered)
+{
+    nextAfter(ipv6, bytesOf("2001:db8::1")).send();
+    EXPECT_EQ(std::count(allCalls().begin(), allCalls().end(), "MOR_GetDataFromPara(0x3720602, 512)"), 1);
 }
 
 TEST_F(IpAddress, APartialIndexIsAKey)

@@ -8,6 +8,11 @@ using namespace ipmib::scripted::ip_address;
 namespace
 {
 
+TEST_F(IpAddress, TheStorageOfALinkLocalAddressIsVolatileToo)
+{
+    EXPECT_EQ(getRow(ipv6z, zoned("fe80::1", 3)).want(storageType).send(), answered({integer(storageType, 2)}));
+}
+
 // --- The order of rows
 
 TEST_F(IpAddress, AWalkVisitsTheGlobalThenTheLinkLocalAddresses)

@@ -70,12 +70,15 @@ uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *address)
 uint32_t IP6_GetIfMTU(uint32_t if_index, uint32_t *mtu)
 {
     note([&] { return "IP6_GetIfMTU(" + number(if_index) + ")"; });
+    expectCleared("IP6_GetIfMTU", mtu, sizeof *mtu);
     return answer("IP6_GetIfMTU", find(world().mtu, if_index), mtu);
 }
 
 uint32_t TIME_GetSystemBootTime(uint32_t *seconds, uint32_t *other)
 {
     note([] { return "TIME_GetSystemBootTime()"; });
+    expectCleared("TIME_GetSystemBootTime", seconds, sizeof *seconds);
+    expectCleared("TIME_GetSystemBootTime", other, sizeof *other);
     *seconds = world().secondsSinceBoot;
     *other = 0x07E57;
     return notExamined;
