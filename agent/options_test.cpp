@@ -98,6 +98,7 @@ TEST(Options, HelpAndVersion)
 {
     EXPECT_EQ(parse({"-h"}).action, Options::Action::help);
     EXPECT_EQ(parse({"--help"}).action, Options::Action::help);
+    EXPECT_EQ(parse({"--check", "-x", "/master"}).action, Options::Action::check);
     EXPECT_EQ(parse({"-v"}).action, Options::Action::version);
     EXPECT_EQ(parse({"--version", "--nonsense"}).action, Options::Action::version);
 }
@@ -111,6 +112,7 @@ TEST(Options, WhatIsWrongIsNamed)
     EXPECT_EQ(complaintAbout({"--help=much"}), "option --help=much takes no argument");
     EXPECT_EQ(complaintAbout({"-Lx"}), "-Lx: unknown destination of the log");
     EXPECT_EQ(complaintAbout({"-Lf"}), "-Lf needs an argument");
+    EXPECT_EQ(complaintAbout({"-x", "/master", "udp:1161"}), "with -x there is nothing to listen on: udp:1161");
 }
 
 TEST(Options, ALogFileThatCannotBeWrittenIsNamed)

@@ -153,7 +153,7 @@ void Connection::readable()
     input_.insert(input_.end(), piece, piece + std::max<ssize_t>(length, 0));
     if (length > 0) {
         takeMessages();
-    } else if (length == 0) {
+    } else if (length == 0 || error == ECONNRESET) { // the second when it left something unread
         lose(masterClosed);
     } else if (error != EAGAIN && error != EINTR) {
         lose(textOfErrno(error));

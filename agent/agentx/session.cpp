@@ -27,7 +27,7 @@ constexpr const char *silent = "it does not answer";
 bool isAbsence(const std::string &reason)
 {
     return reason == std::strerror(ECONNREFUSED) || reason == std::strerror(ENOENT) ||
-           reason == std::strerror(ECONNRESET) || reason == Connection::masterClosed || reason == sessionClosed;
+           reason == Connection::masterClosed || reason == sessionClosed;
 }
 
 } // namespace
