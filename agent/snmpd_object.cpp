@@ -98,11 +98,13 @@ class Object
     static std::optional<Object> loaded;
 
   private:
-    static void takePlatform(const char *, char *line) { loaded->options_.platform = line; }
+    static std::string trimmed(const std::string &line) { return line.substr(0, line.find_last_not_of(" \t\r\n") + 1); }
+
+    static void takePlatform(const char *, char *line) { loaded->options_.platform = trimmed(line); }
 
     static void takeOption(const char *, char *line)
     {
-        const std::string option = line;
+        const std::string option = trimmed(line);
         const std::size_t equals = option.find('=');
         loaded->options_.platformOptions.emplace_back(option.substr(0, equals),
                                                       equals == std::string::npos ? "" : option.substr(equals + 1));

@@ -13,7 +13,7 @@ namespace
 {
 
 const std::string load = std::string("dlmod ipmib ") + IPMIB_SNMPD_OBJECT + "\n";
-const std::string loadScripted = load + "ipmibPlatform " + scriptedPlatform + "\n";
+const std::string loadScripted = load + "ipmibPlatform " + scriptedPlatform + " \n";
 
 class SnmpdObjectTest : public MasterTest
 {
