@@ -3,15 +3,17 @@
 
 #include "varbind.h"
 
+#include <algorithm>
+
 namespace ipmib::agent
 {
 
 void assignOid(host::Oid &target, std::span<const oid> source)
 {
     target.clear();
-    for (const oid id : source) {
-        target.append(static_cast<host::SubId>(id));
-    }
+    const auto place = target.extend(std::min(source.size(), host::maxOidLength));
+    std::transform(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(place.size()), place.begin(),
+                   [](oid id) { return static_cast<host::SubId>(id); });
 }
 
 LibraryOid::LibraryOid(host::OidView source) : size_(std::min(source.size(), host::maxOidLength))

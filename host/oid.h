@@ -64,6 +64,16 @@ class Oid
         return true;
     }
 
+    // Grows by so many identifiers, which the caller fills in; empty when it would grow too long.
+    std::span<SubId> extend(std::size_t count)
+    {
+        if (count > maxOidLength - size_) {
+            return {};
+        }
+        size_ += count;
+        return {ids_.data() + size_ - count, count};
+    }
+
     // As if it were new; the identifiers must not be its own.
     bool assign(OidView ids)
     {

@@ -27,18 +27,23 @@ class RowCursors
             next_ = (next_ + 1) % rows_.size();
         }
         rows_[slot].assign(to);
+        latest_ = slot;
     }
 
   private:
     std::size_t find(OidView row) const
     {
-        const auto found = std::find_if(rows_.begin(), rows_.end(),
-                                        [row](const Oid &each) { return std::ranges::equal(each.view(), row); });
+        const auto isHere = [row](const Oid &each) { return std::ranges::equal(each.view(), row); };
+        if (isHere(rows_[latest_])) { // mostly the walk that moved last moves on
+            return latest_;
+        }
+        const auto found = std::find_if(rows_.begin(), rows_.end(), isHere);
         return static_cast<std::size_t>(found - rows_.begin());
     }
 
     std::array<Oid, 8> rows_; // more walks at once cost them a second request now and then
     std::size_t next_ = 0;
+    std::size_t latest_ = 0; // the slot that was moved last
 };
 
 } // namespace ipmib::host

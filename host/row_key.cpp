@@ -28,11 +28,12 @@ bool appendKey(const IndexParts &parts, const RowKey &key, Oid &name)
         if (!parts[i].isOctets) {
             continue;
         }
-        for (const std::uint8_t octet : key.octets(i)) {
-            if (!name.append(octet)) {
-                return false;
-            }
+        const auto octets = key.octets(i);
+        const std::span<SubId> place = name.extend(octets.size());
+        if (place.size() != octets.size()) {
+            return false;
         }
+        std::ranges::copy(octets, place.begin());
     }
     return true;
 }
@@ -59,13 +60,16 @@ bool readKey(const IndexParts &parts, OidView instance, RowKey &key)
         if (instance.size() < number) {
             return false;
         }
-        for (std::uint8_t &octet : key.resizeOctets(i, number)) {
-            if (instance.front() > UINT8_MAX) {
-                return false;
-            }
-            octet = static_cast<std::uint8_t>(instance.front());
-            instance = instance.subspan(1);
+        SubId all = 0;
+        const std::span<std::uint8_t> octets = key.resizeOctets(i, number);
+        for (std::size_t at = 0; at < octets.size(); ++at) {
+            octets[at] = static_cast<std::uint8_t>(instance[at]);
+            all |= instance[at];
         }
+        if (all > UINT8_MAX) {
+            return false;
+        }
+        instance = instance.subspan(number);
     }
     return instance.empty();
 }

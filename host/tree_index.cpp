@@ -35,6 +35,7 @@ TreeIndex::TreeIndex(const MibTreeNode &root)
         const auto [end, other] = std::ranges::mismatch(leaves_.front().name, leaves_.back().name);
         common_ = static_cast<std::size_t>(end - leaves_.front().name.begin());
     }
+    leavesOfLatest_ = findLeavesOf(latestRegion_.view());
 }
 
 void TreeIndex::visit(const MibTreeNode &node, Oid name, Table *table)
@@ -119,7 +120,20 @@ std::size_t TreeIndex::leafOf(OidView name)
     return latest_;
 }
 
-std::pair<std::size_t, std::size_t> TreeIndex::leavesOf(OidView region) const
+std::pair<std::size_t, std::size_t> TreeIndex::leavesOf(OidView region)
+{
+    if (std::ranges::equal(region, latestRegion_.view())) {
+        return leavesOfLatest_;
+    }
+    const auto leaves = findLeavesOf(region);
+    if (region.size() <= maxOidLength) {
+        latestRegion_.assign(region);
+        leavesOfLatest_ = leaves;
+    }
+    return leaves;
+}
+
+std::pair<std::size_t, std::size_t> TreeIndex::findLeavesOf(OidView region) const
 {
     const std::size_t first = leafAfter(region);
     if (first > 0 && isWithin(region, leaves_[first - 1].name)) {

@@ -55,10 +55,12 @@ class TreeIndex
     // The leaf that the identifier lies within; the number of leaves when there is none. Packets ask for the same leaf
     // again, or for the next one, so these are tried first.
     std::size_t leafOf(OidView name);
-    // The leaves, from the first to before the second, that can have instances within the region.
-    std::pair<std::size_t, std::size_t> leavesOf(OidView region) const;
+    // The leaves, from the first to before the second, that can have instances within the region. Mostly it is the one
+    // that was asked for last.
+    std::pair<std::size_t, std::size_t> leavesOf(OidView region);
 
   private:
+    std::pair<std::size_t, std::size_t> findLeavesOf(OidView region) const;
     void visit(const MibTreeNode &node, Oid name, Table *table);
     Table &addTable(const MibTreeNode &entry);
     Table &tableOfScalar(std::uint32_t id);
@@ -67,6 +69,8 @@ class TreeIndex
     std::vector<Leaf> leaves_; // ascending
     std::size_t common_ = 0;   // how many sub-identifiers all leaves begin with
     std::size_t latest_ = 0;   // the leaf found last
+    Oid latestRegion_;         // and the region, with its leaves
+    std::pair<std::size_t, std::size_t> leavesOfLatest_;
     std::deque<Table> tables_; // leaves point to both, so they must not move
     std::deque<Oid> names_;
 };
