@@ -26,6 +26,8 @@ from side_by_side.agents import AGENTS, snmpd_program
 from side_by_side.measure import Measurement, TABLES
 
 NEIGHBOURS = ["ipNetToPhysicalTable"]
+ONLY_NEIGHBOURS = ("floor", "dlmod", "agentx")  # the floor has no other table, and one shows what the others cost
+TIMED = ("ipmibd", "snmpd")
 ADDRESSES = ["ipAddressPrefixTable", "ipAddressTable"]
 
 
@@ -49,7 +51,7 @@ ALL_STATES = [state(*sizes, router=sizes == (20_000, 2_000, 256))
 def parse(arguments):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default="build", help="the build directory")
-    parser.add_argument("--agents", default="ipmibd,snmpd,floor", help="of " + ", ".join(AGENTS))
+    parser.add_argument("--agents", default="ipmibd,snmpd,floor,dlmod,agentx", help="of " + ", ".join(AGENTS))
     parser.add_argument("--all", action="store_true", help="all states")
     parser.add_argument("--sizes", metavar="NEIGHBOURS,ADDRESSES,INTERFACES", action="append",
                         help="a state of your own; may be given again")
@@ -95,12 +97,13 @@ class Inside:
         self.find_columns()
         for number in range(self.options.rounds):
             for name in self.options.agents:
-                say(f"  walks, round {number + 1}, {name}")
-                self.with_agent(name, self.measure_walks)
+                if name not in ONLY_NEIGHBOURS or any(table in NEIGHBOURS for table in about["tables"]):
+                    say(f"  walks, round {number + 1}, {name}")
+                    self.with_agent(name, self.measure_walks)
         result = {"state": about, "walks": self.walks, "memory": self.memory}
         if about["router"] and not self.options.walks_only:
             for name in self.options.agents:
-                if name != "floor":
+                if name in TIMED:
                     result[name] = self.with_agent(name, self.measure_times)
         return result
 
@@ -114,7 +117,7 @@ class Inside:
         """Those that all agents serve; the floor has but one table, with the columns that ipmibd has there."""
         def served(_, measurement):
             return {table: measurement.columns(table) for table in self.about["tables"]}
-        found = [self.with_agent(name, served) for name in self.options.agents if name != "floor"]
+        found = [self.with_agent(name, served) for name in self.options.agents if name not in ONLY_NEIGHBOURS]
         for table in self.about["tables"]:
             self.columns[table] = [column for column in found[0][table] if all(column in each[table] for each in found)]
             if not self.columns[table]:
@@ -122,7 +125,7 @@ class Inside:
 
     def measure_walks(self, name, measurement):
         for table, columns in self.columns.items():
-            if not columns or (name == "floor" and table not in NEIGHBOURS):
+            if not columns or (name in ONLY_NEIGHBOURS and table not in NEIGHBOURS):
                 continue
             for way, numbers in measurement.walks(table, columns, at_least=2_000).items():
                 self.walks.setdefault(table, {}).setdefault(way, {}).setdefault(name, []).append(numbers)

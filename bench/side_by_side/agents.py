@@ -1,5 +1,6 @@
-# SPDX-License-Identifier: BSD-3-Clause
+#SPDX - License - Identifier : BSD - 3 - Clause
 """The agents that are compared. Each is started and stopped the same way, and is known by its processes."""
+import glob
 import os
 import shutil
 import signal
@@ -51,11 +52,18 @@ class Agent:
     def pids(self):
         return [process.pid for process in self.processes]
 
+    def log_text(self):
+        with open(self.log.name, encoding="utf-8") as file:
+            return file.read()
+
+    def is_ready(self):
+        """Whether it serves what it is to serve, when it answers at all."""
+        return True
+
     def check(self):
         for process in self.processes:
             if process.poll() is not None:
-                with open(self.log.name, encoding="utf-8") as file:
-                    raise RuntimeError(f"{process.args[0]} has ended: {file.read().strip()}")
+                raise RuntimeError(f"{process.args[0]} has ended: {self.log_text().strip()}")
 
     def processor_ms(self):
         spent = 0
@@ -91,6 +99,33 @@ class Snmpd(Agent):
         yield [snmpd_program(), "-f", "-Lo", "-C", "-c", self.configuration_file, "-I", "-smux", ADDRESS]
 
 
+class SubAgent(Snmpd):
+    """Ours as a sub-agent of snmpd, in charge of all tables; the time and the memory of both count."""
+
+    def configuration(self):
+        return super().configuration() + f"master agentx\nagentXSocket {self.folder}/master\n"
+
+    def commands(self):
+        yield from super().commands()
+        own = os.path.join(self.folder, "ipmibd.conf")
+        with open(own, "w", encoding="ascii") as file:
+            file.write("serve all take\n")
+        yield [f"{self.build}/sbin/ipmibd", "-f", "-Lo", "-C", "-c", own, "-x", f"{self.folder}/master"]
+
+    def is_ready(self):
+        return "connected to the master" in self.log_text()
+
+
+class InSnmpd(Snmpd):
+    """Ours loaded by snmpd into its own process, in charge of all tables."""
+
+    def configuration(self):
+        folder = glob.glob(f"{self.build}/lib*/**/ipmib_snmpd.so", recursive=True)
+        if not folder:
+            raise RuntimeError("ipmib_snmpd.so is not built")
+        return super().configuration() + f"dlmod ipmib {os.path.abspath(folder[0])}\nipmibServe all take\n"
+
+
 class Floor(Agent):
     """Our own agent with a table that costs nothing in place of the plug-in."""
 
@@ -98,7 +133,7 @@ class Floor(Agent):
         yield [f"{self.build}/bench/bench_floor_agent", self.configuration_file, ADDRESS, str(max(1, self.neighbours))]
 
 
-AGENTS = {"ipmibd": Ipmibd, "snmpd": Snmpd, "floor": Floor}
+AGENTS = {"ipmibd": Ipmibd, "snmpd": Snmpd, "floor": Floor, "dlmod": InSnmpd, "agentx": SubAgent}
 
 
 def snmpd_program():

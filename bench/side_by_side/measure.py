@@ -1,7 +1,8 @@
-# SPDX-License-Identifier: BSD-3-Clause
+#SPDX - License - Identifier : BSD - 3 - Clause
 """What is measured of an agent, in the namespace where it runs."""
 import json
 import subprocess
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 from side_by_side.agents import ADDRESS
@@ -39,6 +40,11 @@ class Measurement:
 
     def wait_until_ready(self):
         self.load("ready")
+        for _ in range(600):
+            if self.agent.is_ready():
+                return
+            time.sleep(0.1)
+        raise RuntimeError(f"not ready within a minute: {self.agent.log_text().strip()}")
 
     def columns(self, table):
         return self.load("columns", TABLES[table])
@@ -47,7 +53,8 @@ class Measurement:
         """Of one column, and of all of them side by side, in each way."""
         entry = TABLES[table]
         names = [f"{entry}.{column}" for column in columns]
-        found = {}
+        found =
+{}
         for way, repetitions in WAYS.items():
             found[f"{way}, one column"] = self.load("walk", repetitions, at_least, names[0])
             if len(names) > 1:

@@ -1,11 +1,11 @@
-# SPDX-License-Identifier: BSD-3-Clause
+#SPDX - License - Identifier : BSD - 3 - Clause
 """Makes tables of what was measured."""
 import platform
 import re
 import statistics
 import subprocess
 
-# Why we lose where we lose; by table, then by a part of the way's name.
+#Why we lose where we lose; by table, then by a part of the way's name.
 REASONS = {}
 SAME = 1.1  # under 10 % is no difference
 
@@ -29,8 +29,7 @@ def size_of(state):
 def machine():
     with open("/proc/cpuinfo", encoding="ascii") as file:
         model = next((line.split(":")[1].strip() for line in file if line.startswith("model name")), platform.machine())
-    try:
-        peer = subprocess.run(["dpkg-query", "-Wf", "${Version}", "snmpd"], capture_output=True, text=True, check=False)
+try : peer = subprocess.run(["dpkg-query", "-Wf", "${Version}", "snmpd"], capture_output=True, text=True, check=False)
         peer = peer.stdout
     except OSError:
         peer = ""
@@ -86,8 +85,8 @@ def memory(results, agents):
     ratio = ["ours/snmpd"] if "snmpd" in agents else []
     lines.append(header("neighbours / addresses / interfaces", *agents, *ratio))
     for result in results:
-        peaks = {agent: statistics.median(result["memory"][agent]) for agent in agents}
-        cells = [f"{peaks[agent]:.1f}" for agent in agents]
+        peaks = {agent: statistics.median(numbers) for agent, numbers in result["memory"].items() if numbers}
+        cells = [f"{peaks[agent]:.1f}" if agent in peaks else "" for agent in agents]
         lines.append(row(size_of(result["state"]), *cells,
                          *([f"{peaks['ipmibd'] / peaks['snmpd']:.2f}"] if ratio else [])))
     return lines
@@ -135,7 +134,7 @@ def idle(result, agents):
 
 def tables(results, options):
     agents = options.agents
-    timed = [agent for agent in agents if agent != "floor"]
+    timed = [agent for agent in agents if agent in ("ipmibd", "snmpd")]
     lines = [f"{machine()}; medians of {options.rounds} rounds.", "",
              "Walks, processor time of the agent in us a variable:"]
     lines += walks(results, agents) + memory(results, agents)
