@@ -1,4 +1,4 @@
-#SPDX - License - Identifier : BSD - 3 - Clause
+# SPDX-License-Identifier: BSD-3-Clause
 """The agents that are compared. Each is started and stopped the same way, and is known by its processes."""
 import glob
 import os

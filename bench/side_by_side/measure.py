@@ -1,4 +1,4 @@
-#SPDX - License - Identifier : BSD - 3 - Clause
+# SPDX-License-Identifier: BSD-3-Clause
 """What is measured of an agent, in the namespace where it runs."""
 import json
 import subprocess
@@ -53,8 +53,7 @@ class Measurement:
         """Of one column, and of all of them side by side, in each way."""
         entry = TABLES[table]
         names = [f"{entry}.{column}" for column in columns]
-        found =
-{}
+        found = {}
         for way, repetitions in WAYS.items():
             found[f"{way}, one column"] = self.load("walk", repetitions, at_least, names[0])
             if len(names) > 1:

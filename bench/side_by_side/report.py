@@ -1,11 +1,11 @@
-#SPDX - License - Identifier : BSD - 3 - Clause
+# SPDX-License-Identifier: BSD-3-Clause
 """Makes tables of what was measured."""
 import platform
 import re
 import statistics
 import subprocess
 
-#Why we lose where we lose; by table, then by a part of the way's name.
+# Why we lose where we lose; by table, then by a part of the way's name.
 REASONS = {}
 SAME = 1.1  # under 10 % is no difference
 
@@ -29,7 +29,8 @@ def size_of(state):
 def machine():
     with open("/proc/cpuinfo", encoding="ascii") as file:
         model = next((line.split(":")[1].strip() for line in file if line.startswith("model name")), platform.machine())
-try : peer = subprocess.run(["dpkg-query", "-Wf", "${Version}", "snmpd"], capture_output=True, text=True, check=False)
+    try:
+        peer = subprocess.run(["dpkg-query", "-Wf", "${Version}", "snmpd"], capture_output=True, text=True, check=False)
         peer = peer.stdout
     except OSError:
         peer = ""
