@@ -41,4 +41,19 @@ TEST(Catalogue, DerivesValueTypesFromSyntaxes)
     EXPECT_EQ(valueType(6, 8), VT_TIMETICKS);
 }
 
+TEST(Catalogue, TellsWhetherTheItemsOfASyntaxAscend)
+{
+    using namespace ipmib::mibtree::syntax;
+    constexpr Syntax ascending[] = {Counter32, INTEGER({4, 4}), Unsigned32({0, 0}, {1, 2}),
+                                    Enumeration({{"one", 1}, {"two", 2}})};
+    for (const Syntax &each : ascending) {
+        EXPECT_TRUE(itemsAscend(each));
+    }
+    constexpr Syntax others[] = {INTEGER({5, 4}), Unsigned32({0, 1}, {1, 2}), Unsigned32({0, 1}, {3, 2}),
+                                 Enumeration({{"one", 1}, {"uno", 1}}), Enumeration({{"two", 2}, {"one", 1}})};
+    for (const Syntax &each : others) {
+        EXPECT_FALSE(itemsAscend(each));
+    }
+}
+
 } // namespace
