@@ -18,7 +18,7 @@ root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 examples = sorted(glob.glob(root + "/examples/*.json"))
 home_router = ["--platform", f"simulated:{root}/examples/home-router.json", "--at=0"]
 views = ["neighbours", "addresses", "prefixes", "routers", "interfaces", "statistics", "advertisements", "icmp"]
-patience = 60
+patience = 300  # for what hangs; under emulation on a busy machine a minute is not enough
 
 
 def run(*words, **options):

@@ -67,7 +67,7 @@ def run(commands, programs):
         f"{command}\nstatus=$?; echo '{END_OF_OUTPUT}'; (exit $status)\n" for command in commands)
     environment = dict(os.environ, PATH=programs + ":" + os.environ["PATH"], LC_ALL="C.UTF-8")
     result = subprocess.run(["sh"], input=script, cwd=root, env=environment, text=True, encoding="utf-8",
-                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=100, check=False)
+                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300, check=False)
     written = result.stdout.replace(os.path.realpath(programs + "/.."), "/usr")
     outputs = written.split(END_OF_OUTPUT + "\n")
     if len(outputs) != len(commands) + 1:
