@@ -74,8 +74,8 @@ make_links() {
 # groups keep of the lists of before.
 everything() {
     (cd "$root" && find . \( -path ./proc -o -path ./sys -o -path ./dev -o -path ./run -o -path ./tmp -o -path ./packages -o \
-        -path ./var/lib/apt -o -path ./var/cache/apt -o -path ./var/log -o -path './etc/*-' \) \
-        -prune -o -printf '%p %M %u:%g\n' | sort)
+        -path ./var/lib/apt -o -path ./var/cache/apt -o -path ./var/log -o -path './etc/*-' -o \
+        -path './var/tmp/systemd-private-*' \) -prune -o -printf '%p %M %U:%G\n' | sort)
     sort "$root/etc/passwd" "$root/etc/group"
     dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${Package} ${db:Status-Abbrev}\n'
 }

@@ -109,7 +109,7 @@ cp "$root"/usr/share/doc/ipmib/examples/ipmibd.service.d/*.conf "$root/etc/syste
 booted systemctl daemon-reload
 restart ipmibd
 in_network ping -q -c 3 -i 0.2 127.0.0.1 >/dev/null
-rows 127.0.0.1:1161 public 1.3.6.1.2.1.4.31.3.1.4.1 | grep -v 'Counter32: 0$' | sed 's/^/  /' | grep . ||
+rows 127.0.0.1:1161 public 1.3.6.1.2.1.4.31.3.1.4.1 | grep -v 'Counter64: 0$' | sed 's/^/  /' | grep . ||
     fail "IPv4 traffic is not counted"
 rm -r "$root/etc/systemd/system/ipmibd.service.d"
 booted systemctl daemon-reload
@@ -124,7 +124,10 @@ expect_rows 'udp6:[::1]:161' public 1.3.6.1.2.1.4.34
 is_well
 
 echo "Purged:"
+# What the first steps did to snmpd is theirs to undo.
 rm "$root/etc/snmp/snmpd.conf.d/ipmib.conf"
+chmod 700 "$root/var/agentx"
+booted systemctl restart snmpd
 apt_get booted purge ipmib libipmib ipmib-dev
 apt_get booted autoremove --purge
 everything >"$work/after"
