@@ -14,8 +14,11 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <sstream>
+#include <thread>
 
 extern char **environ;
 
@@ -60,6 +63,22 @@ std::string contentOf(int descriptor)
         content.append(piece, static_cast<std::size_t>(length));
     }
     return content;
+}
+
+// How often a process has gone to sleep. Whoever is woken up, and be it to find nothing to do, goes to sleep again.
+std::uint64_t timesGoneToSleep(pid_t process)
+{
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    const std::string name = "voluntary_ctxt_switches:";
+    for (std::string word; status >> word;) {
+        if (word == name) {
+            std::uint64_t times = 0;
+            status >> times;
+            return times;
+        }
+    }
+    ADD_FAILURE() << "the kernel does not count how often a process sleeps";
+    return 0;
 }
 
 } // namespace
@@ -136,6 +155,19 @@ Result run(const Words &words, const Environment &environment)
     Command command(words, environment);
     const int status = command.wait();
     return {status, command.output(), command.errors()};
+}
+
+bool sleepsThrough(pid_t process)
+{
+    constexpr int attempts = 6;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const std::uint64_t before = timesGoneToSleep(process);
+        std::this_thread::sleep_for(std::chrono::seconds(4));
+        if (timesGoneToSleep(process) == before) {
+            return true;
+        }
+    }
+    return false;
 }
 
 Words linesOf(const std::string &text)

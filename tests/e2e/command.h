@@ -53,6 +53,10 @@ struct Result {
 // Runs a program to its end.
 Result run(const Words &words, const Environment &environment = {});
 
+// Whether the process is not woken up for some seconds. The kernel may have something to announce now and then, also in
+// a network where nothing happens; what comes again every few seconds would be seen in every pause.
+bool sleepsThrough(pid_t process);
+
 Words linesOf(const std::string &text);
 
 } // namespace ipmib::e2e

@@ -88,6 +88,15 @@ TEST_F(SubagentLifeTest, AMasterThatHungIsServedAgain)
     stopSubagent();
 }
 
+TEST_F(SubagentLifeTest, NothingWakesItUpWhileNobodyAsks)
+{
+    startMaster();
+    startSubagent();
+    expectRows();
+    EXPECT_TRUE(sleepsThrough(agent().pid()));
+    stopSubagent();
+}
+
 TEST_F(SubagentLifeTest, ItStopsWhileNobodyIsThere)
 {
     startSubagent();
