@@ -21,6 +21,7 @@ import sys
 import time
 
 import kernel_state
+from put_into import put_into
 from side_by_side import report
 from side_by_side.agents import AGENTS, snmpd_program
 from side_by_side.measure import Measurement, TABLES
@@ -174,7 +175,7 @@ def main(arguments):
     text = report.tables(results, options)
     print(text)
     if options.write:
-        report.write(options.write, text, "bench/compare.py")
+        put_into(options.write, "bench/compare.py", text)
     say(f"took {(time.time() - begin) / 60:.1f} minutes")
 
 

@@ -3,6 +3,8 @@
 // row of ipAddressTable with and without the pointer to its prefix, for which the module walks all prefixes.
 //
 //   bench_prefixes PREFIXES      in a network namespace of its own, which ends with the process; needs root
+#include "addr/ip_address_prefix.h"
+#include "addr/prefix_pointer.h"
 #include "host/registry.h"
 #include "host/resolver.h"
 #include "platform.h"
@@ -111,6 +113,29 @@ void printRows(const char *what, platform::Platform &platform, host::Resolver &r
                 (microsecondsNow() - start) / static_cast<double>(std::max<std::size_t>(rows, 1)), rows);
 }
 
+// What one row further costs the walk that looks for an address's prefix: it looks for one that is not there.
+void printStep()
+{
+    FullAddressRecord stranger{};
+    stranger.prefix_length = 128;
+    std::fill(std::begin(stranger.address), std::end(stranger.address), std::uint8_t{0xFD});
+    std::size_t rows = 0;
+    AddressPrefixRow row{};
+    for (std::uint32_t result = ip_AddressPrefix_GetFirst(&row); result == 0; ++rows) {
+        const AddressPrefixRow key = row;
+        row = {};
+        result = ip_AddressPrefix_GetNext(key.if_index, key.address_type, key.address, key.prefix_length, &row);
+    }
+    constexpr int walks = 100;
+    PrefixPointer pointer;
+    const double start = microsecondsNow();
+    for (int i = 0; i < walks; ++i) {
+        ip_Address_PrefixPointer(stranger, &pointer);
+    }
+    std::printf("step towards a prefix            %9.3f us a row, of %zu\n",
+                (microsecondsNow() - start) / walks / static_cast<double>(rows), rows);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -136,6 +161,7 @@ int main(int argc, char **argv)
     printNext("from anywhere", keys);
     constexpr host::SubId prefixColumn = 5; // every row is made with its pointer, whichever column is asked for
     printRows("with its pointer", platform, resolver, prefixColumn);
+    printStep();
     platform::setRunning(nullptr);
     return EXIT_SUCCESS;
 }

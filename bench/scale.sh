@@ -7,6 +7,7 @@
 #
 #   bench/scale.sh tables [BUILD_DIR [TABLE...]]    (MOST=100000: whole walks are counted up to so many rows)
 #   bench/scale.sh device [BUILD_DIR]               ipmibd with 1,000,000 neighbours: start, whole walk, memory
+#   bench/scale.sh all [BUILD_DIR] | bench/put_into.py docs/performance.md bench/scale.sh
 set -eu
 what=${1:-tables}
 build=${2:-build}
@@ -33,6 +34,8 @@ ipv6RouterAdvertTable  interfaces 39.1.2   1000 10000 65536'
 scenario() {
     case $1 in
     interfaces) echo "{\"generate\": {\"interfaces\": {\"count\": $2, \"name\": \"xe\"}}}" ;;
+    # Rows of the address table walk the prefixes, so there are few of these.
+    addresses) echo "{\"generate\": {\"interfaces\": {\"count\": 4, \"name\": \"xe\"}, \"$1\": $2}}" ;;
     *) echo "{\"generate\": {\"interfaces\": {\"count\": 64, \"name\": \"xe\"}, \"$1\": $2}}" ;;
     esac
 }
@@ -63,6 +66,11 @@ print_growth() {
 }
 
 case $what in
+all)
+    "$0" tables "$build"
+    echo
+    "$0" device "$build"
+    ;;
 tables)
     echo "$tables" | while read -r table makes column numbers; do
         case " ${*:-$table} " in *" $table "*) ;; *) continue ;; esac
@@ -87,7 +95,7 @@ device)
     kill "$agent"
     ;;
 *)
-    echo "scale.sh: tables or device, not $what" >&2
+    echo "scale.sh: tables, device or all, not $what" >&2
     exit 2
     ;;
 esac
