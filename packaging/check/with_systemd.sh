@@ -125,6 +125,7 @@ is_well
 
 echo "Purged:"
 # What the first steps did to snmpd is theirs to undo.
+booted systemctl stop ipmibd
 rm "$root/etc/snmp/snmpd.conf.d/ipmib.conf"
 chmod 700 "$root/var/agentx"
 booted systemctl restart snmpd
