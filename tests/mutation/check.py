@@ -32,15 +32,14 @@ PATIENCE = 30  # seconds for a run of the tests: an endless loop is noticed, a b
 
 
 class Unit:
-    """A translation unit of the module or of its tests: how it is compiled, and what it includes of the module."""
+    """A translation unit of the module or of its tests: how it is compiled; of the former, what it includes."""
 
-    def __init__(self, entry, build):
+    def __init__(self, entry):
         words = shlex.split(entry['command'])
-        if Path(words[0]).name == 'ccache':
+        self.source = Path(entry['file'])
+        if Path(words[0]).name == 'ccache' and self.is_module():  # no flip is met twice, tests are
             words = words[1:]
         at = words.index('-o')
-        self.built = build / words[at + 1]
-        self.source = Path(entry['file'])
         self.command = words[:at] + words[at + 2:]
         self.directory = entry['directory']
         self.command.remove(str(self.source))
@@ -49,7 +48,7 @@ class Unit:
         # One optimised object against another; and what one object of the module calls in another is found at run time.
         self.command += ['-g0', '-O1', '-w', '-fvisibility=default' if self.is_module() else '-fvisibility=hidden']
         self.name = str(self.source.relative_to(ROOT)).replace('/', '_').removesuffix('.cpp') + '.o'
-        self.includes = self.find_includes()
+        self.includes = self.find_includes() if self.is_module() else set()
 
     def is_module(self):
         return self.source.is_relative_to(MODULE) and not self.source.stem.endswith('_test')
@@ -196,7 +195,7 @@ def load_units(build):
     wanted = [entry for entry in entries
               if Path(entry['file']).is_relative_to(MODULE)]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        return list(pool.map(lambda entry: Unit(entry, build), wanted))
+        return list(pool.map(Unit, wanted))
 
 
 def main():
