@@ -10,6 +10,7 @@
 #include "net_snmp.h"
 #include "platform_events.h"
 #include "snmp_library.h"
+#include "system_group.h"
 
 #include <cstdio>
 
@@ -101,6 +102,11 @@ bool check(const Options &options)
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
+    if (isSubagent) {
+        passOverSystemGroup();
+    } else {
+        serveSystemGroup();
+    }
     const bool good = readWithoutComplaint(library);
     if (isSubagent) {
         return checkSubagent(loop, plugin, tables, settings, master) && good;

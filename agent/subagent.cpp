@@ -12,6 +12,7 @@
 #include "platform_events.h"
 #include "service_notify.h"
 #include "snmp_library.h"
+#include "system_group.h"
 
 #include <optional>
 
@@ -26,6 +27,7 @@ void serveAsSubagent(const Options &options)
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
+    passOverSystemGroup();
     library.readConfiguration();
     const PlatformEvents platformEvents(plugin.platform());
     const PidFile pidFile(options.pidFile);

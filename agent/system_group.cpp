@@ -3,6 +3,9 @@
 
 #include "system_group.h"
 
+#include "net_snmp.h"
+#include "snmp_library.h"
+
 // The library exports them and declares them in none of its installed headers.
 extern "C" {
 void init_system_mib(void);
@@ -16,6 +19,14 @@ void serveSystemGroup()
 {
     init_system_mib();
     init_sysORTable();
+}
+
+void passOverSystemGroup()
+{
+    for (const char *word : {"syscontact", "sysdescr", "syslocation", "sysname", "sysobjectid", "sysservices"}) {
+        register_config_handler(
+            SnmpLibrary::applicationName, word, [](const char *, char *) {}, nullptr, "VALUE");
+    }
 }
 
 } // namespace ipmib::agent

@@ -9,4 +9,7 @@ namespace ipmib::agent
 // syscontact, syslocation, ...) as for snmpd.
 void serveSystemGroup();
 
+// Instead of that, for an agent that leaves the group to its master: the same configuration is read without complaint.
+void passOverSystemGroup();
+
 } // namespace ipmib::agent

@@ -175,7 +175,8 @@ TEST_F(SubagentTablesTest, CheckPrintsTheOwnersAndLeavesTheMasterAlone)
 {
     startMaster();
     const Words before = steady(rows());
-    const Result result = check("serve ipAddressTable take\nserve ipv6RouterAdvertTable off\n", {"-x", socketPath()});
+    const Result result =
+        check("sysname gate\nserve ipAddressTable take\nserve ipv6RouterAdvertTable off\n", {"-x", socketPath()});
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(ownerOf("ipv6InterfaceTable", result), "ours");
     EXPECT_EQ(ownerOf("ipIfStatsTable", result), "ours, in place of the master's");
@@ -201,7 +202,7 @@ TEST_F(SubagentTablesTest, CheckFailsWithAReason)
     EXPECT_TRUE(wrong.errors.starts_with(
         path("check.conf") + ": line 1: Error: serve: there is no table \"ipAdressTable\"; there are all, "))
         << wrong.errors;
-    const Result alone = check("rocommunity public\nserve ipAddressTable off\n");
+    const Result alone = check("rocommunity public\nsyscontact me\nsysservices 76\nserve ipAddressTable off\n");
     EXPECT_EQ(alone.status, 0) << alone.errors;
     EXPECT_EQ(ownerOf("ipAddressTable", alone), "off");
     EXPECT_EQ(ownerOf("ipSystemStatsTable", alone), "ours");
