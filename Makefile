@@ -95,6 +95,12 @@ packages:
 packages-check: packages
 	@packaging/check_packages.sh
 
+compare:
+	@packaging/install_dependencies.sh run build bench
+	cmake --preset release -DIPMIB_BUILD_TESTS=OFF -DIPMIB_BUILD_BENCH=ON
+	cmake --build --preset release
+	bench/compare.py --write docs/performance.md
+
 format:
 	@$(sources) | xargs clang-format -i
 

@@ -28,6 +28,7 @@ from side_by_side.measure import Measurement, TABLES
 
 NEIGHBOURS = ["ipNetToPhysicalTable"]
 ONLY_NEIGHBOURS = ("floor", "dlmod", "agentx")  # the floor has no other table, and one shows what the others cost
+ONLY_IN = {"dlmod": 20_000, "agentx": 20_000}  # neighbours; one size shows it
 TIMED = ("ipmibd", "snmpd")
 ADDRESSES = ["ipAddressPrefixTable", "ipAddressTable"]
 
@@ -49,14 +50,28 @@ ALL_STATES = [state(*sizes, router=sizes == (20_000, 2_000, 256))
               for sizes in itertools.product((1_000, 20_000, 100_000), (100, 2_000), (16, 256))]
 
 
+def three_numbers(text):
+    numbers = [int(number) for number in text.split(",")]
+    if len(numbers) != 3 or min(numbers) < 0 or numbers[2] < 1:
+        raise ValueError
+    return numbers
+
+
+def table_names(text):
+    for name in text.split(","):
+        if name not in TABLES:
+            raise argparse.ArgumentTypeError(f"{name} is not one of {', '.join(TABLES)}")
+    return text.split(",")
+
+
 def parse(arguments):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default="build", help="the build directory")
     parser.add_argument("--agents", default="ipmibd,snmpd,floor,dlmod,agentx", help="of " + ", ".join(AGENTS))
     parser.add_argument("--all", action="store_true", help="all states")
-    parser.add_argument("--sizes", metavar="NEIGHBOURS,ADDRESSES,INTERFACES", action="append",
+    parser.add_argument("--sizes", metavar="NEIGHBOURS,ADDRESSES,INTERFACES", action="append", type=three_numbers,
                         help="a state of your own; may be given again")
-    parser.add_argument("--tables", help="walk these only")
+    parser.add_argument("--tables", type=table_names, help="only these, of " + ", ".join(TABLES))
     parser.add_argument("--walks-only", action="store_true", help="no single GETs, no staleness, no idling")
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--seconds", type=int, default=10, help="of single GETs, 100 a second, for each table")
@@ -69,7 +84,9 @@ def parse(arguments):
     for agent in options.agents:
         if agent not in AGENTS:
             parser.error(f"--agents: {agent} is not one of {', '.join(AGENTS)}")
-    if "snmpd" in options.agents and not snmpd_program():
+    if os.geteuid() != 0:
+        parser.error("it makes network namespaces, which needs root")
+    if {"snmpd", "dlmod", "agentx"} & set(options.agents) and not snmpd_program():
         parser.error("snmpd is not installed; --agents ipmibd,floor does without it")
     for program in ("sbin/ipmibd", "bench/bench_load"):
         if not os.access(f"{options.build}/{program}", os.X_OK):
@@ -87,6 +104,8 @@ class Inside:
     def __init__(self, options, about):
         self.options = options
         self.about = about
+        self.agents = [name for name in options.agents
+                       if options.sizes or about["neighbours"] == ONLY_IN.get(name, about["neighbours"])]
         self.walks = {}  # table -> way -> agent -> list
         self.memory = {agent: [] for agent in options.agents}
         self.columns = {}
@@ -97,7 +116,7 @@ class Inside:
         kernel_state.make(about["interfaces"], about["addresses"], about["neighbours"])
         self.find_columns()
         for number in range(self.options.rounds):
-            for name in self.options.agents:
+            for name in self.agents:
                 if name not in ONLY_NEIGHBOURS or any(table in NEIGHBOURS for table in about["tables"]):
                     say(f"  walks, round {number + 1}, {name}")
                     self.with_agent(name, self.measure_walks)
@@ -158,10 +177,10 @@ def measure_outside(options, about):
 def states_of(options):
     states = ALL_STATES if options.all else DEFAULT_STATES
     if options.sizes:
-        states = [state(*map(int, sizes.split(",")), router=True) for sizes in options.sizes]
+        states = [state(*sizes, router=True) for sizes in options.sizes]
     for about in states:
         if options.tables:
-            about["tables"] = [table for table in about["tables"] if table in options.tables.split(",")]
+            about["tables"] = [table for table in about["tables"] if table in options.tables]
     return [about for about in states if about["tables"]]
 
 

@@ -206,6 +206,7 @@ class RouteChange : public ComesAndGoes
         header.rtm_flags = RTNH_F_ONLINK;
         mnl_attr_put(request.message(), RTA_GATEWAY, gateway.size(), gateway.data());
         mnl_attr_put_u32(request.message(), RTA_OIF, ifIndex_);
+        mnl_attr_put_u32(request.message(), RTA_PRIORITY, metric);
         if (add) {
             mnl_attr_put_u32(request.message(), RTA_EXPIRES, 1800);
         }
@@ -213,6 +214,7 @@ class RouteChange : public ComesAndGoes
     }
 
   private:
+    static constexpr std::uint32_t metric = 2000; // a route with another's would take its place
     static inline const Address gateway = addressOf(0xfffc, 1);
 };
 
