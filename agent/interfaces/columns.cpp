@@ -3,6 +3,8 @@
 
 #include "interfaces/columns.h"
 
+#include "values.h"
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -18,11 +20,6 @@ using host::Value;
 using host::ValueType;
 using Row = InterfaceRow;
 
-Value integer(std::uint64_t number)
-{
-    return {ValueType::integer32, number, {}, {}};
-}
-
 Value gauge(std::uint64_t number)
 {
     return {ValueType::unsigned32, std::min<std::uint64_t>(number, UINT32_MAX), {}, {}};
@@ -36,11 +33,6 @@ Value counter32(std::uint64_t number)
 Value counter64(std::uint64_t number)
 {
     return {ValueType::counter64, number, {}, {}};
-}
-
-Value octets(const void *bytes, std::size_t size)
-{
-    return {ValueType::octets, 0, {static_cast<const std::uint8_t *>(bytes), size}, {}};
 }
 
 Value text(const char *string)

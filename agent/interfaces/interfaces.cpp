@@ -3,7 +3,9 @@
 
 #include "interfaces/interfaces.h"
 
+#include "interfaces/interface_rows.h"
 #include "packet.h"
+#include "row_table.h"
 
 #include <net-snmp/agent/agent_sysORTable.h>
 
@@ -88,16 +90,17 @@ class Interfaces::Served
 {
   public:
     explicit Served(const IpmibPlatformHooks &platform)
-        : number_(platform, "ifNumber", ifNumber, count), ifTable_(platform, "ifTable", ifEntry, ifTableColumns),
-          ifXTable_(platform, "ifXTable", ifXEntry, ifXTableColumns),
+        : number_(platform, "ifNumber", ifNumber, count),
+          ifTable_(platform, "ifTable", ifEntry, InterfaceRows(*platform.interfaces, ifTableColumns)),
+          ifXTable_(platform, "ifXTable", ifXEntry, InterfaceRows(*platform.interfaces, ifXTableColumns)),
           lastChange_(platform, "ifTableLastChange", ifTableLastChange, lastChange)
     {
     }
 
   private:
     Scalar number_;
-    InterfaceTable ifTable_;
-    InterfaceTable ifXTable_;
+    RowTable<InterfaceRows> ifTable_;
+    RowTable<InterfaceRows> ifXTable_;
     Scalar lastChange_;
     Capability capability_;
 };

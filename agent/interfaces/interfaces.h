@@ -2,7 +2,7 @@
 // The interface tables (IF-MIB) of an agent that has nobody beside it to serve them.
 #pragma once
 
-#include "interfaces/interface_table.h"
+#include <ipmib/platform_hooks.h>
 
 #include <memory>
 
