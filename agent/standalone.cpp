@@ -7,6 +7,7 @@
 #include "event_loop.h"
 #include "frontend.h"
 #include "interfaces/interfaces.h"
+#include "ipv4/ipv4_tables.h"
 #include "listeners.h"
 #include "log.h"
 #include "net_snmp.h"
@@ -34,6 +35,7 @@ void serveStandalone(const Options &options)
     Frontend frontend(plugin);
     frontend.serve(settings.notOff());
     const Interfaces interfaces(plugin.platform());
+    const Ipv4Tables ipv4Tables(plugin.platform());
     const PidFile pidFile(options.pidFile);
 
     std::optional<Detachment> detachment;

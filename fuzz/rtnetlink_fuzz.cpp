@@ -6,6 +6,7 @@
 #include "addressing/prefix_table.h"
 #include "addressing/router_list.h"
 #include "core/datagram.h"
+#include "ipv4/ipv4_address_table.h"
 #include "links/ip6_link.h"
 #include "links/link_table.h"
 #include "neighbours/neighbour_table.h"
@@ -51,19 +52,17 @@ class Tables
             endDumps(message.nlmsg_seq % 8 != 7); // some are interrupted
             return;
         }
-        KernelTable *const table = tableFor(message.nlmsg_type);
-        if (table == nullptr) {
-            return;
-        }
-        if (table == &links_) {
+        if (message.nlmsg_type == RTM_NEWLINK || message.nlmsg_type == RTM_DELLINK) {
             const Ip6LinkMessage counters(message);
             require(counters.elementCount <= counters.elements.size(), "counters beyond the known ones are left out");
         }
-        if ((message.nlmsg_flags & NLM_F_MULTI) != 0) {
-            table->dumpBegins(message.nlmsg_seq % table->dumps());
-            table->rebuildWith(message);
-        } else {
-            table->apply(message);
+        for (KernelTable *table : tablesFor(message.nlmsg_type)) {
+            if ((message.nlmsg_flags & NLM_F_MULTI) != 0) {
+                table->dumpBegins(message.nlmsg_seq % table->dumps());
+                table->rebuildWith(message);
+            } else {
+                table->apply(message);
+            }
         }
     }
 
@@ -90,6 +89,14 @@ class Tables
             require(last < address->address && !address->address.isLinkLocal(), "addresses ascend");
             last = address->address;
         }
+        std::uint32_t lastOfIpv4 = 0;
+        while (const Ipv4Address *address = ipv4Addresses_.after(lastOfIpv4)) {
+            require(lastOfIpv4 < address->address && address->length <= 32, "IPv4 addresses ascend");
+            lastOfIpv4 = address->address;
+        }
+        ipv4Neighbours_.each([](const Neighbour &row) {
+            require(row.high == 0 && row.low <= UINT32_MAX, "an IPv4 neighbour has an IPv4 address");
+        });
         for (const auto of : {RouterList::Class::global, RouterList::Class::linkLocal}) {
             const Router *router = routers_.first(of);
             while (router != nullptr) {
@@ -103,29 +110,29 @@ class Tables
   private:
     void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
 
-    KernelTable *tableFor(std::uint16_t type)
+    std::vector<KernelTable *> tablesFor(std::uint16_t type)
     {
         switch (type) {
         case RTM_NEWLINK:
         case RTM_DELLINK:
-            return &links_;
+            return {&links_};
         case RTM_NEWADDR:
         case RTM_DELADDR:
-            return &addresses_;
+            return {&addresses_, &ipv4Addresses_};
         case RTM_GETANYCAST:
-            return &anycasts_;
+            return {&anycasts_};
         case RTM_NEWROUTE:
         case RTM_DELROUTE:
         case RTM_NEWPREFIX:
-            return &routes_;
+            return {&routes_};
         case RTM_NEWNEXTHOP:
         case RTM_DELNEXTHOP:
-            return &nexthops_;
+            return {&nexthops_};
         case RTM_NEWNEIGH:
         case RTM_DELNEIGH:
-            return &neighbours_;
+            return {&neighbours_, &ipv4Neighbours_};
         default:
-            return nullptr;
+            return {};
         }
     }
 
@@ -136,18 +143,22 @@ class Tables
             table->beginRebuild();
         }
         neighbours_.abandonRebuild(); // its end asks the kernel, which is not there
+        ipv4Neighbours_.abandonRebuild();
     }
 
-    KernelNeighbours nobody_;
+    KernelNeighbours nobody_{AF_INET6};
+    KernelNeighbours nobodyOnIpv4_{AF_INET};
     LinkTable links_;
     AddressTable addresses_;
     AnycastTable anycasts_;
     NexthopTable nexthops_;
     RouteTable routes_;
     NeighbourTable neighbours_{nobody_};
+    Ipv4AddressTable ipv4Addresses_;
+    NeighbourTable ipv4Neighbours_{nobodyOnIpv4_};
     PrefixTable prefixes_{addresses_, anycasts_, routes_};
     RouterList routers_;
-    KernelTable *dumped_[5] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_};
+    KernelTable *dumped_[6] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_, &ipv4Addresses_};
 };
 
 } // namespace

@@ -134,7 +134,7 @@ TEST_F(PluginTest, refusesHooksOfAnotherVersion)
 {
     options.platform = "future";
     EXPECT_EQ(error(),
-              inDirectory("platform_future.so") + ": ipmib_platform_hooks is of version 99, version 2 is needed");
+              inDirectory("platform_future.so") + ": ipmib_platform_hooks is of version 99, version 3 is needed");
 }
 
 TEST_F(PluginTest, aPlatformWithoutHooksTakesNoOptions)

@@ -6,6 +6,7 @@
 #define IPMIB_PLATFORM_HOOKS_H
 
 #include <ipmib/platform_interfaces.h>
+#include <ipmib/platform_ipv4.h>
 
 #include <stddef.h>
 #include <stdint.h>
@@ -14,7 +15,7 @@
 extern "C" {
 #endif
 
-#define IPMIB_PLATFORM_HOOKS_VERSION 2u
+#define IPMIB_PLATFORM_HOOKS_VERSION 3u
 
 /* Priorities of log lines, as in syslog. */
 enum { IPMIB_LOG_ERR = 3, IPMIB_LOG_WARNING = 4, IPMIB_LOG_INFO = 6 };
@@ -56,6 +57,8 @@ typedef struct IpmibPlatformHooks {
     const char *(*interface_name)(uint32_t if_index);
     /* What the agent's own interface tables are made of; null when the platform leaves those to somebody else. */
     const IpmibInterfaceHooks *interfaces;
+    /* What the agent's own IPv4 tables are made of; null when the platform leaves those to somebody else. */
+    const IpmibIpv4Hooks *ipv4;
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

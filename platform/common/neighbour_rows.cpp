@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// IPv6 neighbours as platforms keep and report them.
+// Neighbours as platforms keep and report them.
 #include "neighbour_rows.h"
 
 #include <endian.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// IPv6 neighbours as platforms keep and report them.
+// Neighbours as platforms keep and report them. An IPv4 address is a number below 2^32.
 #pragma once
 
 #include "ordered_table.h"

@@ -95,6 +95,13 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
         EXPECT_NE(hooks.interfaces->traffic(1, &traffic), 0);
         EXPECT_EQ(hooks.interfaces->count(), 0u);
         EXPECT_EQ(hooks.interfaces->rows_changed_ms(), 0u);
+        IpmibIpv4Address ipv4Address;
+        IpmibIpv4Neighbour ipv4Neighbour;
+        char why[100] = "";
+        EXPECT_NE(hooks.ipv4->follow(why, sizeof why), 0);
+        EXPECT_STRNE(why, "");
+        EXPECT_NE(hooks.ipv4->next_address(0, &ipv4Address), 0);
+        EXPECT_NE(hooks.ipv4->next_neighbour(0, 0, &ipv4Neighbour), 0);
         hooks.dispatch();
         hooks.begin_packet();
         hooks.reload();
@@ -113,6 +120,20 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
     EXPECT_EQ(hooks.interfaces->traffic(1, &traffic), 0);
     EXPECT_NE(hooks.interfaces->traffic(0x7FFFFFFF, &traffic), 0);
     EXPECT_NE(hooks.interfaces->next(0x7FFFFFFF, &first), 0);
+
+    constexpr std::uint32_t loopback = 0x7F000001;
+    IpmibIpv4Address ipv4Address;
+    IpmibIpv4Neighbour ipv4Neighbour;
+    EXPECT_NE(hooks.ipv4->find_address(loopback, &ipv4Address), 0) << "nobody has asked to follow them";
+    EXPECT_NE(hooks.ipv4->next_neighbour(0, 0, &ipv4Neighbour), 0);
+    char why[100] = "";
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(hooks.ipv4->follow(why, sizeof why), 0) << why;
+    }
+    ASSERT_EQ(hooks.ipv4->find_address(loopback, &ipv4Address), 0);
+    EXPECT_EQ(ipv4Address.if_index, 1u);
+    EXPECT_EQ(ipv4Address.prefix_length, 8u);
+    EXPECT_NE(hooks.ipv4->find_neighbour(1, loopback, &ipv4Neighbour), 0);
     hooks.stop();
     expectDead();
 }

@@ -66,6 +66,7 @@ std::string Platform::start(const IpmibPlatformHost &host)
 std::string Platform::start(const Settings &settings)
 {
     now_ = secondsSinceBoot();
+    receiveBuffer_ = settings.receiveBuffer;
     if (!loop_.open()) {
         return std::string("cannot create an epoll instance: ") + std::strerror(errno);
     }

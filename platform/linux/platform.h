@@ -10,6 +10,7 @@
 #include "core/mirror.h"
 #include "core/proc_file.h"
 #include "counters/system_counters.h"
+#include "ipv4/ipv4.h"
 #include "links/ip6_link.h"
 #include "links/link_speed.h"
 #include "links/link_table.h"
@@ -17,6 +18,8 @@
 #include "neighbours/neighbours.h"
 
 #include <ipmib/platform_hooks.h>
+
+#include <sys/socket.h>
 
 #include <string>
 
@@ -58,6 +61,10 @@ class Platform
     std::uint32_t interfaceCount() const { return static_cast<std::uint32_t>(links_.size()); }
     std::uint64_t interfacesChangedMs() const { return links_.rowsChangedMs(); }
 
+    // For the agent's IPv4 tables, once they are followed. The answer, when that fails, is one line for the user.
+    std::string followIpv4() { return ipv4_.follow(loop_, receiveBuffer_); }
+    Ipv4 &ipv4() { return ipv4_; }
+
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }
 
@@ -92,7 +99,8 @@ class Platform
     Mirror linkMirror_{links_, dumps_};
     Rtnetlink requests_;
     Addressing addressing_{dumps_, requests_};
-    Neighbours neighbours_{dumps_};
+    Neighbours neighbours_{dumps_, AF_INET6};
+    Ipv4 ipv4_{dumps_};
     Ip6LinkReader ip6Links_{requests_};
     LinkTrafficReader linkTraffic_{requests_};
     LinkSpeeds linkSpeeds_;
@@ -101,6 +109,7 @@ class Platform
     Ipv4Accounting ipv4Accounting_;
     RadvdFile radvd_;
     RowHopLimit rowHopLimit_;
+    int receiveBuffer_ = Mirror::defaultReceiveBuffer;
     std::uint32_t now_ = 0;
 };
 

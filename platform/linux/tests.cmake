@@ -19,6 +19,8 @@ ipmib_test(accounting_netns_test
                    accounting/ipv4_rows_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
 
+ipmib_test(ipv4_netns_test SOURCES ipv4/ipv4_netns_test.cpp LIBS ipmib_platform_linux_objects ipmib_netns)
+
 ipmib_test(neighbours_netns_test
     SOURCES neighbours/neighbour_scale_netns_test.cpp neighbours/neighbour_states_netns_test.cpp
             neighbours/neighbour_testing.cpp

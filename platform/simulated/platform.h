@@ -4,6 +4,7 @@
 
 #include "advertisements/row_hop_limit.h"
 #include "device/device.h"
+#include "ipv4_rows.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -44,6 +45,10 @@ class Platform
     bool traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic) const;
     std::uint32_t interfaceCount() const;
     std::uint64_t interfacesChangedMs() const;
+
+    // For the agent's IPv4 tables. Nobody has to follow what does not change by itself.
+    std::string followIpv4() { return ""; }
+    Ipv4Rows ipv4() const { return Ipv4Rows(device_); }
 
     const Device &device() const { return device_; }
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }

@@ -78,7 +78,9 @@ class Collectors(unittest.TestCase):
         known = {instance[0] for instance, _ in self.rows_of("ifIndex")}
         self.assertEqual(known, {2, 3, 4, 5})
         named = {int(text) for _, text in self.rows_of("ipAddressIfIndex")}
-        for name, place in (("ipNetToPhysicalState", 0), ("ipAddressPrefixOrigin", 0), ("ipIfStatsHCInOctets", 1),
+        named |= {int(text) for _, text in self.rows_of("ipAdEntIfIndex")}
+        for name, place in (("ipNetToPhysicalState", 0), ("ipNetToMediaType", 0), ("ipAddressPrefixOrigin", 0),
+                            ("ipIfStatsHCInOctets", 1),
                             ("ipDefaultRouterLifetime", -1), ("ipv6InterfaceEnableStatus", 0),
                             ("ipv6RouterAdvertSendAdverts", 0)):
             named |= {instance[place] for instance, _ in self.rows_of(name)}

@@ -19,7 +19,8 @@ script = os.path.dirname(os.path.abspath(__file__)) + "/snmp_info.pl"
 catalogue = Catalogue()
 METHODS = ["ipv6_n2p_mac", "ipv6_n2p_addr", "ipv6_n2p_if", "ipv6_n2p_type", "ipv6_n2p_state", "ipv6_index", "ipv6_type",
            "ipv6_pfx_origin", "ipv6_addr_prefix", "ipv6_addr_prefixlength", "ipv6_addr", "interfaces", "i_name",
-           "i_description", "i_up", "i_mac", "name", "description", "uptime", "device_type"]
+           "i_description", "i_up", "i_mac", "name", "description", "uptime", "device_type",
+           "ip_index", "ip_netmask"]
 
 
 def ask(agent, methods):
@@ -94,6 +95,10 @@ class SnmpInfo(unittest.TestCase):
             self.assertEqual(self.told["ipv6_addr_prefixlength"][row], length)
             network = address(map(int, prefix.split(".")[3:19]))
             self.assertIn(ipaddress.ip_address(self.told["ipv6_addr"][row]), ipaddress.ip_network(f"{network}/{length}"))
+
+    def test_ipv4_addresses(self):
+        self.assertEqual(self.told["ip_index"], {"192.0.2.1": "3", "192.0.2.129": "5", "203.0.113.53": "2"})
+        self.assertEqual(self.told["ip_netmask"]["192.0.2.129"], "255.255.255.192")
 
     def test_interfaces_to_join_with(self):
         names = {"2": "wan0", "3": "lan0", "4": "guest0", "5": "iptv0"}

@@ -4,6 +4,7 @@
 // Options: --log-packets writes a line for each packet that begins; --refuse makes the start fail.
 
 #include "e2e/scripted_interfaces.h"
+#include "e2e/scripted_ipv4.h"
 #include "scripted/call_log.h"
 #include "scripted/world.h"
 
@@ -145,7 +146,14 @@ void reload()
 
 extern "C" {
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = {
-    IPMIB_PLATFORM_HOOKS_VERSION,   start, stop, descriptor, dispatch, beginPacket, reload, nullptr,
-    &ipmib::e2e::scriptedInterfaces};
+const IpmibPlatformHooks ipmib_platform_hooks = {IPMIB_PLATFORM_HOOKS_VERSION,
+                                                 start,
+                                                 stop,
+                                                 descriptor,
+                                                 dispatch,
+                                                 beginPacket,
+                                                 reload,
+                                                 nullptr,
+                                                 &ipmib::e2e::scriptedInterfaces,
+                                                 &ipmib::e2e::scriptedIpv4};
 }

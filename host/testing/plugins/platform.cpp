@@ -55,5 +55,5 @@ constexpr std::uint32_t version = IPMIB_PLATFORM_HOOKS_VERSION;
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = {
-    version, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+    version, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
 #endif

@@ -21,4 +21,4 @@ void stop() {}
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = {
-    IPMIB_PLATFORM_HOOKS_VERSION, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+    IPMIB_PLATFORM_HOOKS_VERSION, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};

@@ -16,8 +16,9 @@ namespace ipmib::platform
 // A platform has start(const IpmibPlatformHost &), which answers with one line for the user when it fails,
 // descriptor(), dispatch(), beginPacket(), reload() and interfaceName(std::uint32_t ifIndex); what the interface tables
 // need: findInterface, interfaceAfter, traffic, interfaceCount and interfacesChangedMs, the first three of which answer
-// whether there was something to fill in; and beside it a function setRunning(Platform *) that puts it to its services,
-// or takes it away again with null.
+// whether there was something to fill in; what the IPv4 tables need: followIpv4(), which answers as start does, and
+// ipv4(), an object with findAddress, addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside
+// it a function setRunning(Platform *) that puts it to its services, or takes it away again with null.
 template <class Platform>
 class Hooks
 {
@@ -32,7 +33,8 @@ class Hooks
                 beginPacket,
                 reload,
                 interfaceName,
-                &interfaces};
+                &interfaces,
+                &ipv4};
     }
 
   private:
@@ -43,11 +45,16 @@ class Hooks
         const std::string failure = instance_->start(*host);
         if (!failure.empty()) {
             stop();
-            std::snprintf(error, capacity, "%s", failure.c_str());
-            return -1;
+            return fail(failure, error, capacity);
         }
         setRunning(instance_.get());
         return 0;
+    }
+
+    static int fail(const std::string &failure, char *error, std::size_t capacity)
+    {
+        std::snprintf(error, capacity, "%s", failure.c_str());
+        return -1;
     }
 
     static void stop()
@@ -108,6 +115,37 @@ class Hooks
 
     static constexpr IpmibInterfaceHooks interfaces = {findInterface, nextInterface, traffic, interfaceCount,
                                                        interfacesChangedMs};
+
+    static int followIpv4(char *error, std::size_t capacity)
+    {
+        const std::string failure = instance_ ? instance_->followIpv4() : "the platform has not started";
+        return failure.empty() ? 0 : fail(failure, error, capacity);
+    }
+
+    static constexpr int noRow = -1;
+
+    static int findIpv4Address(std::uint32_t address, IpmibIpv4Address *row)
+    {
+        return instance_ && instance_->ipv4().findAddress(address, *row) ? 0 : noRow;
+    }
+
+    static int nextIpv4Address(std::uint32_t address, IpmibIpv4Address *row)
+    {
+        return instance_ && instance_->ipv4().addressAfter(address, *row) ? 0 : noRow;
+    }
+
+    static int findIpv4Neighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour *row)
+    {
+        return instance_ && instance_->ipv4().findNeighbour(ifIndex, address, *row) ? 0 : noRow;
+    }
+
+    static int nextIpv4Neighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour *row)
+    {
+        return instance_ && instance_->ipv4().neighbourAfter(ifIndex, address, *row) ? 0 : noRow;
+    }
+
+    static constexpr IpmibIpv4Hooks ipv4 = {followIpv4, findIpv4Address, nextIpv4Address, findIpv4Neighbour,
+                                            nextIpv4Neighbour};
 
     static inline std::unique_ptr<Platform> instance_;
 };

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// One IPv6 address, as the kernel's messages tell of it.
+// One address of this node, as the kernel's messages tell of it.
 #include "addressing/address_message.h"
 
 #include "core/attributes.h"
 
-#include <linux/if_addr.h>
 #include <sys/socket.h>
 
 namespace ipmib::platform
@@ -15,22 +14,25 @@ namespace
 
 using Bytes = std::array<std::uint8_t, 16>;
 
-// The family header; null when the message is not about IPv6 on an interface.
-const ifaddrmsg *headerOf(const nlmsghdr &message)
+constexpr std::uint8_t longestIp4Prefix = 32;
+constexpr std::uint8_t longestIp6Prefix = 128;
+
+} // namespace
+
+const ifaddrmsg *addressHeader(const nlmsghdr &message, std::uint8_t family)
 {
     if (message.nlmsg_len < mnl_nlmsg_size(sizeof(ifaddrmsg))) {
         return nullptr;
     }
     const auto *header = static_cast<const ifaddrmsg *>(mnl_nlmsg_get_payload(&message));
-    const bool ours = header->ifa_family == AF_INET6 && header->ifa_index != 0 && header->ifa_prefixlen <= 128;
+    const std::uint8_t longest = family == AF_INET ? longestIp4Prefix : longestIp6Prefix;
+    const bool ours = header->ifa_family == family && header->ifa_index != 0 && header->ifa_prefixlen <= longest;
     return ours ? header : nullptr;
 }
 
-} // namespace
-
 bool parseAddress(const nlmsghdr &message, std::uint32_t now, Address &address)
 {
-    const ifaddrmsg *header = headerOf(message);
+    const ifaddrmsg *header = addressHeader(message, AF_INET6);
     if (header == nullptr) {
         return false;
     }
@@ -58,7 +60,7 @@ bool parseAddress(const nlmsghdr &message, std::uint32_t now, Address &address)
 
 bool parseAnycast(const nlmsghdr &message, Anycast &anycast)
 {
-    const ifaddrmsg *header = headerOf(message);
+    const ifaddrmsg *header = addressHeader(message, AF_INET6);
     if (header == nullptr) {
         return false;
     }

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// One IPv6 address, as the kernel's messages tell of it.
+// One address of this node, as the kernel's messages tell of it.
 #pragma once
 
 #include "addressing/deadline.h"
 #include "addressing/prefix_key.h"
 
 #include <libmnl/libmnl.h>
+#include <linux/if_addr.h>
 
 namespace ipmib::platform
 {
 
+// An IPv6 address.
 struct Address {
     PackedAddress address;
     std::uint32_t ifIndex;
@@ -23,6 +25,9 @@ struct Address {
 
     PrefixKey prefix() const { return PrefixKey::of(ifIndex, address, length); }
 };
+
+// The family header of a message about addresses on an interface; null when it is about another family.
+const ifaddrmsg *addressHeader(const nlmsghdr &message, std::uint8_t family);
 
 // Of an RTM_NEWADDR or RTM_DELADDR message; false when it is not about an IPv6 address. Now is in seconds since boot.
 bool parseAddress(const nlmsghdr &message, std::uint32_t now, Address &address);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Single questions about the kernel's IPv6 neighbour cache.
+// Single questions about the kernel's neighbour cache.
 #include "neighbours/kernel_neighbours.h"
 
 #include "core/attributes.h"
@@ -17,21 +17,23 @@ NeighbourNews KernelNeighbours::ask(const NeighbourKey &key, Neighbour &neighbou
 {
     RtnetlinkRequest request(RTM_GETNEIGH, 0);
     ndmsg &header = request.family<ndmsg>();
-    header.ndm_family = AF_INET6;
+    header.ndm_family = family_;
     header.ndm_ifindex = static_cast<int>(key.ifIndex);
     std::uint8_t address[16];
     key.copyAddress(address);
-    mnl_attr_put(request.message(), NDA_DST, sizeof address, address);
+    const std::size_t size = addressSize(family_);
+    mnl_attr_put(request.message(), NDA_DST, size, address + sizeof address - size);
     NeighbourNews news = NeighbourNews::ignored;
-    const int error = socket_.ask(
-        request, [&](const nlmsghdr &message) { news = readNeighbour(message, millisecondsSinceBoot(), neighbour); });
+    const int error = socket_.ask(request, [&](const nlmsghdr &message) {
+        news = readNeighbour(message, family_, millisecondsSinceBoot(), neighbour);
+    });
     return error == ENOENT || error == ENODEV ? NeighbourNews::gone : news;
 }
 
 std::optional<NeighbourEntryCounts> KernelNeighbours::counts()
 {
     RtnetlinkRequest request(RTM_GETNEIGHTBL, NLM_F_DUMP);
-    request.family<ndtmsg>().ndtm_family = AF_INET6;
+    request.family<ndtmsg>().ndtm_family = family_;
     if (!socket_.send(request)) {
         return std::nullopt;
     }

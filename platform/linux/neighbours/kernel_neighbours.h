@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Single questions about the kernel's IPv6 neighbour cache.
+// Single questions about the kernel's neighbour cache.
 #pragma once
 
 #include "core/rtnetlink.h"
@@ -20,6 +20,10 @@ struct NeighbourEntryCounts {
 class KernelNeighbours
 {
   public:
+    explicit KernelNeighbours(std::uint8_t family) : family_(family) {}
+
+    // AF_INET6 or AF_INET.
+    std::uint8_t family() const { return family_; }
     bool open() { return socket_.open(); }
     const std::string &error() const { return socket_.error(); }
 
@@ -29,6 +33,7 @@ class KernelNeighbours
     std::optional<NeighbourEntryCounts> counts();
 
   private:
+    std::uint8_t family_;
     Rtnetlink socket_;
 };
 

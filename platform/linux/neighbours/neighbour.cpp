@@ -6,6 +6,7 @@
 
 #include <linux/neighbour.h>
 #include <linux/rtnetlink.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -60,7 +61,12 @@ std::uint32_t lastUpdated(const Attributes<NDA_MAX> &attributes, std::uint64_t n
 
 } // namespace
 
-NeighbourNews readNeighbour(const nlmsghdr &message, std::uint64_t nowMs, Neighbour &neighbour)
+std::size_t addressSize(std::uint8_t family)
+{
+    return family == AF_INET ? sizeof(in_addr) : sizeof(in6_addr);
+}
+
+NeighbourNews readNeighbour(const nlmsghdr &message, std::uint8_t family, std::uint64_t nowMs, Neighbour &neighbour)
 {
     if ((message.nlmsg_type != RTM_NEWNEIGH && message.nlmsg_type != RTM_DELNEIGH) ||
         message.nlmsg_len < mnl_nlmsg_size(sizeof(ndmsg))) {
@@ -68,11 +74,14 @@ NeighbourNews readNeighbour(const nlmsghdr &message, std::uint64_t nowMs, Neighb
     }
     const auto &header = *static_cast<const ndmsg *>(mnl_nlmsg_get_payload(&message));
     const Attributes<NDA_MAX> attributes(message, sizeof(ndmsg));
-    std::uint8_t address[16];
-    // The group also announces IPv4 neighbours, forwarding entries of bridges, and addresses that we answer for in
-    // place of others: a proxied address is no neighbour, and its entry stands beside that of a neighbour.
-    if (header.ndm_family != AF_INET6 || header.ndm_ifindex <= 0 || (header.ndm_flags & NTF_PROXY) != 0 ||
-        attributes.copyBytes(NDA_DST, address, sizeof address) != sizeof address) {
+    // Shorter addresses stand at the end, as numbers do.
+    std::uint8_t address[sizeof(in6_addr)] = {};
+    const std::size_t size = addressSize(family);
+    // The group also announces neighbours of other families, forwarding entries of bridges, and addresses that we
+    // answer for in place of others: a proxied address is no neighbour, and its entry stands beside that of a
+    // neighbour.
+    if (header.ndm_family != family || header.ndm_ifindex <= 0 || (header.ndm_flags & NTF_PROXY) != 0 ||
+        attributes.copyBytes(NDA_DST, address + sizeof address - size, size) != size) {
         return NeighbourNews::ignored;
     }
     const NeighbourKey key = NeighbourKey::of(static_cast<std::uint32_t>(header.ndm_ifindex), address);

@@ -115,7 +115,7 @@ class Recorder : public KernelTable
     void rebuildWith(const nlmsghdr &message) override
     {
         Neighbour row;
-        if (readNeighbour(message, 0, row) == NeighbourNews::present) {
+        if (readNeighbour(message, AF_INET6, 0, row) == NeighbourNews::present) {
             keys_.push_back(row.key());
         }
         table_.rebuildWith(message);
@@ -165,7 +165,7 @@ TEST_F(NeighboursNetns, rowsThatADumpPassesOverStay)
     const netns::Inside inside(*space_);
     EventLoop loop;
     DumpQueue dumps;
-    KernelNeighbours kernel;
+    KernelNeighbours kernel(AF_INET6);
     NeighbourTable table(kernel);
     Recorder recorder(table);
     Mirror mirror(recorder, dumps);

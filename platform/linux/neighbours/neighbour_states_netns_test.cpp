@@ -74,7 +74,7 @@ TEST_F(NeighboursNetns, aLinkLayerAddressOfAnotherLengthIsZeros)
     header.ndm_state = NUD_REACHABLE;
     mnl_attr_put(message.message(), NDA_DST, 16, addressOf("2001:db8::1").data());
     mnl_attr_put(message.message(), NDA_LLADDR, 8, "\x02\x00\x00\x00\x00\x00\x00\x01");
-    ASSERT_EQ(readNeighbour(*message.message(), 0, neighbour), NeighbourNews::present);
+    ASSERT_EQ(readNeighbour(*message.message(), AF_INET6, 0, neighbour), NeighbourNews::present);
     EXPECT_EQ(linkLayerText(neighbour.linkLayer), "00:00:00:00:00:00");
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv6 neighbours of this network namespace, by interface and address.
+// The neighbours of one address family in this network namespace, by interface and address.
 #include "neighbours/neighbour_table.h"
 
 #include "core/boot_time.h"
@@ -41,10 +41,15 @@ bool NeighbourTable::mayBeBehind()
     return !now || now->made - counts_->made != added_ || now->destroyed - counts_->destroyed != removed_;
 }
 
+const char *NeighbourTable::name() const
+{
+    return kernel_.family() == AF_INET ? "IPv4 neighbours" : "neighbours";
+}
+
 RtnetlinkRequest NeighbourTable::dump(std::size_t) const
 {
     RtnetlinkRequest request(RTM_GETNEIGH, NLM_F_DUMP);
-    request.family<ndmsg>().ndm_family = AF_INET6;
+    request.family<ndmsg>().ndm_family = kernel_.family();
     return request;
 }
 
@@ -59,7 +64,7 @@ void NeighbourTable::beginRebuild()
 void NeighbourTable::rebuildWith(const nlmsghdr &message)
 {
     Neighbour neighbour;
-    if (readNeighbour(message, millisecondsSinceBoot(), neighbour) == NeighbourNews::present) {
+    if (readNeighbour(message, kernel_.family(), millisecondsSinceBoot(), neighbour) == NeighbourNews::present) {
         keepStamp(neighbour);
         fresh_.put(neighbour);
     }
@@ -106,7 +111,7 @@ void NeighbourTable::keepWhatTheDumpPassedOver()
 void NeighbourTable::apply(const nlmsghdr &message)
 {
     Neighbour neighbour;
-    const NeighbourNews news = readNeighbour(message, millisecondsSinceBoot(), neighbour);
+    const NeighbourNews news = readNeighbour(message, kernel_.family(), millisecondsSinceBoot(), neighbour);
     removed_ += message.nlmsg_type == RTM_DELNEIGH && news == NeighbourNews::gone ? 1 : 0;
     take(news, neighbour);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv6 neighbours of this network namespace, by interface and address.
+// The neighbours of one address family in this network namespace, by interface and address.
 #pragma once
 
 #include "core/mirror.h"
@@ -16,6 +16,7 @@ class NeighbourTable : public KernelTable
 
     // Pointers are good until the table changes.
     const Neighbour *find(const NeighbourKey &key) const { return rows_.find(key); }
+    const Neighbour *after(const NeighbourKey &key) const { return rows_.after(key); }
     // The next one of the key's interface, outside or inside fe80::/10; null for none.
     const Neighbour *afterGlobal(const NeighbourKey &key) const { return platform::afterGlobal(rows_, key); }
     const Neighbour *afterLinkLocal(const NeighbourKey &key) const { return platform::afterLinkLocal(rows_, key); }
@@ -34,7 +35,7 @@ class NeighbourTable : public KernelTable
     // Whether the last reading may have passed rows over.
     bool readingMayBeIncomplete() const { return incomplete_; }
 
-    const char *name() const override { return "neighbours"; }
+    const char *name() const override;
     std::vector<unsigned> groups() const override { return {RTNLGRP_NEIGH}; }
     RtnetlinkRequest dump(std::size_t which) const override;
     void beginRebuild() override;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv6 neighbours as services see them: the mirror, looked after where the kernel does not announce all it does.
+// The neighbours of one address family as services see them: the mirror, looked after where the kernel does not
+// announce all it does.
 #include "neighbours/neighbours.h"
 
 namespace ipmib::platform
@@ -20,10 +21,10 @@ constexpr int readingsAtStart = 3; // of a table that changes meanwhile
 std::string Neighbours::start(EventLoop &loop, int receiveBuffer)
 {
     if (!kernel_.open()) {
-        return "neighbours: cannot open a netlink socket: " + kernel_.error();
+        return std::string(table_.name()) + ": cannot open a netlink socket: " + kernel_.error();
     }
     if (!rest_.open(loop, [] {})) {
-        return "neighbours: cannot create a timer";
+        return std::string(table_.name()) + ": cannot create a timer";
     }
     std::string error = mirror_.start(loop, receiveBuffer);
     for (int i = 1; error.empty() && table_.readingMayBeIncomplete() && i < readingsAtStart; ++i) {
@@ -42,6 +43,12 @@ const Neighbour *Neighbours::find(const NeighbourKey &key)
     }
     table_.update(key);
     return table_.find(key);
+}
+
+const Neighbour *Neighbours::after(const NeighbourKey &key)
+{
+    catchUp();
+    return table_.after(key);
 }
 
 const Neighbour *Neighbours::afterGlobal(const NeighbourKey &key)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv6 neighbours as services see them: the mirror, looked after where the kernel does not announce all it does.
+// The neighbours of one address family as services see them: the mirror, looked after where the kernel does not
+// announce all it does.
 #pragma once
 
 #include "neighbours/neighbour_table.h"
@@ -10,13 +11,15 @@ namespace ipmib::platform
 class Neighbours
 {
   public:
-    explicit Neighbours(DumpQueue &dumps) : dumps_(dumps) {}
+    // Of AF_INET6 or AF_INET.
+    Neighbours(DumpQueue &dumps, std::uint8_t family) : dumps_(dumps), kernel_(family) {}
 
     // The answer, when it fails, is one line for the user.
     std::string start(EventLoop &loop, int receiveBuffer);
 
     // Null for none. Pointers are good until the next call.
     const Neighbour *find(const NeighbourKey &key);
+    const Neighbour *after(const NeighbourKey &key);
     const Neighbour *afterGlobal(const NeighbourKey &key);
     const Neighbour *afterLinkLocal(const NeighbourKey &key);
 

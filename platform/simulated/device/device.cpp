@@ -169,4 +169,39 @@ const Router *Device::routerAfter(RouterClass of, const RouterKey &key) const
     return row;
 }
 
+bool Device::runsIpv4(std::uint32_t ifIndex) const
+{
+    const Interface *interface = ip4Down.covers(time_) ? nullptr : find(ifIndex);
+    return interface != nullptr && interface->runs(time_);
+}
+
+const Ipv4Address *Device::ipv4Address(std::uint32_t address) const
+{
+    const Ipv4Address *row = ipv4Addresses_.find(address);
+    return row != nullptr && runsIpv4(row->ifIndex) ? row : nullptr;
+}
+
+const Ipv4Address *Device::ipv4AddressAfter(std::uint32_t address) const
+{
+    const Ipv4Address *row = ipv4Addresses_.after(address);
+    while (row != nullptr && !runsIpv4(row->ifIndex)) {
+        row = ipv4Addresses_.after(row->address);
+    }
+    return row;
+}
+
+const Neighbour *Device::ipv4Neighbour(const NeighbourKey &key) const
+{
+    return runsIpv4(key.ifIndex) ? ipv4Neighbours_.find(key) : nullptr;
+}
+
+const Neighbour *Device::ipv4NeighbourAfter(const NeighbourKey &key) const
+{
+    const Neighbour *row = ipv4Neighbours_.after(key);
+    while (row != nullptr && !runsIpv4(row->ifIndex)) {
+        row = ipv4Neighbours_.after(NeighbourKey{row->ifIndex, UINT64_MAX, UINT64_MAX});
+    }
+    return row;
+}
+
 } // namespace ipmib::simulated

@@ -42,6 +42,12 @@ class Device
     bool add(const Router &router);
     bool add(const Prefix &prefix) { return prefixes_.find(prefix.key()) == nullptr && prefixes_.put(prefix); }
 
+    bool add(const Ipv4Address &row) { return ipv4Addresses_.find(row.address) == nullptr && ipv4Addresses_.put(row); }
+    bool addIpv4(const Neighbour &row)
+    {
+        return ipv4Neighbours_.find(row.key()) == nullptr && ipv4Neighbours_.put(row);
+    }
+
     const Addresses &addresses() const { return addresses_; }
     const NeighbourRows &neighbours() const { return neighbours_; }
 
@@ -78,7 +84,13 @@ class Device
     const Router *firstRouter(RouterClass of) const { return routerAfter(of, {PackedAddress{}, 0}); }
     const Router *routerAfter(RouterClass of, const RouterKey &key) const;
 
+    const Ipv4Address *ipv4Address(std::uint32_t address) const;
+    const Ipv4Address *ipv4AddressAfter(std::uint32_t address) const;
+    const Neighbour *ipv4Neighbour(const NeighbourKey &key) const;
+    const Neighbour *ipv4NeighbourAfter(const NeighbourKey &key) const;
+
   private:
+    bool runsIpv4(std::uint32_t ifIndex) const;
     const Prefix *visible(std::uint32_t ifIndex, const Prefix *prefix) const;
     const Routers &routers(RouterClass of) const
     {
@@ -91,6 +103,8 @@ class Device
     Addresses addresses_; // outside fe80::/10
     Prefixes prefixes_;
     NeighbourRows neighbours_;
+    Ipv4Addresses ipv4Addresses_;
+    NeighbourRows ipv4Neighbours_;
     Routers globalRouters_;
     Routers linkLocalRouters_;
     Time time_ = 0;

@@ -59,6 +59,15 @@ struct Address {
 };
 using Addresses = OrderedTable<Address, ByKey<Address, PackedAddress>>;
 
+struct Ipv4Address {
+    std::uint32_t address; // 192.0.2.1 is 0xC0000201
+    std::uint32_t ifIndex;
+    std::uint8_t length; // bits of the prefix
+
+    std::uint32_t key() const { return address; }
+};
+using Ipv4Addresses = OrderedTable<Ipv4Address, ByKey<Ipv4Address, std::uint32_t>>;
+
 struct Prefix {
     PackedAddress prefix;
     std::uint32_t ifIndex;

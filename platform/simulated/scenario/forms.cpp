@@ -3,6 +3,7 @@
 #include "scenario/forms.h"
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
 
 #include <charconv>
 
@@ -20,23 +21,52 @@ std::optional<PackedAddress> parseAddress(const std::string &text)
     return PackedAddress::of(&bytes);
 }
 
-std::optional<AddressAndLength> parseWithLength(const std::string &text)
+std::optional<std::uint32_t> parseIpv4Address(const std::string &text)
+{
+    in_addr bytes;
+    if (inet_pton(AF_INET, text.c_str(), &bytes) != 1) {
+        return std::nullopt;
+    }
+    return ntohl(bytes.s_addr);
+}
+
+// The number behind the slash.
+std::optional<std::uint8_t> parseLength(const std::string &text, std::size_t slash, std::uint8_t longest)
+{
+    std::uint8_t length = 0;
+    const char *const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data() + slash + 1, end, length);
+    return error == std::errc() && rest == end && length <= longest ? std::optional(length) : std::nullopt;
+}
+
+// An address and the length of its prefix, by the address's parser.
+template <class Result, class Parser>
+std::optional<Result> parseWithLength(const std::string &text, Parser parse, std::uint8_t longest)
 {
     const auto slash = text.find('/');
     if (slash == std::string::npos) {
         return std::nullopt;
     }
-    const auto address = parseAddress(text.substr(0, slash));
-    AddressAndLength result{address.value_or(PackedAddress{}), 0};
-    const char *const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data() + slash + 1, end, result.length);
-    return address && error == std::errc() && rest == end && result.length <= 128 ? std::optional(result)
-                                                                                  : std::nullopt;
+    const auto address = parse(text.substr(0, slash));
+    const auto length = parseLength(text, slash, longest);
+    return address && length ? std::optional(Result{*address, *length}) : std::nullopt;
+}
+
+std::optional<AddressAndLength> parseIpv6WithLength(const std::string &text)
+{
+    return parseWithLength<AddressAndLength>(text, parseAddress, 128);
 }
 
 void requireUnicast(const Value &value, const PackedAddress &address)
 {
     if (address == PackedAddress{} || address.isMulticast()) {
+        value.refuse("an address that one node has");
+    }
+}
+
+void requireUnicast(const Value &value, std::uint32_t ipv4)
+{
+    if (ipv4 == INADDR_ANY || ipv4 == INADDR_BROADCAST || IN_MULTICAST(ipv4)) {
         value.refuse("an address that one node has");
     }
 }
@@ -64,7 +94,7 @@ PackedAddress readAddress(const Value &value)
 AddressAndLength readAddressAndLength(const Value &value)
 {
     constexpr const char *expected = "an IPv6 address and the length of its prefix like \"2001:db8::1/64\"";
-    const auto read = parseWithLength(value.text(expected));
+    const auto read = parseIpv6WithLength(value.text(expected));
     if (!read) {
         value.refuse(expected);
     }
@@ -75,10 +105,32 @@ AddressAndLength readAddressAndLength(const Value &value)
 AddressAndLength readPrefix(const Value &value)
 {
     constexpr const char *expected = "an IPv6 prefix like \"2001:db8::/64\"";
-    const auto read = parseWithLength(value.text(expected));
+    const auto read = parseIpv6WithLength(value.text(expected));
     if (!read || read->address.masked(read->length) != read->address) {
         value.refuse(expected);
     }
+    return *read;
+}
+
+std::uint32_t readIpv4Address(const Value &value)
+{
+    constexpr const char *expected = "an IPv4 address like \"192.0.2.1\"";
+    const auto address = parseIpv4Address(value.text(expected));
+    if (!address) {
+        value.refuse(expected);
+    }
+    requireUnicast(value, *address);
+    return *address;
+}
+
+Ipv4AddressAndLength readIpv4AddressAndLength(const Value &value)
+{
+    constexpr const char *expected = "an IPv4 address and the length of its prefix like \"192.0.2.1/24\"";
+    const auto read = parseWithLength<Ipv4AddressAndLength>(value.text(expected), parseIpv4Address, 32);
+    if (!read) {
+        value.refuse(expected);
+    }
+    requireUnicast(value, read->address);
     return *read;
 }
 

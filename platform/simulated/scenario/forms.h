@@ -8,6 +8,11 @@
 namespace ipmib::simulated
 {
 
+struct Ipv4AddressAndLength {
+    std::uint32_t address;
+    std::uint8_t length; // bits
+};
+
 struct AddressAndLength {
     PackedAddress address;
     std::uint8_t length; // bits
@@ -19,6 +24,9 @@ PackedAddress readAddress(const Value &value);
 AddressAndLength readAddressAndLength(const Value &value);
 // A prefix: nothing but zeros behind its length.
 AddressAndLength readPrefix(const Value &value);
+// The same for IPv4.
+std::uint32_t readIpv4Address(const Value &value);
+Ipv4AddressAndLength readIpv4AddressAndLength(const Value &value);
 Mac readMac(const Value &value);
 // Seconds, or "infinite".
 std::uint32_t readLifetime(const Value &value, std::uint32_t longest = platform::infiniteLifetime - 1);

@@ -174,6 +174,7 @@ void readInterface(const Value &value, Device &device)
     } else {
         refuseIp6(object);
     }
+    readIpv4Rows(object, *interface, device);
     object.finish();
 }
 

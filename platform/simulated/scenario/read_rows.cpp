@@ -33,6 +33,9 @@ constexpr Word neighbourTypes[] = {{"dynamic", static_cast<std::uint32_t>(Neighb
                                    {"static", static_cast<std::uint32_t>(NeighbourType::fixed)},
                                    {"local", static_cast<std::uint32_t>(NeighbourType::local)},
                                    {"invalid", static_cast<std::uint32_t>(NeighbourType::invalid)}};
+constexpr Word ipv4NeighbourTypes[] = {{"dynamic", static_cast<std::uint32_t>(NeighbourType::dynamic)},
+                                       {"static", static_cast<std::uint32_t>(NeighbourType::fixed)},
+                                       {"invalid", static_cast<std::uint32_t>(NeighbourType::invalid)}};
 constexpr Word neighbourStates[] = {{"reachable", static_cast<std::uint32_t>(NeighbourState::reachable)},
                                     {"stale", static_cast<std::uint32_t>(NeighbourState::stale)},
                                     {"delay", static_cast<std::uint32_t>(NeighbourState::delay)},
@@ -56,6 +59,14 @@ std::uint32_t prefixOriginOf(const Address &address)
         return prefixOriginRouter;
     default:
         return prefixOriginOther;
+    }
+}
+
+template <class Visit>
+void eachOf(Object &object, const char *name, Visit visit)
+{
+    if (const auto list = object.find(name)) {
+        list->each(visit);
     }
 }
 
@@ -139,20 +150,38 @@ Prefix readFullPrefix(const Value &value, std::uint32_t ifIndex)
     return prefix;
 }
 
+void readLinkLayer(Object &object, Neighbour &neighbour)
+{
+    if (const auto mac = object.find("mac")) {
+        const Mac bytes = readMac(*mac);
+        std::copy(bytes.begin(), bytes.end(), neighbour.linkLayer);
+    }
+}
+
 Neighbour readNeighbour(const Value &value, std::uint32_t ifIndex, const Device &device)
 {
     Object object(value);
     const PackedAddress address = readAddress(object.need("address"));
     Neighbour neighbour{address.high, address.low, ifIndex, 0, {}, NeighbourType::dynamic, NeighbourState::reachable};
-    if (const auto mac = object.find("mac")) {
-        const Mac bytes = readMac(*mac);
-        std::copy(bytes.begin(), bytes.end(), neighbour.linkLayer);
-    }
+    readLinkLayer(object, neighbour);
     neighbour.type =
         static_cast<NeighbourType>(object.word("type", static_cast<std::uint32_t>(neighbour.type), neighbourTypes));
     neighbour.state =
         static_cast<NeighbourState>(object.word("state", static_cast<std::uint32_t>(neighbour.state), neighbourStates));
     neighbour.lastUpdatedS = object.number("updated", device.uptimeS, 0, latest);
+    object.finish();
+    return neighbour;
+}
+
+// What is not resolved has no link-layer address, and says so by its type.
+Neighbour readIpv4Neighbour(const Value &value, std::uint32_t ifIndex)
+{
+    Object object(value);
+    const std::uint32_t address = readIpv4Address(object.need("address"));
+    Neighbour neighbour{0, address, ifIndex, 0, {}, NeighbourType::dynamic, NeighbourState::reachable};
+    readLinkLayer(object, neighbour);
+    neighbour.type =
+        static_cast<NeighbourType>(object.word("type", static_cast<std::uint32_t>(neighbour.type), ipv4NeighbourTypes));
     object.finish();
     return neighbour;
 }
@@ -184,25 +213,36 @@ bool addAddress(const Address &address, Device &device)
 
 void readRows(Object &object, Interface &interface, Device &device)
 {
-    const auto each = [&object](const char *name, auto visit) {
-        if (const auto list = object.find(name)) {
-            list->each(visit);
-        }
-    };
-    each("prefixes", [&](const Value &value) { // before addresses, which bring along those that are not listed
+    // Prefixes before addresses, which bring along those that are not listed.
+    eachOf(object, "prefixes", [&](const Value &value) {
         if (!device.add(readFullPrefix(value, interface.ifIndex))) {
             value.fail("the interface has this prefix already");
         }
     });
-    each("addresses", [&](const Value &value) { readAddressOf(value, interface, device); });
-    each("neighbours", [&](const Value &value) {
+    eachOf(object, "addresses", [&](const Value &value) { readAddressOf(value, interface, device); });
+    eachOf(object, "neighbours", [&](const Value &value) {
         if (!device.add(readNeighbour(value, interface.ifIndex, device))) {
             value.fail("the interface has this neighbour already");
         }
     });
-    each("routers", [&](const Value &value) {
+    eachOf(object, "routers", [&](const Value &value) {
         if (!device.add(readRouter(value, interface.ifIndex))) {
             value.fail("the interface has this router already");
+        }
+    });
+}
+
+void readIpv4Rows(Object &object, const Interface &interface, Device &device)
+{
+    eachOf(object, "ipv4Addresses", [&](const Value &value) {
+        const Ipv4AddressAndLength read = readIpv4AddressAndLength(value);
+        if (!device.add(Ipv4Address{read.address, interface.ifIndex, read.length})) {
+            value.fail("the device has this address already");
+        }
+    });
+    eachOf(object, "ipv4Neighbours", [&](const Value &value) {
+        if (!device.addIpv4(readIpv4Neighbour(value, interface.ifIndex))) {
+            value.fail("the interface has this neighbour already");
         }
     });
 }

@@ -171,7 +171,7 @@ extern "C" {
 
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
 const IpmibPlatformHooks ipmib_platform_hooks = {
-    IPMIB_PLATFORM_HOOKS_VERSION, start, nothing, descriptor, nothing, nothing, nothing, nullptr, nullptr};
+    IPMIB_PLATFORM_HOOKS_VERSION, start, nothing, descriptor, nothing, nothing, nothing, nullptr, nullptr, nullptr};
 
 std::uint32_t IP6_DaemonCheck(std::uint32_t)
 {

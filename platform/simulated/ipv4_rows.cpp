@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// A simulated device's IPv4 rows at this moment, as the agent's IPv4 tables want them.
+#include "ipv4_rows.h"
+
+#include "ipv4_neighbour.h"
+
+namespace ipmib::simulated
+{
+namespace
+{
+
+constexpr std::uint8_t allOnes = 1; // how every interface broadcasts
+constexpr std::uint16_t largestDatagram = 65535;
+
+bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
+{
+    if (address == nullptr) {
+        return false;
+    }
+    row = {address->address, address->ifIndex, address->length, allOnes, largestDatagram};
+    return true;
+}
+
+bool fill(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
+{
+    if (neighbour == nullptr) {
+        return false;
+    }
+    platform::describe(*neighbour, row);
+    return true;
+}
+
+} // namespace
+
+bool Ipv4Rows::findAddress(std::uint32_t address, IpmibIpv4Address &row) const
+{
+    return fill(device_.ipv4Address(address), row);
+}
+
+bool Ipv4Rows::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
+{
+    return fill(device_.ipv4AddressAfter(address), row);
+}
+
+bool Ipv4Rows::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row) const
+{
+    return fill(device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
+}
+
+bool Ipv4Rows::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row) const
+{
+    return fill(device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
+}
+
+} // namespace ipmib::simulated
