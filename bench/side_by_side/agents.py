@@ -80,6 +80,7 @@ class Agent:
         return peak / 1024
 
     def idle_ms(self, seconds):
+        time.sleep(3)  # what the last question has begun may end
         before = self.processor_ms()
         time.sleep(seconds)
         return self.processor_ms() - before
