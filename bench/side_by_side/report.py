@@ -5,7 +5,7 @@ import statistics
 import subprocess
 
 # Why we lose where we lose, by table.
-FRESH = "each packet reads the kernel's counters, snmpd's are up to half a minute old"
+FRESH = "each packet reads the kernel's counters, snmpd answers from a cache"
 REASONS = {
     "ipSystemStatsTable": FRESH,
     "ipIfStatsTable": FRESH,

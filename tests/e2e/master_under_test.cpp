@@ -156,4 +156,16 @@ Words MasterTest::steady(Words rows)
     return rows;
 }
 
+void expectAdditionsAlone(const Words &before, const Words &after)
+{
+    const std::set<Identifier> identifiers = identifiersOf(after);
+    for (const std::string &row : before) {
+        EXPECT_TRUE(identifiers.contains(identifierOf(row))) << row;
+    }
+    for (const char *table : {".1.3.6.1.2.1.4.30", ".1.3.6.1.2.1.4.39", ".1.3.6.1.2.1.4.31.3.1.3.1"}) {
+        EXPECT_TRUE(rowsBelow(before, table).empty()) << table;
+        EXPECT_FALSE(rowsBelow(after, table).empty()) << table;
+    }
+}
+
 } // namespace ipmib::e2e
