@@ -146,7 +146,7 @@ void reload()
 
 extern "C" {
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = {IPMIB_PLATFORM_HOOKS_VERSION,
+const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
                                                  start,
                                                  stop,
                                                  descriptor,
@@ -155,5 +155,7 @@ const IpmibPlatformHooks ipmib_platform_hooks = {IPMIB_PLATFORM_HOOKS_VERSION,
                                                  reload,
                                                  nullptr,
                                                  &ipmib::e2e::scriptedInterfaces,
-                                                 &ipmib::e2e::scriptedIpv4};
+                                                 &ipmib::e2e::scriptedIpv4,
+                                                 nullptr,
+                                                 nullptr};
 }

@@ -25,7 +25,7 @@ class Hooks
   public:
     static constexpr IpmibPlatformHooks record()
     {
-        return {IPMIB_PLATFORM_HOOKS_VERSION,
+        return {sizeof(IpmibPlatformHooks),
                 start,
                 stop,
                 descriptor,
@@ -34,7 +34,9 @@ class Hooks
                 reload,
                 interfaceName,
                 &interfaces,
-                &ipv4};
+                &ipv4,
+                nullptr,
+                nullptr};
     }
 
   private:
