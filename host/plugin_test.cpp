@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -112,6 +114,14 @@ TEST_F(PluginTest, namesTheFileThatIsNoLibrary)
     options.module = ::testing::TempDir() + "no_library.so";
     std::ofstream(options.module) << std::string(1000, '-');
     EXPECT_EQ(error(), options.module + ": invalid ELF header");
+    std::filesystem::remove(options.module);
+}
+
+TEST_F(PluginTest, doesNotWaitForAPipe)
+{
+    options.module = ::testing::TempDir() + "pipe.so";
+    ASSERT_EQ(mkfifo(options.module.c_str(), 0600), 0);
+    EXPECT_EQ(error(), options.module + ": it is a pipe");
     std::filesystem::remove(options.module);
 }
 
