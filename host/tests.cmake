@@ -12,7 +12,7 @@ add_library(ipmib_host_testing STATIC
     testing/test_tree.cpp)
 target_link_libraries(ipmib_host_testing PRIVATE ipmib_options PUBLIC ipmib_host GTest::gtest)
 
-ipmib_test(host_property_test SOURCES resolver_property_test.cpp LIBS ipmib_host_testing)
+ipmib_test(host_property_test SOURCES merged_property_test.cpp resolver_property_test.cpp LIBS ipmib_host_testing)
 
 # The module in the same program, over the scripted platform; its message layer is the host's.
 ipmib_test(host_whole_module_test
@@ -26,6 +26,7 @@ ipmib_test(host_unit_test
     message_test.cpp
     registry_test.cpp
     resolver_test.cpp
+    row_source_test.cpp
     syntax_test.cpp
     LIBS ipmib_host_testing)
 
