@@ -11,6 +11,7 @@
 #include <ipmib/platform_hooks.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace
@@ -98,6 +99,8 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
         const char *name = given->options[i].name;
         if (std::strcmp(name, "log-packets") == 0) {
             logsPackets = true;
+        } else if (std::strcmp(name, "vanished-interface") == 0) {
+            ipmib::e2e::letVanish(static_cast<std::uint32_t>(std::atoi(given->options[i].value)));
         } else {
             std::snprintf(error, capacity, std::strcmp(name, "refuse") == 0 ? "told to refuse" : "unknown option --%s",
                           name);
