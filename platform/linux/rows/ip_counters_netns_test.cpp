@@ -68,12 +68,13 @@ class IpCountersNetns : public testing::Test
 
     void makeTraffic() const
     {
-        there_->run("ping -q -c 3 -i 0.2 10.0.0.1 >/dev/null; ping -q -c 2 -i 0.2 -s 4000 10.0.0.1 >/dev/null;"
-                    "ping -q -c 2 -i 0.2 2001:db8::1 >/dev/null; ping -q -c 1 -W 1 203.0.113.9 >/dev/null;"
-                    "ping -q -b -c 1 -W 1 10.0.0.255 >/dev/null 2>&1; ping -q -c 1 -W 1 224.0.0.1 >/dev/null; true");
+        there_->run(
+            "ping -q -c 3 -i 0.01 10.0.0.1 >/dev/null; ping -q -c 2 -i 0.01 -s 4000 10.0.0.1 >/dev/null;"
+            "ping -q -c 2 -i 0.01 2001:db8::1 >/dev/null; ping -q -c 1 -W 0.2 203.0.113.9 >/dev/null;"
+            "ping -q -b -c 1 -W 0.2 10.0.0.255 >/dev/null 2>&1; ping -q -c 1 -W 0.2 224.0.0.1 >/dev/null; true");
         here_->run("for to in 10.0.0.2 2001:db8::2 127.0.0.1; do"
                    " bash -c \"echo x >/dev/udp/$to/9; echo y >/dev/udp/$to/9; : >/dev/tcp/$to/9\" 2>/dev/null; done;"
-                   "ping -q -c 1 -W 1 10.0.0.2 >/dev/null");
+                   "ping -q -c 1 -W 0.2 10.0.0.2 >/dev/null");
     }
 
     // A reading of the platform between two equal ones of the kernel, for a network is never still for long.
