@@ -7,7 +7,7 @@ ipmib_test(platform_linux_test
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test
-    SOURCES counters/counters_netns_test.cpp links/links_netns_test.cpp
+    SOURCES core/mirror_netns_test.cpp counters/counters_netns_test.cpp links/links_netns_test.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(radvd_test
