@@ -21,6 +21,7 @@ ipmib_test(host_whole_module_test
 ipmib_test(host_unit_test
     SOURCES
     allocation_test.cpp
+    command_line_test.cpp
     hostile_module_test.cpp
     key_below_test.cpp
     message_test.cpp
