@@ -3,7 +3,7 @@
 
 #include "event_loop.h"
 
-#include "net_snmp.h"
+#include "log.h"
 #include "service_watchdog.h"
 
 #include <sys/signalfd.h>
@@ -66,6 +66,7 @@ EventLoop::~EventLoop()
 void EventLoop::run(const std::function<void()> &reload)
 {
     const ServiceWatchdog watchdog;
+    const LimitedLog limitedLog;
     while (!stopping_) {
         wait();
         if (reloading_ && !stopping_) {
@@ -103,6 +104,9 @@ void EventLoop::wait()
         netsnmp_dispatch_external_events2(&ready, readable.get(), writable.get(), exceptional.get());
     }
     if (ready > 0) {
+        if (choose_) {
+            choose_(*readable.get());
+        }
         snmp_read2(readable.get());
     } else if (ready == 0) {
         snmp_timeout();

@@ -2,6 +2,8 @@
 // The daemon's one wait: for packets, for the platform, for the library's alarms and for signals.
 #pragma once
 
+#include "net_snmp.h"
+
 #include <functional>
 
 namespace ipmib::agent
@@ -20,10 +22,14 @@ class EventLoop
     void run(const std::function<void()> &reload);
     void stop() { stopping_ = true; }
 
+    // Called in every turn with the descriptors that the library is about to read from; may put off some of them.
+    void chooseReadable(std::function<void(netsnmp_large_fd_set &)> choose) { choose_ = std::move(choose); }
+
   private:
     void takeSignal();
     void wait();
 
+    std::function<void(netsnmp_large_fd_set &)> choose_;
     int signals_;
     bool stopping_ = false;
     bool reloading_ = false;

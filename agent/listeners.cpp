@@ -3,7 +3,15 @@
 
 #include "listeners.h"
 
+#include "answer_size.h"
+#include "stream_clients.h"
+
+#include <net-snmp/library/snmpTLSTCPDomain.h>
+
+#include <fcntl.h>
+
 #include <cerrno>
+#include <map>
 #include <stdexcept>
 #include <system_error>
 
@@ -13,6 +21,9 @@ namespace ipmib::agent
 namespace
 {
 
+// What a datagram over IPv4 can carry; the library promises more than that.
+constexpr std::size_t largestMessage = 65507;
+
 constexpr const char *loopbackAddresses[] = {"udp:127.0.0.1:161", "udp6:[::1]:161"};
 
 // Counts a packet as the library's own listener does. That one also asks the TCP wrappers, which reads two files for
@@ -21,6 +32,33 @@ int beforeParsing(netsnmp_session *, netsnmp_transport *, void *, int)
 {
     snmp_increment_statistic(STAT_SNMPINPKTS);
     return 1;
+}
+
+// Of datagrams, by the domain of their transports.
+std::map<const oid *, int (*)(netsnmp_transport *, const void *, int, void **, int *)> sendOfLibrary;
+
+// The library would write a line for each variable of an answer that was not sent.
+int sendDatagram(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
+{
+    if (sendOfLibrary.at(transport->domain)(transport, buffer, size, opaque, length) < 0) {
+        snmp_log(LOG_NOTICE, "an answer cannot be sent: %s\n", std::generic_category().message(errno).c_str());
+    }
+    return size;
+}
+
+// Nothing is waited for: no client, and no datagram that turns out to be none after it has been announced.
+void prepare(netsnmp_transport &transport)
+{
+    if (transport.domain == netsnmpTLSTCPDomain) {
+        throw std::runtime_error("TLS over TCP would have to wait for its clients; there is dtlsudp");
+    }
+    fcntl(transport.sock, F_SETFL, fcntl(transport.sock, F_GETFL) | O_NONBLOCK);
+    if ((transport.flags & NETSNMP_TRANSPORT_FLAG_LISTEN) != 0) {
+        StreamClients::all().takeCharge(transport, largestMessage);
+    } else if (transport.f_send != sendDatagram) {
+        sendOfLibrary[transport.domain] = transport.f_send;
+        transport.f_send = sendDatagram;
+    }
 }
 
 // Why a transport could not be opened. The library leaves it in errno where a system call failed, and something without
@@ -68,7 +106,11 @@ void refuse(netsnmp_session &session, netsnmp_pdu &request)
 
 int receive(int operation, netsnmp_session *session, int requestId, netsnmp_pdu *pdu, void *magic)
 {
-    if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && refuses(*session, *pdu)) {
+    if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE) {
+        return 1;
+    }
+    const AnswersTo request(*session, *pdu);
+    if (refuses(*session, *pdu)) {
         refuse(*session, *pdu);
         return 1;
     }
@@ -121,15 +163,23 @@ void Listeners::open(const std::string &address)
     if (transport == nullptr) {
         fail(reasonOf(errno));
     }
+    try {
+        prepare(*transport);
+    } catch (const std::runtime_error &error) {
+        netsnmp_transport_free(transport);
+        fail(error.what());
+    }
     netsnmp_session session;
     snmp_sess_init(&session);
     session.version = SNMP_DEFAULT_VERSION;
     session.callback = receive;
+    session.sndMsgMaxSize = session.rcvMsgMaxSize = largestMessage;
     session.isAuthoritative = SNMP_SESS_AUTHORITATIVE;
     if (netsnmp_sess_config_and_open_transport(&session, transport) != SNMPERR_SUCCESS) {
         fail("the transport could not be configured"); // the library has freed it
     }
-    netsnmp_session *added = snmp_add(&session, transport, beforeParsing, nullptr);
+    netsnmp_session *added =
+        snmp_add_full(&session, transport, beforeParsing, nullptr, nullptr, nullptr, buildMessage, nullptr, nullptr);
     if (added == nullptr) {
         fail(snmp_api_errstring(snmp_errno));
     }

@@ -15,4 +15,15 @@ void chooseDefaultLog(bool foreground);
 // Warnings and errors to standard error, and nothing else.
 void chooseWarningsAlone();
 
+// For as long as it lives, whoever causes lines has few of a kind written, by the library, too; what is left out is
+// counted in the log when the minute is over. Lines of debugging are not limited.
+class LimitedLog
+{
+  public:
+    LimitedLog();
+    ~LimitedLog();
+    LimitedLog(const LimitedLog &) = delete;
+    LimitedLog &operator=(const LimitedLog &) = delete;
+};
+
 } // namespace ipmib::agent

@@ -2,9 +2,6 @@
 // The net-snmp libraries as this program uses them: started with its configuration, and stopped.
 #pragma once
 
-#include "configuration_files.h"
-#include "saved_state.h"
-
 #include <string>
 #include <vector>
 
@@ -15,7 +12,7 @@ struct SnmpSettings {
     bool defaultConfiguration = true;
     std::string configuration;         // a comma list of files
     std::vector<std::string> listenOn; // the configuration may add to these
-    bool keepsState = true;            // SNMPv3 users and the count of starts, if the default configuration is read
+    bool keepsState = true;            // the count of starts, which SNMPv3 needs
 };
 
 class SnmpLibrary
@@ -24,13 +21,13 @@ class SnmpLibrary
     // Under which the library looks for files and reads their lines.
     static constexpr const char *applicationName = "ipmibd";
 
-    // Throws std::runtime_error that names a configuration file that cannot be read, std::system_error.
+    // Throws std::runtime_error that names a configuration file that cannot be read.
     explicit SnmpLibrary(SnmpSettings settings);
     ~SnmpLibrary();
     SnmpLibrary(const SnmpLibrary &) = delete;
     SnmpLibrary &operator=(const SnmpLibrary &) = delete;
 
-    // To be called once, when everything that takes lines of the configuration is there. Saves the state.
+    // To be called once, when everything that takes lines of the configuration is there.
     void readConfiguration();
 
     static const char *version();
@@ -41,13 +38,13 @@ class SnmpLibrary
     // Whether the configuration grants anybody access.
     static bool mayAnybodyAsk();
 
-    // Reopens log files, reads the configuration again, and saves the state; keeps all as it was when a file cannot be
-    // read.
+    // Reopens log files and reads the configuration again; keeps the old one when a file cannot be read.
     void reload();
 
   private:
-    ConfigurationFiles files_;
-    SavedState state_;
+    void checkConfigurationFiles() const;
+
+    SnmpSettings settings_;
 };
 
 } // namespace ipmib::agent

@@ -15,6 +15,7 @@
 #include "serve_settings.h"
 #include "service_notify.h"
 #include "snmp_library.h"
+#include "stream_clients.h"
 #include "system_group.h"
 
 #include <optional>
@@ -32,6 +33,7 @@ void serveStandalone(const Options &options)
     serveSystemGroup();
     library.readConfiguration();
     const Listeners listeners(SnmpLibrary::listeningAddresses());
+    loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });
     Frontend frontend(plugin);
     frontend.serve(settings.notOff());
     const Interfaces interfaces(plugin.platform());

@@ -4,7 +4,6 @@
 
 #include "agent/agentx/address.h"
 #include "agent/agentx/codec.h"
-#include "agent/agentx/name_lookup.h"
 
 #include <functional>
 #include <string>
@@ -39,7 +38,6 @@ class Connection
     void send(netsnmp_pdu &message);
 
   private:
-    void connectTo(const Place &place);
     void readable();
     void writable();
     void takeMessages();
@@ -49,7 +47,6 @@ class Connection
 
     Address address_;
     Listener listener_;
-    NameLookup lookup_;
     Codec codec_;
     int descriptor_ = -1;
     bool connecting_ = false;

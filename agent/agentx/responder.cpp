@@ -76,7 +76,14 @@ bool Responder::answer(netsnmp_pdu &message)
         error_ = parseError;
         break;
     }
-    becomeResponse(message, error_, errorIndex_);
+    if (error_ != noError) {
+        snmp_free_varbind(message.variables);
+        message.variables = nullptr;
+    }
+    message.command = responseMessage;
+    message.time = 0; // the master's clock counts
+    message.errstat = error_;
+    message.errindex = errorIndex_;
     return true;
 }
 

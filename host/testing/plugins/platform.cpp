@@ -46,14 +46,14 @@ void stop()
     host->log(IPMIB_LOG_INFO, "stopped");
 }
 
-#ifndef SIZE
-#define SIZE sizeof(IpmibPlatformHooks)
+#ifdef WITH_OTHER_VERSION
+constexpr std::uint32_t version = 99;
+#else
+constexpr std::uint32_t version = IPMIB_PLATFORM_HOOKS_VERSION;
 #endif
-
-void uptimeBegan(std::uint64_t) {}
 
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = {
-    SIZE, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, uptimeBegan};
+    version, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
 #endif

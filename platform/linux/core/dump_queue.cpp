@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <utility>
 
 namespace ipmib::platform
 {
@@ -33,19 +31,21 @@ std::string DumpQueue::start(EventLoop &loop)
         for (Mirror *mirror : std::exchange(later_, {})) {
             mirror->refresh();
         }
-        begin();
     });
-    if (!timers) {
-        return std::string("cannot create a timer: ") + std::strerror(errno);
+    if (!timers || !openSocket()) {
+        return "cannot open a netlink socket: " + socket_.error();
     }
-    return openSocket() ? "" : "cannot open a netlink socket: " + lastError_;
+    return "";
 }
 
 void DumpQueue::stop()
 {
     soon_.close();
     retry_.close();
-    closeSocket();
+    if (socket_.isOpen()) {
+        loop_->forget(socket_.descriptor());
+        socket_.close();
+    }
     waiting_.clear();
     later_.clear();
     reading_ = false;
@@ -53,29 +53,13 @@ void DumpQueue::stop()
 
 bool DumpQueue::openSocket()
 {
-    if (!socket_.open({}, receiveBuffer)) {
-        lastError_ = socket_.error();
-        return false;
-    }
-    const auto readPieces = [this] {
-        for (unsigned i = 0; i < readsPerPiece && readPiece(); ++i) {
-        }
-    };
-    if (!loop_->watch(socket_.descriptor(), EventLoop::Work::background, readPieces)) {
-        lastError_ = std::string("watch: ") + std::strerror(errno);
-        socket_.close();
-        return false;
-    }
-    return true;
-}
-
-// The kernel's half of a dump ends with the socket; the next dump opens another one.
-void DumpQueue::closeSocket()
-{
     if (socket_.isOpen()) {
         loop_->forget(socket_.descriptor());
-        socket_.close();
     }
+    return socket_.open({}, receiveBuffer) && loop_->watch(socket_.descriptor(), EventLoop::Work::background, [this] {
+        for (unsigned i = 0; i < readsPerPiece && readPiece(); ++i) {
+        }
+    });
 }
 
 void DumpQueue::add(Mirror &mirror)
@@ -93,7 +77,7 @@ void DumpQueue::remove(Mirror &mirror)
         mirror.table_.abandonRebuild();
         waiting_.pop_front();
         reading_ = false;
-        closeSocket();
+        openSocket(); // the kernel's half of the dump ends with the socket
         begin();
     } else {
         std::erase(waiting_, &mirror);
@@ -102,17 +86,9 @@ void DumpQueue::remove(Mirror &mirror)
 
 void DumpQueue::begin()
 {
-    if (reading_ || waiting_.empty()) {
+    if (reading_ || waiting_.empty() || !socket_.isOpen()) {
         return;
     }
-    if (!socket_.isOpen() && !openSocket()) {
-        if (!std::exchange(saidCannotBegin_, true)) {
-            logWarning("netlink: no table can be read anew: %s, trying again later", lastError_.c_str());
-        }
-        armRetry();
-        return;
-    }
-    saidCannotBegin_ = false;
     reading_ = true;
     which_ = 0;
     interrupted_ = false;
@@ -135,15 +111,9 @@ bool DumpQueue::sendRequest()
 std::string DumpQueue::runToEnd()
 {
     lastError_.clear();
-    while (!idle()) {
-        if (readPiece() || idle()) {
-            continue;
-        }
-        if (!reading_) {
-            return lastError_;
-        }
+    while (!idle() && socket_.isOpen()) {
         pollfd wait{socket_.descriptor(), POLLIN, 0};
-        if (poll(&wait, 1, answerTimeout) == 0) {
+        if (!readPiece() && reading_ && poll(&wait, 1, answerTimeout) == 0) {
             return "no answer";
         }
     }
@@ -184,7 +154,6 @@ void DumpQueue::finish(Rtnetlink::Read result)
     }
     if (!interrupted_) {
         mirror.table_.commitRebuild();
-        mirror.saidCannotRead_ = false;
         end(true);
         return;
     }
@@ -202,7 +171,10 @@ void DumpQueue::finish(Rtnetlink::Read result)
     } else {
         mirror.table_.abandonRebuild();
     }
-    tryAgainLater(mirror, "the table changed during each of " + std::to_string(attempts) + " readings");
+    logWarning("netlink: %s: the table changed during each of %u readings, trying again later", mirror.table_.name(),
+               attempts);
+    later_.push_back(&mirror);
+    retry_.arm(retryMilliseconds);
     end(first);
 }
 
@@ -210,27 +182,12 @@ void DumpQueue::fail()
 {
     Mirror &mirror = *waiting_.front();
     lastError_ = socket_.error();
+    logWarning("netlink: %s: %s, trying again later", mirror.table_.name(), lastError_.c_str());
     mirror.table_.abandonRebuild();
-    closeSocket();
-    tryAgainLater(mirror, lastError_);
-    end(false);
-}
-
-void DumpQueue::tryAgainLater(Mirror &mirror, const std::string &reason)
-{
-    if (!std::exchange(mirror.saidCannotRead_, true)) {
-        logWarning("netlink: %s: %s, trying again later", mirror.table_.name(), reason.c_str());
-    }
+    openSocket();
     later_.push_back(&mirror);
-    armRetry();
-}
-
-// Whoever asks for a reading meanwhile must not put it off.
-void DumpQueue::armRetry()
-{
-    if (!retry_.armed()) {
-        retry_.arm(retryMilliseconds);
-    }
+    retry_.arm(retryMilliseconds);
+    end(false);
 }
 
 void DumpQueue::end(bool committed)

@@ -73,8 +73,7 @@ void Mirror::readAnnouncements()
 
 void Mirror::dumpBegins()
 {
-    state_ = State::waiting; // also when it follows an interrupted one
-    readAnnouncements();     // what is older than the dump must not be applied to it
+    readAnnouncements(); // what is older than the dump must not be applied to it
     state_ = State::dumping;
     again_ = false;
     table_.beginRebuild();

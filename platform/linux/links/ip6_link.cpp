@@ -72,9 +72,10 @@ std::optional<Ip6Counters> Ip6LinkReader::countersOf(const Ip6LinkMessage &messa
         if (content.empty()) {
             return std::nullopt;
         }
-        Snmp6Counters counters;
-        parseSnmp6(content, counters);
-        return counters.ip6;
+        Ip6Counters counters;
+        Icmp6Counters ignored;
+        parseSnmp6(content, counters, ignored);
+        return counters;
     };
     const auto again = [&]() -> std::optional<CounterLayout::Array> {
         later = ask(ifIndex);
