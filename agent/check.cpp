@@ -85,7 +85,7 @@ bool checkSubagent(EventLoop &loop, host::Plugin &plugin, const std::vector<Serv
                    const ServeSettings &settings, const agentx::Address &master)
 {
     const PlatformEvents platformEvents(plugin.platform());
-    agentx::Session session(plugin, tables, settings, master, [&] { loop.stop(); });
+    agentx::Session session(plugin.resolver(), plugin.platform(), tables, settings, master, [&] { loop.stop(); });
     session.start();
     loop.run([] {});
     return session.isServing() && printClaims(session, agentx::PresenceMark::isSet(master));

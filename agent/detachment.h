@@ -9,18 +9,18 @@ class Detachment
 {
   public:
     // Goes on in a child process with a session of its own; standard error is still the starter's. The starting process
-    // does not return: it exits with success when ready() is called, and with failure when the child ends before.
-    // Throws std::system_error.
+    // does not return: it exits with success when ready() is called. When the child ends before, the starting process
+    // exits with its status, and only then, so that all that the child wrote is there; it tells itself by which signal
+    // the child was ended. Throws std::system_error.
     Detachment();
-    ~Detachment();
     Detachment(const Detachment &) = delete;
     Detachment &operator=(const Detachment &) = delete;
 
-    // Leaves the starter's directory, its terminal unless `keepOutput`, and lets it go.
+    // Leaves the starter's directory, its terminal unless `keepOutput`, and lets it go. Throws std::system_error.
     void ready(bool keepOutput);
 
   private:
-    int starter_ = -1;
+    int starter_; // open until ready(), or until the process ends: closing it lets the starter go
 };
 
 } // namespace ipmib::agent

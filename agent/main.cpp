@@ -62,6 +62,7 @@ int main(int argc, char **argv)
 {
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // the log may go there, into a pipe
     try {
+        host::occupyStandardDescriptors();
         return run(agent::parseOptions(argc, argv));
     } catch (const host::UsageError &error) {
         return fail(error, host::exitUsage);

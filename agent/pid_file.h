@@ -2,6 +2,9 @@
 // The file that tells others this daemon's process id.
 #pragma once
 
+#include "locked_file.h"
+
+#include <optional>
 #include <string>
 
 namespace ipmib::agent
@@ -10,19 +13,20 @@ namespace ipmib::agent
 class PidFile
 {
   public:
-    // Creates the file, or does nothing when the path is empty. Throws std::runtime_error.
+    // Makes the file, or takes over what a process that has ended left, and keeps it locked; does nothing when the path
+    // is empty. Throws std::runtime_error that names the path and the reason, and leaves alone what is there: whatever
+    // is no regular file, holds anything but a process id, or is that of another process.
     explicit PidFile(const std::string &path);
-    // Removes the file.
+    // Removes the file if the path still names it.
     ~PidFile();
     PidFile(const PidFile &) = delete;
     PidFile &operator=(const PidFile &) = delete;
 
-    // Writes the calling process' id: to be called when the process is the one that stays.
+    // Writes the calling process' id: to be called when the process is the one that stays. Throws std::runtime_error.
     void write() const;
 
   private:
-    std::string path_; // absolute, since a daemon leaves its directory
-    int descriptor_ = -1;
+    std::optional<LockedFile> file_;
 };
 
 } // namespace ipmib::agent

@@ -6,6 +6,7 @@
 #include "varbind.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 namespace ipmib::agent
@@ -44,7 +45,11 @@ class RowTable : public RegisteredTable
             netsnmp_request_set_error(&request, SNMP_NOSUCHINSTANCE);
             return;
         }
-        answer(*column, row, request);
+        if (const std::optional<host::Value> value = rows_.value(*column, row)) {
+            setValue(*request.requestvb, *value);
+        } else {
+            netsnmp_request_set_error(&request, SNMP_NOSUCHINSTANCE);
+        }
     }
 
     // The row behind the one asked for in its column, else the first one of a later column.
@@ -55,27 +60,34 @@ class RowTable : public RegisteredTable
                 continue;
             }
             const bool begun = !asked.empty() && column.number == asked[0];
-            Row row{};
-            if (rows_.after(begun ? asked.subspan(1) : std::span<const oid>(), row)) {
-                host::Oid name(root());
-                name.append(column.number);
-                for (const host::SubId id : rows_.index(row)) {
-                    name.append(id);
-                }
-                setName(*request.requestvb, name.view());
-                answer(column, row, request);
+            if (answerBehind(begun ? asked.subspan(1) : std::span<const oid>(), column, *request.requestvb)) {
                 return;
             }
         }
     }
 
-    void answer(const Column &column, Row &row, netsnmp_request_info &request) const
+    // The first row behind the index that has not vanished by the time its value is read; false when there is none.
+    bool answerBehind(std::span<const oid> index, const Column &column, netsnmp_variable_list &variable) const
     {
-        if (const std::optional<host::Value> value = rows_.value(column, row)) {
-            setValue(*request.requestvb, *value);
-        } else {
-            netsnmp_request_set_error(&request, SNMP_NOSUCHINSTANCE);
+        Row row{};
+        std::array<oid, std::tuple_size_v<decltype(rows_.index(row))>> vanished;
+        while (rows_.after(index, row)) {
+            const auto found = rows_.index(row);
+            if (const std::optional<host::Value> value = rows_.value(column, row)) {
+                host::Oid name(root());
+                name.append(column.number);
+                name.append(found);
+                setName(variable, name.view());
+                setValue(variable, *value);
+                return true;
+            }
+            if (!std::ranges::lexicographical_compare(index, found)) {
+                return false; // nor may a platform whose rows do not ascend hold up the agent
+            }
+            std::ranges::copy(found, vanished.begin());
+            index = vanished;
         }
+        return false;
     }
 
     Rows rows_;

@@ -2,6 +2,9 @@
 // The net-snmp libraries as this program uses them: started with its configuration, and stopped.
 #pragma once
 
+#include "configuration_files.h"
+#include "saved_state.h"
+
 #include <string>
 #include <vector>
 
@@ -12,7 +15,7 @@ struct SnmpSettings {
     bool defaultConfiguration = true;
     std::string configuration;         // a comma list of files
     std::vector<std::string> listenOn; // the configuration may add to these
-    bool keepsState = true;            // the count of starts, which SNMPv3 needs
+    bool keepsState = true;            // SNMPv3 users and the count of starts, if the default configuration is read
 };
 
 class SnmpLibrary
@@ -21,13 +24,13 @@ class SnmpLibrary
     // Under which the library looks for files and reads their lines.
     static constexpr const char *applicationName = "ipmibd";
 
-    // Throws std::runtime_error that names a configuration file that cannot be read.
+    // Throws std::runtime_error that names a configuration file that cannot be read, std::system_error.
     explicit SnmpLibrary(SnmpSettings settings);
     ~SnmpLibrary();
     SnmpLibrary(const SnmpLibrary &) = delete;
     SnmpLibrary &operator=(const SnmpLibrary &) = delete;
 
-    // To be called once, when everything that takes lines of the configuration is there.
+    // To be called once, when everything that takes lines of the configuration is there. Saves the state.
     void readConfiguration();
 
     static const char *version();
@@ -38,13 +41,13 @@ class SnmpLibrary
     // Whether the configuration grants anybody access.
     static bool mayAnybodyAsk();
 
-    // Reopens log files and reads the configuration again; keeps the old one when a file cannot be read.
+    // Reopens log files, reads the configuration again, and saves the state; keeps all as it was when a file cannot be
+    // read.
     void reload();
 
   private:
-    void checkConfigurationFiles() const;
-
-    SnmpSettings settings_;
+    ConfigurationFiles files_;
+    SavedState state_;
 };
 
 } // namespace ipmib::agent

@@ -40,7 +40,7 @@ void serveAsSubagent(const Options &options)
     pidFile.write();
     snmp_log(LOG_INFO, "ipmibd %s serves as a sub-agent\n", IPMIB_VERSION);
     bool isReady = false;
-    agentx::Session session(plugin, tables, settings, master, [&] {
+    agentx::Session session(plugin.resolver(), plugin.platform(), tables, settings, master, [&] {
         if (isReady) {
             return;
         }

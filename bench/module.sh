@@ -20,7 +20,7 @@ printf '%-24s %-8s %-8s %12s\n' table operation columns instructions
     printf '%-24s %-8s %-8s %12s\n' "$table" "$operation" "$columns" "$(cost "$table" "$operation" "$columns" $requests)"
 done
 
-printf '\nOne row of ipAddressTable with its prefix pointer (the walk ends at the last of 4 interfaces):\n'
+printf '\nOne row of ipAddressTable with its prefix pointer (the last prefix of its interface):\n'
 for prefixes in 10 100 1000; do
     printf '%6d prefixes an interface: %12s\n' "$prefixes" "$(cost ipAddressTable getnext one $requests "$prefixes")"
 done

@@ -84,6 +84,7 @@ int withAllWritten(int status)
 int main(int argc, char **argv)
 {
     try {
+        host::occupyStandardDescriptors();
         return withAllWritten(run(cli::parseOptions(argc, argv)));
     } catch (const host::UsageError &error) {
         return fail(error, host::exitUsage);

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What the command lines of all programs with a platform and a module have in common.
+// What all programs with a platform and a module have in common: command line, exit status, standard descriptors.
 #include "command_line.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <string_view>
+#include <system_error>
 
 namespace ipmib::host
 {
@@ -20,6 +25,16 @@ std::pair<std::string, std::string> splitLongOption(std::string_view argument)
 }
 
 } // namespace
+
+void occupyStandardDescriptors()
+{
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest number that is free is taken. The other way round, so that a program sees that its output is lost.
+        if (fcntl(standard, F_GETFD) < 0 && open("/dev/null", standard == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0) {
+            throw std::system_error(errno, std::generic_category(), "cannot open /dev/null");
+        }
+    }
+}
 
 void takePluginOption(int answer, char *const *argv, PluginOptions &options)
 {

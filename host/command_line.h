@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What the command lines of all programs with a platform and a module have in common.
+// What all programs with a platform and a module have in common: command line, exit status, standard descriptors.
 #pragma once
 
 #include "plugin.h"
@@ -14,6 +14,10 @@ namespace ipmib::host
 
 // What programs exit with.
 enum ExitStatus { exitSuccess = 0, exitFailure = 1, exitUsage = 2 };
+
+// To be called first in a program: opens /dev/null on those of the descriptors 0 to 2 that are closed, so that nothing
+// else gets their numbers. What is written there fails as before. Throws std::system_error.
+void occupyStandardDescriptors();
 
 // One line for the user: what on the command line is wrong.
 struct UsageError : std::runtime_error {

@@ -2,10 +2,12 @@
 // Opens the two libraries in the order in which they lean on each other, and closes them in reverse.
 #include "plugin.h"
 
+#include "platform_hooks.h"
 #include "registry.h"
 #include "shared_library.h"
 
 #include <filesystem>
+#include <optional>
 
 namespace ipmib::host
 {
@@ -19,26 +21,26 @@ class RunningPlatform
 {
   public:
     RunningPlatform(const SharedLibrary &library, const PluginOptions &options, std::string argument)
-        : hooks_(static_cast<const IpmibPlatformHooks *>(library.find("ipmib_platform_hooks"))),
-          argument_(std::move(argument))
+        : argument_(std::move(argument))
     {
         for (const auto &[name, value] : options.platformOptions) {
             options_.push_back({name.c_str(), value.c_str()});
         }
-        if (!hooks_) {
+        const void *exported = library.find("ipmib_platform_hooks");
+        if (exported == nullptr) {
             if (!argument_.empty() || !options_.empty()) {
                 throw PluginError(library.path() + ": this platform takes no argument and no options");
             }
             return;
         }
-        if (hooks_->version != IPMIB_PLATFORM_HOOKS_VERSION) {
-            throw PluginError(library.path() + ": ipmib_platform_hooks is of version " +
-                              std::to_string(hooks_->version) + ", version " +
-                              std::to_string(IPMIB_PLATFORM_HOOKS_VERSION) + " is needed");
+        try {
+            hooks_.emplace(*static_cast<const IpmibPlatformHooks *>(exported));
+        } catch (const PluginError &error) {
+            throw PluginError(library.path() + ": " + error.what());
         }
         host_ = {options.log ? options.log : logNothing, argument_.c_str(), options_.data(), options_.size()};
         char error[512] = "it does not say why";
-        if (hooks_->start(&host_, error, sizeof error) != 0) {
+        if (hooks_->get().start(&host_, error, sizeof error) != 0) {
             error[sizeof error - 1] = '\0';
             throw PluginError(library.path() + ": the platform does not start: " + error);
         }
@@ -46,16 +48,16 @@ class RunningPlatform
     ~RunningPlatform()
     {
         if (hooks_) {
-            hooks_->stop();
+            hooks_->get().stop();
         }
     }
     RunningPlatform(const RunningPlatform &) = delete;
     RunningPlatform &operator=(const RunningPlatform &) = delete;
 
-    const IpmibPlatformHooks *hooks() const { return hooks_; }
+    const IpmibPlatformHooks *hooks() const { return hooks_ ? &hooks_->get() : nullptr; }
 
   private:
-    const IpmibPlatformHooks *hooks_;
+    std::optional<PlatformHooks> hooks_;
     std::string argument_;
     std::vector<IpmibPlatformOption> options_;
     IpmibPlatformHost host_{};

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -115,6 +117,14 @@ TEST_F(PluginTest, namesTheFileThatIsNoLibrary)
     std::filesystem::remove(options.module);
 }
 
+TEST_F(PluginTest, doesNotWaitForAPipe)
+{
+    options.module = ::testing::TempDir() + "pipe.so";
+    ASSERT_EQ(mkfifo(options.module.c_str(), 0600), 0);
+    EXPECT_EQ(error(), options.module + ": it is a pipe");
+    std::filesystem::remove(options.module);
+}
+
 TEST_F(PluginTest, namesTheMissingSymbolAndItsLibrary)
 {
     options.module = inDirectory("module_missing_symbol.so");
@@ -130,11 +140,20 @@ TEST_F(PluginTest, saysWhyThePlatformDoesNotStart)
     EXPECT_TRUE(logLines.empty()); // neither started nor stopped
 }
 
-TEST_F(PluginTest, refusesHooksOfAnotherVersion)
+TEST_F(PluginTest, usesOfAPlatformWhatItHas)
 {
+    options.platform = "before_sizes";
+    EXPECT_EQ(Plugin(options).platform()->uptime_began, nullptr); // what lies behind its record is not looked at
     options.platform = "future";
-    EXPECT_EQ(error(),
-              inDirectory("platform_future.so") + ": ipmib_platform_hooks is of version 99, version 3 is needed");
+    EXPECT_NE(Plugin(options).platform()->uptime_began, nullptr);
+    EXPECT_EQ(Plugin(options).platform()->size, sizeof(IpmibPlatformHooks));
+}
+
+TEST_F(PluginTest, refusesHooksOfAnImpossibleSize)
+{
+    options.platform = "tiny";
+    EXPECT_EQ(error(), inDirectory("platform_tiny.so") +
+                           ": ipmib_platform_hooks has the size or version 2, which no host can use");
 }
 
 TEST_F(PluginTest, aPlatformWithoutHooksTakesNoOptions)

@@ -41,6 +41,15 @@ class Resolver::Impl
     const std::vector<Region> &regions() const { return regions_; }
     std::uint64_t requestCount() const { return exchange_.count(); }
 
+    std::vector<Oid> objects()
+    {
+        std::vector<Oid> names;
+        for (std::size_t i = 0; i < leaves_.size(); ++i) {
+            names.emplace_back(leaves_[i].name);
+        }
+        return names;
+    }
+
     void get(std::span<Variable> variables)
     {
         begin();
@@ -210,6 +219,11 @@ Resolver::~Resolver() = default;
 const std::vector<Resolver::Region> &Resolver::regions() const
 {
     return impl_->regions();
+}
+
+std::vector<Oid> Resolver::objects() const
+{
+    return impl_->objects();
 }
 
 void Resolver::get(std::span<Variable> variables)

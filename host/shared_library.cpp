@@ -6,6 +6,7 @@
 
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <utility>
 
 namespace ipmib::host
@@ -15,6 +16,10 @@ SharedLibrary::SharedLibrary(std::string path, Symbols symbols) : path_(std::mov
 {
     // Without a slash, dlopen would search the system's directories.
     const std::string file = path_.find('/') == std::string::npos ? "./" + path_ : path_;
+    std::error_code error;
+    if (std::filesystem::is_fifo(file, error)) {
+        throw PluginError(path_ + ": it is a pipe"); // dlopen would wait for somebody to write it
+    }
     handle_ = dlopen(file.c_str(), RTLD_NOW | (symbols == Symbols::global ? RTLD_GLOBAL : RTLD_LOCAL));
     if (!handle_) {
         const char *reason = dlerror();

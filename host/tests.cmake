@@ -12,7 +12,7 @@ add_library(ipmib_host_testing STATIC
     testing/test_tree.cpp)
 target_link_libraries(ipmib_host_testing PRIVATE ipmib_options PUBLIC ipmib_host GTest::gtest)
 
-ipmib_test(host_property_test SOURCES resolver_property_test.cpp LIBS ipmib_host_testing)
+ipmib_test(host_property_test SOURCES merged_property_test.cpp resolver_property_test.cpp LIBS ipmib_host_testing)
 
 # The module in the same program, over the scripted platform; its message layer is the host's.
 ipmib_test(host_whole_module_test
@@ -21,11 +21,13 @@ ipmib_test(host_whole_module_test
 ipmib_test(host_unit_test
     SOURCES
     allocation_test.cpp
+    command_line_test.cpp
     hostile_module_test.cpp
     key_below_test.cpp
     message_test.cpp
     registry_test.cpp
     resolver_test.cpp
+    row_source_test.cpp
     syntax_test.cpp
     LIBS ipmib_host_testing)
 
@@ -41,7 +43,9 @@ function(host_test_plugin name source)
 endfunction()
 host_test_plugin(platform_test platform.cpp)
 host_test_plugin(platform_plain platform.cpp WITHOUT_HOOKS)
-host_test_plugin(platform_future platform.cpp WITH_OTHER_VERSION)
+host_test_plugin(platform_before_sizes platform.cpp SIZE=3)
+host_test_plugin(platform_future platform.cpp SIZE=1000)
+host_test_plugin(platform_tiny platform.cpp SIZE=2)
 host_test_plugin(module_good module.cpp)
 host_test_plugin(module_again module.cpp)
 host_test_plugin(module_missing_symbol module.cpp WITH_MISSING_SYMBOL)

@@ -9,6 +9,7 @@ ipmib_test(
   addr/ip_address_prefix_test.cpp
   addr/ip_address_test.cpp
   addr/ip_default_router_test.cpp
+  addr/prefix_pointer_model_test.cpp
   addr/prefix_pointer_test.cpp
   frame/dispatcher_test.cpp
   frame/lifecycle_test.cpp

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <memory>
+#include <cstring>
 #include <system_error>
 
 namespace ipmib::agent::agentx
@@ -39,8 +39,11 @@ void noticeSilence(int descriptor)
     set(IPPROTO_TCP, TCP_NODELAY, 1);
 }
 
-Begun begin(int family, const sockaddr *place, socklen_t size)
+} // namespace
+
+Begun beginToConnect(const Place &place)
 {
+    const int family = place.address.ss_family;
     const int descriptor = socket(family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (descriptor < 0) {
         throw std::system_error(errno, std::generic_category());
@@ -48,7 +51,7 @@ Begun begin(int family, const sockaddr *place, socklen_t size)
     if (family != AF_UNIX) {
         noticeSilence(descriptor);
     }
-    const bool connected = connect(descriptor, place, size) == 0;
+    const bool connected = connect(descriptor, reinterpret_cast<const sockaddr *>(&place.address), place.size) == 0;
     if (!connected && errno != EINPROGRESS) {
         const int reason = errno;
         close(descriptor);
@@ -56,8 +59,6 @@ Begun begin(int family, const sockaddr *place, socklen_t size)
     }
     return {descriptor, connected};
 }
-
-} // namespace
 
 Address parseAddress(const std::string &text)
 {
@@ -99,25 +100,29 @@ Address parseAddress(const std::string &text)
     return address;
 }
 
-Begun beginToConnect(const Address &address)
+std::optional<Place> placeWithoutLookup(const Address &address)
 {
+    Place place{};
     if (address.isLocal()) {
-        sockaddr_un place{};
-        place.sun_family = AF_UNIX;
-        address.path.copy(place.sun_path, longestPath);
-        return begin(AF_UNIX, reinterpret_cast<const sockaddr *>(&place), sizeof place);
+        sockaddr_un socket{};
+        socket.sun_family = AF_UNIX;
+        address.path.copy(socket.sun_path, longestPath);
+        std::memcpy(&place.address, &socket, sizeof socket);
+        place.size = sizeof socket;
+        return place;
     }
     addrinfo hints{};
     hints.ai_family = address.family;
     hints.ai_socktype = SOCK_STREAM;
-    hints.ai_flags = AI_NUMERICSERV;
+    hints.ai_flags = AI_NUMERICSERV | AI_NUMERICHOST;
     addrinfo *found = nullptr;
-    const int error = getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found);
-    if (error != 0) {
-        throw std::runtime_error(gai_strerror(error));
+    if (getaddrinfo(address.host.c_str(), address.port.c_str(), &hints, &found) != 0) {
+        return std::nullopt;
     }
-    const std::unique_ptr<addrinfo, void (*)(addrinfo *)> owner(found, freeaddrinfo);
-    return begin(found->ai_family, found->ai_addr, found->ai_addrlen);
+    std::memcpy(&place.address, found->ai_addr, found->ai_addrlen);
+    place.size = found->ai_addrlen;
+    freeaddrinfo(found);
+    return place;
 }
 
 } // namespace ipmib::agent::agentx

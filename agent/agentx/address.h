@@ -4,7 +4,7 @@
 
 #include <sys/socket.h>
 
-#include <stdexcept>
+#include <optional>
 #include <string>
 
 namespace ipmib::agent::agentx
@@ -23,14 +23,22 @@ struct Address {
 // Throws host::UsageError.
 Address parseAddress(const std::string &text);
 
+// The same for the kernel.
+struct Place {
+    sockaddr_storage address;
+    socklen_t size;
+};
+
+// Nothing where a name must be looked up first.
+std::optional<Place> placeWithoutLookup(const Address &address);
+
 // A socket that does not block, with its connection under way or made.
 struct Begun {
     int descriptor;
     bool connected;
 };
 
-// Throws std::system_error, or std::runtime_error where a name is not found. A name that must be looked up elsewhere
-// takes as long as that takes.
-Begun beginToConnect(const Address &address);
+// Throws std::system_error.
+Begun beginToConnect(const Place &place);
 
 } // namespace ipmib::agent::agentx

@@ -65,6 +65,18 @@ void addText(netsnmp_pdu &message, const std::string &text)
     snmp_pdu_add_variable(&message, none, std::size(none), ASN_OCTET_STR, text.data(), text.size());
 }
 
+void becomeResponse(netsnmp_pdu &message, long error, long errorIndex)
+{
+    if (error != noError) {
+        snmp_free_varbind(message.variables);
+        message.variables = nullptr;
+    }
+    message.command = responseMessage;
+    message.time = 0; // the master's clock counts
+    message.errstat = error;
+    message.errindex = errorIndex;
+}
+
 Codec::Codec() : buffer_(nullptr, std::free)
 {
     snmp_sess_init(&session_);

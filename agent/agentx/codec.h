@@ -32,7 +32,7 @@ enum MessageType {
 };
 
 // Errors of AgentX itself.
-enum ErrorCode { noError = 0, duplicateRegistration = 263, parseError = 266, processingError = 268 };
+enum ErrorCode { noError = 0, notOpen = 257, duplicateRegistration = 263, parseError = 266, processingError = 268 };
 
 // "requestDenied (267)"
 std::string textOfError(long code);
@@ -47,6 +47,8 @@ Message makeMessage(MessageType type, long sessionId, long packetId);
 // With its identifier as the message's only variable.
 void addIdentifier(netsnmp_pdu &message, host::OidView identifier);
 void addText(netsnmp_pdu &message, const std::string &text);
+// Turns a request into its response. With an error it has no variables; the index is that of the variable at fault.
+void becomeResponse(netsnmp_pdu &message, long error, long errorIndex = 0);
 
 class Codec
 {

@@ -28,7 +28,9 @@ std::string textOfErrno(int error)
 } // namespace
 
 Connection::Connection(Address address, Listener listener)
-    : address_(std::move(address)), listener_(std::move(listener))
+    : address_(std::move(address)), listener_(std::move(listener)),
+      lookup_({[this](const Place &place) { connectTo(place); },
+               [this](const std::string &reason) { listener_.lost(reason); }})
 {
 }
 
@@ -40,15 +42,26 @@ Connection::~Connection()
 void Connection::open()
 {
     close();
+    const std::optional<Place> place = placeWithoutLookup(address_);
+    if (place) {
+        connectTo(*place);
+        return;
+    }
     try {
-        const Begun begun = beginToConnect(address_);
+        lookup_.begin(address_);
+    } catch (const std::system_error &error) {
+        listener_.lost(textOfErrno(error.code().value()));
+    }
+}
+
+void Connection::connectTo(const Place &place)
+{
+    try {
+        const Begun begun = beginToConnect(place);
         descriptor_ = begun.descriptor;
         connecting_ = !begun.connected;
     } catch (const std::system_error &error) {
         listener_.lost(textOfErrno(error.code().value()));
-        return;
-    } catch (const std::runtime_error &error) {
-        listener_.lost(error.what());
         return;
     }
     if (connecting_) {
@@ -62,6 +75,7 @@ void Connection::open()
 
 void Connection::close()
 {
+    lookup_.cancel();
     if (descriptor_ < 0) {
         return;
     }

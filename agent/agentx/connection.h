@@ -4,6 +4,7 @@
 
 #include "agent/agentx/address.h"
 #include "agent/agentx/codec.h"
+#include "agent/agentx/name_lookup.h"
 
 #include <functional>
 #include <string>
@@ -38,6 +39,7 @@ class Connection
     void send(netsnmp_pdu &message);
 
   private:
+    void connectTo(const Place &place);
     void readable();
     void writable();
     void takeMessages();
@@ -47,6 +49,7 @@ class Connection
 
     Address address_;
     Listener listener_;
+    NameLookup lookup_;
     Codec codec_;
     int descriptor_ = -1;
     bool connecting_ = false;

@@ -76,14 +76,7 @@ bool Responder::answer(netsnmp_pdu &message)
         error_ = parseError;
         break;
     }
-    if (error_ != noError) {
-        snmp_free_varbind(message.variables);
-        message.variables = nullptr;
-    }
-    message.command = responseMessage;
-    message.time = 0; // the master's clock counts
-    message.errstat = error_;
-    message.errindex = errorIndex_;
+    becomeResponse(message, error_, errorIndex_);
     return true;
 }
 

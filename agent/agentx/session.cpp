@@ -32,10 +32,9 @@ bool isAbsence(const std::string &reason)
 
 } // namespace
 
-Session::Session(host::Plugin &plugin, const std::vector<ServedTable> &tables, const ServeSettings &settings,
-                 const Address &master, std::function<void()> settled)
-    : tables_(tables), settings_(settings), settled_(std::move(settled)),
-      responder_(plugin.resolver(), plugin.platform()),
+Session::Session(host::Resolver &resolver, const IpmibPlatformHooks *platform, const std::vector<ServedTable> &tables,
+                 const ServeSettings &settings, const Address &master, std::function<void()> settled)
+    : tables_(tables), settings_(settings), settled_(std::move(settled)), responder_(resolver, platform),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
       report_("agentx", ServeSettings::directive)
@@ -58,7 +57,7 @@ void Session::start()
 void Session::leave()
 {
     clearAlarm();
-    if (state_ == State::claiming || state_ == State::serving) {
+    if (isOpen()) {
         const Message message = makeMessage(closeMessage, sessionId_, ++packetId_);
         message->errstat = reasonShutdown;
         connection_.send(*message);
@@ -83,17 +82,30 @@ void Session::request(Message message)
 
 void Session::received(netsnmp_pdu &message)
 {
-    if (message.command == closeMessage) {
-        connection_.close();
-        lost(sessionClosed);
-    } else if (message.command != responseMessage) {
-        if (responder_.answer(message)) {
+    if (message.command == responseMessage) {
+        receivedResponse(message);
+    } else if (!isOpen() || message.sessid != sessionId_) {
+        if (message.command != cleanupSetMessage) { // which nobody answers
+            becomeResponse(message, notOpen);
             connection_.send(message);
         }
-    } else if (message.reqid == packetId_ && state_ == State::opening) {
-        opened(message);
-    } else if (message.reqid == packetId_ && state_ == State::claiming) {
-        answered(message);
+    } else if (message.command == closeMessage) {
+        connection_.close();
+        lost(sessionClosed);
+    } else if (responder_.answer(message)) {
+        connection_.send(message);
+    }
+}
+
+void Session::receivedResponse(const netsnmp_pdu &response)
+{
+    if (response.reqid != packetId_) {
+        return;
+    }
+    if (state_ == State::opening) {
+        opened(response);
+    } else if (state_ == State::claiming && response.sessid == sessionId_) {
+        answered(response);
     }
 }
 

@@ -8,8 +8,6 @@
 #include "agent/ownership_report.h"
 #include "agent/serve_settings.h"
 
-#include "host/plugin.h"
-
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,10 +19,10 @@ class Session
 {
   public:
     // `settled` is called whenever it is known how things stand: the tables are claimed, or the master is out of reach.
-    // The others must outlive the session.
-    Session(host::Plugin &plugin, const std::vector<ServedTable> &tables, const ServeSettings &settings,
-            const Address &master, std::function<void()> settled);
-    // Takes leave, and waits for nobody.
+    // The platform may be null; the others must outlive the session.
+    Session(host::Resolver &resolver, const IpmibPlatformHooks *platform, const std::vector<ServedTable> &tables,
+            const ServeSettings &settings, const Address &master, std::function<void()> settled);
+    // Sends agentx-Close where a session is open; does not wait.
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
@@ -40,8 +38,12 @@ class Session
   private:
     enum class State { apart, connecting, opening, claiming, serving };
 
+    // The master has granted a session, which has a number from then on.
+    bool isOpen() const { return state_ == State::claiming || state_ == State::serving; }
+
     void connected();
     void received(netsnmp_pdu &message);
+    void receivedResponse(const netsnmp_pdu &response);
     void lost(const std::string &reason);
     void opened(const netsnmp_pdu &response);
     void answered(const netsnmp_pdu &response);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Compares what the resolver answers with what the list of instances says.
+// Compares what a source answers with what the list of instances says.
 #include "packets.h"
 
 #include <gtest/gtest.h>
@@ -41,12 +41,12 @@ void expectSuccessor(const Variable &variable, const Identifier *expected, const
 
 } // namespace
 
-void checkGetNext(Resolver &resolver, const Instances &instances, Random &random, const ExpectValue &expectValue)
+void checkGetNext(Source &source, const Instances &instances, Random &random, const ExpectValue &expectValue)
 {
     const auto packet = randomPacket(instances, random);
     auto variables = variablesOf(packet);
     const Identifier region = instances.randomRegion(random);
-    resolver.getNext(variables, region);
+    source.getNext(variables, region);
     for (const Variable &variable : variables) {
         SCOPED_TRACE("after " + text(variable.asked) + " within " + text(region));
         // Before the region, its root may be an instance itself.
@@ -55,14 +55,14 @@ void checkGetNext(Resolver &resolver, const Instances &instances, Random &random
     }
 }
 
-void checkWalk(Resolver &resolver, const Instances &instances, OidView region, const ExpectValue &expectValue)
+void checkWalk(Source &source, const Instances &instances, OidView region, const ExpectValue &expectValue)
 {
     Variable variable;
     Oid asked(region);
     for (;;) {
         SCOPED_TRACE("after " + text(asked.view()) + " within " + text(region));
         variable.asked = asked.view();
-        resolver.getNext({&variable, 1}, region);
+        source.getNext({&variable, 1}, region);
         expectSuccessor(variable, instances.after(asked.view(), region), expectValue);
         if (variable.status != Status::ok || std::is_lteq(compare(variable.name.view(), asked.view()))) {
             return;
@@ -71,12 +71,12 @@ void checkWalk(Resolver &resolver, const Instances &instances, OidView region, c
     }
 }
 
-void checkGet(Resolver &resolver, const Instances &instances, Random &random, const ExpectValue &expectValue,
+void checkGet(Source &source, const Instances &instances, Random &random, const ExpectValue &expectValue,
               const IsLenient &isLenient)
 {
     const auto packet = randomPacket(instances, random);
     auto variables = variablesOf(packet);
-    resolver.get(variables);
+    source.get(variables);
     for (const Variable &variable : variables) {
         SCOPED_TRACE("get " + text(variable.asked));
         if (instances.has(variable.asked)) {

@@ -2,7 +2,7 @@
 // Packets of random identifiers, whose answers are compared with the list of all instances.
 #pragma once
 
-#include "../resolver.h"
+#include "../source.h"
 #include "identifiers.h"
 
 #include <functional>
@@ -16,10 +16,10 @@ using ExpectValue = std::function<void(OidView name, const Value &value)>;
 using IsLenient = std::function<bool(OidView name)>;
 
 // One get-next packet, and one walk to the end of the region from a random identifier.
-void checkGetNext(Resolver &resolver, const Instances &instances, Random &random, const ExpectValue &expectValue);
-void checkWalk(Resolver &resolver, const Instances &instances, OidView region, const ExpectValue &expectValue);
+void checkGetNext(Source &source, const Instances &instances, Random &random, const ExpectValue &expectValue);
+void checkWalk(Source &source, const Instances &instances, OidView region, const ExpectValue &expectValue);
 // One get packet.
-void checkGet(Resolver &resolver, const Instances &instances, Random &random, const ExpectValue &expectValue,
+void checkGet(Source &source, const Instances &instances, Random &random, const ExpectValue &expectValue,
               const IsLenient &isLenient);
 
 } // namespace ipmib::host::testing

@@ -6,6 +6,7 @@
 #define IPMIB_PLATFORM_HOOKS_H
 
 #include <ipmib/platform_interfaces.h>
+#include <ipmib/platform_ip.h>
 #include <ipmib/platform_ipv4.h>
 
 #include <stddef.h>
@@ -14,8 +15,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-#define IPMIB_PLATFORM_HOOKS_VERSION 3u
 
 /* Priorities of log lines, as in syslog. */
 enum { IPMIB_LOG_ERR = 3, IPMIB_LOG_WARNING = 4, IPMIB_LOG_INFO = 6 };
@@ -35,8 +34,9 @@ typedef struct IpmibPlatformHost {
     size_t option_count;
 } IpmibPlatformHost;
 
+/* The record grows at its end. A host uses what lies within the size, and takes the rest for null. */
 typedef struct IpmibPlatformHooks {
-    uint32_t version; /* IPMIB_PLATFORM_HOOKS_VERSION */
+    uint32_t size; /* of this record as the platform knows it; 3 in those that end with `ipv4` */
     /* Fills every mirror, so that the first request is answered in full. Returns 0; otherwise the error buffer holds
      * one line that names what failed, and nothing is left open. Unknown options are errors. */
     int (*start)(const IpmibPlatformHost *host, char *error, size_t capacity);
@@ -59,6 +59,12 @@ typedef struct IpmibPlatformHooks {
     const IpmibInterfaceHooks *interfaces;
     /* What the agent's own IPv4 tables are made of; null when the platform leaves those to somebody else. */
     const IpmibIpv4Hooks *ipv4;
+    /* The rows of IPv4, counters that the module leaves out, the transport layer's groups; null like those above. */
+    const IpmibIpHooks *ip;
+    /* sysUpTime was 0 at this moment of CLOCK_MONOTONIC, in milliseconds. From now on times in rows are values of that
+     * sysUpTime, and 0 for what was there before; until it is called, sysUpTime counts from boot. May be called again.
+     * May itself be null. */
+    void (*uptime_began)(uint64_t monotonic_ms);
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -167,29 +167,6 @@ bool isBeforeLinkLocalRow(std::uint32_t ifIndex, const std::uint8_t *key, std::u
     return zone != ifIndex ? zone < ifIndex : prefixLength < linkLocalPrefixLength;
 }
 
-// The row after the key on the key's own interface.
-std::uint32_t nextRowOf(std::uint32_t ifIndex, std::uint32_t type, const std::uint8_t *key, std::uint32_t prefixLength,
-                        AddressPrefixRow *row)
-{
-    switch (type) {
-    case 0:
-    case typeIpv4:
-        return firstRowOf(ifIndex, row);
-    case typeIpv6:
-        return rowAfterPrefix(ifIndex, key, prefixLength, row);
-    case typeIpv4z:
-        return linkLocalRowOf(ifIndex, row);
-    case typeIpv6z:
-        if (!hasLinkLocalAddress(ifIndex) || !isBeforeLinkLocalRow(ifIndex, key, prefixLength)) {
-            return RC_NOT_FOUND;
-        }
-        ip_AddressPrefix_LinkLocalRow(ifIndex, row);
-        return 0;
-    default:
-        return RC_NOT_FOUND;
-    }
-}
-
 // A request's index; complete when all four parts were counted.
 struct PrefixIndex : CountedIndex {
     std::uint32_t if_index = 0;
@@ -257,10 +234,32 @@ std::uint32_t ip_AddressPrefix_GetFirst(AddressPrefixRow *row)
     return firstRowAfter(0, walk, row) == 0 ? 0 : RC_NO_MORE;
 }
 
+std::uint32_t ip_AddressPrefix_GetNextOfInterface(std::uint32_t ifIndex, std::uint32_t type, const std::uint8_t *key,
+                                                  std::uint32_t prefixLength, AddressPrefixRow *row)
+{
+    switch (type) {
+    case 0:
+    case typeIpv4:
+        return firstRowOf(ifIndex, row);
+    case typeIpv6:
+        return rowAfterPrefix(ifIndex, key, prefixLength, row);
+    case typeIpv4z:
+        return linkLocalRowOf(ifIndex, row);
+    case typeIpv6z:
+        if (!hasLinkLocalAddress(ifIndex) || !isBeforeLinkLocalRow(ifIndex, key, prefixLength)) {
+            return RC_NOT_FOUND;
+        }
+        ip_AddressPrefix_LinkLocalRow(ifIndex, row);
+        return 0;
+    default:
+        return RC_NOT_FOUND;
+    }
+}
+
 std::uint32_t ip_AddressPrefix_GetNext(std::uint32_t ifIndex, std::uint32_t type, const std::uint8_t *key,
                                        std::uint32_t prefixLength, AddressPrefixRow *row)
 {
-    const std::uint32_t result = nextRowOf(ifIndex, type, key, prefixLength, row);
+    const std::uint32_t result = ip_AddressPrefix_GetNextOfInterface(ifIndex, type, key, prefixLength, row);
     InterfaceWalk walk; // opened and closed also when the row is found already
     return result == 0 ? 0 : firstRowAfter(ifIndex, walk, row);
 }

@@ -30,4 +30,8 @@ std::uint32_t ip_AddressPrefix_GetFirst(AddressPrefixRow *row);
 std::uint32_t ip_AddressPrefix_GetNext(std::uint32_t ifIndex, std::uint32_t type, const std::uint8_t *key,
                                        std::uint32_t prefixLength, AddressPrefixRow *row);
 
+// The same among the rows of the key's interface alone, whether or not it is walked; type 0 asks for the first of them.
+std::uint32_t ip_AddressPrefix_GetNextOfInterface(std::uint32_t ifIndex, std::uint32_t type, const std::uint8_t *key,
+                                                  std::uint32_t prefixLength, AddressPrefixRow *row);
+
 } // namespace ipmib

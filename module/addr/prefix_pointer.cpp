@@ -3,6 +3,7 @@
 #include "addr/prefix_pointer.h"
 
 #include "addr/ip_address_prefix.h"
+#include "stats/interface_walk.h"
 
 #include <cstddef>
 
@@ -29,23 +30,62 @@ void maskAddress(const std::uint8_t *address, std::uint32_t length, std::uint8_t
     }
 }
 
-// The whole table is walked, as a manager would, up to the row that fits.
-bool findPrefix(const FullAddressRecord &address, AddressPrefixRow *row)
-{
+// The prefix that an address belongs to.
+struct Sought {
+    std::uint32_t if_index;
+    std::uint32_t length; // bits
     std::uint8_t masked[addressSize];
-    maskAddress(address.address, address.prefix_length, masked);
+
+    explicit Sought(const FullAddressRecord &address) : if_index(address.if_index), length(address.prefix_length)
+    {
+        maskAddress(address.address, length, masked);
+    }
+    bool isIn(const AddressPrefixRow &row) const
+    {
+        return row.if_index == if_index && row.prefix_length == length && sameAddress(row.address, masked);
+    }
+};
+
+template <auto getNext>
+std::uint32_t advance(AddressPrefixRow *row)
+{
+    const AddressPrefixRow key = *row;
+    *row = {};
+    return getNext(key.if_index, key.address_type, key.address, key.prefix_length, row);
+}
+
+// The interface's own rows as a walk of the table meets them: it enters an interface of the selection at its first row.
+bool findAmongOwnRows(const Sought &sought, AddressPrefixRow *row)
+{
+    *row = {};
+    row->if_index = sought.if_index;
+    while (advance<ip_AddressPrefix_GetNextOfInterface>(row) == 0 && row->if_index == sought.if_index) {
+        if (sought.isIn(*row)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The whole table is walked, as a manager would, up to the row that fits.
+bool findAmongAllRows(const Sought &sought, AddressPrefixRow *row)
+{
     *row = {};
     std::uint32_t result = ip_AddressPrefix_GetFirst(row);
     while (result == 0) {
-        if (row->if_index == address.if_index && row->prefix_length == address.prefix_length &&
-            sameAddress(row->address, masked)) {
+        if (sought.isIn(*row)) {
             return true;
         }
-        const AddressPrefixRow key = *row;
-        *row = {};
-        result = ip_AddressPrefix_GetNext(key.if_index, key.address_type, key.address, key.prefix_length, row);
+        result = advance<ip_AddressPrefix_GetNext>(row);
     }
     return false;
+}
+
+// All rows that fit make the same pointer, so an address whose interface the walk visits finds its row there first.
+bool findPrefix(const FullAddressRecord &address, AddressPrefixRow *row)
+{
+    const Sought sought(address);
+    return (isWalked(sought.if_index) && findAmongOwnRows(sought, row)) || findAmongAllRows(sought, row);
 }
 
 } // namespace

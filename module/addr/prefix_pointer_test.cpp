@@ -81,7 +81,36 @@ TEST_F(PrefixPointer, OfALongerLinkLocalPrefixNamesNone)
     EXPECT_EQ(getRow(ipv6z, zoned("fe80::1", 3)).want(prefixPointer).send(), pointsTo({0, 0}));
 }
 
-TEST_F(PrefixPointer, WalksThePrefixRowsUntilOneMatches)
+TEST_F(PrefixPointer, LooksThroughTheRowsOfTheAddressesInterface)
+{
+    world().prefixes = {prefix(3, "2001:db8::", 64), prefix(5, "2001:db8:1::", 64), prefix(5, "2001:db8:2::", 64),
+                        prefix(5, "2001:db8:3::", 64)};
+    world().addresses = {address(5, "2001:db8:2::7")};
+    world().addresses[0].prefix_length = 64;
+    EXPECT_EQ(getRow(ipv6, bytesOf("2001:db8:2::7")).want(prefixPointer).send(),
+              pointsTo(5, ipv6, bytesOf("2001:db8:2::"), 64));
+    EXPECT_EQ(foldedCalls(), (Calls{"IP6_DaemonCheck(1)", "IP6Mib_GetAddrFullInfoInVrf(0, 2001:db8:2::7, -1)",
+                                    // the interface is one of those that are walked
+                                    standardSelection, "IF_IteratorInitialize()", "IF_GetNextIfIndexByIfSelect(4)",
+                                    "IF_IteratorFinalize()", "IP6CFG_GetFirstFullPrefix(5, -1)",
+                                    "IP6CFG_GetNextFullPrefix(5, -1, 2001:db8:1::/64 new)"}));
+}
+
+// No walk of the prefix table visits the interface, so its own rows are none of the table's.
+TEST_F(PrefixPointer, OfAnInterfaceThatIsNotWalkedNamesNone)
+{
+    world().interfaces = {3};
+    world().prefixes = {prefix(5, "2001:db8::", 64)};
+    world().addresses = {address(5, "2001:db8::2")};
+    world().addresses[0].prefix_length = 64;
+    EXPECT_EQ(getRow(ipv6, bytesOf("2001:db8::2")).want(prefixPointer).send(), pointsTo({0, 0}));
+    world().interfaces = {};
+    world().prefixes = {prefix(0, "2001:db8::", 64)};
+    world().addresses[0].if_index = 0;
+    EXPECT_EQ(getRow(ipv6, bytesOf("2001:db8::2")).want(prefixPointer).send(), pointsTo({0, 0}));
+}
+
+TEST_F(PrefixPointer, WalksAllPrefixRowsWhenNoneOfTheInterfaceFits)
 {
     world().prefixes = {prefix(3, "2001:db8::", 64), prefix(5, "2001:db8::", 64)};
     world().linkLocal = {3};
@@ -89,7 +118,11 @@ TEST_F(PrefixPointer, WalksThePrefixRowsUntilOneMatches)
     EXPECT_EQ(
         foldedCalls(),
         (Calls{"IP6_DaemonCheck(1)", "IP6Mib_GetAddrFullInfoInVrf(0, 2001:db8::2, -1)",
-               // the first row
+               // the interface's own rows
+               standardSelection, "IF_IteratorInitialize()", "IF_GetNextIfIndexByIfSelect(4)", "IF_IteratorFinalize()",
+               "IP6CFG_GetFirstFullPrefix(5, -1)", "IP6CFG_GetNextFullPrefix(5, -1, 2001:db8::/64 new)",
+               "IP6Addr_GetLinkLocalAddr(5)",
+               // the first row of all
                standardSelection, "IF_IteratorInitialize()", "IF_GetNextIfIndexByIfSelect(0)",
                "IP6CFG_GetFirstFullPrefix(3, -1)", "IF_IteratorFinalize()",
                // the one behind 3 2001:db8::/64

@@ -35,6 +35,12 @@ class InterfaceWalk
     std::uintptr_t iterator_ = 0;
 };
 
+// Whether a walk from the beginning visits the interface.
+inline bool isWalked(std::uint32_t ifIndex)
+{
+    return ifIndex != 0 && InterfaceWalk().next(ifIndex - 1) == ifIndex;
+}
+
 // The row of the first interface after ifIndex (of the first of all for 0) that has one. The end of the walk is
 // RC_NOT_FOUND, as a failed lookup is.
 template <class Row>

@@ -114,6 +114,7 @@ void Platform::beginPacket()
     ip6Links_.newPacket();
     linkTraffic_.newPacket();
     systemCounters_.newPacket();
+    ipv4Counters_.newPacket();
     rowHopLimit_.newPacket();
     ipv4Accounting_.checkRoomFor(links_.size());
 }

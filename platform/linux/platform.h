@@ -9,6 +9,7 @@
 #include "core/event_loop.h"
 #include "core/mirror.h"
 #include "core/proc_file.h"
+#include "counters/ipv4_counters.h"
 #include "counters/system_counters.h"
 #include "ipv4/ipv4.h"
 #include "links/ip6_link.h"
@@ -16,6 +17,7 @@
 #include "links/link_table.h"
 #include "links/link_traffic.h"
 #include "neighbours/neighbours.h"
+#include "rows/ip_rows.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -64,6 +66,8 @@ class Platform
     // For the agent's IPv4 tables, once they are followed. The answer, when that fails, is one line for the user.
     std::string followIpv4() { return ipv4_.follow(loop_, receiveBuffer_); }
     Ipv4 &ipv4() { return ipv4_; }
+    // For tables outside the module.
+    IpRows &ip() { return ip_; }
 
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }
@@ -74,6 +78,7 @@ class Platform
     const LinkTable &links() const { return links_; }
     Ip6LinkReader &ip6Links() { return ip6Links_; }
     SystemCounters &systemCounters() { return systemCounters_; }
+    Ipv4Counters &ipv4Counters() { return ipv4Counters_; }
     Ipv4Accounting &ipv4Accounting() { return ipv4Accounting_; }
     // What the kernel says of IPv6 on a link; null when it runs none there.
     const Ip6Link *ip6Link(std::uint32_t ifIndex);
@@ -105,10 +110,12 @@ class Platform
     LinkTrafficReader linkTraffic_{requests_};
     LinkSpeeds linkSpeeds_;
     SystemCounters systemCounters_;
+    Ipv4Counters ipv4Counters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     Ipv4Accounting ipv4Accounting_;
     RadvdFile radvd_;
     RowHopLimit rowHopLimit_;
+    IpRows ip_{*this};
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;
     std::uint32_t now_ = 0;
 };

@@ -2,12 +2,12 @@
 # Tests of the Linux platform.
 
 ipmib_test(platform_linux_test
-    SOURCES core/rtnetlink_test.cpp counters/counter_layout_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp
-            links/link_parse_test.cpp
+    SOURCES core/rtnetlink_test.cpp counters/counter_layout_test.cpp counters/ipv4_counter_text_test.cpp
+            counters/snmp6_text_test.cpp hooks_test.cpp links/link_parse_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test
-    SOURCES counters/counters_netns_test.cpp links/links_netns_test.cpp
+    SOURCES core/mirror_netns_test.cpp counters/counters_netns_test.cpp links/links_netns_test.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(radvd_test
@@ -19,7 +19,8 @@ ipmib_test(accounting_netns_test
                    accounting/ipv4_rows_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
 
-ipmib_test(ipv4_netns_test SOURCES ipv4/ipv4_netns_test.cpp LIBS ipmib_platform_linux_objects ipmib_netns)
+ipmib_test(ip_netns_test SOURCES ipv4/ipv4_netns_test.cpp rows/ip_counters_netns_test.cpp
+           LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(neighbours_netns_test
     SOURCES neighbours/neighbour_scale_netns_test.cpp neighbours/neighbour_states_netns_test.cpp

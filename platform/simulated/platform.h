@@ -48,7 +48,7 @@ class Platform
 
     // For the agent's IPv4 tables. Nobody has to follow what does not change by itself.
     std::string followIpv4() { return ""; }
-    Ipv4Rows ipv4() const { return Ipv4Rows(device_); }
+    Ipv4Rows &ipv4() { return ipv4_; }
 
     const Device &device() const { return device_; }
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
@@ -64,6 +64,7 @@ class Platform
     std::optional<Time> stopped_; // the clock shows this for ever
     std::chrono::steady_clock::time_point start_;
     Device device_;
+    Ipv4Rows ipv4_{device_};
     platform::RowHopLimit rowHopLimit_;
 };
 

@@ -180,4 +180,11 @@ Words linesOf(const std::string &text)
     return lines;
 }
 
+std::string contentOf(const std::string &file)
+{
+    std::ostringstream content;
+    content << std::ifstream(file).rdbuf();
+    return content.str();
+}
+
 } // namespace ipmib::e2e

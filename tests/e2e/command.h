@@ -59,4 +59,6 @@ bool sleepsThrough(pid_t process);
 
 Words linesOf(const std::string &text);
 
+std::string contentOf(const std::string &file);
+
 } // namespace ipmib::e2e

@@ -156,6 +156,23 @@ TEST_F(InterfacesTest, WhatIsAskedBetweenAndBeyondTheRowsIsAnsweredAsWell)
     stopAgent();
 }
 
+// It is in the list of interfaces, and gone by the time that its counters are read.
+TEST_F(InterfacesTest, AnInterfaceThatVanishesCostsTheWalkItsOwnRowAlone)
+{
+    startAgent(everybody, {"--vanished-interface=2"});
+    EXPECT_EQ(column(ifEntry + "10"), (std::map<int, std::string>{{1, "101"}, {3, "301"}}));
+    EXPECT_EQ(column(ifEntry + "1"), (std::map<int, std::string>{{1, "1"}, {2, "2"}, {3, "3"}}));
+    stopAgent();
+    for (const int edge : {1, 3}) {
+        startAgent(everybody, {"--vanished-interface=" + std::to_string(edge)});
+        EXPECT_EQ(walk("snmpwalk", publicV2, {}, interfaces).size(), 1u + 3 * 9 + 2 * 11);
+        EXPECT_EQ(walk("snmpbulkwalk", publicV2, {}, interfaces).size(), 1u + 3 * 9 + 2 * 11);
+        const std::string read = snmp("snmpget", publicV2, {ifEntry + "10." + std::to_string(edge)}).output;
+        EXPECT_NE(read.find("No Such Instance"), std::string::npos) << read;
+        stopAgent();
+    }
+}
+
 TEST_F(InterfacesTest, APacketOverAllTablesBeginsOnce)
 {
     const std::string line = "scripted platform: a packet begins";

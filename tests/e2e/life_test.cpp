@@ -18,13 +18,6 @@ namespace
 const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
 const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
 
-std::string contentOf(const std::string &file)
-{
-    std::ostringstream content;
-    content << std::ifstream(file).rdbuf();
-    return content.str();
-}
-
 class LifeTest : public AgentTest
 {
 };

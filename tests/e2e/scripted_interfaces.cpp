@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Three interfaces that never change: 1, 2 and 3, the last of them down. Their counters and speeds are beyond 32 bits.
+// One of them may have vanished before its counters are read.
 
 #include "e2e/scripted_interfaces.h"
 
@@ -16,6 +17,7 @@ namespace
 constexpr const char *names[] = {"lo", "eth0", "spare"};
 constexpr std::uint32_t count = 3;
 constexpr std::uint64_t beyond32Bits = 0x1'0000'0000;
+std::uint32_t vanished = 0;
 
 int find(std::uint32_t ifIndex, IpmibInterface *interface)
 {
@@ -46,6 +48,9 @@ int next(std::uint32_t ifIndex, IpmibInterface *interface)
 
 int traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic *traffic)
 {
+    if (ifIndex == vanished) {
+        return -1;
+    }
     std::uint64_t number = beyond32Bits + 100 * ifIndex;
     const auto fill = [&](IpmibTraffic &way) {
         for (std::uint64_t *counter :
@@ -70,6 +75,11 @@ std::uint64_t neverChanged()
 }
 
 } // namespace
+
+void letVanish(std::uint32_t ifIndex)
+{
+    vanished = ifIndex;
+}
 
 const IpmibInterfaceHooks scriptedInterfaces = {find, next, traffic, countAll, neverChanged};
 

@@ -11,6 +11,7 @@
 #include <ipmib/platform_hooks.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace
@@ -98,6 +99,8 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
         const char *name = given->options[i].name;
         if (std::strcmp(name, "log-packets") == 0) {
             logsPackets = true;
+        } else if (std::strcmp(name, "vanished-interface") == 0) {
+            ipmib::e2e::letVanish(static_cast<std::uint32_t>(std::atoi(given->options[i].value)));
         } else {
             std::snprintf(error, capacity, std::strcmp(name, "refuse") == 0 ? "told to refuse" : "unknown option --%s",
                           name);
@@ -146,7 +149,7 @@ void reload()
 
 extern "C" {
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = {IPMIB_PLATFORM_HOOKS_VERSION,
+const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
                                                  start,
                                                  stop,
                                                  descriptor,
@@ -155,5 +158,7 @@ const IpmibPlatformHooks ipmib_platform_hooks = {IPMIB_PLATFORM_HOOKS_VERSION,
                                                  reload,
                                                  nullptr,
                                                  &ipmib::e2e::scriptedInterfaces,
-                                                 &ipmib::e2e::scriptedIpv4};
+                                                 &ipmib::e2e::scriptedIpv4,
+                                                 nullptr,
+                                                 nullptr};
 }

@@ -3,6 +3,11 @@
 
 #include "e2e/master_under_test.h"
 
+#include <netinet/in.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -140,12 +145,43 @@ TEST_F(SubagentLifeTest, AMasterOverTcp)
     const std::string place = "tcp:127.0.0.1:" + std::to_string(port());
     startMaster("agentXSocket " + place + "\n");
     writeFile("test.conf", "");
-    startProgram({agentProgram, "-f", "-Lo", "-C", "-c", path("test.conf"), "-x", place});
+    const std::string named = "tcp:localhost:" + std::to_string(port());
+    startProgram({agentProgram, "-f", "-Lo", "-C", "-c", path("test.conf"), "-x", named});
     expectRows();
     killMaster();
     startMaster("agentXSocket " + place + "\n");
     expectRows();
     stopSubagent();
+}
+
+// The resolver would wait for minutes, with everything else.
+TEST_F(SubagentLifeTest, ANameServerThatIsSilentHoldsNothingUp)
+{
+    if (network() == nullptr || unshare(CLONE_NEWNS) != 0 ||
+        mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+        GTEST_SKIP() << "needs the right to have a name server of its own";
+    }
+    const std::string servers = writeFile("resolv.conf", "nameserver 127.0.0.1\noptions timeout:30 attempts:5\n");
+    const std::string order = writeFile("nsswitch.conf", "hosts: dns\n");
+    ASSERT_EQ(mount(servers.c_str(), "/etc/resolv.conf", nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(mount(order.c_str(), "/etc/nsswitch.conf", nullptr, MS_BIND, nullptr), 0);
+    const int server = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(53);
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(bind(server, reinterpret_cast<const sockaddr *>(&place), sizeof place), 0);
+
+    writeFile("test.conf", "");
+    startProgram({agentProgram, "-f", "-Lo", "-C", "-c", path("test.conf"), "-x", "tcp:master.example:705"});
+    pollfd asked{server, POLLIN, 0};
+    EXPECT_EQ(poll(&asked, 1, 30000), 1) << "nobody was asked for the name";
+    close(server);
+    const std::string line = "agentx: the master at tcp:master.example:705 does not answer; waiting";
+    EXPECT_EQ(timesLogged(line), 1u) << agent().output();
+    stopAgent();
+    umount2("/etc/resolv.conf", MNT_DETACH);
+    umount2("/etc/nsswitch.conf", MNT_DETACH);
 }
 
 TEST_F(SubagentLifeTest, HangUpReadsWhoServesWhat)

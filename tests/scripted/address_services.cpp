@@ -52,6 +52,16 @@ const Record *successor(const std::vector<Record> &records, const Record *key, Q
     return next;
 }
 
+// The prefix of an interface behind the key, or its first one.
+const FullPrefixRecord *prefixAfter(std::uint32_t ifIndex, const FullPrefixRecord *key)
+{
+    if (world().nextPrefix) {
+        return world().nextPrefix(ifIndex, key);
+    }
+    return successor(world().prefixes, key,
+                     [ifIndex](const auto &each) { return ipmib_be32_get(each.if_index) == ifIndex; });
+}
+
 std::uint32_t answerPrefix(const char *service, const FullPrefixRecord *found, FullPrefixRecord *record)
 {
     const std::uint32_t result = answer(service, found, record);
@@ -68,9 +78,7 @@ uint32_t IP6CFG_GetFirstFullPrefix(uint32_t if_index, int32_t minus_one, FullPre
 {
     note([&] { return "IP6CFG_GetFirstFullPrefix(" + number(if_index) + ", " + std::to_string(minus_one) + ")"; });
     expectCleared("IP6CFG_GetFirstFullPrefix", record, sizeof *record);
-    const auto ofInterface = [if_index](const auto &each) { return ipmib_be32_get(each.if_index) == if_index; };
-    return answerPrefix("IP6CFG_GetFirstFullPrefix",
-                        successor<FullPrefixRecord>(world().prefixes, nullptr, ofInterface), record);
+    return answerPrefix("IP6CFG_GetFirstFullPrefix", prefixAfter(if_index, nullptr), record);
 }
 
 uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t minus_one, FullPrefixRecord *record)
@@ -87,8 +95,7 @@ uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t minus_one, FullPref
     if (ipmib_be32_get(record->if_index) != if_index) {
         complain("IP6CFG_GetNextFullPrefix: the cursor names another interface than the call");
     }
-    const auto ofInterface = [if_index](const auto &each) { return ipmib_be32_get(each.if_index) == if_index; };
-    return answerPrefix("IP6CFG_GetNextFullPrefix", successor(world().prefixes, &keyAlone, ofInterface), record);
+    return answerPrefix("IP6CFG_GetNextFullPrefix", prefixAfter(if_index, &keyAlone), record);
 }
 
 uint32_t IP6Addr_GetLinkLocalAddr(uint32_t if_index, LinkLocalBuffer *buffer)

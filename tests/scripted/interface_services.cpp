@@ -33,6 +33,15 @@ void expectOpen(const char *service, std::uintptr_t iterator)
     }
 }
 
+std::uint32_t interfaceAfter(std::uint32_t ifIndex)
+{
+    if (world().nextInterface) {
+        return world().nextInterface(ifIndex);
+    }
+    const auto next = world().interfaces.upper_bound(ifIndex);
+    return next == world().interfaces.end() ? 0 : *next;
+}
+
 } // namespace
 
 uint32_t IP6_DaemonCheck(uint32_t one)
@@ -97,8 +106,7 @@ uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator
     note([] { return "IF_GetFirstIfIndexByIfSelect()"; });
     expectPrepared("IF_GetFirstIfIndexByIfSelect", selection);
     expectOpen("IF_GetFirstIfIndexByIfSelect", iterator);
-    const auto &interfaces = world().interfaces;
-    return interfaces.empty() ? 0 : *interfaces.begin();
+    return interfaceAfter(0);
 }
 
 uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator, uint32_t if_index)
@@ -106,8 +114,7 @@ uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator,
     note([&] { return "IF_GetNextIfIndexByIfSelect(" + number(if_index) + ")"; });
     expectPrepared("IF_GetNextIfIndexByIfSelect", selection);
     expectOpen("IF_GetNextIfIndexByIfSelect", iterator);
-    const auto next = world().interfaces.upper_bound(if_index);
-    return next == world().interfaces.end() ? 0 : *next;
+    return interfaceAfter(if_index);
 }
 
 uint32_t IF_IsValidIfIndex(uint32_t if_index)

@@ -35,6 +35,8 @@ struct World {
     std::set<std::uint32_t> interfaces;
     // IF_IsValidIfIndex where it differs from that.
     std::map<std::uint32_t, std::uint32_t> validity;
+    // The walk over the interfaces where it is not simply that of the set: what follows a given one, 0 for none.
+    std::function<std::uint32_t(std::uint32_t ifIndex)> nextInterface;
     // No iterator can be opened.
     bool outOfIterators = false;
 
@@ -51,6 +53,9 @@ struct World {
     std::vector<NeighbourEntry> neighbours;
 
     std::vector<FullPrefixRecord> prefixes;
+    // An interface's prefixes where they do not simply ascend: what follows a key, the first of them for none; null for
+    // none.
+    std::function<const FullPrefixRecord *(std::uint32_t ifIndex, const FullPrefixRecord *key)> nextPrefix;
     std::set<std::uint32_t> linkLocal; // interfaces for which IP6Addr_GetLinkLocalAddr succeeds
     std::vector<FullAddressRecord> addresses;
     std::map<std::uint32_t, FullAddressRecord> linkLocalAddresses;

@@ -118,6 +118,7 @@ int fail(const std::exception &error, host::ExitStatus status)
 int main(int argc, char **argv)
 {
     try {
+        host::occupyStandardDescriptors();
         return run(argc, argv);
     } catch (const host::UsageError &error) {
         return fail(error, host::exitUsage);

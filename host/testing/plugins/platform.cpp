@@ -46,14 +46,14 @@ void stop()
     host->log(IPMIB_LOG_INFO, "stopped");
 }
 
-#ifdef WITH_OTHER_VERSION
-constexpr std::uint32_t version = 99;
-#else
-constexpr std::uint32_t version = IPMIB_PLATFORM_HOOKS_VERSION;
+#ifndef SIZE
+#define SIZE sizeof(IpmibPlatformHooks)
 #endif
+
+void uptimeBegan(std::uint64_t) {}
 
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = {
-    version, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+    SIZE, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, uptimeBegan};
 #endif

@@ -20,5 +20,16 @@ void stop() {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = {
-    IPMIB_PLATFORM_HOOKS_VERSION, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+extern "C" __attribute__((visibility("default")))
+const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
+                                                 start,
+                                                 stop,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr};

@@ -2,13 +2,14 @@
 // What a host calls to drive a platform: the hooks over the one platform of the process, from start to stop.
 #pragma once
 
+#include "core/hook_call.h"
 #include "core/log.h"
 
 #include <ipmib/platform_hooks.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace ipmib::platform
 {
@@ -19,22 +20,27 @@ namespace ipmib::platform
 // whether there was something to fill in; what the IPv4 tables need: followIpv4(), which answers as start does, and
 // ipv4(), an object with findAddress, addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside
 // it a function setRunning(Platform *) that puts it to its services, or takes it away again with null.
+//
+// It may have: uptimeBegan(std::uint64_t monotonicMs), and ip(), an object with a member for each function of
+// IpmibIpHooks. For one that has it not the hook is null.
 template <class Platform>
 class Hooks
 {
   public:
     static constexpr IpmibPlatformHooks record()
     {
-        return {IPMIB_PLATFORM_HOOKS_VERSION,
+        return {sizeof(IpmibPlatformHooks),
                 start,
                 stop,
                 descriptor,
-                dispatch,
-                beginPacket,
-                reload,
-                interfaceName,
+                hookCall<running, &Platform::dispatch>,
+                hookCall<running, &Platform::beginPacket>,
+                hookCall<running, &Platform::reload>,
+                hookCall<running, &Platform::interfaceName>,
                 &interfaces,
-                &ipv4};
+                &ipv4,
+                ipHooks(),
+                uptimeBegan()};
     }
 
   private:
@@ -45,16 +51,10 @@ class Hooks
         const std::string failure = instance_->start(*host);
         if (!failure.empty()) {
             stop();
-            return fail(failure, error, capacity);
+            return hookFailure(failure, error, capacity);
         }
         setRunning(instance_.get());
         return 0;
-    }
-
-    static int fail(const std::string &failure, char *error, std::size_t capacity)
-    {
-        std::snprintf(error, capacity, "%s", failure.c_str());
-        return -1;
     }
 
     static void stop()
@@ -66,86 +66,68 @@ class Hooks
 
     static int descriptor() { return instance_ ? instance_->descriptor() : -1; }
 
-    static void dispatch()
+    static Platform *running() { return instance_.get(); }
+    static constexpr IpmibInterfaceHooks interfaces = {
+        hookCall<running, &Platform::findInterface>, hookCall<running, &Platform::interfaceAfter>,
+        hookCall<running, &Platform::traffic>, hookCall<running, &Platform::interfaceCount>,
+        hookCall<running, &Platform::interfacesChangedMs>};
+
+    using Ipv4 = std::remove_reference_t<decltype(std::declval<Platform &>().ipv4())>;
+    static Ipv4 *ipv4Rows() { return instance_ ? &instance_->ipv4() : nullptr; }
+    static constexpr IpmibIpv4Hooks ipv4 = {
+        hookCall<running, &Platform::followIpv4>, hookCall<ipv4Rows, &Ipv4::findAddress>,
+        hookCall<ipv4Rows, &Ipv4::addressAfter>, hookCall<ipv4Rows, &Ipv4::findNeighbour>,
+        hookCall<ipv4Rows, &Ipv4::neighbourAfter>};
+
+    static constexpr const IpmibIpHooks *ipHooks()
     {
-        if (instance_) {
-            instance_->dispatch();
+        if constexpr (requires(Platform & platform) { platform.ip(); }) {
+            return &IpRecord<Platform>::hooks;
+        } else {
+            return nullptr;
+        }
+    }
+    static constexpr decltype(IpmibPlatformHooks::uptime_began) uptimeBegan()
+    {
+        if constexpr (requires(Platform & platform) { platform.uptimeBegan(std::uint64_t{}); }) {
+            return hookCall<running, &Platform::uptimeBegan>;
+        } else {
+            return nullptr;
         }
     }
 
-    static void beginPacket()
-    {
-        if (instance_) {
-            instance_->beginPacket();
-        }
-    }
-
-    static void reload()
-    {
-        if (instance_) {
-            instance_->reload();
-        }
-    }
-
-    static const char *interfaceName(std::uint32_t ifIndex)
-    {
-        return instance_ ? instance_->interfaceName(ifIndex) : nullptr;
-    }
-
-    static constexpr int noInterface = -1;
-
-    static int findInterface(std::uint32_t ifIndex, IpmibInterface *interface)
-    {
-        return instance_ && instance_->findInterface(ifIndex, *interface) ? 0 : noInterface;
-    }
-
-    static int nextInterface(std::uint32_t ifIndex, IpmibInterface *interface)
-    {
-        return instance_ && instance_->interfaceAfter(ifIndex, *interface) ? 0 : noInterface;
-    }
-
-    static int traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic *traffic)
-    {
-        return instance_ && instance_->traffic(ifIndex, *traffic) ? 0 : noInterface;
-    }
-
-    static std::uint32_t interfaceCount() { return instance_ ? instance_->interfaceCount() : 0; }
-
-    static std::uint64_t interfacesChangedMs() { return instance_ ? instance_->interfacesChangedMs() : 0; }
-
-    static constexpr IpmibInterfaceHooks interfaces = {findInterface, nextInterface, traffic, interfaceCount,
-                                                       interfacesChangedMs};
-
-    static int followIpv4(char *error, std::size_t capacity)
-    {
-        const std::string failure = instance_ ? instance_->followIpv4() : "the platform has not started";
-        return failure.empty() ? 0 : fail(failure, error, capacity);
-    }
-
-    static constexpr int noRow = -1;
-
-    static int findIpv4Address(std::uint32_t address, IpmibIpv4Address *row)
-    {
-        return instance_ && instance_->ipv4().findAddress(address, *row) ? 0 : noRow;
-    }
-
-    static int nextIpv4Address(std::uint32_t address, IpmibIpv4Address *row)
-    {
-        return instance_ && instance_->ipv4().addressAfter(address, *row) ? 0 : noRow;
-    }
-
-    static int findIpv4Neighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour *row)
-    {
-        return instance_ && instance_->ipv4().findNeighbour(ifIndex, address, *row) ? 0 : noRow;
-    }
-
-    static int nextIpv4Neighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour *row)
-    {
-        return instance_ && instance_->ipv4().neighbourAfter(ifIndex, address, *row) ? 0 : noRow;
-    }
-
-    static constexpr IpmibIpv4Hooks ipv4 = {followIpv4, findIpv4Address, nextIpv4Address, findIpv4Neighbour,
-                                            nextIpv4Neighbour};
+    // A template of its own, of which nothing is looked at for a platform without ip().
+    template <class WithIp>
+    struct IpRecord {
+        using Ip = std::remove_reference_t<decltype(std::declval<WithIp &>().ip())>;
+        static Ip *rows() { return instance_ ? &instance_->ip() : nullptr; }
+        static constexpr IpmibIpHooks hooks = {
+            sizeof(IpmibIpHooks),
+            hookCall<rows, &Ip::follow>,
+            hookCall<rows, &Ip::settings>,
+            hookCall<rows, &Ip::systemCounters>,
+            hookCall<rows, &Ip::interfaceCounters>,
+            hookCall<rows, &Ip::icmpCounters>,
+            hookCall<rows, &Ip::tcpCounters>,
+            hookCall<rows, &Ip::udpCounters>,
+            hookCall<rows, &Ip::findInterface>,
+            hookCall<rows, &Ip::interfaceAfter>,
+            hookCall<rows, &Ip::interfacesChanged>,
+            hookCall<rows, &Ip::findAddress>,
+            hookCall<rows, &Ip::addressAfter>,
+            hookCall<rows, &Ip::findPrefix>,
+            hookCall<rows, &Ip::prefixAfter>,
+            hookCall<rows, &Ip::findNeighbour>,
+            hookCall<rows, &Ip::neighbourAfter>,
+            hookCall<rows, &Ip::findRouter>,
+            hookCall<rows, &Ip::routerAfter>,
+            hookCall<rows, &Ip::findStack>,
+            hookCall<rows, &Ip::stackAfter>,
+            hookCall<rows, &Ip::stackChanged>,
+            hookCall<rows, &Ip::findReceiveAddress>,
+            hookCall<rows, &Ip::receiveAddressAfter>,
+        };
+    };
 
     static inline std::unique_ptr<Platform> instance_;
 };

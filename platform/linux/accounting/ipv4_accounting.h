@@ -38,6 +38,8 @@ class Ipv4Accounting
     std::string start();
     // Removes the table.
     void stop();
+    // Whether somebody asked for it.
+    bool counts() const { return socket_.isOpen(); }
 
     // What the interface has been counted to, read from the kernel now; zeros where nothing was counted.
     IpMibIfStat countersOf(std::uint32_t ifIndex);

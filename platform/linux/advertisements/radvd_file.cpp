@@ -5,7 +5,8 @@
 
 #include "core/log.h"
 
-#include <fcntl.h>
+#include "support/named_file.h"
+
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
@@ -23,6 +24,7 @@ namespace
 {
 
 constexpr std::size_t largestFile = 1'048'576;
+constexpr std::string_view noFile = "/dev/null"; // written all the time, by everybody, and always empty
 // Not IN_MODIFY: a file that is being written is read when its writer closes it.
 constexpr std::uint32_t watchedEvents = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_CREATE | IN_DELETE |
                                         IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
@@ -40,29 +42,6 @@ bool isPlainFile(const std::string &path)
 {
     struct stat status;
     return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
-}
-
-// 0, or the errno of what went wrong.
-int readWhole(const std::string &path, std::string &text)
-{
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status;
-    if (!file || fstat(file.get(), &status) != 0) {
-        return errno;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    }
-    text.clear();
-    std::array<char, 4096> piece;
-    ssize_t length = 0;
-    while ((length = ::read(file.get(), piece.data(), piece.size())) > 0) {
-        text.append(piece.data(), static_cast<std::size_t>(length));
-        if (text.size() > largestFile) {
-            return EFBIG;
-        }
-    }
-    return length < 0 ? errno : 0;
 }
 
 } // namespace
@@ -114,6 +93,9 @@ void RadvdFile::watch()
 // While a directory is missing, the nearest one above it that is there.
 void RadvdFile::watchEntry(const std::string &path)
 {
+    if (path == noFile) {
+        return;
+    }
     const auto [directory, entry] = split(path);
     const int watched = inotify_add_watch(inotify_.get(), directory.c_str(), watchedEvents);
     if (watched >= 0) {
@@ -156,12 +138,11 @@ void RadvdFile::readEvents()
 
 void RadvdFile::read()
 {
-    std::string text;
-    const int error = readWhole(path_, text);
-    if (error != 0 && error != ENOENT && error != ENOTDIR) {
-        complain(path_ + ": cannot be read: " + std::strerror(error));
-    } else if (text != text_ || !complaint_.empty()) {
-        use(text);
+    const support::NamedFile file = support::readNamedFile(path_, largestFile);
+    if (file.error != 0 && file.error != ENOENT && file.error != ENOTDIR) {
+        complain(path_ + ": cannot be read: " + file.reason);
+    } else if (file.text != text_ || !complaint_.empty()) {
+        use(file.text);
     }
 }
 

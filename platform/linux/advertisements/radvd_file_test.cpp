@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <poll.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -210,6 +211,32 @@ TEST_F(RadvdFileTest, whatIsNotAFileIsAComplaint)
     start(path);
     ASSERT_EQ(logged.size(), 1u);
     EXPECT_EQ(logged[0], "radvd: " + path + ": cannot be read: Is a directory; the settings stay as they were");
+}
+
+TEST_F(RadvdFileTest, theDeviceNullNamesNothingAndIsNotFollowed)
+{
+    fs::create_symlink("/dev/null", folder_ / "radvd.conf");
+    for (const fs::path &path : {fs::path("/dev/null"), folder_ / "radvd.conf"}) {
+        RadvdFile file;
+        file.start(loop_, path);
+        EXPECT_TRUE(logged.empty()) << logged[0];
+        EXPECT_EQ(file.find("one"), nullptr);
+        std::ofstream("/dev/null") << "interface one { };";
+        pollfd wait{loop_.descriptor(), POLLIN, 0};
+        EXPECT_EQ(poll(&wait, 1, 0), 0) << "everybody writes there, and would wake us up";
+    }
+}
+
+TEST_F(RadvdFileTest, devicesAndPipesAreComplaintsAndKeepNobodyWaiting)
+{
+    const std::string path = folder_ / "radvd.conf";
+    const std::string complaint = ": cannot be read: it is no regular file; the settings stay as they were";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    start(path);
+    EXPECT_EQ(logged, (std::vector<std::string>{"radvd: " + path + complaint}));
+    RadvdFile zero;
+    zero.start(loop_, "/dev/zero");
+    EXPECT_EQ(logged.back(), "radvd: /dev/zero" + complaint);
 }
 
 } // namespace

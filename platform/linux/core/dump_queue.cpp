@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace ipmib::platform
 {
@@ -31,21 +33,19 @@ std::string DumpQueue::start(EventLoop &loop)
         for (Mirror *mirror : std::exchange(later_, {})) {
             mirror->refresh();
         }
+        begin();
     });
-    if (!timers || !openSocket()) {
-        return "cannot open a netlink socket: " + socket_.error();
+    if (!timers) {
+        return std::string("cannot create a timer: ") + std::strerror(errno);
     }
-    return "";
+    return openSocket() ? "" : "cannot open a netlink socket: " + lastError_;
 }
 
 void DumpQueue::stop()
 {
     soon_.close();
     retry_.close();
-    if (socket_.isOpen()) {
-        loop_->forget(socket_.descriptor());
-        socket_.close();
-    }
+    closeSocket();
     waiting_.clear();
     later_.clear();
     reading_ = false;
@@ -53,13 +53,29 @@ void DumpQueue::stop()
 
 bool DumpQueue::openSocket()
 {
-    if (socket_.isOpen()) {
-        loop_->forget(socket_.descriptor());
+    if (!socket_.open({}, receiveBuffer)) {
+        lastError_ = socket_.error();
+        return false;
     }
-    return socket_.open({}, receiveBuffer) && loop_->watch(socket_.descriptor(), EventLoop::Work::background, [this] {
+    const auto readPieces = [this] {
         for (unsigned i = 0; i < readsPerPiece && readPiece(); ++i) {
         }
-    });
+    };
+    if (!loop_->watch(socket_.descriptor(), EventLoop::Work::background, readPieces)) {
+        lastError_ = std::string("watch: ") + std::strerror(errno);
+        socket_.close();
+        return false;
+    }
+    return true;
+}
+
+// The kernel's half of a dump ends with the socket; the next dump opens another one.
+void DumpQueue::closeSocket()
+{
+    if (socket_.isOpen()) {
+        loop_->forget(socket_.descriptor());
+        socket_.close();
+    }
 }
 
 void DumpQueue::add(Mirror &mirror)
@@ -77,7 +93,7 @@ void DumpQueue::remove(Mirror &mirror)
         mirror.table_.abandonRebuild();
         waiting_.pop_front();
         reading_ = false;
-        openSocket(); // the kernel's half of the dump ends with the socket
+        closeSocket();
         begin();
     } else {
         std::erase(waiting_, &mirror);
@@ -86,9 +102,17 @@ void DumpQueue::remove(Mirror &mirror)
 
 void DumpQueue::begin()
 {
-    if (reading_ || waiting_.empty() || !socket_.isOpen()) {
+    if (reading_ || waiting_.empty()) {
         return;
     }
+    if (!socket_.isOpen() && !openSocket()) {
+        if (!std::exchange(saidCannotBegin_, true)) {
+            logWarning("netlink: no table can be read anew: %s, trying again later", lastError_.c_str());
+        }
+        armRetry();
+        return;
+    }
+    saidCannotBegin_ = false;
     reading_ = true;
     which_ = 0;
     interrupted_ = false;
@@ -111,9 +135,15 @@ bool DumpQueue::sendRequest()
 std::string DumpQueue::runToEnd()
 {
     lastError_.clear();
-    while (!idle() && socket_.isOpen()) {
+    while (!idle()) {
+        if (readPiece() || idle()) {
+            continue;
+        }
+        if (!reading_) {
+            return lastError_;
+        }
         pollfd wait{socket_.descriptor(), POLLIN, 0};
-        if (!readPiece() && reading_ && poll(&wait, 1, answerTimeout) == 0) {
+        if (poll(&wait, 1, answerTimeout) == 0) {
             return "no answer";
         }
     }
@@ -154,6 +184,7 @@ void DumpQueue::finish(Rtnetlink::Read result)
     }
     if (!interrupted_) {
         mirror.table_.commitRebuild();
+        mirror.saidCannotRead_ = false;
         end(true);
         return;
     }
@@ -171,10 +202,7 @@ void DumpQueue::finish(Rtnetlink::Read result)
     } else {
         mirror.table_.abandonRebuild();
     }
-    logWarning("netlink: %s: the table changed during each of %u readings, trying again later", mirror.table_.name(),
-               attempts);
-    later_.push_back(&mirror);
-    retry_.arm(retryMilliseconds);
+    tryAgainLater(mirror, "the table changed during each of " + std::to_string(attempts) + " readings");
     end(first);
 }
 
@@ -182,12 +210,27 @@ void DumpQueue::fail()
 {
     Mirror &mirror = *waiting_.front();
     lastError_ = socket_.error();
-    logWarning("netlink: %s: %s, trying again later", mirror.table_.name(), lastError_.c_str());
     mirror.table_.abandonRebuild();
-    openSocket();
-    later_.push_back(&mirror);
-    retry_.arm(retryMilliseconds);
+    closeSocket();
+    tryAgainLater(mirror, lastError_);
     end(false);
+}
+
+void DumpQueue::tryAgainLater(Mirror &mirror, const std::string &reason)
+{
+    if (!std::exchange(mirror.saidCannotRead_, true)) {
+        logWarning("netlink: %s: %s, trying again later", mirror.table_.name(), reason.c_str());
+    }
+    later_.push_back(&mirror);
+    armRetry();
+}
+
+// Whoever asks for a reading meanwhile must not put it off.
+void DumpQueue::armRetry()
+{
+    if (!retry_.armed()) {
+        retry_.arm(retryMilliseconds);
+    }
 }
 
 void DumpQueue::end(bool committed)

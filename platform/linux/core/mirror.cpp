@@ -73,7 +73,8 @@ void Mirror::readAnnouncements()
 
 void Mirror::dumpBegins()
 {
-    readAnnouncements(); // what is older than the dump must not be applied to it
+    state_ = State::waiting; // also when it follows an interrupted one
+    readAnnouncements();     // what is older than the dump must not be applied to it
     state_ = State::dumping;
     again_ = false;
     table_.beginRebuild();

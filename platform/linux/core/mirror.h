@@ -87,6 +87,7 @@ class Mirror
     Rtnetlink announcements_;
     State state_ = State::live;
     bool again_ = false;
+    bool saidCannotRead_ = false; // in the log, since the last good reading
     unsigned timesRead_ = 0;
     unsigned timesLost_ = 0;
 };
@@ -102,10 +103,12 @@ class DumpQueue
     std::string start(EventLoop &loop);
     void stop();
 
-    // The reading begins with the next turn of the event loop, never within the call.
+    // The reading begins with the next turn of the event loop, never within the call; later when the system has no
+    // descriptor or no memory for it.
     void add(Mirror &mirror);
     void remove(Mirror &mirror);
-    // Works until the queue is empty; the answer, when a dump failed, is one line for the user.
+    // Works until the queue is empty, waiting for the kernel: at the start only. The answer, when a dump failed or
+    // could not begin, is one line for the user.
     std::string runToEnd();
     bool idle() const { return waiting_.empty(); }
     // One read of the dump that is under way; false when there was nothing to read.
@@ -115,10 +118,13 @@ class DumpQueue
 
   private:
     bool openSocket();
+    void closeSocket();
     void begin();
     bool sendRequest();
     void finish(Rtnetlink::Read result);
     void fail();
+    void tryAgainLater(Mirror &mirror, const std::string &reason);
+    void armRetry();
     void end(bool committed);
 
     EventLoop *loop_ = nullptr;
@@ -131,6 +137,7 @@ class DumpQueue
     std::size_t which_ = 0;
     unsigned attempt_ = 0;
     bool interrupted_ = false;
+    bool saidCannotBegin_ = false; // in the log, since the last beginning
     unsigned timesInterrupted_ = 0;
     std::string lastError_;
 };

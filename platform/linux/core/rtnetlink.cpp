@@ -5,7 +5,6 @@
 #include "core/attributes.h"
 #include "core/datagram.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -19,8 +18,6 @@ namespace
 
 // The kernel fills dump datagrams up to 32 KiB when it sees that its reader takes that much.
 constexpr std::size_t bufferSize = 64 * 1024;
-
-constexpr int answerTimeout = 5000; // ms; the kernel answers within the call, so this only bounds a broken socket
 
 void setOption(mnl_socket *socket, int option)
 {
@@ -156,14 +153,9 @@ int Rtnetlink::ask(RtnetlinkRequest &request, const Handler &handler)
         case Read::done:
         case Read::interrupted:
             return 0;
-        case Read::nothing: {
-            pollfd wait{descriptor(), POLLIN, 0};
-            if (poll(&wait, 1, answerTimeout) == 0) {
-                fail(ETIMEDOUT, "answer");
-                return ETIMEDOUT;
-            }
-            break;
-        }
+        case Read::nothing: // the kernel answers while it is sent to, and goes on with a dump while it is read
+            fail(EAGAIN, "no answer");
+            return EAGAIN;
         case Read::lost:
             fail(ENOBUFS, "receive");
             return ENOBUFS;

@@ -69,7 +69,7 @@ class Rtnetlink
     // Reads one datagram of announcements and hands its messages on.
     Read readAnnouncements(const Handler &handler);
     // Sends a request and hands on what the kernel answers at once: one message, or with NLM_F_DUMP all of a (small)
-    // dump. 0, or the kernel's errno.
+    // dump. Never waits. 0, or the kernel's errno.
     int ask(RtnetlinkRequest &request, const Handler &handler);
 
     // The errno and the text (the kernel's own where it gave one) of the last failure.

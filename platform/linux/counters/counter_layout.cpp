@@ -19,15 +19,15 @@ constexpr Ip6Counter order2010[] = {
     inReceives, inOctets,     inDelivers,      outForwDatagrams, outRequests,  outOctets,   inHdrErrors, inTooBigErrors,
     inNoRoutes, inAddrErrors, inUnknownProtos, inTruncatedPkts,  inDiscards,   outDiscards, outNoRoutes, ignored,
     reasmReqds, reasmOKs,     reasmFails,      fragOKs,          fragFails,    fragCreates, inMcastPkts, outMcastPkts,
-    ignored,    ignored,      ignored,         ignored,          ignored,      ignored,     ignored,     ignored,
+    ignored,    ignored,      inMcastOctets,   outMcastOctets,   ignored,      ignored,     ignored,     ignored,
     ignored,    ignored,      ignored,         ignored,          outTransmits,
 };
 constexpr Ip6Counter order2025[] = {
-    inReceives,     inOctets,    inDelivers,   ignored,         ignored,          ignored,
-    ignored,        outRequests, outTransmits, outOctets,       outForwDatagrams, inHdrErrors,
-    inTooBigErrors, inNoRoutes,  inAddrErrors, inUnknownProtos, inTruncatedPkts,  inDiscards,
-    outDiscards,    outNoRoutes, ignored,      reasmReqds,      reasmOKs,         reasmFails,
-    fragOKs,        fragFails,   fragCreates,  inMcastPkts,     outMcastPkts,
+    inReceives,   inOctets,        inDelivers,      ignored,          ignored,        ignored,        ignored,
+    outRequests,  outTransmits,    outOctets,       outForwDatagrams, inHdrErrors,    inTooBigErrors, inNoRoutes,
+    inAddrErrors, inUnknownProtos, inTruncatedPkts, inDiscards,       outDiscards,    outNoRoutes,    ignored,
+    reasmReqds,   reasmOKs,        reasmFails,      fragOKs,          fragFails,      fragCreates,    inMcastPkts,
+    outMcastPkts, ignored,         ignored,         inMcastOctets,    outMcastOctets,
 };
 struct Order {
     std::span<const Ip6Counter> counters;

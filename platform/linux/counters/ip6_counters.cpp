@@ -9,11 +9,26 @@ namespace ipmib::platform
 namespace
 {
 constexpr std::array<std::string_view, ip6CounterCount> names = {
-    "InReceives",      "InHdrErrors", "InTooBigErrors", "InNoRoutes",       "InAddrErrors", "InUnknownProtos",
-    "InTruncatedPkts", "InDiscards",  "InDelivers",     "OutForwDatagrams", "OutRequests",  "OutDiscards",
-    "OutNoRoutes",     "ReasmReqds",  "ReasmOKs",       "ReasmFails",       "FragOKs",      "FragFails",
-    "FragCreates",     "InMcastPkts", "OutMcastPkts",   "InOctets",         "OutOctets",    "OutTransmits",
+    "InReceives",      "InHdrErrors",  "InTooBigErrors", "InNoRoutes",       "InAddrErrors", "InUnknownProtos",
+    "InTruncatedPkts", "InDiscards",   "InDelivers",     "OutForwDatagrams", "OutRequests",  "OutDiscards",
+    "OutNoRoutes",     "ReasmReqds",   "ReasmOKs",       "ReasmFails",       "FragOKs",      "FragFails",
+    "FragCreates",     "InMcastPkts",  "OutMcastPkts",   "InOctets",         "OutOctets",    "InMcastOctets",
+    "OutMcastOctets",  "OutTransmits",
 };
+
+// What found no route, or too small a link, was tried as well; the kernel counts
+// no other input as forwarded.
+std::uint64_t triedToForward(const Ip6Counters &counters)
+{
+    return counters[Ip6Counter::outForwDatagrams] + counters[Ip6Counter::inNoRoutes] +
+           counters[Ip6Counter::inTooBigErrors];
+}
+
+std::uint64_t transmitted(const Ip6Counters &counters)
+{
+    using enum Ip6Counter;
+    return counters.counted(outTransmits) ? counters[outTransmits] : counters[outRequests] + counters[outForwDatagrams];
+}
 } // namespace
 
 Ip6Counter ip6CounterByName(std::string_view name, std::size_t &hint)
@@ -35,12 +50,9 @@ void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat)
 
     stat = Ip6MibStat{};
     stat.in_receives = counters[inReceives];
-    // Those that found no route, or too small a link, were tried as well; the kernel counts no other input as
-    // forwarded.
-    stat.in_forwarded = counters[outForwDatagrams] + counters[inNoRoutes] + counters[inTooBigErrors];
+    stat.in_forwarded = triedToForward(counters);
     stat.out_forwarded = counters[outForwDatagrams];
-    stat.out_transmits =
-        counters.counted(outTransmits) ? counters[outTransmits] : counters[outRequests] + counters[outForwDatagrams];
+    stat.out_transmits = transmitted(counters);
     stat.out_requests = counters[outRequests];
     stat.in_octets = counters[inOctets];
     stat.out_octets = counters[outOctets];
@@ -62,6 +74,59 @@ void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat)
     stat.in_discards = low(inDiscards);
     stat.out_discards = low(outDiscards);
     stat.out_no_routes = low(outNoRoutes);
+}
+
+void fillIpCounters(const Ip6Counters &counters, IpmibIpCounters &columns)
+{
+    using enum Ip6Counter;
+    constexpr struct {
+        unsigned column;
+        Ip6Counter counter;
+    } same[] = {
+        {IPMIB_IP_IN_RECEIVES, inReceives},
+        {IPMIB_IP_IN_OCTETS, inOctets},
+        {IPMIB_IP_IN_HDR_ERRORS, inHdrErrors},
+        {IPMIB_IP_IN_NO_ROUTES, inNoRoutes},
+        {IPMIB_IP_IN_ADDR_ERRORS, inAddrErrors},
+        {IPMIB_IP_IN_UNKNOWN_PROTOS, inUnknownProtos},
+        {IPMIB_IP_IN_TRUNCATED_PKTS, inTruncatedPkts},
+        {IPMIB_IP_REASM_REQDS, reasmReqds},
+        {IPMIB_IP_REASM_OKS, reasmOKs},
+        {IPMIB_IP_REASM_FAILS, reasmFails},
+        {IPMIB_IP_IN_DISCARDS, inDiscards},
+        {IPMIB_IP_IN_DELIVERS, inDelivers},
+        {IPMIB_IP_OUT_REQUESTS, outRequests},
+        {IPMIB_IP_OUT_NO_ROUTES, outNoRoutes},
+        {IPMIB_IP_OUT_FORW_DATAGRAMS, outForwDatagrams},
+        {IPMIB_IP_OUT_DISCARDS, outDiscards},
+        {IPMIB_IP_OUT_FRAG_OKS, fragOKs},
+        {IPMIB_IP_OUT_FRAG_FAILS, fragFails},
+        {IPMIB_IP_OUT_FRAG_CREATES, fragCreates},
+        {IPMIB_IP_OUT_OCTETS, outOctets},
+        {IPMIB_IP_IN_MCAST_PKTS, inMcastPkts},
+        {IPMIB_IP_IN_MCAST_OCTETS, inMcastOctets},
+        {IPMIB_IP_OUT_MCAST_PKTS, outMcastPkts},
+        {IPMIB_IP_OUT_MCAST_OCTETS, outMcastOctets},
+    };
+    columns = IpmibIpCounters{};
+    const auto set = [&](unsigned column, std::uint64_t value) {
+        columns.value[column] = value;
+        columns.counted |= std::uint64_t{1} << column;
+    };
+    for (const auto &[column, counter] : same) {
+        if (counters.counted(counter)) {
+            set(column, counters[counter]);
+        }
+    }
+    if (counters.counted(outForwDatagrams)) {
+        set(IPMIB_IP_IN_FORW_DATAGRAMS, triedToForward(counters));
+    }
+    if (counters.counted(outRequests)) {
+        set(IPMIB_IP_OUT_TRANSMITS, transmitted(counters));
+    }
+    if (counters.counted(fragOKs)) {
+        set(IPMIB_IP_OUT_FRAG_REQDS, counters[fragOKs] + counters[fragFails]);
+    }
 }
 
 } // namespace ipmib::platform

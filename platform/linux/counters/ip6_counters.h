@@ -2,6 +2,7 @@
 // The kernel's IPv6 counters, of the system and of one link alike, and how they become the counters of the contract.
 #pragma once
 
+#include <ipmib/platform_ip.h>
 #include <ipmib/records.h>
 
 #include <array>
@@ -37,6 +38,8 @@ enum class Ip6Counter : std::uint8_t {
     outMcastPkts,
     inOctets,
     outOctets,
+    inMcastOctets,
+    outMcastOctets,
     outTransmits, // since Linux 6.7
     ignored,      // any other
 };
@@ -64,5 +67,7 @@ class Ip6Counters
 Ip6Counter ip6CounterByName(std::string_view name, std::size_t &hint);
 
 void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat);
+// The same for tables outside the module, which also tell what the kernel does not count.
+void fillIpCounters(const Ip6Counters &counters, IpmibIpCounters &columns);
 
 } // namespace ipmib::platform

@@ -27,35 +27,51 @@ std::optional<std::uint64_t> number(std::string_view text)
     return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
 }
 
-void setOfType(std::string_view type, std::uint64_t value, std::array<std::uint64_t, 256> &counters)
+void setOfType(std::string_view type, std::uint64_t value, std::array<std::uint64_t, 256> &counters,
+               std::bitset<256> &listed)
 {
     if (const auto which = number(type); which && *which < counters.size()) {
         counters[*which] = value;
+        listed.set(*which);
     }
 }
 
 void setIcmp6(std::string_view name, std::uint64_t value, Icmp6Counters &counters)
 {
     if (takePrefix(name, "InType")) {
-        setOfType(name, value, counters.inType);
+        setOfType(name, value, counters.inType, counters.listed);
     } else if (takePrefix(name, "OutType")) {
-        setOfType(name, value, counters.outType);
+        setOfType(name, value, counters.outType, counters.listed);
     } else if (name == "InMsgs") {
         counters.inMsgs = value;
     } else if (name == "InErrors") {
         counters.inErrors = value;
     } else if (name == "OutMsgs") {
         counters.outMsgs = value;
+    } else if (name == "OutErrors") {
+        counters.outErrors = value;
+    }
+}
+
+void setUdp6(std::string_view name, std::uint64_t value, Udp6Counters &counters)
+{
+    if (name == "InDatagrams") {
+        counters.inDatagrams = value;
+    } else if (name == "NoPorts") {
+        counters.noPorts = value;
+    } else if (name == "InErrors") {
+        counters.inErrors = value;
+    } else if (name == "OutDatagrams") {
+        counters.outDatagrams = value;
     }
 }
 
 } // namespace
 
-void parseSnmp6(std::string_view text, Ip6Counters &ip6, Icmp6Counters &icmp6)
+void parseSnmp6(std::string_view text, Snmp6Counters &counters)
 {
     constexpr std::string_view blanks = " \t";
-    ip6 = {};
-    icmp6 = {};
+    counters = {};
     std::size_t hint = 0;
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -68,9 +84,11 @@ void parseSnmp6(std::string_view text, Ip6Counters &ip6, Icmp6Counters &icmp6)
         }
         std::string_view name = line.substr(0, nameEnd);
         if (takePrefix(name, "Ip6")) {
-            ip6.set(ip6CounterByName(name, hint), *value);
+            counters.ip6.set(ip6CounterByName(name, hint), *value);
         } else if (takePrefix(name, "Icmp6")) {
-            setIcmp6(name, *value, icmp6);
+            setIcmp6(name, *value, counters.icmp6);
+        } else if (takePrefix(name, "Udp6")) {
+            setUdp6(name, *value, counters.udp6);
         }
     }
 }

@@ -10,10 +10,8 @@ namespace
 using namespace ipmib::platform;
 using enum Ip6Counter;
 
-struct Parsed {
-    explicit Parsed(std::string_view text) { parseSnmp6(text, ip6, icmp6); }
-    Ip6Counters ip6;
-    Icmp6Counters icmp6;
+struct Parsed : Snmp6Counters {
+    explicit Parsed(std::string_view text) { parseSnmp6(text, *this); }
 };
 
 TEST(Snmp6Text, eachNameGoesToItsCounter)
@@ -26,7 +24,12 @@ TEST(Snmp6Text, eachNameGoesToItsCounter)
                           "Icmp6OutMsgs                    \t6\n"
                           "Icmp6InType128                  \t7\n"
                           "Icmp6OutType255                 \t8\n"
-                          "Udp6InDatagrams                 \t9\n");
+                          "Icmp6OutErrors                  \t9\n"
+                          "Udp6InDatagrams                 \t10\n"
+                          "Udp6NoPorts                     \t11\n"
+                          "Udp6InErrors                    \t12\n"
+                          "Udp6OutDatagrams                \t13\n"
+                          "UdpLite6InDatagrams             \t14\n");
     EXPECT_EQ(counters.ip6[inReceives], 4294967297u);
     EXPECT_EQ(counters.ip6[inHdrErrors], 2u);
     EXPECT_EQ(counters.ip6[outTransmits], 18446744073709551615u);
@@ -38,6 +41,13 @@ TEST(Snmp6Text, eachNameGoesToItsCounter)
     EXPECT_EQ(counters.icmp6.inType[128], 7u);
     EXPECT_EQ(counters.icmp6.outType[255], 8u);
     EXPECT_EQ(counters.icmp6.outType[128], 0u);
+    EXPECT_EQ(counters.icmp6.outErrors, 9u);
+    EXPECT_EQ(counters.icmp6.listed.count(), 2u);
+    EXPECT_TRUE(counters.icmp6.listed[128] && counters.icmp6.listed[255]);
+    EXPECT_EQ(counters.udp6.inDatagrams, 10u);
+    EXPECT_EQ(counters.udp6.noPorts, 11u);
+    EXPECT_EQ(counters.udp6.inErrors, 12u);
+    EXPECT_EQ(counters.udp6.outDatagrams, 13u);
 }
 
 TEST(Snmp6Text, theOrderOfLinesDoesNotMatter)

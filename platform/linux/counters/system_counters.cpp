@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv6 and ICMPv6 counters of this network namespace, read once for a packet of requests.
+// The counters of IPv6, of ICMPv6 and of UDP over IPv6 of this network namespace, read once for a packet of requests.
 #include "counters/system_counters.h"
 
 namespace ipmib::platform
 {
 
-const SystemCounters::Values *SystemCounters::read()
+const Snmp6Counters *SystemCounters::read()
 {
     if (!fresh_) {
         static char text[64 * 1024]; // 512 message types at most, of some 40 characters each
@@ -14,7 +14,7 @@ const SystemCounters::Values *SystemCounters::read()
             return nullptr;
         }
         ++kernelReads_;
-        parseSnmp6(content, values_.ip6, values_.icmp6);
+        parseSnmp6(content, values_);
         fresh_ = true;
     }
     return &values_;

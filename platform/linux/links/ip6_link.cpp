@@ -72,10 +72,9 @@ std::optional<Ip6Counters> Ip6LinkReader::countersOf(const Ip6LinkMessage &messa
         if (content.empty()) {
             return std::nullopt;
         }
-        Ip6Counters counters;
-        Icmp6Counters ignored;
-        parseSnmp6(content, counters, ignored);
-        return counters;
+        Snmp6Counters counters;
+        parseSnmp6(content, counters);
+        return counters.ip6;
     };
     const auto again = [&]() -> std::optional<CounterLayout::Array> {
         later = ask(ifIndex);

@@ -24,6 +24,7 @@ NeighbourNews KernelNeighbours::ask(const NeighbourKey &key, Neighbour &neighbou
     const std::size_t size = addressSize(family_);
     mnl_attr_put(request.message(), NDA_DST, size, address + sizeof address - size);
     NeighbourNews news = NeighbourNews::ignored;
+    ++questions_;
     const int error = socket_.ask(request, [&](const nlmsghdr &message) {
         news = readNeighbour(message, family_, millisecondsSinceBoot(), neighbour);
     });

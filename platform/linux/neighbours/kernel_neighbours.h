@@ -29,12 +29,15 @@ class KernelNeighbours
 
     // `gone` when there is no such neighbour, `ignored` when the kernel does not answer.
     NeighbourNews ask(const NeighbourKey &key, Neighbour &neighbour);
+    // For tests: how often it was asked for one.
+    unsigned questions() const { return questions_; }
     // Nothing when the kernel does not tell.
     std::optional<NeighbourEntryCounts> counts();
 
   private:
     std::uint8_t family_;
     Rtnetlink socket_;
+    unsigned questions_ = 0;
 };
 
 } // namespace ipmib::platform

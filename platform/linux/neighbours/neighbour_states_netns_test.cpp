@@ -103,8 +103,9 @@ TEST_F(NeighboursNetns, anEntryThatIsMadeWithoutAValidAddressIsFound)
     PlatformInside platform(*space_);
     neigh("add 2001:db8::1 dev eth0 nud failed");
     platform->beginPacket();
+    walked(); // which makes the table be read again when the packet has been answered
+    EXPECT_TRUE(platform.waitUntil([&] { return platform->neighbours().table().size() == 1; }));
     EXPECT_EQ(walked(), listed(*space_));
-    EXPECT_EQ(walked().size(), 1u);
     neigh("add 2001:db8::2 dev eth0 nud incomplete");
     platform->beginPacket();
     EXPECT_EQ(get("2001:db8::2"), (ShownNeighbour{"00:00:00:00:00:00", 3, 7}));
@@ -134,6 +135,53 @@ TEST_F(NeighboursNetns, resolutionIsSeenInEachOfItsStates)
     space_->run("ping -6 -c 1 -W 2 2001:db8::2 > /dev/null");
     EXPECT_EQ(state("2001:db8::2"), 3u);
     EXPECT_TRUE(platform.waitUntil([&] { return state("2001:db8::99") == 5; }));
+}
+
+// DELAY is not announced. The table is read again between packets alone, and a packet need not wait for that.
+TEST_F(NeighboursNetns, aWalkAsksForWhatMayHaveChangedAndReadsNoTable)
+{
+    const netns::Namespace other;
+    netns::Namespace::connect(*space_, "link0", other, "link1");
+    space_->run("ip addr add 2001:db8::1/64 dev link0 nodad");
+    other.run("ip addr add 2001:db8::2/64 dev link1 nodad");
+    space_->run("ping -6 -c 1 -W 2 2001:db8::2 > /dev/null");
+    space_->run("ip -6 neigh replace 2001:db8::2 dev link0 nud stale");
+    PlatformInside platform(*space_);
+    const auto key = std::pair(indexOf("link0"), std::string("2001:db8::2"));
+    space_->run("ping -6 -c 1 -W 2 2001:db8::2 > /dev/null");
+    const unsigned timesRead = platform->neighbours().mirror().timesRead();
+    platform->beginPacket();
+    EXPECT_EQ(walked()[key].state, 3u);
+    EXPECT_EQ(platform->neighbours().mirror().timesRead(), timesRead);
+    EXPECT_TRUE(platform->dumps().idle());
+    EXPECT_TRUE(platform.waitUntil([&] { return platform->neighbours().mirror().timesRead() == timesRead + 1; }));
+}
+
+TEST_F(NeighboursNetns, anEntryThatWentUnannouncedCostsTheWalkNoOther)
+{
+    for (const char *number : {"1", "2", "3"}) {
+        neigh(std::string("add 2001:db8::") + number + " dev eth0 lladdr 02:00:00:00:00:01 nud stale");
+    }
+    PlatformInside platform(*space_);
+    neigh("del 2001:db8::1 dev eth0");
+    neigh("del 2001:db8::2 dev eth0");
+    EXPECT_EQ(platform->neighbours().table().size(), 3u); // what was announced waits for the packet
+    EXPECT_EQ(walked(), listed(*space_));
+}
+
+TEST_F(NeighboursNetns, whatAWalkAsksTheKernelWithinAPacketIsBounded)
+{
+    std::string batch = batchOf(0, 2 * Neighbours::mostQuestions, "add", {"eth0"});
+    for (std::size_t at = 0; (at = batch.find("permanent", at)) != std::string::npos;) {
+        batch.replace(at, 9, "stale");
+    }
+    runBatch(*space_, batch);
+    PlatformInside platform(*space_);
+    const unsigned before = platform->neighbours().kernel().questions();
+    platform->beginPacket();
+    EXPECT_EQ(walked(), listed(*space_));
+    EXPECT_EQ(walked(), listed(*space_));
+    EXPECT_EQ(platform->neighbours().kernel().questions(), before + Neighbours::mostQuestions);
 }
 
 TEST_F(NeighboursNetns, theTimeOfTheLastUpdateIsThatOfTheChange)

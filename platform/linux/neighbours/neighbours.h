@@ -17,7 +17,8 @@ class Neighbours
     // The answer, when it fails, is one line for the user.
     std::string start(EventLoop &loop, int receiveBuffer);
 
-    // Null for none. Pointers are good until the next call.
+    // Null for none. Pointers are good until the next call. None of them reads the table: they ask the kernel for
+    // single entries, at most `mostQuestions` between two readings of the table.
     const Neighbour *find(const NeighbourKey &key);
     const Neighbour *after(const NeighbourKey &key);
     const Neighbour *afterGlobal(const NeighbourKey &key);
@@ -26,15 +27,24 @@ class Neighbours
     const NeighbourTable &table() const { return table_; }
     // For tests.
     Mirror &mirror() { return mirror_; }
+    const KernelNeighbours &kernel() const { return kernel_; }
+
+    static constexpr unsigned mostQuestions = 256; // below a millisecond, all of them
 
   private:
+    using Step = const Neighbour *(NeighbourTable::*)(const NeighbourKey &) const;
+
+    const Neighbour *next(const NeighbourKey &key, Step step);
     void catchUp();
+    void check();
 
     DumpQueue &dumps_;
     KernelNeighbours kernel_;
     NeighbourTable table_{kernel_};
     Mirror mirror_{table_, dumps_};
-    Timer rest_; // while it runs, the table is not read again for the sake of a question
+    Timer check_;            // between packets, whether the table must be read again
+    Timer rest_;             // while it runs, that is not asked for the sake of a question
+    unsigned questions_ = 0; // that a walk may still ask until the table is read again
 };
 
 } // namespace ipmib::platform

@@ -2,12 +2,10 @@
 // A JSON file as a document.
 #include "scenario/json_file.h"
 
+#include "support/named_file.h"
+
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <vector>
 
@@ -15,6 +13,9 @@ namespace ipmib::simulated
 {
 namespace
 {
+
+constexpr std::size_t largestFile = 64 * 1'048'576;
+constexpr std::chrono::seconds pipePatience(10); // for what a program writes to /dev/stdin
 
 // The library keeps the last of several equal keys and says nothing.
 class DuplicateKeys
@@ -52,15 +53,13 @@ std::string withoutLibraryWords(std::string message)
 
 Json readJsonFile(const std::string &path)
 {
-    std::ifstream file(path);
-    file.peek(); // the first reading tells whether it can be read at all
-    if (!file.is_open() || file.bad()) {
-        throw ScenarioError(std::string("cannot read it: ") + std::strerror(errno));
+    const support::NamedFile file = support::readNamedFile(path, largestFile, pipePatience);
+    if (file.error != 0) {
+        throw ScenarioError("cannot read it: " + file.reason);
     }
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     try {
         DuplicateKeys duplicates;
-        return Json::parse(text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {
+        return Json::parse(file.text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {
             return duplicates(depth, event, value);
         });
     } catch (const Json::exception &error) {

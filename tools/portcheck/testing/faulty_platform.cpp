@@ -170,8 +170,18 @@ void nothing() {}
 extern "C" {
 
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = {
-    IPMIB_PLATFORM_HOOKS_VERSION, start, nothing, descriptor, nothing, nothing, nothing, nullptr, nullptr, nullptr};
+const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
+                                                 start,
+                                                 nothing,
+                                                 descriptor,
+                                                 nothing,
+                                                 nothing,
+                                                 nothing,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr,
+                                                 nullptr};
 
 std::uint32_t IP6_DaemonCheck(std::uint32_t)
 {

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// How often rows are asked for, and what becomes of one that vanishes; which answers they give is tested at random in
+// merged_property_test.cpp.
+#include "merged_source.h"
+
+#include "testing/sorted_rows.h"
+
+#include <gtest/gtest.h>
+
+namespace ipmib::host::testing
+{
+namespace
+{
+
+using Rows = SortedRows<std::size(numberShape), numberShape>;
+
+Oid entry()
+{
+    return Oid{1, 2, 1};
+}
+
+std::optional<Value> number(const SortedRow &row)
+{
+    return Value{ValueType::unsigned32, row.instance.front(), {}, {}};
+}
+
+const std::vector<RowColumn<SortedRow>> columns = {{1, number}, {2, number}, {4, number, 1}};
+
+std::vector<Oid> namesOf(std::initializer_list<std::pair<SubId, SubId>> columnsAndRows)
+{
+    std::vector<Oid> names;
+    for (const auto &[column, row] : columnsAndRows) {
+        names.push_back(entry());
+        names.back().append(column);
+        if (row != 0) {
+            names.back().append(row);
+        }
+    }
+    return names;
+}
+
+std::vector<Variable> asking(const std::vector<Oid> &names)
+{
+    std::vector<Variable> variables(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        variables[i].asked = names[i].view();
+    }
+    return variables;
+}
+
+std::vector<SortedRow> rowsOf(std::initializer_list<SubId> numbers)
+{
+    std::vector<SortedRow> rows;
+    for (const SubId row : numbers) {
+        rows.push_back({Identifier{row}, true});
+    }
+    return rows;
+}
+
+TEST(RowSource, LooksOnceForEachRowOfAPacket)
+{
+    Rows::Calls calls;
+    RowSource<Rows> source(entry().view(), Rows(rowsOf({3, 5, 9}), columns, &calls));
+    const auto names = namesOf({{1, 3}, {2, 3}, {4, 3}, {1, 5}, {2, 5}});
+    auto variables = asking(names);
+    source.get(variables);
+    EXPECT_EQ(calls.find, 2u);
+    source.getNext(variables, entry().view());
+    EXPECT_EQ(calls.next, 2u);
+    for (std::size_t i = 0; i < variables.size(); ++i) {
+        EXPECT_EQ(variables[i].status, Status::ok);
+        EXPECT_EQ(variables[i].value.number, i < 3 ? 5u : 9u);
+    }
+}
+
+TEST(RowSource, GoesOnToTheNextRowWhenOneHasVanished)
+{
+    std::vector<SortedRow> rows = rowsOf({3, 5, 9});
+    rows[1].isWhole = false;
+    RowSource<Rows> source(entry().view(), Rows(rows, columns));
+    const auto names = namesOf({{4, 3}, {2, 3}});
+    auto variables = asking(names);
+    source.getNext(variables, entry().view());
+    EXPECT_EQ(text(variables[0].name.view()), "1.2.1.4.9");
+    EXPECT_EQ(text(variables[1].name.view()), "1.2.1.2.5");
+    const auto vanished = namesOf({{4, 5}});
+    auto got = asking(vanished);
+    source.get(got);
+    EXPECT_EQ(got.front().status, Status::noSuchInstance);
+}
+
+// Rows that answer the same whatever is asked.
+struct StuckRows {
+    using Row = SubId;
+    using Index = std::array<SubId, 1>;
+    static constexpr IndexShape shape = numberShape;
+    static constexpr RowColumn<Row> list[] = {{1, [](const Row &row) -> std::optional<Value> {
+                                                   return Value{ValueType::unsigned32, row, {}, {}};
+                                               }}};
+
+    std::span<const RowColumn<Row>> columns() const { return list; }
+    bool find(const Index &, Row &) const { return false; }
+    bool next(const Index *, Row &row) const { return row = 7, true; }
+    Index indexOf(const Row &row) const { return {row}; }
+};
+
+TEST(RowSource, RowsThatDoNotAscendEndTheColumn)
+{
+    RowSource<StuckRows> source(entry().view(), {});
+    const auto names = namesOf({{1, 0}, {1, 6}, {1, 7}, {1, 8}});
+    auto variables = asking(names);
+    source.getNext(variables, entry().view());
+    EXPECT_EQ(variables[0].status, Status::ok);
+    EXPECT_EQ(variables[1].status, Status::ok);
+    EXPECT_EQ(variables[2].status, Status::endOfRegion);
+    EXPECT_EQ(variables[3].status, Status::endOfRegion);
+}
+
+TEST(MergedSource, AWalkThroughTheRowsOfOneSourceAsksTheOtherOnceAPacket)
+{
+    Rows::Calls one;
+    Rows::Calls other;
+    RowSource<Rows> low(entry().view(), Rows(rowsOf({1, 2, 3, 4, 5, 6}), columns, &one));
+    RowSource<Rows> high(entry().view(), Rows(rowsOf({100, 101, 102}), columns, &other));
+    MergedSource merged(entry().view(), {&low, &high});
+    Oid asked = namesOf({{1, 0}}).front();
+    merged.beginPacket();
+    for (SubId row = 1; row <= 6; ++row) {
+        Variable variable;
+        variable.asked = asked.view();
+        merged.getNext({&variable, 1}, entry().view());
+        ASSERT_EQ(text(variable.name.view()), "1.2.1.1." + std::to_string(row));
+        asked = variable.name;
+    }
+    EXPECT_EQ(one.next, 6u);
+    EXPECT_EQ(other.next, 1u);
+    for (SubId row = 100; row <= 102; ++row) {
+        Variable variable;
+        variable.asked = asked.view();
+        merged.getNext({&variable, 1}, entry().view());
+        ASSERT_EQ(text(variable.name.view()), "1.2.1.1." + std::to_string(row));
+        asked = variable.name;
+    }
+    EXPECT_EQ(other.next, 4u);
+    EXPECT_LE(one.next, 8u) << "none behind 6 in this column, then the first of the next one, once";
+    merged.beginPacket();
+    Variable variable;
+    variable.asked = asked.view();
+    merged.getNext({&variable, 1}, entry().view());
+    EXPECT_EQ(text(variable.name.view()), "1.2.1.2.1");
+}
+
+} // namespace
+} // namespace ipmib::host::testing

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What answers for objects: variables in, typed values out. A module behind the resolver is a source, rows in C++ are
+// another, and several of them make one table (merged_source.h).
+#pragma once
+
+#include "oid.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace ipmib::host
+{
+
+// SMI types as they stand on the wire.
+enum class ValueType : std::uint8_t {
+    integer32,
+    unsigned32,
+    counter32,
+    counter64,
+    timeTicks,
+    octets,
+    ipAddress,
+    objectId
+};
+
+// A value. Octets and identifiers point into storage that stays valid until its source is used again.
+struct Value {
+    ValueType type = ValueType::integer32;
+    std::uint64_t number = 0;             // numbers; a negative integer32 as its 32-bit two's complement
+    std::span<const std::uint8_t> octets; // octets, and the 4 of an address
+    std::span<const SubId> objectId;      // identifiers
+};
+
+enum class Status : std::uint8_t {
+    ok,
+    noSuchObject,   // get: no served object has this identifier as its prefix
+    noSuchInstance, // get: the object is served, the row does not exist
+    endOfRegion,    // get-next: nothing follows within the region
+    genErr          // the source's answer was unusable; the reason was logged
+};
+
+// One variable of a packet, in and out.
+struct Variable {
+    OidView asked;
+    Status status = Status::genErr;
+    Oid name; // get-next: the identifier found, when the status is ok
+    Value value;
+};
+
+class Source
+{
+  public:
+    Source() = default;
+    virtual ~Source() = default;
+    Source(const Source &) = delete;
+    Source &operator=(const Source &) = delete;
+
+    // The columns and scalars that it has values for, without instances; ascending.
+    virtual std::vector<Oid> objects() const = 0;
+
+    // Somebody is about to serve it. What costs something while nobody asks begins here; more than once is as good as
+    // once. Throws std::runtime_error with one line for the user.
+    virtual void start() {}
+    // A packet of requests begins: what was found out for the one before is forgotten.
+    virtual void beginPacket() {}
+
+    // Answers the variables of one packet. Those that ask for columns of one row are answered from one look at it.
+    virtual void get(std::span<Variable> variables) = 0;
+    // The same for the successors. Only instances within the region count; a variable that lies before the region asks
+    // for the region's first instance, which may be the region's root itself.
+    virtual void getNext(std::span<Variable> variables, OidView region) = 0;
+};
+
+} // namespace ipmib::host

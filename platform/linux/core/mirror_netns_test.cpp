@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// How tables are read again: what is tried anew when it cannot be, and in which order dumps and announcements are used.
+#include "core/log.h"
+#include "core/mirror.h"
+#include "netns/namespace.h"
+
+#include <gtest/gtest.h>
+
+#include <poll.h>
+#include <sys/resource.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ipmib::platform
+{
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+// The list of links, of which it only remembers what happened, and nothing twice in a row.
+class Diary : public KernelTable
+{
+  public:
+    const Words &events() const { return events_; }
+    void refuse(bool on) { refused_ = on; }
+
+    const char *name() const override { return "diary"; }
+    std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
+    RtnetlinkRequest dump(std::size_t) const override
+    {
+        RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
+        request.family<ifinfomsg>().ifi_flags =
+            refused_ ? 1 : 0; // strict checking refuses what a dump does not look at
+        return request;
+    }
+    void beginRebuild() override { write("begin"); }
+    void rebuildWith(const nlmsghdr &) override {}
+    void commitRebuild() override { write("commit"); }
+    void abandonRebuild() override { write("abandon"); }
+    void apply(const nlmsghdr &) override { write("announcement"); }
+
+  private:
+    void write(const char *event)
+    {
+        if (events_.empty() || events_.back() != event) {
+            events_.emplace_back(event);
+        }
+    }
+
+    Words events_;
+    bool refused_ = false;
+};
+
+// As long as it lives, this process can open nothing.
+class NoDescriptors
+{
+  public:
+    NoDescriptors()
+    {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        const rlimit none{1, before_.rlim_max}; // one, since poll takes no more of them than there may be
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoDescriptors() { end(); }
+    void end() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+  private:
+    rlimit before_{};
+};
+
+Words lines;
+
+class MirrorNetns : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        IPMIB_NEEDS_NAMESPACES();
+        space_.emplace();
+        // More than one datagram holds.
+        space_->run("seq 100 | sed 's/.*/link add bridge& type bridge/' | ip -batch -");
+        inside_.emplace(*space_);
+        lines.clear();
+        setLogSink([](int, const char *line) { lines.emplace_back(line); });
+        ASSERT_TRUE(loop_.open());
+        ASSERT_EQ(dumps_.start(loop_), "");
+        mirror_.emplace(diary_, dumps_);
+        ASSERT_EQ(mirror_->start(loop_), "");
+    }
+    void TearDown() override { setLogSink(nullptr); }
+
+    // Waits until there is something to do, and does it; false when that takes too long.
+    bool turn()
+    {
+        pollfd wait{loop_.descriptor(), POLLIN, 0};
+        const bool ready = poll(&wait, 1, 5000) > 0;
+        loop_.run();
+        return ready;
+    }
+    bool waitForReading(unsigned times)
+    {
+        while (mirror_->timesRead() < times && turn()) {
+        }
+        return mirror_->timesRead() == times;
+    }
+
+    std::optional<netns::Namespace> space_;
+    std::optional<netns::Inside> inside_;
+    EventLoop loop_;
+    DumpQueue dumps_;
+    Diary diary_;
+    std::optional<Mirror> mirror_;
+};
+
+// A table that goes away while it is read takes the socket along, and for the next reading there is no other one.
+TEST_F(MirrorNetns, aReadingThatCannotBeginIsTriedAgainAndSaidOnce)
+{
+    for (std::size_t time = 1; time <= 2; ++time) {
+        Diary other;
+        std::optional<Mirror> leaving(std::in_place, other, dumps_);
+        ASSERT_EQ(leaving->start(loop_), "");
+        leaving->refresh();
+        ASSERT_TRUE(dumps_.readPiece());
+        NoDescriptors starving;
+        leaving.reset();
+        mirror_->refresh();
+        turn();
+        for (int attempts = 0; attempts < 3; ++attempts) {
+            EXPECT_FALSE(dumps_.readPiece());
+        }
+        EXPECT_NE(dumps_.runToEnd(), "") << "what the start would say";
+        ASSERT_EQ(lines.size(), time);
+        EXPECT_NE(lines.back().find("Too many open files, trying again later"), std::string::npos) << lines.back();
+        starving.end();
+        EXPECT_TRUE(waitForReading(static_cast<unsigned>(time) + 1));
+    }
+}
+
+TEST_F(MirrorNetns, aReadingThatIsRefusedIsSaidOnceUntilOneSucceeds)
+{
+    for (std::size_t time = 1; time <= 2; ++time) {
+        diary_.refuse(true);
+        for (int attempts = 0; attempts < 3; ++attempts) {
+            mirror_->refresh();
+            EXPECT_NE(dumps_.runToEnd(), "");
+        }
+        EXPECT_EQ(lines.size(), time) << lines.back();
+        diary_.refuse(false);
+        mirror_->refresh();
+        EXPECT_EQ(dumps_.runToEnd(), "");
+    }
+}
+
+// The kernel marks a dump when the list changes between two of its datagrams.
+TEST_F(MirrorNetns, announcementsOlderThanARetriedDumpAreNotAppliedToIt)
+{
+    const Words before = diary_.events();
+    mirror_->refresh();
+    ASSERT_TRUE(dumps_.readPiece());
+    space_->run("ip link del bridge50");
+    while (mirror_->refreshing()) {
+        dumps_.readPiece();
+    }
+    mirror_->readAnnouncements();
+    EXPECT_GT(dumps_.timesInterrupted(), 0u);
+    const Words since(diary_.events().begin() + static_cast<std::ptrdiff_t>(before.size()), diary_.events().end());
+    EXPECT_EQ(since, (Words{"begin", "abandon", "announcement", "begin", "commit"}));
+}
+
+} // namespace
+} // namespace ipmib::platform

@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What the service knows outlives what its operator does to it: SNMPv3 users, the count of starts, access.
+
+#include "e2e/agent_under_test.h"
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+namespace ipmib::e2e
+{
+
+namespace
+{
+
+const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
+const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
+const std::string createsAlice = R"(createUser alice SHA "alice's auth" AES "alice's priv"
+)";
+const std::string letsAliceIn = "rocommunity public 127.0.0.1\nrouser alice priv\n";
+
+class StateTest : public AgentTest
+{
+  protected:
+    // As a service: with the default configuration, which lets alice in and does not create her, and the state.
+    void startService(const std::string &more = "", const Words &wrapper = {})
+    {
+        writeFile("ipmibd.conf", letsAliceIn + more);
+        Words words = wrapper;
+        for (const std::string &word : agentWords({"-f", "-Lo"})) {
+            words.push_back(word);
+        }
+        startProgram(words);
+    }
+    void endService()
+    {
+        agent().signal(SIGTERM);
+        EXPECT_EQ(agent().wait(), 0) << agent().errors();
+    }
+    void expectAlice() const { EXPECT_EQ(snmp("snmpget", aliceV3, {hopLimit}).output, hopLimitRow); }
+    std::string stateFile() const { return path("persistent/ipmibd.conf"); }
+    std::string boots() const
+    {
+        const std::string text = contentOf(stateFile());
+        const std::size_t word = text.find("engineBoots ");
+        return word == std::string::npos ? "none" : text.substr(word, text.find('\n', word) - word);
+    }
+    // Waits for a line of the log that has this in it.
+    void awaitLogged(const std::string &part)
+    {
+        for (int attempt = 0; attempt < 3000; ++attempt) {
+            if (agent().output().find(part) != std::string::npos) {
+                return;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ADD_FAILURE() << "never logged: " << part << "\n" << agent().output();
+    }
+    void reload()
+    {
+        agent().signal(SIGHUP);
+        EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+        EXPECT_EQ(notification(), "READY=1");
+    }
+};
+
+TEST_F(StateTest, ARunWithoutDefaultConfigurationNeitherReadsNorWritesIt)
+{
+    startService(createsAlice);
+    expectAlice();
+    endService();
+    const std::string kept = contentOf(stateFile());
+    EXPECT_EQ(boots(), "engineBoots 1");
+
+    startAgent(letsAliceIn);
+    EXPECT_NE(snmp("snmpget", aliceV3, {hopLimit}).status, 0) << "a user of the service";
+    stopAgent();
+    EXPECT_EQ(contentOf(stateFile()), kept);
+
+    startService();
+    expectAlice();
+    endService();
+    EXPECT_EQ(boots(), "engineBoots 2");
+}
+
+TEST_F(StateTest, FoldersForTheConfigurationAloneDoNotHideIt)
+{
+    startService(createsAlice);
+    endService();
+    setEnvironment("SNMPCONFPATH", path(""));
+    startService();
+    expectAlice();
+    endService();
+    EXPECT_EQ(boots(), "engineBoots 2");
+}
+
+TEST_F(StateTest, AUserOfAReloadOutlivesACrash)
+{
+    startService();
+    writeFile("ipmibd.conf", letsAliceIn + createsAlice);
+    reload();
+    expectAlice();
+    agent().signal(SIGKILL);
+    agent().wait();
+    startService();
+    expectAlice();
+    endService();
+}
+
+TEST_F(StateTest, WhatCannotBeReadIsToldAndLeftAlone)
+{
+    std::filesystem::create_directories(stateFile());
+    startService();
+    EXPECT_EQ(timesLogged("cannot read " + stateFile() +
+                          ": Is a directory; no state is kept, and SNMPv3 users of earlier runs are not known"),
+              1u);
+    endService();
+    EXPECT_TRUE(std::filesystem::is_directory(stateFile()));
+}
+
+TEST_F(StateTest, WhatIsNotWhatWasWrittenIsTold)
+{
+    startService(createsAlice);
+    endService();
+    const std::string whole = contentOf(stateFile());
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "is empty"},
+        {whole.substr(0, whole.size() / 2), "is not whole"},
+        {whole.substr(0, whole.size() / 2) + std::string(100, '\0'), "is damaged"},
+    };
+    for (const auto &[content, complaint] : cases) {
+        writeFile("persistent/ipmibd.conf", content);
+        startService();
+        EXPECT_EQ(timesLogged(stateFile() + " " + complaint + "; SNMPv3 users of earlier runs may be missing"), 1u)
+            << agent().output();
+        endService();
+    }
+    writeFile("persistent/ipmibd.conf", whole + createsAlice); // as an administrator may
+    startService();
+    EXPECT_EQ(agent().output().find("may be missing"), std::string::npos);
+    expectAlice();
+    endService();
+}
+
+// Left by the library's own way to write when it was interrupted.
+TEST_F(StateTest, AnInterruptedWriteOfAnEarlierVersionIsReadToo)
+{
+    startService(createsAlice);
+    endService();
+    std::filesystem::rename(stateFile(), path("persistent/ipmibd.0.conf"));
+    writeFile("persistent/ipmibd.conf", "# net-snmp (or ucd-snmp) persistent data file.\n");
+    startService();
+    expectAlice();
+    EXPECT_FALSE(std::filesystem::exists(path("persistent/ipmibd.0.conf")));
+    endService();
+}
+
+class FullDiskTest : public StateTest
+{
+  protected:
+    void SetUp() override
+    {
+        StateTest::SetUp();
+        if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+            GTEST_SKIP() << "needs the right to mount a small file system";
+        }
+        std::filesystem::create_directory(path("persistent"));
+        ASSERT_EQ(mount("none", path("persistent").c_str(), "tmpfs", 0, "size=64k"), 0);
+    }
+    void TearDown() override
+    {
+        umount2(path("persistent").c_str(), MNT_DETACH);
+        StateTest::TearDown();
+    }
+    void fill()
+    {
+        std::ofstream file(path("persistent/filler"));
+        while (file << 'x' << std::flush) {
+        }
+    }
+    void makeRoom() { std::filesystem::remove(path("persistent/filler")); }
+    std::string complaint() const
+    {
+        return "cannot write " + stateFile() + ": No space left on device; it stays as it was";
+    }
+};
+
+TEST_F(FullDiskTest, AtTheEnd)
+{
+    startService();
+    writeFile("ipmibd.conf", letsAliceIn + createsAlice);
+    reload();
+    writeFile("ipmibd.conf", letsAliceIn + "createUser bob\n");
+    fill();
+    reload();
+    endService();
+    EXPECT_EQ(timesLogged(complaint()), 2u) << "once at the reload, once at the end";
+    makeRoom();
+    startService();
+    expectAlice();
+    endService();
+}
+
+TEST_F(FullDiskTest, AtTheStart)
+{
+    startService(createsAlice);
+    endService();
+    fill();
+    startService();
+    EXPECT_EQ(timesLogged(complaint()), 1u);
+    expectAlice();
+    makeRoom();
+    endService(); // there is room now
+    EXPECT_EQ(boots(), "engineBoots 2");
+    startService();
+    expectAlice();
+    endService();
+}
+
+class ReloadTest : public StateTest
+{
+  protected:
+    // Ends all access that there was, if it takes effect.
+    void replaceConfiguration(const std::string &file, const std::string &more = "")
+    {
+        writeFile(file, "rocommunity other 127.0.0.1\n" + more);
+    }
+    void expectOldConfiguration() const
+    {
+        EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
+        EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "other", "-t", "1"}, {hopLimit}).status, 0);
+    }
+    void expectNewConfiguration() const
+    {
+        EXPECT_EQ(snmp("snmpget", {"-v2c", "-c", "other"}, {hopLimit}).output, hopLimitRow);
+        EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "public", "-t", "1"}, {hopLimit}).status, 0);
+    }
+    // No descriptor can be opened while these are as many as it may have.
+    void limitDescriptors(rlim_t limit)
+    {
+        const rlimit limits{limit, 1024};
+        ASSERT_EQ(prlimit(agent().pid(), RLIMIT_NOFILE, &limits, nullptr), 0);
+    }
+    rlim_t lowestFreeDescriptor()
+    {
+        // Once it has answered, nothing of its start is open any more.
+        EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
+        rlim_t number = 0;
+        while (
+            std::filesystem::is_symlink("/proc/" + std::to_string(agent().pid()) + "/fd/" + std::to_string(number))) {
+            ++number;
+        }
+        return number;
+    }
+};
+
+TEST_F(ReloadTest, WithoutFreeDescriptorsAllStaysAsItWas)
+{
+    startAgent(everybody);
+    replaceConfiguration("test.conf");
+    limitDescriptors(lowestFreeDescriptor());
+    agent().signal(SIGHUP);
+    awaitLogged(path("test.conf") + ": Too many open files, keeping the old configuration");
+    expectOldConfiguration();
+    limitDescriptors(1024);
+    reload();
+    expectNewConfiguration();
+    stopAgent();
+}
+
+TEST_F(ReloadTest, TheServicesOwnFilesAreLookedAtToo)
+{
+    startService(createsAlice);
+    replaceConfiguration("ipmibd.conf");
+    limitDescriptors(lowestFreeDescriptor());
+    agent().signal(SIGHUP);
+    awaitLogged(": Too many open files, keeping the old configuration");
+    expectOldConfiguration();
+    expectAlice();
+    limitDescriptors(1024);
+    endService();
+}
+
+TEST_F(ReloadTest, FilesThatFilesIncludeAreLookedAtToo)
+{
+    std::filesystem::create_directory(path("more"));
+    writeFile("more/one.conf", "rocommunity public 127.0.0.1\n");
+    startAgent("includeDir " + path("more") + "\nincludeFile included.conf\n" + "includeFile " +
+               path("never-there.conf") + "\n"); // an obstacle from the beginning is none
+    EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "other", "-t", "1"}, {hopLimit}).status, 0);
+    writeFile("included.conf", "");
+    std::filesystem::remove(path("more/one.conf"));
+    replaceConfiguration("test.conf", "includeFile included.conf\nincludeDir " + path("other") + "\n");
+    reload();
+    EXPECT_EQ(timesLogged("cannot read the configuration file " + path("other") +
+                          ": No such file or directory, keeping the old configuration"),
+              1u)
+        << agent().output();
+    expectOldConfiguration();
+    std::filesystem::create_directory(path("other"));
+    reload();
+    expectNewConfiguration();
+    endService();
+}
+
+} // namespace
+
+} // namespace ipmib::e2e
