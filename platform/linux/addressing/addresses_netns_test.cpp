@@ -71,6 +71,18 @@ void expectWhatIpSays(const Namespace &space)
     EXPECT_EQ(unicast, expected.size());
 }
 
+// The kernel settles an address some time after it was asked for one, and tells a moment later.
+bool isSettled(const Namespace &space, const std::vector<AddressRow> &rows)
+{
+    for (const auto &[key, info] : listed(space, false)) {
+        const AddressRow *row = rowOf(rows, std::get<0>(key));
+        if (row == nullptr || row->record.state != expectedState(info) || info.value("tentative", false)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 TEST(AddressesNetns, twoThousandOnSixtyFourInterfaces)
 {
     IPMIB_NEEDS_NAMESPACES();
@@ -150,6 +162,11 @@ TEST(AddressesNetns, originsAreToldApart)
     space.run("ip -6 route add 2001:db8:5::/64 dev v0 proto ra; ip addr add 2001:db8:5::1/64 dev v0 noprefixroute "
               "valid_lft 1000 preferred_lft 500");
     PlatformInside platform(space);
+    const std::uint32_t v0 = indexOf(space, "v0");
+    ASSERT_TRUE(platform.waitUntil([&] {
+        platform->beginPacket();
+        return isSettled(space, walkAddresses()) && !walkLinkLocals({v0}).empty();
+    }));
     const auto rows = walkAddresses();
     EXPECT_EQ(rowOf(rows, "::1")->record.origin, 0u);
     EXPECT_EQ(rowOf(rows, "2001:db8:1::1")->record.origin, 8u);
@@ -167,7 +184,6 @@ TEST(AddressesNetns, originsAreToldApart)
     EXPECT_GT(temporary, 0u);
     expectWhatIpSays(space);
 
-    const std::uint32_t v0 = indexOf(space, "v0");
     EXPECT_EQ(walkLinkLocals({v0})[0].address, "fe80::ff:fe00:7");
     EXPECT_EQ(walkLinkLocals({v0})[0].record.origin, 64u);
     EXPECT_EQ(walkLinkLocals({v0})[0].record.prefix_length, 10u);
