@@ -62,7 +62,7 @@ std::string earlierFile(int number)
 
 void sync(int descriptor)
 {
-    if (fsync(descriptor) != 0) {
+    if (fsync(descriptor) != 0 && errno != EINVAL) { // some file systems cannot do it for a folder
         fail();
     }
 }
@@ -165,18 +165,20 @@ void SavedState::begin()
     const std::string path = stateFile();
     const support::NamedFile before = support::readNamedFile(path, largestState);
     if (before.error != 0 && before.error != ENOENT) {
-        isKept_ = false;
         snmp_log(LOG_ERR, "cannot read %s: %s; no state is kept, and SNMPv3 users of earlier runs are not known\n",
                  path.c_str(), before.reason.c_str());
-    } else if (const char *damage = before.error == 0 ? damageOf(before.text) : nullptr; damage != nullptr) {
+        return;
+    }
+    if (const char *damage = before.error == 0 ? damageOf(before.text) : nullptr; damage != nullptr) {
         snmp_log(LOG_ERR, "%s %s; SNMPv3 users of earlier runs may be missing\n", path.c_str(), damage);
     }
+    isKnown_ = true;
     save();
 }
 
 void SavedState::save() const
 {
-    if (!isKept_) {
+    if (!isKnown_) {
         return;
     }
     const std::string path = stateFile();

@@ -21,13 +21,15 @@ class SavedState
     // To be called when the library has read its configuration for the first time: logs when the file is not what was
     // written last, and keeps hands off from then on when it cannot be read. Then saves.
     void begin();
-    // Puts what the library knows now into the file. When that fails, it is logged, and the file stays as it was.
+    // Puts what the library knows now into the file, unless it never got to know what is there. When that fails, it is
+    // logged, and the file stays as it was.
     void save() const;
 
   private:
     std::string whatTheLibraryKeeps() const;
 
     bool isKept_;
+    bool isKnown_ = false; // what is in the file
     int memory_ = -1;
 };
 

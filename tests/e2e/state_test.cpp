@@ -6,6 +6,8 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -110,6 +112,34 @@ TEST_F(StateTest, AUserOfAReloadOutlivesACrash)
     startService();
     expectAlice();
     endService();
+}
+
+TEST_F(StateTest, AStartThatFailsBeforeItIsReadLeavesItAlone)
+{
+    startService(createsAlice);
+    endService();
+    writeFile("ipmibd.conf", letsAliceIn);
+    EXPECT_EQ(runAgent(agentWords({"-f", "-Lo", "--refuse"})).status, 1);
+    startService();
+    expectAlice();
+    endService();
+}
+
+TEST_F(StateTest, ARunByRootLeavesItToTheOwnerOfItsFolder)
+{
+    std::filesystem::create_directory(path("persistent"));
+    constexpr uid_t another = 65534;
+    if (chown(path("persistent").c_str(), another, another) != 0) {
+        GTEST_SKIP() << "needs the right to give files away";
+    }
+    startService(createsAlice);
+    endService();
+    struct stat status {
+    };
+    ASSERT_EQ(stat(stateFile().c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, another);
+    EXPECT_EQ(status.st_gid, another);
+    EXPECT_EQ(status.st_mode & 0777u, 0600u);
 }
 
 TEST_F(StateTest, WhatCannotBeReadIsToldAndLeftAlone)
