@@ -33,14 +33,11 @@ void notify(const std::string &state)
     if (address.sun_path[0] == '@') { // an abstract name
         address.sun_path[0] = '\0';
     }
-    const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (descriptor < 0) {
-        return;
-    }
+    // Kept, so that a manager hears of us when there are no more descriptors.
+    static const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     // A manager that does not listen is no reason to stop serving.
     (void)sendto(descriptor, state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr *>(&address),
                  static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length));
-    close(descriptor);
 }
 
 } // namespace
