@@ -12,12 +12,19 @@ namespace
 constexpr std::uint8_t allOnes = 1; // how every interface broadcasts
 constexpr std::uint16_t largestDatagram = 65535;
 
+// The older table has no rows for these.
+bool isBroadcast(const Ipv4Address &address)
+{
+    return address.type == IPMIB_ADDRESS_BROADCAST;
+}
+
 bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
 {
-    if (address == nullptr) {
+    if (address == nullptr || isBroadcast(*address)) {
         return false;
     }
-    row = {address->address, address->ifIndex, address->length, allOnes, largestDatagram};
+    row = {address->address, address->if_index, static_cast<std::uint8_t>(address->prefix_length), allOnes,
+           largestDatagram};
     return true;
 }
 
@@ -39,7 +46,11 @@ bool Ipv4Rows::findAddress(std::uint32_t address, IpmibIpv4Address &row) const
 
 bool Ipv4Rows::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
 {
-    return fill(device_.ipv4AddressAfter(address), row);
+    const Ipv4Address *next = device_.ipv4AddressAfter(address);
+    while (next != nullptr && isBroadcast(*next)) {
+        next = device_.ipv4AddressAfter(next->address);
+    }
+    return fill(next, row);
 }
 
 bool Ipv4Rows::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row) const

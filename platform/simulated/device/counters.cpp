@@ -13,46 +13,57 @@ namespace
 constexpr double fastest = 1e12; // a second
 constexpr double perSecond = 1'000;
 
-constexpr CounterField<Ip6MibStat> ip6Fields[] = {
-    {"inReceives", &Ip6MibStat::in_receives},
-    {"inOctets", &Ip6MibStat::in_octets},
-    {"inHdrErrors", &Ip6MibStat::header_errors_1},
-    {"inNoRoutes", &Ip6MibStat::in_no_routes},
-    {"inAddrErrors", &Ip6MibStat::address_errors},
-    {"inUnknownProtos", &Ip6MibStat::unknown_protos},
-    {"inTruncatedPkts", &Ip6MibStat::in_truncated},
-    {"inForwDatagrams", &Ip6MibStat::in_forwarded},
-    {"reasmReqds", &Ip6MibStat::reasm_required},
-    {"reasmOKs", &Ip6MibStat::reasm_oks},
-    {"reasmFails", &Ip6MibStat::reasm_fails_1},
-    {"inDiscards", &Ip6MibStat::in_discards},
-    {"inDelivers", &Ip6MibStat::in_delivers},
-    {"inMcastPkts", &Ip6MibStat::in_mcast_pkts},
-    {"outRequests", &Ip6MibStat::out_requests},
-    {"outNoRoutes", &Ip6MibStat::out_no_routes},
-    {"outForwDatagrams", &Ip6MibStat::out_forwarded},
-    {"outDiscards", &Ip6MibStat::out_discards},
-    {"outFragOKs", &Ip6MibStat::frag_oks},
-    {"outFragFails", &Ip6MibStat::frag_fails},
-    {"outFragCreates", &Ip6MibStat::frag_creates},
-    {"outTransmits", &Ip6MibStat::out_transmits},
-    {"outOctets", &Ip6MibStat::out_octets},
-    {"outMcastPkts", &Ip6MibStat::out_mcast_pkts},
+constexpr CounterField<IpmibIpCounters> ipFields[] = {
+    {"inReceives", IPMIB_IP_IN_RECEIVES},
+    {"inOctets", IPMIB_IP_IN_OCTETS},
+    {"inHdrErrors", IPMIB_IP_IN_HDR_ERRORS},
+    {"inNoRoutes", IPMIB_IP_IN_NO_ROUTES},
+    {"inAddrErrors", IPMIB_IP_IN_ADDR_ERRORS},
+    {"inUnknownProtos", IPMIB_IP_IN_UNKNOWN_PROTOS},
+    {"inTruncatedPkts", IPMIB_IP_IN_TRUNCATED_PKTS},
+    {"inForwDatagrams", IPMIB_IP_IN_FORW_DATAGRAMS},
+    {"reasmReqds", IPMIB_IP_REASM_REQDS},
+    {"reasmOKs", IPMIB_IP_REASM_OKS},
+    {"reasmFails", IPMIB_IP_REASM_FAILS},
+    {"inDiscards", IPMIB_IP_IN_DISCARDS},
+    {"inDelivers", IPMIB_IP_IN_DELIVERS},
+    {"inMcastPkts", IPMIB_IP_IN_MCAST_PKTS},
+    {"inMcastOctets", IPMIB_IP_IN_MCAST_OCTETS},
+    {"inBcastPkts", IPMIB_IP_IN_BCAST_PKTS},
+    {"outRequests", IPMIB_IP_OUT_REQUESTS},
+    {"outNoRoutes", IPMIB_IP_OUT_NO_ROUTES},
+    {"outForwDatagrams", IPMIB_IP_OUT_FORW_DATAGRAMS},
+    {"outDiscards", IPMIB_IP_OUT_DISCARDS},
+    {"outFragReqds", IPMIB_IP_OUT_FRAG_REQDS},
+    {"outFragOKs", IPMIB_IP_OUT_FRAG_OKS},
+    {"outFragFails", IPMIB_IP_OUT_FRAG_FAILS},
+    {"outFragCreates", IPMIB_IP_OUT_FRAG_CREATES},
+    {"outTransmits", IPMIB_IP_OUT_TRANSMITS},
+    {"outOctets", IPMIB_IP_OUT_OCTETS},
+    {"outMcastPkts", IPMIB_IP_OUT_MCAST_PKTS},
+    {"outMcastOctets", IPMIB_IP_OUT_MCAST_OCTETS},
+    {"outBcastPkts", IPMIB_IP_OUT_BCAST_PKTS},
+    {"routingDiscards", IPMIB_IP_ROUTING_DISCARDS},
 };
 
-constexpr CounterField<IpMibIfStat> ip4Fields[] = {
-    {"inReceives", &IpMibIfStat::in_receives},   {"inOctets", &IpMibIfStat::in_octets},
-    {"inDiscards", &IpMibIfStat::in_discards},   {"inMcastPkts", &IpMibIfStat::in_mcast_pkts},
-    {"outRequests", &IpMibIfStat::out_requests}, {"outForwDatagrams", &IpMibIfStat::out_forwarded},
-    {"outDiscards", &IpMibIfStat::out_discards}, {"outTransmits", &IpMibIfStat::out_transmits},
-    {"outOctets", &IpMibIfStat::out_octets},     {"outMcastPkts", &IpMibIfStat::out_mcast_pkts},
+constexpr CounterField<IpmibTcpCounters> tcpFields[] = {
+    {"activeOpens", &IpmibTcpCounters::active_opens},
+    {"passiveOpens", &IpmibTcpCounters::passive_opens},
+    {"attemptFails", &IpmibTcpCounters::attempt_fails},
+    {"estabResets", &IpmibTcpCounters::established_resets},
+    {"inSegs", &IpmibTcpCounters::in_segments},
+    {"outSegs", &IpmibTcpCounters::out_segments},
+    {"retransSegs", &IpmibTcpCounters::retransmitted_segments},
+    {"inErrs", &IpmibTcpCounters::in_errors},
+    {"outRsts", &IpmibTcpCounters::out_resets},
 };
 
-Counter counterOr0(Object &object, const char *name)
-{
-    const auto member = object.find(name);
-    return member ? Counter::read(*member) : Counter{};
-}
+constexpr CounterField<IpmibUdpCounters> udpFields[] = {
+    {"inDatagrams", &IpmibUdpCounters::in_datagrams},
+    {"noPorts", &IpmibUdpCounters::no_ports},
+    {"inErrors", &IpmibUdpCounters::in_errors},
+    {"outDatagrams", &IpmibUdpCounters::out_datagrams},
+};
 
 std::optional<Counter> counter(Object &object, const char *name)
 {
@@ -63,15 +74,21 @@ std::optional<Counter> counter(Object &object, const char *name)
 } // namespace
 
 template <>
-std::span<const CounterField<Ip6MibStat>> counterFields()
+std::span<const CounterField<IpmibIpCounters>> counterFields()
 {
-    return ip6Fields;
+    return ipFields;
 }
 
 template <>
-std::span<const CounterField<IpMibIfStat>> counterFields()
+std::span<const CounterField<IpmibTcpCounters>> counterFields()
 {
-    return ip4Fields;
+    return tcpFields;
+}
+
+template <>
+std::span<const CounterField<IpmibUdpCounters>> counterFields()
+{
+    return udpFields;
 }
 
 Counter Counter::read(const Value &value)
@@ -103,17 +120,17 @@ IcmpCounters IcmpCounters::read(const Value &value)
     Object object(value);
     counters.inMsgs_ = counter(object, "inMsgs");
     counters.outMsgs_ = counter(object, "outMsgs");
-    counters.inErrors_ = counterOr0(object, "inErrors");
+    counters.inErrors_ = counter(object, "inErrors");
     if (const auto types = object.find("types")) {
         Object(*types).each([&counters](const std::string &name, const Value &type) {
             Type read{};
             const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), read.number);
             if (error != std::errc() || end != name.data() + name.size() || std::to_string(read.number) != name) {
-                type.fail("the name of an ICMPv6 type is a number from 0 to 255");
+                type.fail("the name of an ICMP type is a number from 0 to 255");
             }
             Object inAndOut(type);
-            read.in = counterOr0(inAndOut, "in");
-            read.out = counterOr0(inAndOut, "out");
+            read.in = counter(inAndOut, "in").value_or(Counter{});
+            read.out = counter(inAndOut, "out").value_or(Counter{});
             inAndOut.finish();
             counters.types_.push_back(read);
         });
@@ -122,19 +139,87 @@ IcmpCounters IcmpCounters::read(const Value &value)
     return counters;
 }
 
-void IcmpCounters::setIn(Icmp6MibStat &record, Time running) const
+IpmibIcmpCounters IcmpCounters::after(Time running) const
 {
-    std::uint64_t in = 0;
-    std::uint64_t out = 0;
+    IpmibIcmpCounters counters{};
     for (const Type &type : types_) {
-        record.counter[ICMP6_STAT_IN_TYPE + type.number] = static_cast<std::uint32_t>(type.in.after(running));
-        record.counter[ICMP6_STAT_OUT_TYPE + type.number] = static_cast<std::uint32_t>(type.out.after(running));
-        in += type.in.after(running);
-        out += type.out.after(running);
+        counters.in_type[type.number] = type.in.after(running);
+        counters.out_type[type.number] = type.out.after(running);
+        counters.listed[type.number / 8] |= static_cast<std::uint8_t>(1 << type.number % 8);
+        counters.in_msgs += counters.in_type[type.number];
+        counters.out_msgs += counters.out_type[type.number];
     }
-    record.counter[ICMP6_STAT_IN_MSGS] = static_cast<std::uint32_t>(inMsgs_ ? inMsgs_->after(running) : in);
-    record.counter[ICMP6_STAT_OUT_MSGS] = static_cast<std::uint32_t>(outMsgs_ ? outMsgs_->after(running) : out);
-    record.counter[ICMP6_STAT_IN_ERROR_1] = static_cast<std::uint32_t>(inErrors_.after(running));
+    const auto setTo = [running](std::uint64_t &place, const std::optional<Counter> &said) {
+        if (said) {
+            place = said->after(running);
+        }
+    };
+    setTo(counters.in_msgs, inMsgs_);
+    setTo(counters.out_msgs, outMsgs_);
+    setTo(counters.in_errors, inErrors_);
+    return counters;
+}
+
+Ip6MibStat ip6MibStatOf(const IpmibIpCounters &counters)
+{
+    const std::uint64_t *value = counters.value;
+    const auto low = [value](unsigned which) { return static_cast<std::uint32_t>(value[which]); };
+    Ip6MibStat stat{};
+    stat.in_receives = value[IPMIB_IP_IN_RECEIVES];
+    stat.in_octets = value[IPMIB_IP_IN_OCTETS];
+    stat.header_errors_1 = low(IPMIB_IP_IN_HDR_ERRORS);
+    stat.in_no_routes = low(IPMIB_IP_IN_NO_ROUTES);
+    stat.address_errors = low(IPMIB_IP_IN_ADDR_ERRORS);
+    stat.unknown_protos = low(IPMIB_IP_IN_UNKNOWN_PROTOS);
+    stat.in_truncated = low(IPMIB_IP_IN_TRUNCATED_PKTS);
+    stat.in_forwarded = value[IPMIB_IP_IN_FORW_DATAGRAMS];
+    stat.reasm_required = low(IPMIB_IP_REASM_REQDS);
+    stat.reasm_oks = low(IPMIB_IP_REASM_OKS);
+    stat.reasm_fails_1 = low(IPMIB_IP_REASM_FAILS);
+    stat.in_discards = low(IPMIB_IP_IN_DISCARDS);
+    stat.in_delivers = low(IPMIB_IP_IN_DELIVERS);
+    stat.in_mcast_pkts = low(IPMIB_IP_IN_MCAST_PKTS);
+    stat.out_requests = value[IPMIB_IP_OUT_REQUESTS];
+    stat.out_no_routes = low(IPMIB_IP_OUT_NO_ROUTES);
+    stat.out_forwarded = value[IPMIB_IP_OUT_FORW_DATAGRAMS];
+    stat.out_discards = low(IPMIB_IP_OUT_DISCARDS);
+    stat.frag_oks = low(IPMIB_IP_OUT_FRAG_OKS);
+    stat.frag_fails = low(IPMIB_IP_OUT_FRAG_FAILS);
+    stat.frag_creates = low(IPMIB_IP_OUT_FRAG_CREATES);
+    stat.out_transmits = value[IPMIB_IP_OUT_TRANSMITS];
+    stat.out_octets = value[IPMIB_IP_OUT_OCTETS];
+    stat.out_mcast_pkts = low(IPMIB_IP_OUT_MCAST_PKTS);
+    return stat;
+}
+
+IpMibIfStat ipMibIfStatOf(const IpmibIpCounters &counters)
+{
+    const std::uint64_t *value = counters.value;
+    IpMibIfStat stat{};
+    stat.in_receives = value[IPMIB_IP_IN_RECEIVES];
+    stat.in_octets = value[IPMIB_IP_IN_OCTETS];
+    stat.in_discards = value[IPMIB_IP_IN_DISCARDS];
+    stat.in_mcast_pkts = value[IPMIB_IP_IN_MCAST_PKTS];
+    stat.out_requests = value[IPMIB_IP_OUT_REQUESTS];
+    stat.out_forwarded = value[IPMIB_IP_OUT_FORW_DATAGRAMS];
+    stat.out_discards = value[IPMIB_IP_OUT_DISCARDS];
+    stat.out_transmits = value[IPMIB_IP_OUT_TRANSMITS];
+    stat.out_octets = value[IPMIB_IP_OUT_OCTETS];
+    stat.out_mcast_pkts = value[IPMIB_IP_OUT_MCAST_PKTS];
+    return stat;
+}
+
+Icmp6MibStat icmp6MibStatOf(const IpmibIcmpCounters &counters)
+{
+    Icmp6MibStat stat{};
+    for (unsigned type = 0; type < 256; ++type) {
+        stat.counter[ICMP6_STAT_IN_TYPE + type] = static_cast<std::uint32_t>(counters.in_type[type]);
+        stat.counter[ICMP6_STAT_OUT_TYPE + type] = static_cast<std::uint32_t>(counters.out_type[type]);
+    }
+    stat.counter[ICMP6_STAT_IN_MSGS] = static_cast<std::uint32_t>(counters.in_msgs);
+    stat.counter[ICMP6_STAT_OUT_MSGS] = static_cast<std::uint32_t>(counters.out_msgs);
+    stat.counter[ICMP6_STAT_IN_ERROR_1] = static_cast<std::uint32_t>(counters.in_errors);
+    return stat;
 }
 
 } // namespace ipmib::simulated

@@ -4,8 +4,10 @@
 
 #include "scenario/schedule.h"
 
+#include <ipmib/platform_ip.h>
 #include <ipmib/records.h>
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -22,25 +24,26 @@ struct Counter {
     std::uint64_t after(Time running) const;
 };
 
-// One counter of a record: its name, as in "ipIfStatsInReceives" behind the table's name, and its place.
+// One counter of a record: its name in scenarios, and its place.
 template <class Record>
 struct CounterField {
     const char *name;
-    std::uint64_t Record::*wide = nullptr;
-    std::uint32_t Record::*narrow = nullptr;
+    std::uint64_t Record::*member;
 
-    constexpr CounterField(const char *text, std::uint64_t Record::*place) : name(text), wide(place) {}
-    constexpr CounterField(const char *text, std::uint32_t Record::*place) : name(text), narrow(place) {}
+    std::uint64_t &in(Record &record) const { return record.*member; }
+};
 
-    void set(Record &record, std::uint64_t number) const
+// Named as in "ipIfStatsInReceives" behind the table's name. One that is looked for to be set is counted.
+template <>
+struct CounterField<IpmibIpCounters> {
+    const char *name;
+    unsigned which; // IPMIB_IP_*
+
+    std::uint64_t &in(IpmibIpCounters &record) const
     {
-        if (wide != nullptr) {
-            record.*wide = number;
-        } else {
-            record.*narrow = static_cast<std::uint32_t>(number);
-        }
+        record.counted |= std::uint64_t{1} << which;
+        return record.value[which];
     }
-    std::uint64_t get(const Record &record) const { return wide != nullptr ? record.*wide : record.*narrow; }
 };
 
 template <class Record>
@@ -69,15 +72,17 @@ class CounterSet
     void setIn(Record &record, Time running) const
     {
         for (const Entry &entry : counters_) {
-            entry.field->set(record, entry.counter.after(running));
+            entry.field->in(record) = entry.counter.after(running);
         }
     }
     void addTo(Record &record, Time running) const
     {
         for (const Entry &entry : counters_) {
-            entry.field->set(record, entry.field->get(record) + entry.counter.after(running));
+            entry.field->in(record) += entry.counter.after(running);
         }
     }
+
+    bool empty() const { return counters_.empty(); }
 
   private:
     struct Entry {
@@ -87,7 +92,11 @@ class CounterSet
     std::vector<Entry> counters_;
 };
 
-// The ICMPv6 counters of the system.
+// As the module's records have them.
+Ip6MibStat ip6MibStatOf(const IpmibIpCounters &counters);
+IpMibIfStat ipMibIfStatOf(const IpmibIpCounters &counters);
+
+// The ICMP counters of the system, of one version of IP.
 class IcmpCounters
 {
   public:
@@ -95,7 +104,8 @@ class IcmpCounters
     static IcmpCounters read(const Value &value);
 
     // Messages that are not counted by themselves are the sum of those of all types.
-    void setIn(Icmp6MibStat &record, Time running) const;
+    IpmibIcmpCounters after(Time running) const;
+    bool empty() const { return types_.empty() && !inMsgs_ && !outMsgs_ && !inErrors_; }
 
   private:
     struct Type {
@@ -106,7 +116,9 @@ class IcmpCounters
     std::vector<Type> types_;
     std::optional<Counter> inMsgs_;
     std::optional<Counter> outMsgs_;
-    Counter inErrors_;
+    std::optional<Counter> inErrors_;
 };
+
+Icmp6MibStat icmp6MibStatOf(const IpmibIcmpCounters &counters);
 
 } // namespace ipmib::simulated

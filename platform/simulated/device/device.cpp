@@ -20,6 +20,16 @@ auto placeOf(Interfaces &interfaces, std::uint32_t ifIndex)
         [](const Interface &interface, std::uint32_t wanted) { return interface.ifIndex < wanted; });
 }
 
+// From this one on, the first of a table that can be seen now.
+template <class Table, class Row, class IsVisible>
+auto firstVisible(const Table &table, Row row, IsVisible isVisible)
+{
+    while (row != nullptr && !isVisible(*row)) {
+        row = table.after(row->key());
+    }
+    return row;
+}
+
 } // namespace
 
 Interface *Device::add(Interface interface)
@@ -28,6 +38,16 @@ Interface *Device::add(Interface interface)
     if ((place != interfaces_.end() && place->ifIndex == interface.ifIndex) ||
         !names_.emplace(interface.name, interface.ifIndex).second) {
         return nullptr;
+    }
+    if (interface.mac) {
+        interface.receives.push_back(*interface.mac);
+    }
+    std::sort(interface.receives.begin(), interface.receives.end());
+    const auto same = std::unique(interface.receives.begin(), interface.receives.end());
+    interface.receives.erase(same, interface.receives.end());
+    countsIpv4_ = countsIpv4_ || !interface.ip4Counters.empty();
+    for (const std::uint32_t lower : interface.runsOver) {
+        placeOf(interfaces_, lower)->carries.push_back(interface.ifIndex);
     }
     return &*interfaces_.insert(place, std::move(interface));
 }
@@ -80,14 +100,15 @@ const Interface *Device::runningIp6(std::uint32_t ifIndex) const
     return interface != nullptr && interface->runs(time_) ? interface : nullptr;
 }
 
-Ip6MibStat Device::systemStat() const
+IpmibIpCounters Device::systemTraffic(std::uint32_t version) const
 {
-    Ip6MibStat stat{};
+    const bool isIp6 = version == IPMIB_IPV6;
+    IpmibIpCounters sum{};
     for (const Interface &interface : interfaces_) {
-        interface.ip6Counters.addTo(stat, interface.runningTime(time_));
+        (isIp6 ? interface.ip6Counters : interface.ip4Counters).addTo(sum, interface.runningTime(time_));
     }
-    systemCounters.setIn(stat, time_);
-    return stat;
+    (isIp6 ? systemIp6Counters : systemIp4Counters).setIn(sum, time_);
+    return sum;
 }
 
 const Neighbour *Device::neighbour(const NeighbourKey &key) const
@@ -172,22 +193,43 @@ const Router *Device::routerAfter(RouterClass of, const RouterKey &key) const
 bool Device::runsIpv4(std::uint32_t ifIndex) const
 {
     const Interface *interface = ip4Down.covers(time_) ? nullptr : find(ifIndex);
-    return interface != nullptr && interface->runs(time_);
+    return interface != nullptr && interface->ip4 && interface->runs(time_);
 }
 
 const Ipv4Address *Device::ipv4Address(std::uint32_t address) const
 {
     const Ipv4Address *row = ipv4Addresses_.find(address);
-    return row != nullptr && runsIpv4(row->ifIndex) ? row : nullptr;
+    return row != nullptr && runsIpv4(row->if_index) ? row : nullptr;
 }
 
 const Ipv4Address *Device::ipv4AddressAfter(std::uint32_t address) const
 {
-    const Ipv4Address *row = ipv4Addresses_.after(address);
-    while (row != nullptr && !runsIpv4(row->ifIndex)) {
-        row = ipv4Addresses_.after(row->address);
-    }
-    return row;
+    return firstVisible(ipv4Addresses_, ipv4Addresses_.after(address),
+                        [this](const Ipv4Address &row) { return runsIpv4(row.if_index); });
+}
+
+const Ipv4Prefix *Device::ipv4Prefix(const Ipv4PrefixKey &key) const
+{
+    const Ipv4Prefix *row = ipv4Prefixes_.find(key);
+    return row != nullptr && isVisible(*row) ? row : nullptr;
+}
+
+const Ipv4Prefix *Device::ipv4PrefixAfter(const Ipv4PrefixKey &key) const
+{
+    return firstVisible(ipv4Prefixes_, ipv4Prefixes_.after(key),
+                        [this](const Ipv4Prefix &row) { return isVisible(row); });
+}
+
+const Ipv4Router *Device::ipv4Router(const Ipv4RouterKey &key) const
+{
+    const Ipv4Router *row = ipv4Routers_.find(key);
+    return row != nullptr && isVisible(*row) ? row : nullptr;
+}
+
+const Ipv4Router *Device::ipv4RouterAfter(const Ipv4RouterKey &key) const
+{
+    return firstVisible(ipv4Routers_, ipv4Routers_.after(key),
+                        [this](const Ipv4Router &row) { return isVisible(row); });
 }
 
 const Neighbour *Device::ipv4Neighbour(const NeighbourKey &key) const

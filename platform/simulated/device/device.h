@@ -23,8 +23,15 @@ class Device
 
     std::uint32_t uptimeS = 0; // at the start
     std::uint32_t hopLimit = 64;
-    CounterSet<Ip6MibStat> systemCounters; // those that are not the sum of the interfaces'
-    IcmpCounters icmp;
+    // Those that are not the sum of the interfaces'.
+    CounterSet<IpmibIpCounters> systemIp6Counters;
+    CounterSet<IpmibIpCounters> systemIp4Counters;
+    IcmpCounters icmp6;
+    IcmpCounters icmp4;
+    CounterSet<IpmibTcpCounters> tcpCounters;
+    std::uint32_t tcpConnections = 0;
+    CounterSet<IpmibUdpCounters> udpCounters;
+    IpmibIpSettings ip4Settings{1, 64, 30}; // forwards
     Schedule ip6Down;
     Schedule ip4Down;
     Failures failures;
@@ -43,6 +50,8 @@ class Device
     bool add(const Prefix &prefix) { return prefixes_.find(prefix.key()) == nullptr && prefixes_.put(prefix); }
 
     bool add(const Ipv4Address &row) { return ipv4Addresses_.find(row.address) == nullptr && ipv4Addresses_.put(row); }
+    bool add(const Ipv4Prefix &row) { return ipv4Prefixes_.find(row.key()) == nullptr && ipv4Prefixes_.put(row); }
+    bool add(const Ipv4Router &row) { return ipv4Routers_.find(row.key()) == nullptr && ipv4Routers_.put(row); }
     bool addIpv4(const Neighbour &row)
     {
         return ipv4Neighbours_.find(row.key()) == nullptr && ipv4Neighbours_.put(row);
@@ -66,7 +75,10 @@ class Device
     const Interface *withIp6(std::uint32_t ifIndex) const;
     const Interface *runningIp6(std::uint32_t ifIndex) const;
 
-    Ip6MibStat systemStat() const;
+    // Traffic of one version of IP.
+    IpmibIpCounters systemTraffic(std::uint32_t version) const;
+    // Whether the scenario says anything of IPv4 traffic by interface.
+    bool countsIpv4() const { return countsIpv4_; }
 
     const Neighbour *neighbour(const NeighbourKey &key) const;
     const Neighbour *globalNeighbourAfter(const NeighbourKey &key) const;
@@ -86,11 +98,18 @@ class Device
 
     const Ipv4Address *ipv4Address(std::uint32_t address) const;
     const Ipv4Address *ipv4AddressAfter(std::uint32_t address) const;
+    const Ipv4Prefix *ipv4Prefix(const Ipv4PrefixKey &key) const;
+    const Ipv4Prefix *ipv4PrefixAfter(const Ipv4PrefixKey &key) const;
+    const Ipv4Router *ipv4Router(const Ipv4RouterKey &key) const;
+    const Ipv4Router *ipv4RouterAfter(const Ipv4RouterKey &key) const;
     const Neighbour *ipv4Neighbour(const NeighbourKey &key) const;
     const Neighbour *ipv4NeighbourAfter(const NeighbourKey &key) const;
 
-  private:
     bool runsIpv4(std::uint32_t ifIndex) const;
+
+  private:
+    bool isVisible(const Ipv4Prefix &row) const { return runsIpv4(row.ifIndex) && row.valid.left(elapsedS()) != 0; }
+    bool isVisible(const Ipv4Router &row) const { return runsIpv4(row.ifIndex) && row.lifetime.left(elapsedS()) != 0; }
     const Prefix *visible(std::uint32_t ifIndex, const Prefix *prefix) const;
     const Routers &routers(RouterClass of) const
     {
@@ -104,9 +123,12 @@ class Device
     Prefixes prefixes_;
     NeighbourRows neighbours_;
     Ipv4Addresses ipv4Addresses_;
+    Ipv4Prefixes ipv4Prefixes_;
+    Ipv4Routers ipv4Routers_;
     NeighbourRows ipv4Neighbours_;
     Routers globalRouters_;
     Routers linkLocalRouters_;
+    bool countsIpv4_ = false;
     Time time_ = 0;
 };
 

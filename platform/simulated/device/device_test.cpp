@@ -93,10 +93,10 @@ TEST(Device, countersGrowWhileTheInterfaceRuns)
 {
     Device device = deviceOf(flapping);
     const auto received = [&device](std::uint32_t ifIndex) {
-        Ip6MibStat stat{};
+        IpmibIpCounters stat{};
         const Interface &interface = *device.find(ifIndex);
         interface.ip6Counters.setIn(stat, interface.runningTime(device.time()));
-        return stat.in_receives;
+        return stat.value[IPMIB_IP_IN_RECEIVES];
     };
     setSeconds(device, 10);
     EXPECT_EQ(received(4), 200u);
@@ -104,7 +104,8 @@ TEST(Device, countersGrowWhileTheInterfaceRuns)
     EXPECT_EQ(received(4), 200u);
     setSeconds(device, 20);
     EXPECT_EQ(received(4), 250u);
-    EXPECT_EQ(device.systemStat().in_receives, 250u + 21u) << "the system's are the sum of the interfaces'";
+    EXPECT_EQ(device.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES], 250u + 21u)
+        << "the system's are the sum of the interfaces'";
 }
 
 TEST(Device, addressesBringTheirPrefixesAlong)

@@ -62,10 +62,10 @@ IpmibInterface Interface::row(Time time) const
 
 IpmibInterfaceTraffic Interface::traffic(Time time) const
 {
-    Ip6MibStat v6{};
-    IpMibIfStat v4{};
-    ip6Counters.setIn(v6, runningTime(time));
-    ip4Counters.setIn(v4, runningTime(time));
+    IpmibIpCounters both{};
+    ip6Counters.addTo(both, runningTime(time));
+    ip4Counters.addTo(both, runningTime(time));
+    const std::uint64_t *value = both.value;
     const auto fill = [](IpmibTraffic &way, std::uint64_t octets, std::uint64_t packets, std::uint64_t multicast,
                          std::uint64_t discards) {
         way.octets = octets;
@@ -74,12 +74,18 @@ IpmibInterfaceTraffic Interface::traffic(Time time) const
         way.discards = discards;
     };
     IpmibInterfaceTraffic traffic{};
-    const auto sum = [](auto one, auto other) { return std::uint64_t{one} + other; };
-    fill(traffic.in, sum(v6.in_octets, v4.in_octets), sum(v6.in_receives, v4.in_receives),
-         sum(v6.in_mcast_pkts, v4.in_mcast_pkts), sum(v6.in_discards, v4.in_discards));
-    fill(traffic.out, sum(v6.out_octets, v4.out_octets), sum(v6.out_transmits, v4.out_transmits),
-         sum(v6.out_mcast_pkts, v4.out_mcast_pkts), sum(v6.out_discards, v4.out_discards));
+    fill(traffic.in, value[IPMIB_IP_IN_OCTETS], value[IPMIB_IP_IN_RECEIVES], value[IPMIB_IP_IN_MCAST_PKTS],
+         value[IPMIB_IP_IN_DISCARDS]);
+    fill(traffic.out, value[IPMIB_IP_OUT_OCTETS], value[IPMIB_IP_OUT_TRANSMITS], value[IPMIB_IP_OUT_MCAST_PKTS],
+         value[IPMIB_IP_OUT_DISCARDS]);
     return traffic;
+}
+
+IpmibIpCounters Interface::ipTraffic(std::uint32_t version, Time time) const
+{
+    IpmibIpCounters counters{};
+    (version == IPMIB_IPV6 ? ip6Counters : ip4Counters).setIn(counters, runningTime(time));
+    return counters;
 }
 
 } // namespace ipmib::simulated

@@ -11,6 +11,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ipmib::simulated
 {
@@ -32,16 +33,21 @@ struct Interface {
     std::uint8_t type = 6;               // the code under which it is selected
     std::uint32_t mtu = 1500;
     std::optional<Mac> mac;
-    bool enabled = true; // by the administrator
+    std::vector<Mac> receives;           // frames for these; its own is added with the interface
+    std::vector<std::uint32_t> runsOver; // ifIndexes, ascending
+    std::vector<std::uint32_t> carries;  // those that run over it
+    bool enabled = true;                 // by the administrator
     bool ip6 = true;
+    bool ip4 = true;
     std::uint32_t reachableMs = 30'000;
     std::uint32_t retransmitMs = 1'000;
+    std::uint32_t ip4RetransmitMs = 1'000;
     Schedule outages;           // times at which it does not run
     bool outagesRemove = false; // and is not even there then
     std::optional<Address> linkLocal;
     std::optional<Advertisement> advertisement;
-    CounterSet<Ip6MibStat> ip6Counters;
-    CounterSet<IpMibIfStat> ip4Counters;
+    CounterSet<IpmibIpCounters> ip6Counters;
+    CounterSet<IpmibIpCounters> ip4Counters;
 
     bool exists(Time time) const { return !outagesRemove || !outages.covers(time); }
     bool runs(Time time) const { return !outages.covers(time); }
@@ -49,6 +55,8 @@ struct Interface {
     // As the interface tables show it. They know of IP alone here: frames are the datagrams of both versions.
     IpmibInterface row(Time time) const;
     IpmibInterfaceTraffic traffic(Time time) const;
+    // Of one version of IP.
+    IpmibIpCounters ipTraffic(std::uint32_t version, Time time) const;
 };
 
 // Modified EUI-64 of a link-layer address.

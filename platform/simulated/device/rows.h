@@ -8,6 +8,8 @@
 #include "neighbour_rows.h"
 #include "ordered_table.h"
 
+#include <ipmib/platform_ip.h>
+
 #include <compare>
 #include <cstdint>
 
@@ -59,14 +61,50 @@ struct Address {
 };
 using Addresses = OrderedTable<Address, ByKey<Address, PackedAddress>>;
 
-struct Ipv4Address {
-    std::uint32_t address; // 192.0.2.1 is 0xC0000201
-    std::uint32_t ifIndex;
-    std::uint8_t length; // bits of the prefix
-
+// Rows of IPv4 are those of platform_ip.h as far as they do not change by themselves.
+struct Ipv4Address : IpmibIpAddress {
     std::uint32_t key() const { return address; }
 };
 using Ipv4Addresses = OrderedTable<Ipv4Address, ByKey<Ipv4Address, std::uint32_t>>;
+
+struct Ipv4PrefixKey {
+    std::uint32_t ifIndex;
+    std::uint32_t prefix;
+    std::uint32_t length; // bits
+
+    friend auto operator<=>(const Ipv4PrefixKey &, const Ipv4PrefixKey &) = default;
+};
+
+struct Ipv4Prefix {
+    std::uint32_t ifIndex;
+    std::uint32_t prefix;
+    std::uint32_t length;
+    std::uint32_t origin; // ipAddressPrefixOrigin
+    Lifetime valid;
+    Lifetime preferred;
+    bool onLink;
+    bool autonomous;
+
+    Ipv4PrefixKey key() const { return {ifIndex, prefix, length}; }
+};
+using Ipv4Prefixes = OrderedTable<Ipv4Prefix, ByKey<Ipv4Prefix, Ipv4PrefixKey>>;
+
+struct Ipv4RouterKey {
+    std::uint32_t address;
+    std::uint32_t ifIndex;
+
+    friend auto operator<=>(const Ipv4RouterKey &, const Ipv4RouterKey &) = default;
+};
+
+struct Ipv4Router {
+    std::uint32_t address;
+    std::uint32_t ifIndex;
+    std::int32_t preference; // ipDefaultRouterPreference
+    Lifetime lifetime;
+
+    Ipv4RouterKey key() const { return {address, ifIndex}; }
+};
+using Ipv4Routers = OrderedTable<Ipv4Router, ByKey<Ipv4Router, Ipv4RouterKey>>;
 
 struct Prefix {
     PackedAddress prefix;

@@ -51,15 +51,15 @@ Mac randomMac(Random &random)
     return mac;
 }
 
-CounterSet<Ip6MibStat> randomCounters(Random &random)
+CounterSet<IpmibIpCounters> randomCounters(Random &random)
 {
     constexpr std::uint64_t octetsPerPacket = 800;
-    CounterSet<Ip6MibStat> counters;
+    CounterSet<IpmibIpCounters> counters;
     const auto rate = static_cast<double>(100 + random.below(100'000)); // packets a second
     const std::uint64_t start = random.below(1'000'000'000'000);
-    for (const CounterField<Ip6MibStat> &field : counterFields<Ip6MibStat>()) {
+    for (const CounterField<IpmibIpCounters> &field : counterFields<IpmibIpCounters>()) {
         const std::string_view name = field.name;
-        const bool octets = name.ends_with("Octets");
+        const bool octets = name == "inOctets" || name == "outOctets";
         const bool packets =
             name == "inReceives" || name == "outTransmits" || name == "inForwDatagrams" || name == "outForwDatagrams";
         if (octets) {
@@ -68,7 +68,7 @@ CounterSet<Ip6MibStat> randomCounters(Random &random)
             counters.put(field, {start, rate});
         } else if (name == "inDelivers" || name == "outRequests" || name.ends_with("McastPkts")) {
             counters.put(field, {start / 1'000, rate / 1'000});
-        } else if (name.find("Errors") != std::string_view::npos || name.find("Discards") != std::string_view::npos) {
+        } else if (name.find("Errors") != std::string_view::npos || (name.find("Discards") != std::string_view::npos && field.which != IPMIB_IP_ROUTING_DISCARDS)) {
             counters.put(field, {random.below(1'000), rate / 1'000'000});
         }
     }

@@ -12,7 +12,7 @@ inline constexpr std::uint8_t subnetLength = 64; // bits of each interface's net
 
 Mac randomMac(Random &random);
 // Of a busy interface: in and out about the same, some of it errors.
-CounterSet<Ip6MibStat> randomCounters(Random &random);
+CounterSet<IpmibIpCounters> randomCounters(Random &random);
 
 // Add so many different rows to an interface, those with global addresses within its network.
 void addRandomNeighbours(Random random, std::uint32_t count, const PackedAddress &subnet, std::uint32_t ifIndex,

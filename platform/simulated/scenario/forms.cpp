@@ -134,6 +134,16 @@ Ipv4AddressAndLength readIpv4AddressAndLength(const Value &value)
     return *read;
 }
 
+Ipv4AddressAndLength readIpv4Prefix(const Value &value)
+{
+    constexpr const char *expected = "an IPv4 prefix like \"192.0.2.0/24\"";
+    const auto read = parseWithLength<Ipv4AddressAndLength>(value.text(expected), parseIpv4Address, 32);
+    if (!read || ipv4Masked(read->address, read->length) != read->address) {
+        value.refuse(expected);
+    }
+    return *read;
+}
+
 Mac readMac(const Value &value)
 {
     constexpr const char *expected = "a link-layer address like \"02:00:5e:00:53:01\"";

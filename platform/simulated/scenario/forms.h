@@ -27,6 +27,12 @@ AddressAndLength readPrefix(const Value &value);
 // The same for IPv4.
 std::uint32_t readIpv4Address(const Value &value);
 Ipv4AddressAndLength readIpv4AddressAndLength(const Value &value);
+Ipv4AddressAndLength readIpv4Prefix(const Value &value);
+// Of the bits of a prefix: those that an address has in it.
+constexpr std::uint32_t ipv4Masked(std::uint32_t address, std::uint8_t length)
+{
+    return length == 0 ? 0 : address & UINT32_MAX << (32 - length);
+}
 Mac readMac(const Value &value);
 // Seconds, or "infinite".
 std::uint32_t readLifetime(const Value &value, std::uint32_t longest = platform::infiniteLifetime - 1);

@@ -4,7 +4,9 @@
 
 #include "scenario/forms.h"
 #include "scenario/interface_types.h"
+#include "scenario/read_ipv4.h"
 #include "scenario/read_rows.h"
+#include "scenario/row_parts.h"
 
 #include <ipmib/records.h>
 
@@ -95,6 +97,20 @@ void readOutages(Object &object, Interface &interface)
     }
 }
 
+// The interfaces that it runs over, and the link-layer addresses that it takes frames for.
+void readLinks(Object &object, Interface &interface, const Device &device)
+{
+    eachOf(object, "runsOver", [&](const Value &name) {
+        const Interface *lower = device.named(name.text("the name of an interface"));
+        if (lower == nullptr) {
+            name.refuse("the name of an interface that stands further up");
+        }
+        interface.runsOver.push_back(lower->ifIndex);
+    });
+    std::sort(interface.runsOver.begin(), interface.runsOver.end());
+    eachOf(object, "receives", [&](const Value &mac) { interface.receives.push_back(readMac(mac)); });
+}
+
 void readCounters(Object &object, Interface &interface)
 {
     const auto counters = object.find("counters");
@@ -103,10 +119,10 @@ void readCounters(Object &object, Interface &interface)
     }
     Object versions(*counters);
     if (const auto ip6 = versions.find("ipv6")) {
-        interface.ip6Counters = CounterSet<Ip6MibStat>::read(*ip6);
+        interface.ip6Counters = CounterSet<IpmibIpCounters>::read(*ip6);
     }
     if (const auto ip4 = versions.find("ipv4")) {
-        interface.ip4Counters = CounterSet<IpMibIfStat>::read(*ip4);
+        interface.ip4Counters = CounterSet<IpmibIpCounters>::read(*ip4);
     }
     versions.finish();
 }
@@ -149,6 +165,7 @@ void readInterface(const Value &value, Device &device)
     basics.ifIndex = object.number("ifIndex", device.nextIfIndex(), 1, highestIfIndex);
     basics.type = readInterfaceType(object);
     basics.ip6 = object.boolean("ipv6", true);
+    basics.ip4 = object.boolean("ipv4", true);
     basics.mtu = object.number("mtu", basics.mtu, basics.ip6 ? smallestIp6Mtu : smallestMtu, largestMtu);
     if (const auto alias = object.find("alias")) {
         basics.alias = alias->text();
@@ -162,6 +179,7 @@ void readInterface(const Value &value, Device &device)
     if (const auto mac = object.find("mac")) {
         basics.mac = readMac(*mac);
     }
+    readLinks(object, basics, device);
     readOutages(object, basics);
     readCounters(object, basics);
     const std::uint32_t ifIndex = basics.ifIndex;
@@ -174,7 +192,7 @@ void readInterface(const Value &value, Device &device)
     } else {
         refuseIp6(object);
     }
-    readIpv4Rows(object, *interface, device);
+    readIpv4Of(object, *interface, device);
     object.finish();
 }
 

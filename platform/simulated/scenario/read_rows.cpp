@@ -3,8 +3,7 @@
 #include "scenario/read_rows.h"
 
 #include "scenario/forms.h"
-
-#include <algorithm>
+#include "scenario/row_parts.h"
 
 namespace ipmib::simulated
 {
@@ -12,8 +11,6 @@ namespace
 {
 
 using namespace platform;
-
-constexpr std::uint32_t latest = UINT32_MAX / 100; // seconds since boot; managers are told hundredths
 
 constexpr Word addressOrigins[] = {{"manual", addressOriginManual},
                                    {"dhcp", addressOriginDhcp},
@@ -29,20 +26,6 @@ constexpr Word prefixOrigins[] = {{"manual", prefixOriginManual},
                                   {"dhcp", prefixOriginDhcp},
                                   {"routeradv", prefixOriginRouter},
                                   {"other", prefixOriginOther}};
-constexpr Word neighbourTypes[] = {{"dynamic", static_cast<std::uint32_t>(NeighbourType::dynamic)},
-                                   {"static", static_cast<std::uint32_t>(NeighbourType::fixed)},
-                                   {"local", static_cast<std::uint32_t>(NeighbourType::local)},
-                                   {"invalid", static_cast<std::uint32_t>(NeighbourType::invalid)}};
-constexpr Word ipv4NeighbourTypes[] = {{"dynamic", static_cast<std::uint32_t>(NeighbourType::dynamic)},
-                                       {"static", static_cast<std::uint32_t>(NeighbourType::fixed)},
-                                       {"invalid", static_cast<std::uint32_t>(NeighbourType::invalid)}};
-constexpr Word neighbourStates[] = {{"reachable", static_cast<std::uint32_t>(NeighbourState::reachable)},
-                                    {"stale", static_cast<std::uint32_t>(NeighbourState::stale)},
-                                    {"delay", static_cast<std::uint32_t>(NeighbourState::delay)},
-                                    {"probe", static_cast<std::uint32_t>(NeighbourState::probe)},
-                                    {"invalid", static_cast<std::uint32_t>(NeighbourState::invalid)},
-                                    {"unknown", static_cast<std::uint32_t>(NeighbourState::unknown)},
-                                    {"incomplete", static_cast<std::uint32_t>(NeighbourState::incomplete)}};
 constexpr Word preferences[] = {
     {"high", gatewayPreferenceHigh}, {"medium", gatewayPreferenceMedium}, {"low", gatewayPreferenceLow}};
 
@@ -62,14 +45,6 @@ std::uint32_t prefixOriginOf(const Address &address)
     }
 }
 
-template <class Visit>
-void eachOf(Object &object, const char *name, Visit visit)
-{
-    if (const auto list = object.find(name)) {
-        list->each(visit);
-    }
-}
-
 Address addressOf(const AddressAndLength &read, std::uint32_t ifIndex)
 {
     const std::uint32_t origin = read.address.isLinkLocal() ? addressOriginLinkLayer : addressOriginManual;
@@ -85,8 +60,8 @@ Address readFullAddress(const Value &value, std::uint32_t ifIndex)
     Address address = addressOf(readAddressAndLength(object.need("address")), ifIndex);
     address.origin = object.word("origin", address.origin, addressOrigins);
     address.state = object.word("status", address.state, addressStates);
-    address.createdS = object.number("created", 0, 0, latest);
-    address.changedS = object.number("changed", address.createdS, address.createdS, latest);
+    address.createdS = object.number("created", 0, 0, latestMoment);
+    address.changedS = object.number("changed", address.createdS, address.createdS, latestMoment);
     address.anycast = object.boolean("anycast", false);
     object.finish();
     return address;
@@ -106,16 +81,6 @@ void readAddressOf(const Value &value, Interface &interface, Device &device)
     }
     address.length = linkLocalPrefixLength;
     interface.linkLocal = address;
-}
-
-Lifetime readRenewed(Object &object, const char *name, std::uint32_t longest = infiniteLifetime - 1)
-{
-    Lifetime lifetime;
-    if (const auto seconds = object.find(name)) {
-        lifetime.seconds = readLifetime(*seconds, longest);
-    }
-    lifetime.renewedEvery = object.number("renewed", 0, 1, UINT32_MAX);
-    return lifetime;
 }
 
 Prefix readFullPrefix(const Value &value, std::uint32_t ifIndex)
@@ -138,24 +103,9 @@ Prefix readFullPrefix(const Value &value, std::uint32_t ifIndex)
     prefix.origin = object.word("origin", prefix.origin, prefixOrigins);
     prefix.flags = object.boolean("onLink", true) ? prefixFlagOnLink : std::uint8_t{0};
     prefix.flags |= object.boolean("autonomous", false) ? prefixFlagAutonomous : std::uint8_t{0};
-    prefix.valid = readRenewed(object, "valid");
-    prefix.preferred = prefix.valid;
-    if (const auto preferred = object.find("preferred")) {
-        prefix.preferred.seconds = readLifetime(*preferred);
-        if (prefix.preferred.seconds > prefix.valid.seconds) {
-            preferred->fail("the preferred lifetime is not longer than the valid one");
-        }
-    }
+    readLifetimes(object, prefix.valid, prefix.preferred);
     object.finish();
     return prefix;
-}
-
-void readLinkLayer(Object &object, Neighbour &neighbour)
-{
-    if (const auto mac = object.find("mac")) {
-        const Mac bytes = readMac(*mac);
-        std::copy(bytes.begin(), bytes.end(), neighbour.linkLayer);
-    }
 }
 
 Neighbour readNeighbour(const Value &value, std::uint32_t ifIndex, const Device &device)
@@ -168,20 +118,7 @@ Neighbour readNeighbour(const Value &value, std::uint32_t ifIndex, const Device 
         static_cast<NeighbourType>(object.word("type", static_cast<std::uint32_t>(neighbour.type), neighbourTypes));
     neighbour.state =
         static_cast<NeighbourState>(object.word("state", static_cast<std::uint32_t>(neighbour.state), neighbourStates));
-    neighbour.lastUpdatedS = object.number("updated", device.uptimeS, 0, latest);
-    object.finish();
-    return neighbour;
-}
-
-// What is not resolved has no link-layer address, and says so by its type.
-Neighbour readIpv4Neighbour(const Value &value, std::uint32_t ifIndex)
-{
-    Object object(value);
-    const std::uint32_t address = readIpv4Address(object.need("address"));
-    Neighbour neighbour{0, address, ifIndex, 0, {}, NeighbourType::dynamic, NeighbourState::reachable};
-    readLinkLayer(object, neighbour);
-    neighbour.type =
-        static_cast<NeighbourType>(object.word("type", static_cast<std::uint32_t>(neighbour.type), ipv4NeighbourTypes));
+    neighbour.lastUpdatedS = object.number("updated", device.uptimeS, 0, latestMoment);
     object.finish();
     return neighbour;
 }
@@ -228,21 +165,6 @@ void readRows(Object &object, Interface &interface, Device &device)
     eachOf(object, "routers", [&](const Value &value) {
         if (!device.add(readRouter(value, interface.ifIndex))) {
             value.fail("the interface has this router already");
-        }
-    });
-}
-
-void readIpv4Rows(Object &object, const Interface &interface, Device &device)
-{
-    eachOf(object, "ipv4Addresses", [&](const Value &value) {
-        const Ipv4AddressAndLength read = readIpv4AddressAndLength(value);
-        if (!device.add(Ipv4Address{read.address, interface.ifIndex, read.length})) {
-            value.fail("the device has this address already");
-        }
-    });
-    eachOf(object, "ipv4Neighbours", [&](const Value &value) {
-        if (!device.addIpv4(readIpv4Neighbour(value, interface.ifIndex))) {
-            value.fail("the interface has this neighbour already");
         }
     });
 }

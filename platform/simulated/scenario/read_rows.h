@@ -11,9 +11,6 @@ namespace ipmib::simulated
 // "addresses", "prefixes", "neighbours" and "routers" of the interface.
 void readRows(Object &object, Interface &interface, Device &device);
 
-// "ipv4Addresses" and "ipv4Neighbours" of the interface.
-void readIpv4Rows(Object &object, const Interface &interface, Device &device);
-
 // An address that is complete, with its prefix on the interface. False when the device has it already.
 bool addAddress(const Address &address, Device &device);
 

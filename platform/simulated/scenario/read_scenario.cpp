@@ -6,6 +6,7 @@
 #include "generate/generate.h"
 #include "scenario/json_file.h"
 #include "scenario/read_interface.h"
+#include "scenario/read_ipv4.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,12 +22,18 @@ constexpr Word results[] = {{"notFound", platform::notFound}, {"noMore", platfor
 void readSystem(const Value &value, Device &device)
 {
     Object object(value);
-    if (const auto ip6 = object.find("ipv6")) {
-        device.systemCounters = CounterSet<Ip6MibStat>::read(*ip6);
-    }
-    if (const auto icmp = object.find("icmp")) {
-        device.icmp = IcmpCounters::read(*icmp);
-    }
+    const auto read = [&object]<class Counters>(const char *name, Counters &counters) {
+        if (const auto member = object.find(name)) {
+            counters = Counters::read(*member);
+        }
+    };
+    read("ipv6", device.systemIp6Counters);
+    read("ipv4", device.systemIp4Counters);
+    read("icmp", device.icmp6);
+    read("ipv4Icmp", device.icmp4);
+    read("tcp", device.tcpCounters);
+    device.tcpConnections = object.number("tcpConnections", 0, 0, UINT32_MAX);
+    read("udp", device.udpCounters);
     object.finish();
 }
 
@@ -89,6 +96,9 @@ Device readDevice(const Value &value)
     }
     device.uptimeS = object.number("uptime", 0, 0, longestUptime);
     device.hopLimit = object.number("hopLimit", device.hopLimit, 0, 255);
+    if (const auto ipv4 = object.find("ipv4")) {
+        readIpv4Settings(*ipv4, device.ip4Settings);
+    }
     if (const auto interfaces = object.find("interfaces")) {
         interfaces->each([&device](const Value &interface) { readInterface(interface, device); });
     }

@@ -10,7 +10,7 @@ uint32_t IP6_GetMibStat(uint32_t, Ip6MibStat *stat)
     if (!call) {
         return call.result();
     }
-    *stat = call.device().systemStat();
+    *stat = ip6MibStatOf(call.device().systemTraffic(IPMIB_IPV6));
     return success;
 }
 
@@ -22,20 +22,20 @@ uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
     if (interface == nullptr) {
         return call ? noMore : call.result();
     }
-    *stat = Ip6MibStat{};
-    interface->ip6Counters.setIn(*stat, interface->runningTime(call.device().time()));
+    *stat = ip6MibStatOf(interface->ipTraffic(IPMIB_IPV6, call.device().time()));
     return success;
 }
 
+// A device that counts no IPv4 traffic by interface has no rows of it. One that does has a row for each interface, since
+// a walk goes no further than the first one that fails.
 uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 {
     const Call call(Service::IP_GetMibIfStat, if_index);
-    const Interface *interface = call ? call.device().find(if_index) : nullptr;
+    const Interface *interface = call && call.device().countsIpv4() ? call.device().find(if_index) : nullptr;
     if (interface == nullptr) {
         return call ? noMore : call.result();
     }
-    *stat = IpMibIfStat{};
-    interface->ip4Counters.setIn(*stat, interface->runningTime(call.device().time()));
+    *stat = ipMibIfStatOf(interface->ipTraffic(IPMIB_IPV4, call.device().time()));
     return success;
 }
 
@@ -45,7 +45,6 @@ uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
     if (!call) {
         return call.result();
     }
-    *stat = Icmp6MibStat{};
-    call.device().icmp.setIn(*stat, call.device().time());
+    *stat = icmp6MibStatOf(call.device().icmp6.after(call.device().time()));
     return success;
 }
