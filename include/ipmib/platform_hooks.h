@@ -65,6 +65,9 @@ typedef struct IpmibPlatformHooks {
      * sysUpTime, and 0 for what was there before; until it is called, sysUpTime counts from boot. May be called again.
      * May itself be null. */
     void (*uptime_began)(uint64_t monotonic_ms);
+    /* How long the device has been up, in milliseconds, for one that has a clock of its own: a host shows this as its
+     * sysUpTime, and does not call `uptime_began`. Null for the others. */
+    uint64_t (*uptime_ms)(void);
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -93,7 +93,14 @@ TEST(SimulatedHooks, aStoppedClockStandsStill)
     std::uint32_t other = 1;
     EXPECT_EQ(TIME_GetSystemBootTime(&seconds, &other), 0u);
     EXPECT_EQ(seconds, 42u);
+    EXPECT_EQ(hooks.uptime_ms(), 42'500u);
+    IpmibIpInterface row;
+    ASSERT_EQ(hooks.ip->next_interface(IPMIB_IPV4, 0, &row), 0);
+    EXPECT_EQ(row.if_index, 1u);
+    EXPECT_NE(hooks.ip->next_interface(IPMIB_IPV4, 1, &row), 0);
     hooks.stop();
+    EXPECT_EQ(hooks.uptime_ms(), 0u);
+    EXPECT_NE(hooks.ip->next_interface(IPMIB_IPV4, 0, &row), 0);
 }
 
 TEST(SimulatedHooks, aReloadTakesTheFileAsItIsNowAndTheClockGoesOn)

@@ -4,6 +4,7 @@
 
 #include "advertisements/row_hop_limit.h"
 #include "device/device.h"
+#include "ip_rows.h"
 #include "ipv4_rows.h"
 
 #include <ipmib/platform_hooks.h>
@@ -49,6 +50,9 @@ class Platform
     // For the agent's IPv4 tables. Nobody has to follow what does not change by itself.
     std::string followIpv4() { return ""; }
     Ipv4Rows &ipv4() { return ipv4_; }
+    IpRows &ip() { return ip_; }
+    // Its times are seconds since the device's boot, and so are values of this.
+    std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + device_.time(); }
 
     const Device &device() const { return device_; }
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
@@ -65,6 +69,7 @@ class Platform
     std::chrono::steady_clock::time_point start_;
     Device device_;
     Ipv4Rows ipv4_{device_};
+    IpRows ip_{device_};
     platform::RowHopLimit rowHopLimit_;
 };
 

@@ -32,4 +32,5 @@ const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
                                                  nullptr,
                                                  nullptr,
                                                  nullptr,
+                                                 nullptr,
                                                  nullptr};

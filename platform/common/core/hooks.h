@@ -21,8 +21,8 @@ namespace ipmib::platform
 // ipv4(), an object with findAddress, addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside
 // it a function setRunning(Platform *) that puts it to its services, or takes it away again with null.
 //
-// It may have: uptimeBegan(std::uint64_t monotonicMs), and ip(), an object with a member for each function of
-// IpmibIpHooks. For one that has it not the hook is null.
+// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), and ip(), an object with a member for each function
+// of IpmibIpHooks. For one that has it not the hook is null.
 template <class Platform>
 class Hooks
 {
@@ -40,7 +40,8 @@ class Hooks
                 &interfaces,
                 &ipv4,
                 ipHooks(),
-                uptimeBegan()};
+                uptimeBegan(),
+                uptimeMs()};
     }
 
   private:
@@ -91,6 +92,15 @@ class Hooks
     {
         if constexpr (requires(Platform & platform) { platform.uptimeBegan(std::uint64_t{}); }) {
             return hookCall<running, &Platform::uptimeBegan>;
+        } else {
+            return nullptr;
+        }
+    }
+
+    static constexpr decltype(IpmibPlatformHooks::uptime_ms) uptimeMs()
+    {
+        if constexpr (requires(Platform & platform) { platform.uptimeMs(); }) {
+            return hookCall<running, &Platform::uptimeMs>;
         } else {
             return nullptr;
         }

@@ -181,6 +181,7 @@ const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
                                                  nullptr,
                                                  nullptr,
                                                  nullptr,
+                                                 nullptr,
                                                  nullptr};
 
 std::uint32_t IP6_DaemonCheck(std::uint32_t)
