@@ -49,8 +49,10 @@ TEST(Generate, theSameSeedMakesTheSameDevice)
     EXPECT_FALSE(same(rowsOf(one), rowsOf(other)));
     EXPECT_EQ(one.interfaces()[3].mac, again.interfaces()[3].mac);
     EXPECT_NE(one.interfaces()[3].mac, other.interfaces()[3].mac);
-    EXPECT_EQ(one.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES], again.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES]);
-    EXPECT_NE(one.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES], other.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES]);
+    EXPECT_EQ(one.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES],
+              again.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES]);
+    EXPECT_NE(one.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES],
+              other.systemTraffic(IPMIB_IPV6).value[IPMIB_IP_IN_RECEIVES]);
 }
 
 // So that a seed means the same on every machine and tomorrow.

@@ -68,7 +68,8 @@ CounterSet<IpmibIpCounters> randomCounters(Random &random)
             counters.put(field, {start, rate});
         } else if (name == "inDelivers" || name == "outRequests" || name.ends_with("McastPkts")) {
             counters.put(field, {start / 1'000, rate / 1'000});
-        } else if (name.find("Errors") != std::string_view::npos || (name.find("Discards") != std::string_view::npos && field.which != IPMIB_IP_ROUTING_DISCARDS)) {
+        } else if (name.find("Errors") != std::string_view::npos ||
+                   (name.find("Discards") != std::string_view::npos && field.which != IPMIB_IP_ROUTING_DISCARDS)) {
             counters.put(field, {random.below(1'000), rate / 1'000'000});
         }
     }

@@ -26,8 +26,8 @@ uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
     return success;
 }
 
-// A device that counts no IPv4 traffic by interface has no rows of it. One that does has a row for each interface, since
-// a walk goes no further than the first one that fails.
+// A device that counts no IPv4 traffic by interface has no rows of it. One that does has a row for each interface,
+// since a walk goes no further than the first one that fails.
 uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 {
     const Call call(Service::IP_GetMibIfStat, if_index);
