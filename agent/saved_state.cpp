@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -43,16 +44,19 @@ constexpr std::string_view firstLine =
 constexpr std::string_view secondLine = "# What is changed here while it runs is lost.\n";
 constexpr std::string_view lastLine = "# This was all.\n";
 
-// The program's own files, and what the library's habit has left behind.
-std::string stateFile()
+// The folders in which the library is to look for configuration, with this one at the end.
+std::string searchPathTo(const fs::path &last)
 {
-    return std::string(get_persistent_directory()) + "/" + SnmpLibrary::applicationName + ".conf";
-}
-
-std::string earlierFile(int number)
-{
-    return std::string(get_persistent_directory()) + "/" + SnmpLibrary::applicationName + "." + std::to_string(number) +
-           ".conf";
+    const char *const named = std::getenv("SNMPCONFPATH");
+    std::string path;
+    std::istringstream folders(named != nullptr ? named : get_configuration_directory());
+    for (std::string folder; std::getline(folders, folder, ENV_SEPARATOR_CHAR);) {
+        std::error_code error;
+        if (!fs::equivalent(folder, last, error)) {
+            path += folder + ENV_SEPARATOR_CHAR;
+        }
+    }
+    return path + last.string();
 }
 
 [[noreturn]] void fail()
@@ -142,12 +146,10 @@ SavedState::SavedState(bool isKept) : isKept_(isKept)
         fail();
     }
     setenv("SNMP_PERSISTENT_FILE", ("/proc/self/fd/" + std::to_string(memory_)).c_str(), 1);
-    // The library reads the file in the folders that it searches.
-    const char *const searched = std::getenv("SNMPCONFPATH");
-    const std::string folder = get_persistent_directory();
-    if (searched != nullptr && (":" + std::string(searched) + ":").find(":" + folder + ":") == std::string::npos) {
-        setenv("SNMPCONFPATH", (std::string(searched) + ":" + folder).c_str(), 1);
-    }
+    // Fixed here, whatever its configuration says of it later: what was read is what is written.
+    const fs::path folder = fs::absolute(get_persistent_directory());
+    path_ = folder / (std::string(SnmpLibrary::applicationName) + ".conf");
+    setenv("SNMPCONFPATH", searchPathTo(folder).c_str(), 1);
 }
 
 SavedState::~SavedState()
@@ -162,15 +164,14 @@ void SavedState::begin()
     if (!isKept_) {
         return;
     }
-    const std::string path = stateFile();
-    const support::NamedFile before = support::readNamedFile(path, largestState);
+    const support::NamedFile before = support::readNamedFile(path_, largestState);
     if (before.error != 0 && before.error != ENOENT) {
         snmp_log(LOG_ERR, "cannot read %s: %s; no state is kept, and SNMPv3 users of earlier runs are not known\n",
-                 path.c_str(), before.reason.c_str());
+                 path_.c_str(), before.reason.c_str());
         return;
     }
     if (const char *damage = before.error == 0 ? damageOf(before.text) : nullptr; damage != nullptr) {
-        snmp_log(LOG_ERR, "%s %s; SNMPv3 users of earlier runs may be missing\n", path.c_str(), damage);
+        snmp_log(LOG_ERR, "%s %s; SNMPv3 users of earlier runs may be missing\n", path_.c_str(), damage);
     }
     isKnown_ = true;
     save();
@@ -181,17 +182,17 @@ void SavedState::save() const
     if (!isKnown_) {
         return;
     }
-    const std::string path = stateFile();
     try {
         const std::string content = whatTheLibraryKeeps();
-        if (support::readNamedFile(path, largestState).text != content) {
-            replaceFile(path, content);
+        if (support::readNamedFile(path_, largestState).text != content) {
+            replaceFile(path_, content);
         }
         for (int number = 0; number <= NETSNMP_MAX_PERSISTENT_BACKUPS; ++number) {
-            unlink(earlierFile(number).c_str());
+            // What an interrupted write of the library has left; it reads these, too.
+            unlink(fs::path(path_).replace_extension(std::to_string(number) + ".conf").c_str());
         }
     } catch (const std::runtime_error &error) {
-        snmp_log(LOG_ERR, "cannot write %s: %s; it stays as it was\n", path.c_str(), error.what());
+        snmp_log(LOG_ERR, "cannot write %s: %s; it stays as it was\n", path_.c_str(), error.what());
     }
 }
 

@@ -11,8 +11,8 @@ namespace ipmib::agent
 class SavedState
 {
   public:
-    // From here on the library writes nothing into the file system. With `isKept` it is to read the file as part of its
-    // configuration; without, nothing is read or written. Throws std::system_error.
+    // From here on the library writes nothing into the file system. With `isKept` it is to read the file as the last
+    // part of its configuration; without, nothing is read or written. Throws std::system_error.
     explicit SavedState(bool isKept);
     ~SavedState();
     SavedState(const SavedState &) = delete;
@@ -29,6 +29,7 @@ class SavedState
     std::string whatTheLibraryKeeps() const;
 
     bool isKept_;
+    std::string path_;
     bool isKnown_ = false; // what is in the file
     int memory_ = -1;
 };

@@ -89,6 +89,19 @@ TEST_F(StateTest, FoldersForTheConfigurationAloneDoNotHideIt)
     EXPECT_EQ(boots(), "engineBoots 2");
 }
 
+// Else a user would be read in one place, and lost in another.
+TEST_F(StateTest, TheConfigurationDoesNotMoveIt)
+{
+    writeFile("snmp.conf", "persistentDir " + path("elsewhere") + "\n");
+    startService(createsAlice);
+    endService();
+    startService();
+    expectAlice();
+    endService();
+    EXPECT_EQ(boots(), "engineBoots 2");
+    EXPECT_FALSE(std::filesystem::exists(path("elsewhere/ipmibd.conf")));
+}
+
 TEST_F(StateTest, AUserOfAReloadOutlivesACrash)
 {
     startService();
