@@ -101,6 +101,7 @@ std::string Platform::start(const Settings &settings)
     } else if (const std::string error = ipv4Accounting_.start(); !error.empty()) {
         return error;
     }
+    hopLimitFile_.open(); // and keep it
     if (!systemCounters_.available()) {
         logWarning("ipv6: the kernel has no IPv6 in this network namespace, its tables stay empty");
     }

@@ -2,8 +2,8 @@
 # Tests of the Linux platform.
 
 ipmib_test(platform_linux_test
-    SOURCES core/rtnetlink_test.cpp counters/counter_layout_test.cpp counters/ipv4_counter_text_test.cpp
-            counters/snmp6_text_test.cpp hooks_test.cpp links/link_parse_test.cpp
+    SOURCES core/proc_file_test.cpp core/rtnetlink_test.cpp counters/counter_layout_test.cpp
+            counters/ipv4_counter_text_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp links/link_parse_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test

@@ -3,11 +3,11 @@
 #include "core/log.h"
 #include "core/mirror.h"
 #include "netns/namespace.h"
+#include "test_descriptors.h"
 
 #include <gtest/gtest.h>
 
 #include <poll.h>
-#include <sys/resource.h>
 
 #include <optional>
 #include <string>
@@ -52,23 +52,6 @@ class Diary : public KernelTable
 
     Words events_;
     bool refused_ = false;
-};
-
-// As long as it lives, this process can open nothing.
-class NoDescriptors
-{
-  public:
-    NoDescriptors()
-    {
-        getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit none{1, before_.rlim_max}; // one, since poll takes no more of them than there may be
-        setrlimit(RLIMIT_NOFILE, &none);
-    }
-    ~NoDescriptors() { end(); }
-    void end() { setrlimit(RLIMIT_NOFILE, &before_); }
-
-  private:
-    rlimit before_{};
 };
 
 Words lines;

@@ -14,6 +14,7 @@ bool ProcFile::open()
 {
     if (!fd_) {
         fd_ = Descriptor(::open(path_, O_RDONLY | O_CLOEXEC));
+        error_ = fd_ ? 0 : errno;
     }
     return static_cast<bool>(fd_);
 }
@@ -31,7 +32,12 @@ std::optional<std::uint32_t> ProcFile::readNumber()
     const std::string_view text = read(buffer, sizeof buffer);
     std::uint32_t value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    return result.ec == std::errc() ? std::optional(value) : std::nullopt;
+    if (result.ec == std::errc()) {
+        number_ = value;
+    } else if (isAbsent()) {
+        number_.reset();
+    }
+    return number_;
 }
 
 } // namespace ipmib::platform

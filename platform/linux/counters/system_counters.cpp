@@ -2,6 +2,11 @@
 // The counters of IPv6, of ICMPv6 and of UDP over IPv6 of this network namespace, read once for a packet of requests.
 #include "counters/system_counters.h"
 
+#include "core/log.h"
+
+#include <cstring>
+#include <utility>
+
 namespace ipmib::platform
 {
 
@@ -11,8 +16,16 @@ const Snmp6Counters *SystemCounters::read()
         static char text[64 * 1024]; // 512 message types at most, of some 40 characters each
         const std::string_view content = file_.read(text, sizeof text);
         if (content.empty()) {
-            return nullptr;
+            if (file_.isAbsent()) {
+                return nullptr;
+            }
+            if (!std::exchange(saidUnreadable_, true)) {
+                logWarning("ipv6: cannot read the system's counters: %s, trying again with the next request",
+                           std::strerror(file_.error() != 0 ? file_.error() : EIO));
+            }
+            return kernelReads_ != 0 ? &values_ : nullptr;
         }
+        saidUnreadable_ = false;
         ++kernelReads_;
         parseSnmp6(content, values_);
         fresh_ = true;

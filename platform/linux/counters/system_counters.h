@@ -12,10 +12,11 @@ class SystemCounters
 {
   public:
     // Whether the kernel runs IPv6 in this namespace.
-    bool available() { return file_.open(); }
+    bool available() { return !file_.isAbsent(); }
 
     void newPacket() { fresh_ = false; }
-    // Null when there is no IPv6.
+    // Null when there is no IPv6. While they cannot be read for another reason they are what they last were, and null
+    // before that; the log says so once.
     const Snmp6Counters *read();
     std::uint64_t kernelReads() const { return kernelReads_; }
 
@@ -23,6 +24,7 @@ class SystemCounters
     ProcFile file_{"/proc/thread-self/net/snmp6"};
     Snmp6Counters values_;
     bool fresh_ = false;
+    bool saidUnreadable_ = false; // in the log, since they were last read
     std::uint64_t kernelReads_ = 0;
 };
 
