@@ -3,6 +3,7 @@
 #include "device/counters.h"
 
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace ipmib::simulated
@@ -12,6 +13,7 @@ namespace
 
 constexpr double fastest = 1e12; // a second
 constexpr double perSecond = 1'000;
+constexpr double wrap = 0x1p64; // where a counter begins anew
 
 constexpr CounterField<IpmibIpCounters> ipFields[] = {
     {"inReceives", IPMIB_IP_IN_RECEIVES},
@@ -111,7 +113,8 @@ Counter Counter::read(const Value &value)
 
 std::uint64_t Counter::after(Time running) const
 {
-    return start + static_cast<std::uint64_t>(rate * static_cast<double>(running) / perSecond);
+    const double grown = std::fmod(rate * static_cast<double>(running) / perSecond, wrap);
+    return start + static_cast<std::uint64_t>(grown);
 }
 
 IcmpCounters IcmpCounters::read(const Value &value)
