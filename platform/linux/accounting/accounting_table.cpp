@@ -3,10 +3,14 @@
 #include "accounting/accounting_table.h"
 
 #include "accounting/nft_objects.h"
+#include "core/attributes.h"
 
-#include <libnftnl/expr.h>
+#include <endian.h>
 #include <linux/netfilter.h>
 #include <linux/netfilter/nf_tables.h>
+#include <linux/netfilter/nfnetlink.h>
+
+#include <string_view>
 
 namespace ipmib::platform
 {
@@ -64,15 +68,9 @@ void addElementMessage(NftMessages &messages, std::uint16_t type, const CountedS
     nftnl_set_elems_nlmsg_build_payload(messages.add(type, 0), set.get());
 }
 
-int readCounter(nftnl_set_elem *element, void *traffic)
+std::uint64_t numberOf(const Attributes<NFTA_COUNTER_MAX> &counter, std::size_t which)
 {
-    std::uint32_t length = 0;
-    const auto *counter = static_cast<const nftnl_expr *>(nftnl_set_elem_get(element, NFTNL_SET_ELEM_EXPR, &length));
-    if (counter != nullptr) {
-        *static_cast<std::optional<Traffic> *>(traffic) = {nftnl_expr_get_u64(counter, NFTNL_EXPR_CTR_PACKETS),
-                                                           nftnl_expr_get_u64(counter, NFTNL_EXPR_CTR_BYTES)};
-    }
-    return 0;
+    return be64toh(counter.get<std::uint64_t>(which).value_or(0));
 }
 
 } // namespace
@@ -109,14 +107,20 @@ void askForElement(NftMessages &questions, const CountedSet &set, std::uint32_t 
     addElementMessage(questions, NFT_MSG_GETSETELEM, set, ifIndex);
 }
 
+// With no help of libnftnl, which ends the process when an answer is not as it expects.
 std::optional<Traffic> trafficOf(const nlmsghdr &answer)
 {
-    const SetObject set(allocated(nftnl_set_alloc()));
-    std::optional<Traffic> traffic;
-    if (nftnl_set_elems_nlmsg_parse(&answer, set.get()) == 0) {
-        nftnl_set_elem_foreach(set.get(), readCounter, &traffic);
+    const Attributes<NFTA_SET_ELEM_LIST_MAX> list(answer, sizeof(nfgenmsg));
+    const Attributes<NFTA_LIST_MAX> elements(list[NFTA_SET_ELEM_LIST_ELEMENTS]);
+    const Attributes<NFTA_SET_ELEM_MAX> element(elements[NFTA_LIST_ELEM]);
+    const Attributes<NFTA_EXPR_MAX> expression(element[NFTA_SET_ELEM_EXPR]);
+    char name[16];
+    expression.copyString(NFTA_EXPR_NAME, name);
+    if (std::string_view(name) != "counter" || expression[NFTA_EXPR_DATA] == nullptr) {
+        return std::nullopt;
     }
-    return traffic;
+    const Attributes<NFTA_COUNTER_MAX> counter(expression[NFTA_EXPR_DATA]);
+    return Traffic{numberOf(counter, NFTA_COUNTER_PACKETS), numberOf(counter, NFTA_COUNTER_BYTES)};
 }
 
 } // namespace ipmib::platform

@@ -49,7 +49,7 @@ struct Traffic {
     std::uint64_t packets = 0;
     std::uint64_t octets = 0;
 };
-// Reads the answer to askForElement.
+// Reads the answer to askForElement; nothing when it holds no counter, whatever else it is.
 std::optional<Traffic> trafficOf(const nlmsghdr &answer);
 
 } // namespace ipmib::platform

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The life of the accounting table beside other tables: start, stop, crash, flush, a second process, a missing right.
+#include "accounting/accounting_table.h"
 #include "accounting/accounting_test.h"
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <iterator>
 
 namespace ipmib::platform
 {
@@ -60,6 +63,22 @@ void killAndReap(pid_t child)
 }
 
 } // namespace
+
+TEST_F(AccountingTableTest, WhatIsAskedAtOnceMayBeOfAnyLength)
+{
+    constexpr std::size_t many = 200; // beyond 16 KiB
+    Ipv4Accounting accounting;
+    ASSERT_EQ(accounting.start(), "");
+    NetfilterSocket socket;
+    ASSERT_EQ(socket.open(), 0);
+    NftMessages questions = socket.questions();
+    for (std::size_t i = 0; i < many; ++i) {
+        askForElement(questions, countedSets[i % std::size(countedSets)], static_cast<std::uint32_t>(4711 + i));
+    }
+    std::vector<int> errors(many, -1);
+    EXPECT_EQ(socket.ask(questions, [&](std::size_t index, int error, const nlmsghdr &) { errors[index] = error; }), 0);
+    EXPECT_EQ(errors, std::vector<int>(many, ENOENT));
+}
 
 TEST_F(AccountingTableTest, TheRulesetIsTheSameBeforeAndAfter)
 {

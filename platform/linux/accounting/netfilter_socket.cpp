@@ -9,7 +9,6 @@
 
 #include <sys/socket.h>
 
-#include <cassert>
 #include <cerrno>
 
 namespace ipmib::platform
@@ -18,8 +17,8 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::size_t capacity = 8192;
-constexpr std::size_t roomForMessage = 1024; // no message of ours comes near it
+constexpr std::size_t usualSize = 8192;  // of what is sent at once
+constexpr std::size_t answerSize = 8192; // of a datagram; a message comes back with its refusal
 
 int errorOf(const nlmsghdr &message)
 {
@@ -29,28 +28,45 @@ int errorOf(const nlmsghdr &message)
     if (message.nlmsg_len < mnl_nlmsg_size(sizeof(nlmsgerr))) {
         return EBADMSG;
     }
-    return -static_cast<const nlmsgerr *>(mnl_nlmsg_get_payload(&message))->error;
+    return errnoOf(static_cast<const nlmsgerr *>(mnl_nlmsg_get_payload(&message))->error);
 }
 
 } // namespace
 
-NftMessages::NftMessages(std::uint32_t firstSequence)
-    : buffer_(capacity), firstSequence_(firstSequence), sequence_(firstSequence)
+NftMessages::NftMessages(std::uint32_t firstSequence) : firstSequence_(firstSequence), sequence_(firstSequence)
 {
+    buffer_.reserve(usualSize);
+}
+
+std::size_t NftMessages::size() const
+{
+    return buffer_.empty() ? 0
+                           : last_ + MNL_ALIGN(reinterpret_cast<const nlmsghdr *>(buffer_.data() + last_)->nlmsg_len);
 }
 
 char *NftMessages::next()
 {
-    if (last_ != nullptr) {
-        used_ += MNL_ALIGN(last_->nlmsg_len);
-    }
-    assert(used_ + roomForMessage <= capacity);
-    return buffer_.data() + used_;
+    last_ = size();
+    buffer_.resize(last_ + roomForMessage);
+    return buffer_.data() + last_;
 }
 
 nlmsghdr *NftMessages::add(std::uint16_t type, std::uint16_t flags)
 {
-    return last_ = nftnl_nlmsg_build_hdr(next(), type, NFPROTO_IPV4, flags, sequence_++);
+    return nftnl_nlmsg_build_hdr(next(), type, NFPROTO_IPV4, flags, sequence_++);
+}
+
+void readNftAnswers(std::span<const char> datagram, std::uint32_t first, std::uint32_t count,
+                    const NftAnswerHandler &handler)
+{
+    int left = static_cast<int>(datagram.size());
+    for (auto *message = reinterpret_cast<const nlmsghdr *>(datagram.data()); holdsMessage(message, left);
+         message = mnl_nlmsg_next(message, &left)) {
+        const std::uint32_t index = message->nlmsg_seq - first;
+        if (index < count) { // else an answer that nobody waited for
+            handler(index, errorOf(*message), *message);
+        }
+    }
 }
 
 int NetfilterSocket::open()
@@ -65,7 +81,7 @@ int NetfilterSocket::open()
         close();
         return error;
     }
-    buffer_.resize(capacity);
+    buffer_.resize(answerSize);
     return 0;
 }
 
@@ -79,10 +95,8 @@ void NetfilterSocket::close()
 
 int NetfilterSocket::ask(NftMessages &questions, const Handler &handler)
 {
-    const char *end = questions.next();
     sequence_ = questions.sequence_;
-    if (mnl_socket_sendto(socket_, questions.buffer_.data(), static_cast<std::size_t>(end - questions.buffer_.data())) <
-        0) {
+    if (mnl_socket_sendto(socket_, questions.buffer_.data(), questions.size()) < 0) {
         return errno;
     }
     for (;;) {
@@ -90,28 +104,22 @@ int NetfilterSocket::ask(NftMessages &questions, const Handler &handler)
         if (length < 0) {
             return errno == EAGAIN ? 0 : errno;
         }
-        int left = static_cast<int>(length);
-        for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.data()); holdsMessage(message, left);
-             message = mnl_nlmsg_next(message, &left)) {
-            const std::size_t index = message->nlmsg_seq - questions.firstSequence_;
-            if (index < questions.sequence_ - questions.firstSequence_) { // else an answer that nobody waited for
-                handler(index, errorOf(*message), *message);
-            }
-        }
+        readNftAnswers(std::span(buffer_).first(static_cast<std::size_t>(length)), questions.firstSequence_,
+                       questions.sequence_ - questions.firstSequence_, handler);
     }
 }
 
 NftMessages NetfilterSocket::batch() const
 {
     NftMessages batch(sequence_);
-    batch.last_ = nftnl_batch_begin(batch.next(), batch.sequence_++);
+    nftnl_batch_begin(batch.next(), batch.sequence_++);
     return batch;
 }
 
 NetfilterSocket::Outcome NetfilterSocket::commit(NftMessages &batch)
 {
-    batch.last_->nlmsg_flags |= NLM_F_ACK; // refusals are always answered, success only on request
-    batch.last_ = nftnl_batch_end(batch.next(), batch.sequence_++);
+    batch.last()->nlmsg_flags |= NLM_F_ACK; // refusals are always answered, success only on request
+    nftnl_batch_end(batch.next(), batch.sequence_++);
     Outcome outcome;
     bool answered = false;
     const int error = ask(batch, [&](std::size_t index, int refusal, const nlmsghdr &) {

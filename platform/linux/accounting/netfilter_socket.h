@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 namespace ipmib::platform
@@ -16,26 +17,36 @@ namespace ipmib::platform
 class NftMessages
 {
   public:
-    // The header of the next message; the caller appends the payload before it asks for another.
+    // The header of the next message; the caller appends the payload, up to `roomForMessage` bytes with the header,
+    // before it asks for another.
+    static constexpr std::size_t roomForMessage = 1024; // none of ours comes near it
     nlmsghdr *add(std::uint16_t type, std::uint16_t flags);
 
   private:
     friend class NetfilterSocket;
     explicit NftMessages(std::uint32_t firstSequence);
+    // Where the next message begins, with room for it.
     char *next();
+    nlmsghdr *last() { return reinterpret_cast<nlmsghdr *>(buffer_.data() + last_); }
+    std::size_t size() const;
 
-    std::vector<char> buffer_;
-    std::size_t used_ = 0;
-    nlmsghdr *last_ = nullptr;
+    std::vector<char> buffer_; // grows, so the messages move
+    std::size_t last_ = 0;     // where the latest message begins
     std::uint32_t firstSequence_;
     std::uint32_t sequence_; // of the next message
 };
 
+// The number of the message that is answered, counted from 0; an errno, 0 for none; and the answer.
+using NftAnswerHandler = std::function<void(std::size_t index, int error, const nlmsghdr &answer)>;
+
+// Hands on what a datagram, whatever it is, answers to the `count` messages that are numbered from `first` on.
+void readNftAnswers(std::span<const char> datagram, std::uint32_t first, std::uint32_t count,
+                    const NftAnswerHandler &handler);
+
 class NetfilterSocket
 {
   public:
-    // The number of the message that is answered, counted from 0; an errno, 0 for none; and the answer.
-    using Handler = std::function<void(std::size_t index, int error, const nlmsghdr &answer)>;
+    using Handler = NftAnswerHandler;
 
     // What became of a batch; the error is an errno, 0 for success.
     struct Outcome {

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Whether what is left of a datagram begins with a whole netlink message.
+// What netlink datagrams hold, as far as it can be trusted.
 #pragma once
 
 #include <libmnl/libmnl.h>
 
+#include <cerrno>
 #include <cstdint>
 
 namespace ipmib::platform
@@ -13,6 +14,13 @@ namespace ipmib::platform
 inline bool holdsMessage(const nlmsghdr *message, int left)
 {
     return mnl_nlmsg_ok(message, left) && message->nlmsg_len <= static_cast<std::uint32_t>(left);
+}
+
+// The errno of a result, which the kernel tells as 0 or below; EBADMSG for what it never says.
+inline int errnoOf(std::int32_t result)
+{
+    constexpr std::int32_t lowest = -4095;
+    return result <= 0 && result >= lowest ? -result : EBADMSG;
 }
 
 } // namespace ipmib::platform

@@ -173,7 +173,7 @@ Rtnetlink::Read Rtnetlink::readDone(const nlmsghdr &message)
         std::memcpy(&result, mnl_nlmsg_get_payload(&message), sizeof result);
     }
     if (result < 0) {
-        return refused(message, sizeof result, -result);
+        return refused(message, sizeof result, errnoOf(result));
     }
     return interrupted_ ? Read::interrupted : Read::done;
 }
@@ -192,7 +192,7 @@ Rtnetlink::Read Rtnetlink::readError(const nlmsghdr &message)
     if ((message.nlmsg_flags & NLM_F_CAPPED) == 0 && error->msg.nlmsg_len >= sizeof(nlmsghdr)) {
         skip += error->msg.nlmsg_len - sizeof(nlmsghdr);
     }
-    return refused(message, skip, -error->error);
+    return refused(message, skip, errnoOf(error->error));
 }
 
 Rtnetlink::Read Rtnetlink::refused(const nlmsghdr &message, std::size_t attributesAt, int number)
