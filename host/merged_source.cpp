@@ -36,9 +36,8 @@ std::vector<Oid> MergedSource::objects() const
     }
     std::ranges::sort(names,
                       [](const Oid &left, const Oid &right) { return std::is_lt(compare(left.view(), right.view())); });
-    const auto same = std::ranges::unique(
-        names, [](const Oid &left, const Oid &right) { return std::ranges::equal(left.view(), right.view()); });
-    names.erase(same.begin(), same.end());
+    const auto isSame = [](const Oid &left, const Oid &right) { return std::ranges::equal(left.view(), right.view()); };
+    names.erase(std::unique(names.begin(), names.end(), isSame), names.end());
     return names;
 }
 
