@@ -3,8 +3,8 @@
 #
 #   make              build the release configuration in build/
 #   make run          build, and run the agent on loopback (ONCE=1: query it once and stop it)
-#   make test         build and test the release and the sanitized configuration and the device's shape (powerpc), and
-#                     check the layout of the sources
+#   make test         build and test the release configuration, and check the layout of the sources
+#   make test-all     and the same tests with sanitizers, and those of the device's shape (powerpc) under emulation
 #   make test-device  build and test for powerpc, armhf, aarch64 and x86-64: the same tests on each
 #   make fuzz         build the fuzzers and run each for some time (SECONDS=60)
 #   make lint         run clang-tidy over all sources (minutes)
@@ -22,7 +22,7 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-device fuzz lint coverage mutation footprint compare agentx-soak state-soak docs packages packages-check format clean
+.PHONY: build run test test-all test-device fuzz lint coverage mutation footprint compare agentx-soak state-soak docs packages packages-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -43,19 +43,24 @@ test:
 	cmake --preset release -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON
 	cmake --build --preset release
 	ctest --preset release
+
+test-all: test
+	@packaging/install_dependencies.sh test-all
 	cmake --preset asan
 	cmake --build --preset asan
 	ctest --preset asan
 	@tests/device/run.sh powerpc
+	@tests/cases.py --part build build-asan build-powerpc
 
 test-device:
-	@packaging/install_dependencies.sh build test device
+	@packaging/install_dependencies.sh build test test-all device
 	@tests/device/run.sh powerpc armhf aarch64 x86-64
 
 lint:
 	@packaging/install_dependencies.sh run build test lint
-	cmake --preset release -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON
-	@$(sources) | grep '\.cpp$$' | xargs -P 2 -n 4 clang-tidy --quiet -p build --extra-arg=-Wno-unknown-warning-option
+	@# The precompiled headers of one compiler are no good to another.
+	cmake --preset release -B build-lint -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
+	@$(sources) | grep '\.cpp$$' | xargs -P 2 -n 4 clang-tidy --quiet -p build-lint --extra-arg=-Wno-unknown-warning-option
 
 fuzz:
 	@packaging/install_dependencies.sh build test fuzz
@@ -75,7 +80,7 @@ mutation:
 	    $(if $(AGAIN),--again)
 
 footprint:
-	@packaging/install_dependencies.sh build test device
+	@packaging/install_dependencies.sh build test test-all device
 	@bench/footprint.sh
 
 agentx-soak: build

@@ -10,7 +10,7 @@ add_library(ipmib_host_testing STATIC
     testing/packets.cpp
     testing/sorted_table.cpp
     testing/test_tree.cpp)
-target_link_libraries(ipmib_host_testing PRIVATE ipmib_options PUBLIC ipmib_host GTest::gtest)
+target_link_libraries(ipmib_host_testing PRIVATE ipmib_test_options PUBLIC ipmib_host GTest::gtest)
 
 ipmib_test(host_property_test SOURCES merged_property_test.cpp resolver_property_test.cpp LIBS ipmib_host_testing)
 
