@@ -2,7 +2,8 @@
 // An ordered set of rows for tables of a few to a million of them: a sorted sequence of sorted chunks.
 //
 // Compared with a tree of nodes it costs no allocation and no pointers for each row, and the next row is mostly the
-// next one in memory. Lookups are two binary searches, a change moves at most one chunk's rows.
+// next one in memory. Lookups are two binary searches, or none where a walk goes on: each begins where the last one
+// ended. A change moves at most one chunk's rows.
 #pragma once
 
 #include <algorithm>
@@ -118,6 +119,24 @@ class OrderedTable
         return true;
     }
 
+    // Calls visit(mine, theirs) in order for each row that is not the same as the other table's row of the same key;
+    // null stands for the one that a table does not have. Rows are compared with same(mine, theirs).
+    template <class Same, class Visit>
+    void eachDifference(const OrderedTable &other, Same same, Visit visit) const
+    {
+        const Row *mine = first();
+        const Row *theirs = other.first();
+        while (mine != nullptr || theirs != nullptr) {
+            const bool mineAlone = theirs == nullptr || (mine != nullptr && less_(*mine, *theirs));
+            const bool theirsAlone = mine == nullptr || (theirs != nullptr && less_(*theirs, *mine));
+            if (mineAlone || theirsAlone || !same(*mine, *theirs)) {
+                visit(theirsAlone ? nullptr : mine, mineAlone ? nullptr : theirs);
+            }
+            mine = theirsAlone ? mine : after(*mine);
+            theirs = mineAlone ? theirs : other.after(*theirs);
+        }
+    }
+
     // Calls visit(row) for each row in order.
     template <class Visit>
     void each(Visit visit) const
@@ -133,10 +152,7 @@ class OrderedTable
     template <class Key, class Visit>
     void eachFrom(const Key &key, Visit visit) const
     {
-        const auto before = [&](const Row &row) { return less_(row, key); };
-        std::size_t at = chunkOf(before);
-        for (std::size_t i = at == chunks_.size() ? 0 : placeIn(*chunks_[at], before); at < chunks_.size();
-             ++at, i = 0) {
+        for (auto [at, i] = locate([&](const Row &row) { return less_(row, key); }); at < chunks_.size(); ++at, i = 0) {
             for (; i < chunks_[at]->count; ++i) {
                 if (!visit(chunks_[at]->rows[i])) {
                     return;
@@ -170,11 +186,40 @@ class OrderedTable
                                         chunk.rows);
     }
 
+    struct Place {
+        std::size_t chunk; // as many as there are for the end
+        std::size_t row;
+    };
+
+    // Whether the first row that is not before what is looked for has this place, behind another row of its chunk.
+    template <class Before>
+    bool isAt(const Place &place, Before before) const
+    {
+        if (place.chunk >= chunks_.size() || place.row == 0 || place.row >= chunks_[place.chunk]->count) {
+            return false;
+        }
+        const Row *const row = &chunks_[place.chunk]->rows[place.row];
+        return before(row[-1]) && !before(row[0]);
+    }
+
+    // The place of the first row that is not before what is looked for.
+    template <class Before>
+    Place locate(Before before) const
+    {
+        for (const Place &place : {Place{last_.chunk, last_.row + 1}, last_}) {
+            if (isAt(place, before)) {
+                return last_ = place;
+            }
+        }
+        const std::size_t at = chunkOf(before);
+        return last_ = {at, at == chunks_.size() ? 0 : placeIn(*chunks_[at], before)};
+    }
+
     template <class Before>
     const Row *seek(Before before) const
     {
-        const std::size_t at = chunkOf(before);
-        return at == chunks_.size() ? nullptr : &chunks_[at]->rows[placeIn(*chunks_[at], before)];
+        const Place place = locate(before);
+        return place.chunk == chunks_.size() ? nullptr : &chunks_[place.chunk]->rows[place.row];
     }
 
     // Splits a full chunk and corrects the place of the row to come. Ascending input leaves full chunks behind.
@@ -217,6 +262,7 @@ class OrderedTable
 
     std::vector<std::unique_ptr<Chunk>> chunks_;
     std::size_t size_ = 0;
+    mutable Place last_ = {0, 0}; // of the last lookup; a hint, which changes need not keep up to date
     [[no_unique_address]] Less less_;
 };
 

@@ -90,6 +90,35 @@ TEST_P(Against, aMapAgreesAfterEveryChange)
 
 INSTANTIATE_TEST_SUITE_P(OrderedTable, Against, testing::Values(0, 7, 60, 1'000, 100'000));
 
+TEST(OrderedTable, differencesAreThoseOfTwoMaps)
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 200; ++round) {
+        Table one;
+        Table other;
+        std::map<std::uint32_t, std::pair<std::uint32_t, std::uint32_t>> values; // 0: not in the table
+        for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(round); ++i) {
+            const auto key = static_cast<std::uint32_t>(random() % 100);
+            const auto value = static_cast<std::uint32_t>(random() % 2 + 1);
+            Table &table = random() % 2 == 0 ? one : other;
+            table.put({key, value});
+            (&table == &one ? values[key].first : values[key].second) = value;
+        }
+        std::erase_if(values, [](const auto &each) { return each.second.first == each.second.second; });
+        auto expected = values.begin();
+        one.eachDifference(
+            other, [](const Row &mine, const Row &theirs) { return mine.value == theirs.value; },
+            [&](const Row *mine, const Row *theirs) {
+                ASSERT_NE(expected, values.end());
+                EXPECT_EQ(mine != nullptr ? mine->key : theirs->key, expected->first);
+                EXPECT_EQ(mine != nullptr ? mine->value : 0, expected->second.first);
+                EXPECT_EQ(theirs != nullptr ? theirs->value : 0, expected->second.second);
+                ++expected;
+            });
+        EXPECT_EQ(expected, values.end());
+    }
+}
+
 TEST(OrderedTable, anEmptyOneHasNothing)
 {
     Table table;

@@ -12,14 +12,6 @@ namespace
 
 constexpr Time perSecond = 1'000;
 
-template <class Interfaces>
-auto placeOf(Interfaces &interfaces, std::uint32_t ifIndex)
-{
-    return std::lower_bound(
-        interfaces.begin(), interfaces.end(), ifIndex,
-        [](const Interface &interface, std::uint32_t wanted) { return interface.ifIndex < wanted; });
-}
-
 // From this one on, the first of a table that can be seen now.
 template <class Table, class Row, class IsVisible>
 auto firstVisible(const Table &table, Row row, IsVisible isVisible)
@@ -32,9 +24,26 @@ auto firstVisible(const Table &table, Row row, IsVisible isVisible)
 
 } // namespace
 
+std::vector<Interface>::const_iterator Device::placeOf(std::uint32_t ifIndex) const
+{
+    const auto isAt = [&](std::size_t place) {
+        return place < interfaces_.size() && interfaces_[place].ifIndex >= ifIndex &&
+               (place == 0 || interfaces_[place - 1].ifIndex < ifIndex);
+    };
+    if (isAt(lastPlace_ + 1)) {
+        ++lastPlace_;
+    } else if (!isAt(lastPlace_)) {
+        const auto found = std::lower_bound(
+            interfaces_.begin(), interfaces_.end(), ifIndex,
+            [](const Interface &interface, std::uint32_t wanted) { return interface.ifIndex < wanted; });
+        lastPlace_ = static_cast<std::size_t>(found - interfaces_.begin());
+    }
+    return interfaces_.begin() + static_cast<std::ptrdiff_t>(lastPlace_);
+}
+
 Interface *Device::add(Interface interface)
 {
-    const auto place = placeOf(interfaces_, interface.ifIndex);
+    const auto place = placeOf(interface.ifIndex);
     if ((place != interfaces_.end() && place->ifIndex == interface.ifIndex) ||
         !names_.emplace(interface.name, interface.ifIndex).second) {
         return nullptr;
@@ -47,7 +56,8 @@ Interface *Device::add(Interface interface)
     interface.receives.erase(same, interface.receives.end());
     countsIpv4_ = countsIpv4_ || !interface.ip4Counters.empty();
     for (const std::uint32_t lower : interface.runsOver) {
-        placeOf(interfaces_, lower)->carries.push_back(interface.ifIndex);
+        interfaces_[static_cast<std::size_t>(placeOf(lower) - interfaces_.cbegin())].carries.push_back(
+            interface.ifIndex);
     }
     return &*interfaces_.insert(place, std::move(interface));
 }
@@ -55,7 +65,7 @@ Interface *Device::add(Interface interface)
 const Interface *Device::named(const std::string &name) const
 {
     const auto found = names_.find(name);
-    return found == names_.end() ? nullptr : &*placeOf(interfaces_, found->second);
+    return found == names_.end() ? nullptr : &*placeOf(found->second);
 }
 
 std::uint32_t Device::nextIfIndex() const
@@ -76,13 +86,13 @@ std::uint32_t Device::elapsedS() const
 
 const Interface *Device::find(std::uint32_t ifIndex) const
 {
-    const auto place = placeOf(interfaces_, ifIndex);
+    const auto place = placeOf(ifIndex);
     return place != interfaces_.end() && place->ifIndex == ifIndex && place->exists(time_) ? &*place : nullptr;
 }
 
 const Interface *Device::after(std::uint32_t ifIndex) const
 {
-    const auto begin = ifIndex == UINT32_MAX ? interfaces_.end() : placeOf(interfaces_, ifIndex + 1);
+    const auto begin = ifIndex == UINT32_MAX ? interfaces_.end() : placeOf(ifIndex + 1);
     const auto found =
         std::find_if(begin, interfaces_.end(), [this](const Interface &interface) { return interface.exists(time_); });
     return found == interfaces_.end() ? nullptr : &*found;

@@ -108,6 +108,8 @@ class Device
     bool runsIpv4(std::uint32_t ifIndex) const;
 
   private:
+    // The first interface, whether it exists now or not, whose ifIndex is not below this one.
+    std::vector<Interface>::const_iterator placeOf(std::uint32_t ifIndex) const;
     bool isVisible(const Ipv4Prefix &row) const { return runsIpv4(row.ifIndex) && row.valid.left(elapsedS()) != 0; }
     bool isVisible(const Ipv4Router &row) const { return runsIpv4(row.ifIndex) && row.lifetime.left(elapsedS()) != 0; }
     const Prefix *visible(std::uint32_t ifIndex, const Prefix *prefix) const;
@@ -118,6 +120,7 @@ class Device
     bool isVisible(const Router &router) const;
 
     std::vector<Interface> interfaces_; // by ifIndex
+    mutable std::size_t lastPlace_ = 0; // of the last lookup: walks go on from there
     std::unordered_map<std::string, std::uint32_t> names_;
     Addresses addresses_; // outside fe80::/10
     Prefixes prefixes_;
