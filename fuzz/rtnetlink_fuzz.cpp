@@ -3,6 +3,7 @@
 // message behind the other. As on the wire, a message of several parts belongs to a dump, and NLMSG_DONE ends the dump.
 #include "bytes.h"
 
+#include "addressing/address_table.h"
 #include "addressing/prefix_table.h"
 #include "addressing/router_list.h"
 #include "core/datagram.h"
@@ -24,9 +25,11 @@ class Tables
   public:
     Tables()
     {
-        addresses_.onChange([this](const PrefixKey &key) { prefixes_.update(key); });
-        addresses_.onRebuilt([this] { prefixes_.rebuild(); });
-        anycasts_.onRebuilt([this] { prefixes_.rebuild(); });
+        addresses_.onChange(
+            [this](const Address *before, const Address *now) { prefixes_.addressChanged(before, now); });
+        anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
+            prefixes_.update({ifIndex, address, 128});
+        });
         nexthops_.onChange([this] { listRouters(); });
         links_.onDown([this](std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); });
         links_.onUp([](std::uint32_t) {});
@@ -36,10 +39,7 @@ class Tables
         handlers.defaultsChanged = [this] { listRouters(); };
         handlers.anycastChanged = [](const PackedAddress &, std::uint32_t, bool) {};
         handlers.uncertain = [] {};
-        handlers.rebuilt = [this] {
-            prefixes_.rebuild();
-            listRouters();
-        };
+        handlers.rebuilt = [] {};
         routes_.connect(std::move(handlers));
         for (KernelTable *table : dumped_) {
             table->beginRebuild();
@@ -67,8 +67,9 @@ class Tables
     }
 
     // What services read: rows ascend.
-    void walk() const
+    void walk()
     {
+        prefixes_.settle();
         std::uint32_t ifIndex = 0;
         while (const Link *link = links_.after(ifIndex)) {
             require(link->ifIndex > ifIndex && links_.find(link->ifIndex) == link, "links ascend");
@@ -156,7 +157,7 @@ class Tables
     NeighbourTable neighbours_{nobody_};
     Ipv4AddressTable ipv4Addresses_;
     NeighbourTable ipv4Neighbours_{nobodyOnIpv4_};
-    PrefixTable prefixes_{addresses_, anycasts_, routes_};
+    PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
     KernelTable *dumped_[6] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_, &ipv4Addresses_};
 };

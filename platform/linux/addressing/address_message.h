@@ -24,6 +24,7 @@ struct Address {
     std::uint8_t protocol; // IFAPROT_*; 0 from kernels before 5.18
 
     PrefixKey prefix() const { return PrefixKey::of(ifIndex, address, length); }
+    bool operator==(const Address &) const = default;
 };
 
 // The family header of a message about addresses on an interface; null when it is about another family.

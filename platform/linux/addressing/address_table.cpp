@@ -6,6 +6,7 @@
 
 #include <linux/if_addr.h>
 
+#include <functional>
 #include <limits>
 
 namespace ipmib::platform
@@ -82,10 +83,10 @@ void AddressTable::commitRebuild()
 {
     globals_.swap(freshGlobals_);
     linkLocals_.swap(freshLinkLocals_);
-    abandonRebuild();
-    if (rebuilt_) {
-        rebuilt_();
+    if (changed_) { // the old rows are in the fresh ones' place
+        freshGlobals_.eachDifference(globals_, std::equal_to<>(), changed_);
     }
+    abandonRebuild();
 }
 
 void AddressTable::abandonRebuild()
@@ -112,17 +113,15 @@ void AddressTable::apply(const nlmsghdr &message)
 void AddressTable::applyGlobal(std::uint16_t type, const Address &address)
 {
     const Address *known = globals_.find(address);
-    const PrefixKey before = known == nullptr ? address.prefix() : known->prefix();
+    const bool wasThere = known != nullptr;
+    const Address before = wasThere ? *known : Address{};
     if (type == RTM_NEWADDR) {
         globals_.put(address);
-    } else if (type == RTM_DELADDR) {
-        globals_.erase(address);
+    } else if (type != RTM_DELADDR || !globals_.erase(address)) {
+        return;
     }
     if (changed_) {
-        changed_(address.prefix());
-        if (before != address.prefix()) {
-            changed_(before);
-        }
+        changed_(wasThere ? &before : nullptr, type == RTM_NEWADDR ? &address : nullptr);
     }
 }
 

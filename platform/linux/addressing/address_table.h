@@ -14,27 +14,15 @@ namespace ipmib::platform
 class AddressTable : public KernelTable
 {
   public:
-    // Called when an address with this prefix has come, changed or gone.
-    using ChangeHandler = std::function<void(const PrefixKey &)>;
+    // Called when an address outside fe80::/10 has come (null before), changed or gone (null now), also for each one by
+    // which the addresses differ when they have been read again.
+    using ChangeHandler = std::function<void(const Address *before, const Address *now)>;
     void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
-    // Called when all addresses have been read again.
-    void onRebuilt(std::function<void()> handler) { rebuilt_ = std::move(handler); }
 
     // Outside fe80::/10. Of one that several interfaces have, the one on the lowest ifIndex is found. Pointers are good
     // until announcements are read.
     const Address *find(const PackedAddress &address) const;
     const Address *after(const PackedAddress &address) const;
-    // Calls visit(address) for each one with this prefix on the prefix's interface, until it returns false.
-    template <class Visit>
-    void eachIn(const PrefixKey &prefix, Visit visit) const
-    {
-        globals_.eachFrom(At{prefix.prefix, 0}, [&](const Address &row) {
-            if (row.address.masked(prefix.length) != prefix.prefix) {
-                return false;
-            }
-            return row.ifIndex != prefix.ifIndex || row.length != prefix.length || visit(row);
-        });
-    }
     template <class Visit>
     void each(Visit visit) const
     {
@@ -90,7 +78,6 @@ class AddressTable : public KernelTable
     OrderedTable<Address, ByAddress> freshGlobals_;
     OrderedTable<Address, ByInterface> freshLinkLocals_;
     ChangeHandler changed_;
-    std::function<void()> rebuilt_;
 };
 
 } // namespace ipmib::platform

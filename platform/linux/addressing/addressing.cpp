@@ -26,24 +26,22 @@ std::string Addressing::start(EventLoop &loop, int receiveBuffer)
 
 void Addressing::connect()
 {
-    addresses_.onChange([this](const PrefixKey &key) { prefixes_.update(key); });
-    addresses_.onRebuilt([this] { prefixes_.rebuild(); });
-    anycasts_.onRebuilt([this] { prefixes_.rebuild(); });
-    nexthops_.onChange([this] { listRouters(); });
+    constexpr std::uint8_t wholeAddress = 128;
+    addresses_.onChange([this](const Address *before, const Address *now) { prefixes_.addressChanged(before, now); });
+    anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
+        prefixes_.update({ifIndex, address, wholeAddress});
+    });
+    nexthops_.onChange([this] { routersChanged_ = true; });
 
     RouteTable::Handlers handlers;
     handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
     handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
-    handlers.defaultsChanged = [this] { listRouters(); };
+    handlers.defaultsChanged = [this] { routersChanged_ = true; };
     handlers.anycastChanged = [this](const PackedAddress &address, std::uint32_t ifIndex, bool joined) {
         applyAnycast(address, ifIndex, joined);
     };
     handlers.uncertain = [this] { routeMirror_.refresh(); };
-    handlers.rebuilt = [this] {
-        prefixes_.rebuild();
-        listRouters();
-        anycastMirror_.refresh(); // whose announcements are among those of the routes
-    };
+    handlers.rebuilt = [this] { anycastMirror_.refresh(); }; // whose announcements are among those of the routes
     routes_.connect(std::move(handlers));
 }
 
@@ -55,7 +53,6 @@ void Addressing::applyAnycast(const PackedAddress &address, std::uint32_t ifInde
     } else {
         anycasts_.left(address, ifIndex);
     }
-    prefixes_.update(PrefixKey::of(ifIndex, address, 128));
     if (anycastMirror_.refreshing()) {
         anycastMirror_.refresh(); // what is being read may be older
     }
@@ -80,14 +77,24 @@ const RouterList &Addressing::routers()
     constexpr std::uint64_t shortestRest = 100; // ms
     constexpr std::uint64_t restRatio = 100;    // long tables take longer to read, and are read less often
 
+    listRouters();
     const std::uint64_t begin = millisecondsSinceBoot();
-    if (begin >= nextReadMs_ && routes_.hasLearnedDefault()) {
+    if (begin >= nextReadMs_ && routers_.hasLearned()) {
         routes_.readLearnedDefaults(requests_);
         ++kernelReads_;
         const std::uint64_t end = millisecondsSinceBoot();
         nextReadMs_ = begin + std::max(shortestRest, (end - begin) * restRatio);
+        listRouters();
     }
     return routers_;
+}
+
+void Addressing::listRouters()
+{
+    if (routersChanged_) {
+        routersChanged_ = false;
+        routers_.rebuild(routes_.defaults(), nexthops_);
+    }
 }
 
 } // namespace ipmib::platform

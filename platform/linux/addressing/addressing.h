@@ -27,7 +27,11 @@ class Addressing
 
     const AddressTable &addresses() const { return addresses_; }
     const AnycastTable &anycasts() const { return anycasts_; }
-    const PrefixTable &prefixes() const { return prefixes_; }
+    const PrefixTable &prefixes()
+    {
+        prefixes_.settle();
+        return prefixes_;
+    }
     // With lifetimes of now: asks the kernel at most every tenth of a second, and only while there are learned routers.
     const RouterList &routers();
 
@@ -41,7 +45,7 @@ class Addressing
     void connect();
     void applyAnycast(const PackedAddress &address, std::uint32_t ifIndex, bool joined);
     void readRoutesSoon();
-    void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
+    void listRouters();
 
     DumpQueue &dumps_;
     Rtnetlink &requests_;
@@ -49,8 +53,9 @@ class Addressing
     AnycastTable anycasts_;
     NexthopTable nexthops_;
     RouteTable routes_;
-    PrefixTable prefixes_{addresses_, anycasts_, routes_};
+    PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
+    bool routersChanged_ = false; // since they were listed
     Mirror addressMirror_{addresses_, dumps_};
     Mirror anycastMirror_{anycasts_, dumps_};
     Mirror nexthopMirror_{nexthops_, dumps_};

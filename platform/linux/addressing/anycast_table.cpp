@@ -28,13 +28,17 @@ bool AnycastTable::has(const PackedAddress &address, std::uint32_t ifIndex) cons
 void AnycastTable::joined(const PackedAddress &address, std::uint32_t ifIndex, std::uint32_t now)
 {
     if (!address.isLinkLocal() && !has(address, ifIndex)) {
-        rows_.put({address, ifIndex, now, now});
+        const Anycast row{address, ifIndex, now, now};
+        rows_.put(row);
+        tellChange(row);
     }
 }
 
 void AnycastTable::left(const PackedAddress &address, std::uint32_t ifIndex)
 {
-    rows_.erase(At{address, ifIndex});
+    if (rows_.erase(At{address, ifIndex})) {
+        tellChange({address, ifIndex, 0, 0});
+    }
 }
 
 RtnetlinkRequest AnycastTable::dump(std::size_t) const
@@ -55,10 +59,11 @@ void AnycastTable::rebuildWith(const nlmsghdr &message)
 void AnycastTable::commitRebuild()
 {
     rows_.swap(fresh_);
+    const auto same = [](const Anycast &, const Anycast &) { return true; }; // of what changes in one, no prefix tells
+    rows_.eachDifference(fresh_, same, [this](const Anycast *now, const Anycast *before) {
+        tellChange(now != nullptr ? *now : *before);
+    });
     fresh_.clear();
-    if (rebuilt_) {
-        rebuilt_();
-    }
 }
 
 } // namespace ipmib::platform

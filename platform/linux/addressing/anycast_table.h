@@ -15,7 +15,9 @@ namespace ipmib::platform
 class AnycastTable : public KernelTable
 {
   public:
-    void onRebuilt(std::function<void()> handler) { rebuilt_ = std::move(handler); }
+    // Called when one was joined or left, also for each such one when all have been read again.
+    using ChangeHandler = std::function<void(const PackedAddress &, std::uint32_t ifIndex)>;
+    void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
 
     // Of one that several interfaces have, the one on the lowest ifIndex.
     const Anycast *find(const PackedAddress &address) const;
@@ -58,9 +60,16 @@ class AnycastTable : public KernelTable
     };
     using Rows = OrderedTable<Anycast, ByAddress>;
 
+    void tellChange(const Anycast &row) const
+    {
+        if (changed_) {
+            changed_(row.address, row.ifIndex);
+        }
+    }
+
     Rows rows_;
     Rows fresh_;
-    std::function<void()> rebuilt_;
+    ChangeHandler changed_;
 };
 
 } // namespace ipmib::platform

@@ -2,8 +2,6 @@
 // The prefixes of each interface, made from the addresses, the on-link routes and what routers advertise.
 #include "addressing/prefix_table.h"
 
-#include "addressing/address_origin.h"
-
 #include <linux/rtnetlink.h>
 
 #include <algorithm>
@@ -15,39 +13,7 @@ namespace
 {
 
 constexpr unsigned wholeAddress = 128;
-
-// What the addresses with a prefix say of it.
-struct FromAddresses {
-    bool any = false;
-    bool manual = false;
-    bool leased = false;
-    bool autoconfigured = false;
-    Deadline validUntil;
-    Deadline preferredUntil;
-
-    // False when further addresses cannot add anything.
-    bool add(const Address &address)
-    {
-        any = true;
-        validUntil = std::max(validUntil, address.validUntil);
-        preferredUntil = std::max(preferredUntil, address.preferredUntil);
-        switch (originOf(address)) {
-        case AddressOrigin::manual:
-            manual = true;
-            break;
-        case AddressOrigin::leased:
-            leased = true;
-            break;
-        case AddressOrigin::autoconfigured:
-        case AddressOrigin::temporary:
-            autoconfigured = true;
-            break;
-        case AddressOrigin::unknown:
-            break;
-        }
-        return !(manual && autoconfigured);
-    }
-};
+constexpr std::size_t mostChanges = 1024; // that wait for a reader
 
 // What the on-link routes to a prefix say of it.
 struct FromRoutes {
@@ -68,7 +34,8 @@ struct FromRoutes {
 };
 
 // What is configured stays when the router or the server is gone, and therefore outweighs what is learned.
-PrefixOrigin originOf(const PrefixKey &key, const FromAddresses &addresses, const FromRoutes &routes, bool advertised)
+PrefixOrigin originOf(const PrefixKey &key, const AddressTally::Sum &addresses, const FromRoutes &routes,
+                      bool advertised)
 {
     if (key.prefix.isLoopback() && key.length == wholeAddress) {
         return PrefixOrigin::wellKnown;
@@ -88,13 +55,41 @@ PrefixOrigin originOf(const PrefixKey &key, const FromAddresses &addresses, cons
 
 } // namespace
 
+void PrefixTable::addressChanged(const Address *before, const Address *now)
+{
+    if (before != nullptr) {
+        addresses_.remove(*before);
+        update(before->prefix());
+    }
+    if (now != nullptr) {
+        addresses_.add(*now);
+        update(now->prefix());
+    }
+}
+
 void PrefixTable::update(const PrefixKey &key)
 {
-    put(key);
-    // Whether an anycast address needs a prefix of its own depends on the others that begin with it.
-    if (key.length < wholeAddress && anycasts_.has(key.prefix, key.ifIndex)) {
-        put({key.ifIndex, key.prefix, wholeAddress});
+    if (!changed_.empty() && changed_.back() == key) {
+        return;
     }
+    changed_.push_back(key);
+    if (changed_.size() == mostChanges) {
+        settle();
+    }
+}
+
+void PrefixTable::settle()
+{
+    std::sort(changed_.begin(), changed_.end()); // so that the longest prefix that begins with an address comes last
+    changed_.erase(std::unique(changed_.begin(), changed_.end()), changed_.end());
+    for (const PrefixKey &key : changed_) {
+        put(key);
+        // Whether an anycast address needs a prefix of its own depends on the others that begin with it.
+        if (key.length < wholeAddress && anycasts_.has(key.prefix, key.ifIndex)) {
+            put({key.ifIndex, key.prefix, wholeAddress});
+        }
+    }
+    changed_.clear();
 }
 
 void PrefixTable::put(const PrefixKey &key)
@@ -107,30 +102,13 @@ void PrefixTable::put(const PrefixKey &key)
     }
 }
 
-void PrefixTable::rebuild()
-{
-    rows_.clear();
-    addresses_.each([this](const Address &address) {
-        if (rows_.find(address.prefix()) == nullptr) {
-            put(address.prefix());
-        }
-    });
-    routes_.eachOnLink([this](const OnLinkRoute &route) {
-        if (rows_.find(route.key()) == nullptr) {
-            put(route.key());
-        }
-    });
-    anycasts_.each([this](const Anycast &anycast) { put({anycast.ifIndex, anycast.address, wholeAddress}); });
-}
-
 bool PrefixTable::derive(const PrefixKey &key, Prefix &row) const
 {
     if (key.prefix.isLinkLocal()) {
         return false;
     }
-    FromAddresses addresses;
+    const AddressTally::Sum addresses = addresses_.of(key);
     FromRoutes routes;
-    addresses_.eachIn(key, [&](const Address &address) { return addresses.add(address); });
     routes_.eachOnLink(key, [&](const OnLinkRoute &route) { routes.add(route); });
     const bool anycastAlone = !addresses.any && !routes.any && key.length == wholeAddress &&
                               anycasts_.has(key.prefix, key.ifIndex) &&
@@ -197,6 +175,7 @@ void PrefixTable::makeRoomForAdvertised()
     if (advertised_.size() < advertisedLimit) {
         return;
     }
+    settle();
     std::vector<PrefixKey> idle;
     advertised_.each([&](const AdvertisedPrefix &prefix) {
         if (rows_.find(prefix.key) == nullptr) {

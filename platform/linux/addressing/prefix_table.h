@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The prefixes of each interface. The kernel keeps no such table: a prefix is there because an address has it, because
 // a route says that it is on the link, or both; what a router advertised of it adds lifetimes and flags. A row is made
-// from the other tables whenever one of them changes, so that reading it is no more than finding it.
+// once for all changes of the other tables since the last time that somebody read, so that reading it is no more than
+// finding it.
 #pragma once
 
-#include "addressing/address_table.h"
+#include "addressing/address_tally.h"
 #include "addressing/anycast_table.h"
 #include "addressing/route_table.h"
 
@@ -29,19 +30,19 @@ struct Prefix {
 class PrefixTable
 {
   public:
-    PrefixTable(const AddressTable &addresses, const AnycastTable &anycasts, const RouteTable &routes)
-        : addresses_(addresses), anycasts_(anycasts), routes_(routes)
-    {
-    }
+    PrefixTable(const AnycastTable &anycasts, const RouteTable &routes) : anycasts_(anycasts), routes_(routes) {}
 
-    // The other tables have changed: at one prefix, or anywhere.
+    // An address outside fe80::/10 has come (null before), changed or gone (null now).
+    void addressChanged(const Address *before, const Address *now);
+    // Another table has changed at this prefix.
     void update(const PrefixKey &key);
-    void rebuild();
     // A router has advertised a prefix.
     void advertise(const AdvertisedPrefix &prefix);
     // An interface went down, and what was advertised there does not count any more.
     void forgetAdvertised(std::uint32_t ifIndex);
 
+    // Makes the rows of all that has changed; what follows answers as of then.
+    void settle();
     // Ascending by interface, prefix and length, none inside fe80::/10. Null for none.
     const Prefix *find(const PrefixKey &key) const { return rows_.find(key); }
     const Prefix *atOrAfter(const PrefixKey &key) const { return rows_.atOrAfter(key); }
@@ -70,9 +71,10 @@ class PrefixTable
     void put(const PrefixKey &key);
     void makeRoomForAdvertised();
 
-    const AddressTable &addresses_;
     const AnycastTable &anycasts_;
     const RouteTable &routes_;
+    AddressTally addresses_;
+    std::vector<PrefixKey> changed_; // since the rows were made
     OrderedTable<Prefix, ByKey> rows_;
     OrderedTable<AdvertisedPrefix, ByKey> advertised_;
 };

@@ -6,7 +6,7 @@
 
 #include <linux/rtnetlink.h>
 
-#include <algorithm>
+#include <functional>
 
 namespace ipmib::platform
 {
@@ -59,12 +59,6 @@ OnLinkRoute onLinkRoute(const Route &route, const RouteNexthop &nexthop)
             route.until,       route.length,    route.protocol, route.protocol == RTPROT_RA};
 }
 
-bool sameRoute(const DefaultRoute &a, const DefaultRoute &b)
-{
-    return a.gateway == b.gateway && a.ifIndex == b.ifIndex && a.metric == b.metric && a.nexthopId == b.nexthopId &&
-           a.source == b.source && a.sourceLength == b.sourceLength;
-}
-
 std::vector<DefaultRoute> defaultRoutes(const Route &route)
 {
     DefaultRoute row{};
@@ -90,22 +84,7 @@ std::vector<DefaultRoute> defaultRoutes(const Route &route)
     return rows;
 }
 
-void putDefault(std::vector<DefaultRoute> &rows, const DefaultRoute &row)
-{
-    const auto known = std::find_if(rows.begin(), rows.end(), [&](const auto &other) { return sameRoute(other, row); });
-    if (known == rows.end()) {
-        rows.push_back(row);
-    } else {
-        *known = row;
-    }
-}
-
 } // namespace
-
-bool RouteTable::hasLearnedDefault() const
-{
-    return std::any_of(defaults_.begin(), defaults_.end(), [](const DefaultRoute &row) { return row.learned; });
-}
 
 void RouteTable::readLearnedDefaults(Rtnetlink &socket)
 {
@@ -122,11 +101,9 @@ void RouteTable::readLearnedDefaults(Rtnetlink &socket)
             return;
         }
         for (const DefaultRoute &row : defaultRoutes(route)) {
-            for (DefaultRoute &known : defaults_) {
-                if (sameRoute(known, row)) { // one that is new here is about to be announced
-                    changed = changed || known.until != row.until || known.preference != row.preference;
-                    known = row;
-                }
+            if (const DefaultRoute *known = defaults_.find(row)) { // one that is new here is about to be announced
+                changed = changed || known->until != row.until || known->preference != row.preference;
+                defaults_.put(row);
             }
         }
     });
@@ -152,7 +129,7 @@ void RouteTable::rebuildWith(const nlmsghdr &message)
     }
     if (tellsOfRouter(route)) {
         for (const DefaultRoute &row : defaultRoutes(route)) {
-            putDefault(freshDefaults_, row);
+            freshDefaults_.put(row);
         }
     } else if (tellsOfPrefix(route)) {
         for (const RouteNexthop &nexthop : route.nexthops) {
@@ -169,7 +146,16 @@ void RouteTable::commitRebuild()
 {
     onLink_.swap(freshOnLink_);
     defaults_.swap(freshDefaults_);
+    if (handlers_.onLinkChanged) {
+        onLink_.eachDifference(freshOnLink_, std::equal_to<>(),
+                               [this](const OnLinkRoute *now, const OnLinkRoute *before) {
+                                   handlers_.onLinkChanged(now != nullptr ? now->key() : before->key());
+                               });
+    }
     abandonRebuild();
+    if (handlers_.defaultsChanged) {
+        handlers_.defaultsChanged();
+    }
     if (handlers_.rebuilt) {
         handlers_.rebuilt();
     }
@@ -270,19 +256,32 @@ bool RouteTable::eraseReplaced(const Route &route)
 void RouteTable::applyDefault(const nlmsghdr &message, const Route &route)
 {
     if ((message.nlmsg_flags & NLM_F_REPLACE) != 0) {
-        std::erase_if(defaults_, [&](const DefaultRoute &row) {
-            return row.metric == route.metric && row.source == route.source && row.sourceLength == route.sourceLength;
-        });
+        eraseReplacedDefaults(route);
     }
     for (const DefaultRoute &row : defaultRoutes(route)) {
         if (message.nlmsg_type == RTM_DELROUTE) {
-            std::erase_if(defaults_, [&](const DefaultRoute &other) { return sameRoute(other, row); });
+            defaults_.erase(row);
         } else {
-            putDefault(defaults_, row);
+            defaults_.put(row);
         }
     }
     if (handlers_.defaultsChanged) {
         handlers_.defaultsChanged();
+    }
+}
+
+void RouteTable::eraseReplacedDefaults(const Route &route)
+{
+    DefaultRoute first{};
+    first.metric = route.metric;
+    first.sourceLength = route.sourceLength;
+    first.source = route.source;
+    while (const DefaultRoute *found = defaults_.atOrAfter(first)) {
+        if (found->metric != route.metric || found->sourceLength != route.sourceLength ||
+            found->source != route.source) {
+            return;
+        }
+        defaults_.erase(DefaultRoute(*found));
     }
 }
 

@@ -8,6 +8,7 @@
 #include "ordered_table.h"
 
 #include <functional>
+#include <tuple>
 
 namespace ipmib::platform
 {
@@ -23,6 +24,7 @@ struct OnLinkRoute {
     bool advertised;       // made by the kernel because a router advertised the prefix
 
     PrefixKey key() const { return {ifIndex, prefix, length}; }
+    bool operator==(const OnLinkRoute &) const = default;
 };
 
 struct DefaultRoute {
@@ -36,7 +38,14 @@ struct DefaultRoute {
     std::uint8_t preference; // as in an advertisement
     bool learned;            // from a router advertisement
     bool dead;
+
+    // Routes that can replace each other stand together.
+    auto key() const { return std::tie(metric, sourceLength, source, nexthopId, gateway, ifIndex); }
+    struct ByKey {
+        bool operator()(const DefaultRoute &a, const DefaultRoute &b) const { return a.key() < b.key(); }
+    };
 };
+using DefaultRoutes = OrderedTable<DefaultRoute, DefaultRoute::ByKey>;
 
 class RouteTable : public KernelTable
 {
@@ -53,8 +62,7 @@ class RouteTable : public KernelTable
     };
     void connect(Handlers handlers) { handlers_ = std::move(handlers); }
 
-    const std::vector<DefaultRoute> &defaults() const { return defaults_; }
-    bool hasLearnedDefault() const;
+    const DefaultRoutes &defaults() const { return defaults_; }
     // The kernel is silent about an advertisement that does no more than prolong a default route, or change its
     // preference. Reads both from the kernel now.
     void readLearnedDefaults(Rtnetlink &socket);
@@ -116,12 +124,13 @@ class RouteTable : public KernelTable
     void applyOnLink(const nlmsghdr &message, const Route &route);
     void applyDefault(const nlmsghdr &message, const Route &route);
     bool eraseReplaced(const Route &route);
+    void eraseReplacedDefaults(const Route &route);
     void markAdvertised(const PrefixKey &key);
 
     OnLinkRoutes onLink_;
     OnLinkRoutes freshOnLink_;
-    std::vector<DefaultRoute> defaults_;
-    std::vector<DefaultRoute> freshDefaults_;
+    DefaultRoutes defaults_;
+    DefaultRoutes freshDefaults_;
     std::size_t dumping_ = 0;
     Handlers handlers_;
 };

@@ -16,6 +16,11 @@ auto keyOf(const Router &router)
     return std::tie(router.address, router.ifIndex);
 }
 
+bool before(const Router &a, const Router &b)
+{
+    return keyOf(a) < keyOf(b);
+}
+
 bool sameKey(const Router &a, const Router &b)
 {
     return keyOf(a) == keyOf(b);
@@ -42,10 +47,12 @@ const Router *firstOf(RouterList::Class of, Iterator begin, Iterator end)
 
 } // namespace
 
-void RouterList::rebuild(const std::vector<DefaultRoute> &routes, const NexthopTable &nexthops)
+void RouterList::rebuild(const DefaultRoutes &routes, const NexthopTable &nexthops)
 {
     rows_.clear();
-    for (const DefaultRoute &route : routes) {
+    hasLearned_ = false;
+    routes.each([&](const DefaultRoute &route) {
+        hasLearned_ = hasLearned_ || route.learned;
         const auto add = [&](const PackedAddress &gateway, std::uint32_t ifIndex, bool dead) {
             if (!dead) { // what the kernel passes over is no router now
                 rows_.push_back({gateway, ifIndex, route.metric, route.preference, route.until});
@@ -57,7 +64,7 @@ void RouterList::rebuild(const std::vector<DefaultRoute> &routes, const NexthopT
             nexthops.eachBehind(route.nexthopId,
                                 [&](const NexthopObject &object) { add(object.gateway, object.ifIndex, object.dead); });
         }
-    }
+    });
     std::sort(rows_.begin(), rows_.end(), listedBefore);
     rows_.erase(std::unique(rows_.begin(), rows_.end(), sameKey), rows_.end());
 }
@@ -69,18 +76,15 @@ const Router *RouterList::first(Class of) const
 
 const Router *RouterList::after(Class of, const PackedAddress &address, std::uint32_t ifIndex) const
 {
-    const Router key{address, ifIndex, 0, 0, {}};
-    const auto behind = std::upper_bound(rows_.begin(), rows_.end(), key,
-                                         [](const Router &a, const Router &b) { return keyOf(a) < keyOf(b); });
+    const auto behind = std::upper_bound(rows_.begin(), rows_.end(), Router{address, ifIndex, 0, 0, {}}, before);
     return firstOf(of, behind, rows_.end());
 }
 
 const Router *RouterList::find(const PackedAddress &address, std::uint32_t ifIndex) const
 {
-    const auto found = std::find_if(rows_.begin(), rows_.end(), [&](const Router &row) {
-        return row.address == address && row.ifIndex == ifIndex;
-    });
-    return found == rows_.end() ? nullptr : &*found;
+    const Router key{address, ifIndex, 0, 0, {}};
+    const auto found = std::lower_bound(rows_.begin(), rows_.end(), key, before);
+    return found == rows_.end() || !sameKey(*found, key) ? nullptr : &*found;
 }
 
 } // namespace ipmib::platform

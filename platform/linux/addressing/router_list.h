@@ -23,7 +23,9 @@ class RouterList
   public:
     enum class Class { global, linkLocal };
 
-    void rebuild(const std::vector<DefaultRoute> &routes, const NexthopTable &nexthops);
+    void rebuild(const DefaultRoutes &routes, const NexthopTable &nexthops);
+    // Whether an advertisement is behind one of the routes.
+    bool hasLearned() const { return hasLearned_; }
 
     // Ascending by address and then by interface. Null for none.
     const Router *first(Class of) const;
@@ -31,7 +33,8 @@ class RouterList
     const Router *find(const PackedAddress &address, std::uint32_t ifIndex) const;
 
   private:
-    std::vector<Router> rows_; // a handful
+    std::vector<Router> rows_;
+    bool hasLearned_ = false;
 };
 
 } // namespace ipmib::platform
