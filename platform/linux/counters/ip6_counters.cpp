@@ -3,6 +3,8 @@
 // differ.
 #include "counters/ip6_counters.h"
 
+#include <algorithm>
+
 namespace ipmib::platform
 {
 
@@ -31,16 +33,9 @@ std::uint64_t transmitted(const Ip6Counters &counters)
 }
 } // namespace
 
-Ip6Counter ip6CounterByName(std::string_view name, std::size_t &hint)
+Ip6Counter ip6CounterByName(std::string_view name)
 {
-    for (std::size_t tried = 0; tried < names.size(); ++tried) {
-        const std::size_t at = (hint + tried) % names.size();
-        if (names[at] == name) {
-            hint = at + 1;
-            return static_cast<Ip6Counter>(at);
-        }
-    }
-    return Ip6Counter::ignored;
+    return static_cast<Ip6Counter>(std::find(names.begin(), names.end(), name) - names.begin());
 }
 
 void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat)

@@ -63,8 +63,8 @@ class Ip6Counters
     std::uint32_t counted_ = 0;
 };
 
-// The counter that text files call by this name behind "Ip6". `hint` makes names in the files' order cost one look.
-Ip6Counter ip6CounterByName(std::string_view name, std::size_t &hint);
+// The counter that text files call by this name behind "Ip6".
+Ip6Counter ip6CounterByName(std::string_view name);
 
 void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat);
 // The same for tables outside the module, which also tell what the kernel does not count.

@@ -12,6 +12,28 @@ namespace ipmib::platform
 namespace
 {
 
+constexpr std::string_view blanks = " \t";
+
+struct Named {
+    std::string_view name;
+    std::uint64_t &(*counter)(Snmp6Counters &counters);
+};
+constexpr Named names[] = {
+    {"Icmp6InMsgs", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.inMsgs; }},
+    {"Icmp6InErrors", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.inErrors; }},
+    {"Icmp6OutMsgs", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.outMsgs; }},
+    {"Icmp6OutErrors", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.outErrors; }},
+    {"Udp6InDatagrams", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.udp6.inDatagrams; }},
+    {"Udp6NoPorts", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.udp6.noPorts; }},
+    {"Udp6InErrors", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.udp6.inErrors; }},
+    {"Udp6OutDatagrams", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.udp6.outDatagrams; }},
+};
+
+bool isBlank(char character)
+{
+    return blanks.find(character) != std::string_view::npos;
+}
+
 bool takePrefix(std::string_view &text, std::string_view prefix)
 {
     const bool there = text.starts_with(prefix);
@@ -19,77 +41,110 @@ bool takePrefix(std::string_view &text, std::string_view prefix)
     return there;
 }
 
-std::optional<std::uint64_t> number(std::string_view text)
+std::optional<std::uint8_t> messageType(std::string_view text)
 {
-    std::uint64_t value = 0;
+    std::uint8_t type = 0;
     const char *end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
-}
-
-void setOfType(std::string_view type, std::uint64_t value, std::array<std::uint64_t, 256> &counters,
-               std::bitset<256> &listed)
-{
-    if (const auto which = number(type); which && *which < counters.size()) {
-        counters[*which] = value;
-        listed.set(*which);
-    }
-}
-
-void setIcmp6(std::string_view name, std::uint64_t value, Icmp6Counters &counters)
-{
-    if (takePrefix(name, "InType")) {
-        setOfType(name, value, counters.inType, counters.listed);
-    } else if (takePrefix(name, "OutType")) {
-        setOfType(name, value, counters.outType, counters.listed);
-    } else if (name == "InMsgs") {
-        counters.inMsgs = value;
-    } else if (name == "InErrors") {
-        counters.inErrors = value;
-    } else if (name == "OutMsgs") {
-        counters.outMsgs = value;
-    } else if (name == "OutErrors") {
-        counters.outErrors = value;
-    }
-}
-
-void setUdp6(std::string_view name, std::uint64_t value, Udp6Counters &counters)
-{
-    if (name == "InDatagrams") {
-        counters.inDatagrams = value;
-    } else if (name == "NoPorts") {
-        counters.noPorts = value;
-    } else if (name == "InErrors") {
-        counters.inErrors = value;
-    } else if (name == "OutDatagrams") {
-        counters.outDatagrams = value;
-    }
+    const auto [stop, error] = std::from_chars(text.data(), end, type);
+    return error == std::errc() && stop == end ? std::optional(type) : std::nullopt;
 }
 
 } // namespace
 
-void parseSnmp6(std::string_view text, Snmp6Counters &counters)
+Snmp6Text::Meaning Snmp6Text::meaningOf(std::string_view name)
 {
-    constexpr std::string_view blanks = " \t";
+    using enum Meaning::Of;
+    const auto *const known =
+        std::find_if(std::begin(names), std::end(names), [&](const Named &each) { return each.name == name; });
+    if (known != std::end(names)) {
+        return {named, static_cast<std::uint8_t>(known - names)};
+    }
+    if (takePrefix(name, "Ip6")) {
+        const Ip6Counter counter = ip6CounterByName(name);
+        return {counter == Ip6Counter::ignored ? nothing : ip6, static_cast<std::uint8_t>(counter)};
+    }
+    const bool isIn = takePrefix(name, "Icmp6InType");
+    if (isIn || takePrefix(name, "Icmp6OutType")) {
+        const auto type = messageType(name);
+        return type ? Meaning{isIn ? icmp6InType : icmp6OutType, *type} : Meaning{nothing, 0};
+    }
+    return {name.starts_with("Icmp6") || name.starts_with("Udp6") ? nothing : elsewhere, 0};
+}
+
+// The first line of the text.
+Snmp6Text::Line Snmp6Text::lineOf(std::string_view text)
+{
+    const std::string_view line = text.substr(0, text.find('\n'));
+    const std::size_t nameEnd = std::min(line.find_first_of(blanks), line.size());
+    const std::size_t numberStart = std::min(line.find_first_not_of(blanks, nameEnd), line.size());
+    return {std::string(line.substr(0, numberStart)), meaningOf(line.substr(0, nameEnd))};
+}
+
+bool Snmp6Text::begins(std::string_view text, const Line &line)
+{
+    return text.starts_with(line.head) && text.size() > line.head.size() && !line.head.empty() &&
+           isBlank(line.head.back()) && !isBlank(text[line.head.size()]);
+}
+
+// From the first line's number to the next line. What is not a number counts nothing.
+void Snmp6Text::takeNumber(std::string_view &text, Meaning meaning, Snmp6Counters &counters)
+{
+    const char *stop = text.data();
+    if (meaning.of > Meaning::Of::nothing) {
+        const char *const end = text.data() + text.size();
+        std::uint64_t value = 0;
+        const auto parsed = std::from_chars(stop, end, value);
+        stop = parsed.ptr;
+        if (parsed.ec == std::errc() && (stop == end || *stop == '\n')) {
+            set(meaning, value, counters);
+        }
+    }
+    text.remove_prefix(static_cast<std::size_t>(stop - text.data()));
+    text.remove_prefix(std::min(text.size(), text.find('\n')));
+    text.remove_prefix(text.empty() ? 0 : 1);
+}
+
+void Snmp6Text::set(Meaning meaning, std::uint64_t value, Snmp6Counters &counters)
+{
+    switch (meaning.of) {
+    case Meaning::Of::ip6:
+        counters.ip6.set(static_cast<Ip6Counter>(meaning.which), value);
+        break;
+    case Meaning::Of::icmp6InType:
+    case Meaning::Of::icmp6OutType:
+        (meaning.of == Meaning::Of::icmp6InType ? counters.icmp6.inType : counters.icmp6.outType)[meaning.which] =
+            value;
+        counters.icmp6.listed.set(meaning.which);
+        break;
+    case Meaning::Of::named:
+        names[meaning.which].counter(counters) = value;
+        break;
+    case Meaning::Of::elsewhere:
+    case Meaning::Of::nothing:
+        break;
+    }
+}
+
+void Snmp6Text::parse(std::string_view text, Snmp6Counters &counters)
+{
     counters = {};
-    std::size_t hint = 0;
+    std::size_t known = 0;
+    for (; known < lines_.size() && begins(text, lines_[known]); ++known) {
+        text.remove_prefix(lines_[known].head.size());
+        takeNumber(text, lines_[known].meaning, counters);
+    }
+    const auto isElsewhere = [this](std::size_t line) { return lines_[line].meaning.of == Meaning::Of::elsewhere; };
+    if (known >= 2 && known == lines_.size() && isElsewhere(known - 1) && !isElsewhere(known - 2)) {
+        return;
+    }
+    lines_.resize(known);
     while (!text.empty()) {
-        const std::string_view line = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
-        const std::size_t nameEnd = std::min(line.find_first_of(blanks), line.size());
-        const std::size_t valueStart = std::min(line.find_first_not_of(blanks, nameEnd), line.size());
-        const auto value = number(line.substr(valueStart));
-        if (!value) {
-            continue;
-        }
-        std::string_view name = line.substr(0, nameEnd);
-        if (takePrefix(name, "Ip6")) {
-            counters.ip6.set(ip6CounterByName(name, hint), *value);
-        } else if (takePrefix(name, "Icmp6")) {
-            setIcmp6(name, *value, counters.icmp6);
-        } else if (takePrefix(name, "Udp6")) {
-            setUdp6(name, *value, counters.udp6);
-        }
+        lines_.push_back(lineOf(text));
+        text.remove_prefix(lines_.back().head.size());
+        takeNumber(text, lines_.back().meaning, counters);
+    }
+    while (lines_.size() >= 2 && isElsewhere(lines_.size() - 1) && isElsewhere(lines_.size() - 2)) {
+        lines_.pop_back();
     }
 }
 

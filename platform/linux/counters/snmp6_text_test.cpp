@@ -70,6 +70,42 @@ TEST(Snmp6Text, whatMeansNothingIsPassedOver)
     EXPECT_EQ(counters.icmp6.inType, (Icmp6Counters{}.inType));
 }
 
+// A text that is read again after another one says what it says when it is read first.
+TEST(Snmp6Text, whatWasReadBeforeChangesNothing)
+{
+    constexpr std::string_view texts[] = {
+        "Ip6InReceives                   \t1\nIcmp6InMsgs                     \t2\nIcmp6OutErrors                  "
+        "\t3\n"
+        "UdpLite6InDatagrams             \t4\nUdpLite6NoPorts                 \t5\n",
+        "Ip6InReceives                   \t11\nIcmp6InMsgs                     \t12\nIcmp6OutErrors                  "
+        "\t13\nUdpLite6InDatagrams             \t14\nUdpLite6NoPorts                 \t15\n",
+        // a message type has been counted, behind what counted last
+        "Ip6InReceives                   \t21\nIcmp6InMsgs                     \t22\nIcmp6OutErrors                  "
+        "\t23\nIcmp6InType135                  \t24\nUdp6InDatagrams                 \t25\n",
+        // the same lines with other blanks, a line that goes on otherwise, one without a number, an end within a line
+        "Ip6InReceives \t1\nIcmp6InMsgs  2\n",
+        "Ip6InReceives   7\nIcmp6InMsgs 2\nIcmp6InMsgs  x\n",
+        "Ip6InReceives",
+        "Ip6InReceivesX 5\nIp6InReceives\n\nIcmp6InMsgs 1",
+        "Icmp6InMsgs 1",
+        "ifIndex 7\nIp6InReceives 5\nIcmp6OutMsgs 6",
+        "ifIndex 8\nIp6InReceives 9\nIcmp6OutMsgs 10\nIcmp6InType1 11\n",
+        "",
+    };
+    for (const std::string_view before : texts) {
+        for (const std::string_view between : texts) {
+            for (const std::string_view text : texts) {
+                Snmp6Text reader;
+                Snmp6Counters again;
+                for (const std::string_view each : {before, between, text}) {
+                    reader.parse(each, again);
+                }
+                EXPECT_TRUE(again == Parsed(text)) << before << "\n" << between << "\n" << text;
+            }
+        }
+    }
+}
+
 // Linux before 6.7 counts no transmissions: what was sent and what was forwarded is next to it.
 TEST(Ip6MibStat, anOlderKernelsTransmissionsAreItsRequestsAndForwards)
 {

@@ -27,7 +27,7 @@ const Snmp6Counters *SystemCounters::read()
         }
         saidUnreadable_ = false;
         ++kernelReads_;
-        parseSnmp6(content, values_);
+        text_.parse(content, values_);
         fresh_ = true;
     }
     return &values_;

@@ -22,6 +22,7 @@ class SystemCounters
 
   private:
     ProcFile file_{"/proc/thread-self/net/snmp6"};
+    Snmp6Text text_;
     Snmp6Counters values_;
     bool fresh_ = false;
     bool saidUnreadable_ = false; // in the log, since they were last read
