@@ -112,7 +112,7 @@ void Platform::beginPacket()
 {
     loop_.runAnnouncements();
     now_ = secondsSinceBoot();
-    ip6Links_.newPacket();
+    ip6Links_.newPacket(links_.size());
     linkTraffic_.newPacket();
     systemCounters_.newPacket();
     ipv4Counters_.newPacket();

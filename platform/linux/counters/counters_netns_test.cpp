@@ -204,6 +204,48 @@ TEST_F(Router, countersAreFreshForEachPacketAndReadOnceInIt)
     EXPECT_EQ(platform->systemCounters().kernelReads(), systemReads + 1);
 }
 
+// A packet that wants many links after another that did reads all of them at once, and the same of each.
+TEST_F(Router, aWalkReadsAllLinksAtOnce)
+{
+    PlatformInside platform(*space);
+    traffic();
+    std::vector<std::uint32_t> links;
+    for (const auto &link : space->json("ip -j link")) {
+        links.push_back(link["ifindex"]);
+    }
+    const auto readAll = [&](std::uint64_t &readings) {
+        platform->beginPacket();
+        const std::uint64_t before = platform->ip6Links().kernelReads();
+        std::vector<std::uint64_t> numbers;
+        for (const std::uint32_t link : links) {
+            Ip6MibStat stat;
+            IP6_GetIfStat(link, 10, &stat);
+            const Ip6Link *const found = platform->ip6Link(link);
+            const Ip6Link ip6 = found != nullptr ? *found : Ip6Link{};
+            numbers.insert(numbers.end(),
+                           {stat.in_receives, stat.out_requests, stat.in_octets, stat.out_octets, stat.out_transmits,
+                            ip6.reachableMs, ip6.retransmitMs, ip6.mtu, ip6.present ? 1u : 0u});
+        }
+        readings = platform->ip6Links().kernelReads() - before;
+        return numbers;
+    };
+    std::uint64_t readings = 0;
+    readAll(readings); // settles the kernel's order of counters
+    platform->beginPacket();
+    const auto before = readAll(readings);
+    EXPECT_EQ(readings, links.size()) << "nobody has walked in the packet before";
+    const auto atOnce = readAll(readings);
+    EXPECT_LE(readings, 3u) << "one, then all, and \"tiny\", which has no IPv6, by itself";
+    readAll(readings);
+    EXPECT_LE(readings, 3u) << "and so on";
+    platform->beginPacket();
+    const auto after = readAll(readings);
+    EXPECT_EQ(readings, links.size());
+    for (std::size_t i = 0; i < before.size(); ++i) { // a router is never still for long
+        EXPECT_TRUE(before[i] <= atOnce[i] && atOnce[i] <= after[i]) << i;
+    }
+}
+
 TEST_F(Router, noOddInterfaceFailsAndBehindTheLastIsACleanEnd)
 {
     PlatformInside platform(*space);

@@ -19,6 +19,9 @@ namespace ipmib::platform
 namespace
 {
 
+// So many links cost in one answer what one costs by itself: the kernel's way to a link is most of the latter.
+constexpr std::size_t linksForOne = 7;
+
 std::uint32_t setting(const nlattr *conf, std::size_t which)
 {
     std::uint32_t value = 0;
@@ -32,14 +35,20 @@ std::uint32_t setting(const nlattr *conf, std::size_t which)
 
 Ip6LinkMessage::Ip6LinkMessage(const nlmsghdr &message)
 {
+    if (message.nlmsg_len < mnl_nlmsg_size(sizeof(ifinfomsg))) {
+        return;
+    }
+    const auto &info = *static_cast<const ifinfomsg *>(mnl_nlmsg_get_payload(&message));
     const Attributes<IFLA_MAX> attributes(message, sizeof(ifinfomsg));
+    ifIndex = static_cast<std::uint32_t>(info.ifi_index);
     attributes.copyString(IFLA_IFNAME, name);
-    const Attributes<AF_INET6> families(attributes[IFLA_AF_SPEC]);
-    if (families[AF_INET6] == nullptr) {
+    const nlattr *nest = info.ifi_family == AF_INET6 ? attributes[IFLA_PROTINFO]
+                                                     : Attributes<AF_INET6>(attributes[IFLA_AF_SPEC])[AF_INET6];
+    if (nest == nullptr) {
         return;
     }
     link.present = true;
-    const Attributes<IFLA_INET6_MAX> inet6(families[AF_INET6]);
+    const Attributes<IFLA_INET6_MAX> inet6(nest);
     elementCount = inet6.copyBytes(IFLA_INET6_STATS, elements.data(), sizeof elements) / sizeof elements[0];
     if (const auto timers = inet6.get<ifla_cacheinfo>(IFLA_INET6_CACHEINFO)) {
         link.reachableMs = timers->reachable_time;
@@ -83,26 +92,83 @@ std::optional<Ip6Counters> Ip6LinkReader::countersOf(const Ip6LinkMessage &messa
     return layout_.decode(message.array(), {named, again});
 }
 
+void Ip6LinkReader::newPacket(std::size_t links)
+{
+    ++packet_;
+    links_ = links;
+    wantedBefore_ = wanted_;
+    wanted_ = 0;
+    askedForAll_ = false;
+}
+
+// A packet of a walk wants about as many links as the one before.
+bool Ip6LinkReader::paysToAskForAll() const
+{
+    return !askedForAll_ && wanted_ >= 2 && wantedBefore_ * linksForOne > links_ && layout_.settled();
+}
+
+// Those that run no IPv6 are not among the answers.
+void Ip6LinkReader::askForAll()
+{
+    RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
+    request.family<ifinfomsg>().ifi_family = AF_INET6;
+    askedForAll_ = true;
+    ++kernelReads_;
+    const auto none = [] { return std::nullopt; }; // the order of counters is known
+    const int error = socket_.ask(request, [&](const nlmsghdr &message) {
+        const Ip6LinkMessage answer(message);
+        if (!answer.link.present) {
+            return;
+        }
+        const auto counters = layout_.decode(answer.array(), {none, none});
+        if (!counters) {
+            return;
+        }
+        Entry &entry = read_[answer.ifIndex];
+        if (entry.packet != packet_) { // one read is what the packet has seen
+            entry.packet = packet_;
+            entry.link = answer.link;
+            entry.link.counters = *counters;
+        }
+    });
+    if (error != 0) {
+        logWarning("netlink: IPv6 of all interfaces: %s", socket_.error().c_str());
+    }
+}
+
 const Ip6Link *Ip6LinkReader::read(std::uint32_t ifIndex)
 {
-    const auto known = read_.find(ifIndex);
-    if (known != read_.end() && known->second.packet == packet_) {
-        return &known->second.link;
+    auto known = read_.find(ifIndex);
+    if (known == read_.end() || known->second.wantedIn != packet_) {
+        ++wanted_;
     }
-    auto answer = ask(ifIndex);
-    if (!answer && known == read_.end()) {
-        return nullptr;
+    const auto isRead = [&] { return known != read_.end() && known->second.packet == packet_; };
+    if (!isRead() && paysToAskForAll()) {
+        askForAll();
+        known = read_.find(ifIndex);
     }
-    Entry &entry = read_[ifIndex];
-    entry.packet = packet_;
-    if (answer) {
-        const Ip6Counters before = entry.link.counters;
-        entry.link = answer->link;
-        if (answer->link.present) {
-            entry.link.counters = countersOf(*answer, ifIndex).value_or(before);
+    if (!isRead()) {
+        const auto answer = ask(ifIndex);
+        if (!answer && known == read_.end()) {
+            return nullptr;
+        }
+        known = read_.try_emplace(ifIndex).first;
+        known->second.packet = packet_;
+        if (answer) {
+            take(*answer, ifIndex, known->second.link);
         }
     }
-    return &entry.link;
+    known->second.wantedIn = packet_;
+    return &known->second.link;
+}
+
+void Ip6LinkReader::take(const Ip6LinkMessage &answer, std::uint32_t ifIndex, Ip6Link &link)
+{
+    const Ip6Counters before = link.counters;
+    link = answer.link;
+    if (answer.link.present) {
+        link.counters = countersOf(answer, ifIndex).value_or(before);
+    }
 }
 
 } // namespace ipmib::platform

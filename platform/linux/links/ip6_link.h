@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the kernel says of IPv6 on one link at this moment: counters, timers, settings. Read once for a packet of
-// requests, however many of its values are asked for.
+// requests, however many of its values are asked for; of all links at once when a walk asks for many of them.
 #pragma once
 
 #include "core/rtnetlink.h"
@@ -24,7 +24,8 @@ struct Ip6Link {
     std::array<std::uint8_t, 16> token{};
 };
 
-// An RTM_NEWLINK message with its AF_INET6 attributes; the counters are still in the kernel's array.
+// An RTM_NEWLINK message with its IPv6 attributes, whether it is of a link or of IPv6 on it; the counters are still in
+// the kernel's array.
 struct Ip6LinkMessage {
     explicit Ip6LinkMessage(const nlmsghdr &message);
     CounterLayout::Array array() const { return {elements.data(), elementCount}; }
@@ -32,6 +33,7 @@ struct Ip6LinkMessage {
     Ip6Link link;
     std::array<std::uint64_t, 64> elements{};
     std::size_t elementCount = 0;
+    std::uint32_t ifIndex = 0;
     char name[IFNAMSIZ]{};
 };
 
@@ -41,8 +43,8 @@ class Ip6LinkReader
     // The socket is the caller's, and open before the first reading.
     explicit Ip6LinkReader(Rtnetlink &socket) : socket_(socket) {}
 
-    // Forgets what the packet before has read.
-    void newPacket() { ++packet_; }
+    // Forgets what the packet before has read. There are so many links now.
+    void newPacket(std::size_t links);
     // A link that has gone for good.
     void forget(std::uint32_t ifIndex) { read_.erase(ifIndex); }
 
@@ -57,10 +59,14 @@ class Ip6LinkReader
 
   private:
     std::optional<Ip6LinkMessage> ask(std::uint32_t ifIndex);
+    bool paysToAskForAll() const;
+    void askForAll();
+    void take(const Ip6LinkMessage &answer, std::uint32_t ifIndex, Ip6Link &link);
     std::optional<Ip6Counters> countersOf(const Ip6LinkMessage &message, std::uint32_t ifIndex);
 
     struct Entry {
-        std::uint64_t packet = 0;
+        std::uint64_t packet = 0;   // that has read it
+        std::uint64_t wantedIn = 0; // the packet that asked for it last
         Ip6Link link;
     };
 
@@ -68,6 +74,10 @@ class Ip6LinkReader
     CounterLayout layout_;
     std::unordered_map<std::uint32_t, Entry> read_;
     std::uint64_t packet_ = 1;
+    std::size_t links_ = 0;
+    std::size_t wanted_ = 0;       // links, in this packet
+    std::size_t wantedBefore_ = 0; // in the one before
+    bool askedForAll_ = false;     // in this packet
     std::uint64_t kernelReads_ = 0;
 };
 
