@@ -6,6 +6,7 @@
 //   bench_next walk PLATFORM PLUGIN_DIRECTORY COLUMN > ROWS
 //   bench_next count PLATFORM PLUGIN_DIRECTORY COLUMN REQUESTS MOST_ROWS < ROWS
 //
+// COLUMN may go on with a slash and the beginning of the index, which the walk does not leave: 1.3.6.1.2.1.4.34.1.3/4.
 // PLATFORM is that of ipmibd --platform: linux, for the network namespace it runs in, or simulated:SCENARIO. `walk`
 // prints how many rows a walk over the column meets and how much processor time it takes, then some thousand of the
 // rows; `count` reads that, so that it need not walk. It counts requests that go on from the middle of the table, each
@@ -37,15 +38,31 @@ namespace
 
 using namespace ipmib::host;
 
+Oid parse(const std::string &text)
+{
+    Oid name;
+    std::istringstream ids(text);
+    for (std::string id; std::getline(ids, id, '.');) {
+        if (!id.empty()) {
+            name.append(static_cast<SubId>(std::stoul(id)));
+        }
+    }
+    return name;
+}
+
 class Walker
 {
   public:
-    Walker(Plugin &plugin, const Oid &column) : plugin_(plugin), column_(column)
+    Walker(Plugin &plugin, const std::string &column) : plugin_(plugin)
     {
-        entry_.append(column.view().first(column.size() - 1));
+        const std::size_t slash = std::min(column.find('/'), column.size());
+        const Oid name = parse(column.substr(0, slash));
+        entry_.append(name.view().first(name.size() - 1));
+        within_.append(name.view());
+        within_.append(parse(column.substr(std::min(slash + 1, column.size()))).view());
     }
 
-    // False at the column's end.
+    // False at the end.
     bool next(const Oid &after, Oid &found)
     {
         if (plugin_.platform() != nullptr && plugin_.platform()->begin_packet != nullptr) {
@@ -54,13 +71,13 @@ class Walker
         variable_.asked = after.view();
         plugin_.resolver().getNext({&variable_, 1}, entry_.view());
         found = variable_.name;
-        return variable_.status == Status::ok && isWithin(found.view(), column_.view());
+        return variable_.status == Status::ok && isWithin(found.view(), within_.view());
     }
 
     template <class Visit>
     void whole(Visit visit)
     {
-        Oid at = column_;
+        Oid at = within_;
         for (Oid found; next(at, found); at = found) {
             visit(found);
         }
@@ -68,7 +85,7 @@ class Walker
 
   private:
     Plugin &plugin_;
-    Oid column_;
+    Oid within_;
     Oid entry_;
     Variable variable_;
 };
@@ -106,18 +123,6 @@ void mustBeThere(bool found)
     if (!found) {
         throw std::runtime_error("the table has ended early");
     }
-}
-
-Oid parse(const std::string &text)
-{
-    Oid name;
-    std::istringstream ids(text);
-    for (std::string id; std::getline(ids, id, '.');) {
-        if (!id.empty()) {
-            name.append(static_cast<SubId>(std::stoul(id)));
-        }
-    }
-    return name;
 }
 
 double secondsOfProcessor()
@@ -191,7 +196,7 @@ int main(int argc, char **argv)
         options.platform = argv[2];
         options.pluginDirectory = argv[3];
         Plugin plugin(options);
-        Walker walker(plugin, parse(argv[4]));
+        Walker walker(plugin, argv[4]);
         if (what == "walk") {
             walkAll(walker);
         } else {
