@@ -23,6 +23,7 @@ class AddressTable : public KernelTable
     // until announcements are read.
     const Address *find(const PackedAddress &address) const;
     const Address *after(const PackedAddress &address) const;
+    std::size_t size() const { return globals_.size(); }
     template <class Visit>
     void each(Visit visit) const
     {

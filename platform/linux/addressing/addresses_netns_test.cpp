@@ -376,4 +376,22 @@ TEST(AddressesNetns, lostAnnouncementsMakeTheTableBeReadAgain)
     expectWhatIpSays(space);
 }
 
+// Between packets the platform gives its host back its time; a packet has all that was announced.
+TEST(AddressesNetns, aTurnBetweenPacketsIsShort)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    const Namespace space;
+    space.run("ip link add br0 type bridge; ip link set br0 up");
+    PlatformInside platform(space);
+    platform->beginPacket();
+    space.run("seq 1 1000 | sed 's/.*/addr add 2001:db8::&\\/64 dev br0 nodad/' | ip -batch -");
+    const auto served = [&] { return platform->addressing().addresses().size(); };
+    const std::size_t before = served();
+    platform->dispatch();
+    EXPECT_GT(served(), before);
+    EXPECT_LT(served(), before + 1000);
+    platform->beginPacket();
+    EXPECT_EQ(served(), before + 1000);
+}
+
 } // namespace

@@ -44,6 +44,7 @@ void EventLoop::forget(int fd)
 
 void EventLoop::run(bool background)
 {
+    packetWaits_ = !background;
     std::array<epoll_event, 32> events;
     const int count = epoll_wait(epoll_.get(), events.data(), events.size(), 0);
     for (int i = 0; i < count; ++i) {

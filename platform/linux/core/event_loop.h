@@ -32,6 +32,9 @@ class EventLoop
     // Runs each handler whose descriptor is readable once; never blocks.
     void run() { run(true); }
     void runAnnouncements() { run(false); }
+    // Whether a packet waits for the handler that runs: then all that was announced by now counts, else a turn is
+    // short.
+    bool packetWaits() const { return packetWaits_; }
 
   private:
     struct Watch {
@@ -41,6 +44,7 @@ class EventLoop
     void run(bool background);
 
     Descriptor epoll_;
+    bool packetWaits_ = false;
     std::map<int, std::shared_ptr<Watch>> watches_; // shared, so that a handler may forget itself
 };
 

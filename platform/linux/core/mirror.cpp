@@ -7,12 +7,6 @@
 namespace ipmib::platform
 {
 
-namespace
-{
-// More than fits into the receive buffer: bounds a packet's wait when the kernel announces faster than we read.
-constexpr unsigned announcementsPerRead = 100'000;
-} // namespace
-
 Mirror::Mirror(KernelTable &table, DumpQueue &dumps) : table_(table), dumps_(dumps) {}
 
 Mirror::~Mirror()
@@ -28,7 +22,9 @@ std::string Mirror::start(EventLoop &loop, int receiveBuffer)
     loop_ = &loop;
     const std::vector<unsigned> groups = table_.groups();
     if (!announcements_.open(groups.data(), groups.size(), receiveBuffer) ||
-        !loop.watch(announcements_.descriptor(), EventLoop::Work::announcement, [this] { readAnnouncements(); })) {
+        !loop.watch(announcements_.descriptor(), EventLoop::Work::announcement, [this] {
+            readAnnouncements(loop_->packetWaits() ? announcementsPerRead : announcementsPerTurn);
+        })) {
         return std::string(table_.name()) + ": cannot listen to the kernel: " + announcements_.error();
     }
     refresh();
@@ -46,12 +42,12 @@ void Mirror::refresh()
     }
 }
 
-void Mirror::readAnnouncements()
+void Mirror::readAnnouncements(unsigned most)
 {
     if (state_ == State::dumping) {
         return; // they come after the rows that are being read
     }
-    for (unsigned i = 0; i < announcementsPerRead; ++i) {
+    for (unsigned i = 0; i < most; ++i) {
         switch (announcements_.readAnnouncements([this](const nlmsghdr &message) { table_.apply(message); })) {
         case Rtnetlink::Read::rows:
             break;

@@ -65,7 +65,7 @@ class Mirror
     // missed what the caller knows of, so another one follows it.
     void refresh();
     // Applies what has been announced by now.
-    void readAnnouncements();
+    void readAnnouncements() { readAnnouncements(announcementsPerRead); }
 
     KernelTable &table() { return table_; }
     // For tests and the log: how often the table was read, and how often announcements were lost.
@@ -76,6 +76,12 @@ class Mirror
   private:
     friend class DumpQueue;
     enum class State { live, waiting, dumping };
+
+    // More than fits into the receive buffer: bounds a packet's wait when the kernel announces faster than we read.
+    static constexpr unsigned announcementsPerRead = 100'000;
+    // Between packets: well below a millisecond.
+    static constexpr unsigned announcementsPerTurn = 200;
+    void readAnnouncements(unsigned most);
 
     // The queue's view of one dump.
     void dumpBegins();
