@@ -32,7 +32,7 @@ std::string joined(const std::vector<std::string> &items)
 
 SnmpLibrary::SnmpLibrary(SnmpSettings settings)
     : files_(splitList(settings.configuration), settings.defaultConfiguration),
-      state_(settings.keepsState && settings.defaultConfiguration)
+      state_(settings.keepsState && settings.defaultConfiguration), listenOn_(joined(settings.listenOn))
 {
     files_.begin();
     setenv("MIBS", "", 1); // identifiers are numbers here; parsing MIB texts would only cost time and memory
@@ -42,9 +42,7 @@ SnmpLibrary::SnmpLibrary(SnmpSettings settings)
     if (!settings.configuration.empty()) {
         netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OPTIONALCONFIG, settings.configuration.c_str());
     }
-    if (!settings.listenOn.empty()) {
-        netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, joined(settings.listenOn).c_str());
-    }
+    forgetAddressesOfConfiguration();
     if (init_agent(applicationName) != 0) {
         throw std::runtime_error("the SNMP agent library could not be started");
     }
@@ -94,8 +92,15 @@ void SnmpLibrary::reload()
         snmp_log(LOG_ERR, "%s, keeping the old configuration\n", error.what());
         return;
     }
+    forgetAddressesOfConfiguration(); // the library would add the new ones to them
     update_config();
     state_.save();
+}
+
+void SnmpLibrary::forgetAddressesOfConfiguration() const
+{
+    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
+                          listenOn_.empty() ? nullptr : listenOn_.c_str());
 }
 
 } // namespace ipmib::agent

@@ -46,8 +46,11 @@ class SnmpLibrary
     void reload();
 
   private:
+    void forgetAddressesOfConfiguration() const;
+
     ConfigurationFiles files_;
     SavedState state_;
+    std::string listenOn_; // what the settings say, as a comma list
 };
 
 } // namespace ipmib::agent

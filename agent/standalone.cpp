@@ -4,6 +4,7 @@
 #include "standalone.h"
 
 #include "detachment.h"
+#include "ended_at_once.h"
 #include "event_loop.h"
 #include "frontend.h"
 #include "interfaces/interfaces.h"
@@ -26,18 +27,21 @@ namespace ipmib::agent
 void serveStandalone(const Options &options)
 {
     EventLoop loop;
+    std::optional<EndedAtOnce> starting(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     serveSystemGroup();
     library.readConfiguration();
-    const Listeners listeners(SnmpLibrary::listeningAddresses());
+    const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
+    const Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });
     Frontend frontend(plugin);
     frontend.serve(settings.notOff());
     const Interfaces interfaces(plugin.platform());
     const Ipv4Tables ipv4Tables(plugin.platform());
+    starting.reset();
     const PidFile pidFile(options.pidFile);
 
     std::optional<Detachment> detachment;
@@ -57,6 +61,9 @@ void serveStandalone(const Options &options)
     loop.run([&] {
         notifyReloading();
         library.reload();
+        if (SnmpLibrary::listeningAddresses() != addresses) {
+            snmp_log(LOG_WARNING, "other listening addresses take a restart; listening where it began\n");
+        }
         frontend.serve(settings.notOff());
         if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
             plugin.platform()->reload();

@@ -6,6 +6,7 @@
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
 #include "detachment.h"
+#include "ended_at_once.h"
 #include "event_loop.h"
 #include "net_snmp.h"
 #include "pid_file.h"
@@ -23,6 +24,7 @@ void serveAsSubagent(const Options &options)
 {
     const agentx::Address master = agentx::parseAddress(options.master);
     EventLoop loop;
+    std::optional<EndedAtOnce> starting(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, {}, false});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
@@ -30,6 +32,7 @@ void serveAsSubagent(const Options &options)
     passOverSystemGroup();
     library.readConfiguration();
     const PlatformEvents platformEvents(plugin.platform());
+    starting.reset();
     const PidFile pidFile(options.pidFile);
 
     const agentx::PresenceMark mark(master);

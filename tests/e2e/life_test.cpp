@@ -3,6 +3,10 @@
 
 #include "e2e/agent_under_test.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
@@ -57,6 +61,45 @@ TEST_F(LifeTest, HangUpReadsTheConfigurationAgain)
     EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "public", "-t", "1"}, {hopLimit}).status, 0);
     EXPECT_EQ(timesLogged("scripted platform: reads its configuration again"), 1u);
     stopAgent();
+}
+
+TEST_F(LifeTest, OtherListeningAddressesTakeARestart)
+{
+    const std::string warning = "other listening addresses take a restart; listening where it began";
+    const auto reload = [&](const std::string &more) {
+        writeFile("test.conf", everybody + more);
+        agent().signal(SIGHUP);
+        EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+        EXPECT_EQ(notification(), "READY=1");
+    };
+    const std::string another = "agentaddress udp:127.0.0.1:" + std::to_string(port() == 65535 ? 65534 : port() + 1);
+    startAgent(everybody + another);
+    reload(another);
+    EXPECT_EQ(timesLogged(warning), 0u) << "nothing has changed";
+    reload("");
+    EXPECT_EQ(timesLogged(warning), 1u);
+    EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
+    reload(another);
+    EXPECT_EQ(timesLogged(warning), 1u) << "as it was at the start";
+    stopAgent();
+}
+
+// The library looks at no signal while it reads; a pipe that a file includes keeps it reading for ever.
+TEST_F(LifeTest, TheStartCanBeEndedAtAnyTime)
+{
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const std::string configuration = writeFile("test.conf", "includeFile " + path("pipe") + "\n");
+    for (const Words &options : {Words{}, Words{"--check"}, Words{"-x", path("nobody")}}) {
+        for (const int number : {SIGTERM, SIGINT}) {
+            Words words = {agentProgram, "--platform", scriptedPlatform, "-f", "-C", "-c", configuration};
+            words.insert(words.end(), options.begin(), options.end());
+            Command starting(words, environment());
+            const int pipe = open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); // waits until it is read
+            starting.signal(number);
+            EXPECT_EQ(starting.wait(), -number);
+            close(pipe);
+        }
+    }
 }
 
 TEST_F(LifeTest, HangUpOpensARotatedLogAnew)
