@@ -6,6 +6,8 @@
 #include "line_limit.h"
 #include "net_snmp.h"
 
+#include "support/printable.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,7 +72,7 @@ int writeLimited(netsnmp_log_handler *handler, int priority, const char *line)
 
 void logLine(int priority, const char *line)
 {
-    snmp_log(priority, "%s\n", line);
+    snmp_log(priority, "%s\n", support::printable(line).c_str());
 }
 
 void chooseDefaultLog(bool foreground)

@@ -5,7 +5,7 @@
 namespace ipmib::agent
 {
 
-// Priorities as in syslog; the line carries no newline.
+// Priorities as in syslog; the line carries no newline. What is not printable in it is escaped.
 void logLine(int priority, const char *line);
 
 // Where the log goes when the user did not say: to standard error in the foreground, else to syslog, which also is the

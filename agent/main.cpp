@@ -8,6 +8,8 @@
 #include "standalone.h"
 #include "subagent.h"
 
+#include "support/printable.h"
+
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -20,7 +22,7 @@ using namespace ipmib;
 // Errors go to the terminal, wherever the log goes.
 int fail(const std::exception &error, host::ExitStatus status)
 {
-    std::fprintf(stderr, "ipmibd: %s\n", error.what());
+    std::fprintf(stderr, "ipmibd: %s\n", support::printable(error.what()).c_str());
     return status;
 }
 

@@ -5,6 +5,8 @@
 #include "session.h"
 #include "text.h"
 
+#include "support/printable.h"
+
 #include <algorithm>
 
 namespace ipmib::cli
@@ -23,7 +25,8 @@ Cell ofValue(const TableReader &rows, std::size_t column, Make make)
 
 Cell textCell(const std::string &text)
 {
-    return {text, text, {}};
+    const std::string shown = support::printable(text);
+    return {shown, shown, {}};
 }
 
 Cell emptyCell()

@@ -33,6 +33,7 @@ struct Cell {
 using Row = std::vector<Cell>;
 using Sink = std::function<void(Row)>;
 
+// Of any text: what is not printable in it is escaped.
 Cell textCell(const std::string &text);
 // What a row has no value for.
 Cell emptyCell();

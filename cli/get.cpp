@@ -3,8 +3,7 @@
 #include "commands.h"
 #include "identifier.h"
 #include "instance.h"
-
-#include <cstdio>
+#include "output.h"
 
 namespace ipmib::cli
 {
@@ -62,8 +61,7 @@ int get(Session &session, const Options &options, const Words &words)
             writer.add(names[i].view(), variables[i].value);
             continue;
         }
-        std::fflush(stdout);
-        std::fprintf(stderr, "ipmibctl: %s %s\n", words[i].c_str(), problem(variables[i].status));
+        complain(words[i] + " " + problem(variables[i].status));
         status = host::exitFailure;
     }
     writer.finish();

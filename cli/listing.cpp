@@ -2,6 +2,8 @@
 // Writes rows as a table for people, or as a list of objects for programs.
 #include "listing.h"
 
+#include "output.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -60,8 +62,7 @@ void Listing::finish()
     for (const std::string &name : table_.leftOut()) {
         names += (names.empty() ? "" : ", ") + name;
     }
-    std::fflush(stdout);
-    std::fprintf(stderr, "ipmibctl: no room for %s (--width 0 shows all)\n", names.c_str());
+    complain("no room for " + names + " (--width 0 shows all)");
 }
 
 } // namespace ipmib::cli

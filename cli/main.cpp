@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipmibctl: the IP-MIB on the terminal.
 #include "commands.h"
+#include "output.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -27,8 +28,7 @@ constexpr Command commands[] = {
 
 int fail(const std::exception &error, host::ExitStatus status)
 {
-    std::fflush(stdout);
-    std::fprintf(stderr, "ipmibctl: %s\n", error.what());
+    cli::complain(error.what());
     return status;
 }
 
@@ -36,7 +36,7 @@ int fail(const std::exception &error, host::ExitStatus status)
 void logLine(int priority, const char *line)
 {
     if (priority <= IPMIB_LOG_WARNING) {
-        std::fprintf(stderr, "ipmibctl: %s\n", line);
+        cli::complain(line);
     }
 }
 

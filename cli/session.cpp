@@ -4,6 +4,8 @@
 
 #include "table_reader.h"
 
+#include "support/printable.h"
+
 #include <ipmib/platform.h>
 
 #include <dlfcn.h>
@@ -67,15 +69,7 @@ std::string Session::interfaceName(std::uint32_t ifIndex) const
     const IpmibPlatformHooks *platform = plugin_.platform();
     const char *name =
         platform != nullptr && platform->interface_name != nullptr ? platform->interface_name(ifIndex) : nullptr;
-    if (name == nullptr) {
-        return std::to_string(ifIndex);
-    }
-    std::string printable = name; // whoever may create interfaces shall not write to the terminal
-    for (char &character : printable) {
-        const auto code = static_cast<unsigned char>(character);
-        character = code < ' ' || code == 0x7F ? '?' : character;
-    }
-    return printable;
+    return name == nullptr ? std::to_string(ifIndex) : support::printable(name);
 }
 
 std::uint32_t Session::interfaceIndex(std::string_view name)
@@ -85,10 +79,11 @@ std::uint32_t Session::interfaceIndex(std::string_view name)
     if (error == std::errc() && end == name.data() + name.size()) {
         return number;
     }
+    const std::string shown = support::printable(name);
     TableReader interfaces(*this, "ipIfStatsEntry", {"ipIfStatsHCInReceives"});
     while (interfaces.next()) {
         const std::uint32_t ifIndex = interfaces.key().number(1);
-        if (interfaceName(ifIndex) == name) {
+        if (interfaceName(ifIndex) == shown) {
             return ifIndex;
         }
     }

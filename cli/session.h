@@ -30,9 +30,9 @@ class Session
     // Seconds since the device's boot.
     std::uint32_t uptime() const;
 
-    // As people know it; its number when it has no name.
+    // As people know it, with what is not printable escaped; its number when it has no name.
     std::string interfaceName(std::uint32_t ifIndex) const;
-    // The ifIndex of a name or a number; throws std::runtime_error when there is no such interface.
+    // The ifIndex of a name, escaped or not, or of a number; throws std::runtime_error when there is no such interface.
     std::uint32_t interfaceIndex(std::string_view name);
 
   private:

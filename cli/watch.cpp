@@ -19,14 +19,16 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t signalled = 0; // the signal, when there was one
+
+constexpr int exitSignalled = 128; // plus the number, as shells have it
 
 // The wait between two looks ends with it.
 void endOnInterrupt()
 {
     struct sigaction action {
     };
-    action.sa_handler = [](int) { interrupted = 1; };
+    action.sa_handler = [](int number) { signalled = number; };
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }
@@ -106,8 +108,8 @@ int watch(Session &session, const Options &options, const Words &words)
         if (looks == options.count && options.count != 0) {
             return host::exitSuccess;
         }
-        if (!session.wait(static_cast<int>(options.intervalMs)) || interrupted != 0) {
-            return host::exitSuccess;
+        if (!session.wait(static_cast<int>(options.intervalMs)) || signalled != 0) {
+            return exitSignalled + signalled;
         }
     }
 }

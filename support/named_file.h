@@ -15,9 +15,9 @@ struct NamedFile {
     std::string reason; // the error in words, "No such file or directory"
 };
 
-// Reads a regular file of at most `limit` bytes. /dev/null is an empty file, since that is how people say "none". A pipe
-// is read when it is given some patience: so many milliseconds to say everything. Whatever else there is, devices and
-// directories for instance, is an error, so that reading ends with every name, and without patience never waits.
+// Reads a regular file of at most `limit` bytes. /dev/null is an empty file, since that is how people say "none". A
+// pipe is read when it is given some patience: so many milliseconds to say everything. Whatever else there is, devices
+// and directories for instance, is an error, so that reading ends with every name, and without patience never waits.
 NamedFile readNamedFile(const std::string &path, std::size_t limit, std::chrono::milliseconds pipePatience = {});
 
 } // namespace ipmib::support

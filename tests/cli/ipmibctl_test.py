@@ -10,6 +10,7 @@ import signal
 import struct
 import subprocess
 import sys
+import tempfile
 import termios
 import unittest
 
@@ -22,7 +23,8 @@ patience = 300  # for what hangs; under emulation on a busy machine a minute is 
 
 
 def run(*words, **options):
-    return subprocess.run([program, *words], capture_output=True, text=True, timeout=patience, check=False, **options)
+    return subprocess.run([program, *words], capture_output=True, timeout=patience, check=False,
+                          **{"encoding": "utf-8", **options})
 
 
 def on_terminal(columns, *words):
@@ -75,13 +77,116 @@ class Pipes(unittest.TestCase):
                 self.assertEqual(result.returncode, 1, words)
                 self.assertEqual(result.stderr, "ipmibctl: cannot write: No space left on device\n")
 
-    def test_an_interrupted_watch_has_ended_well(self):
-        with subprocess.Popen([program, "watch", "icmp", "--interval=0.05", *home_router], stdout=subprocess.PIPE,
-                              text=True) as process:
-            self.assertTrue(process.stdout.readline().startswith("TYPE"))
-            process.send_signal(signal.SIGINT)
-            process.stdout.read()
-            self.assertEqual(process.wait(patience), 0)
+    def test_an_interrupted_watch_says_what_ended_it(self):
+        for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
+            with subprocess.Popen([program, "watch", "icmp", "--interval=0.05", *home_router], stdout=subprocess.PIPE,
+                                  stderr=subprocess.PIPE, text=True) as process:
+                self.assertTrue(process.stdout.readline().startswith("TYPE"))
+                process.send_signal(number)
+                process.stdout.read()
+                self.assertEqual(process.wait(patience), status)
+                self.assertEqual(process.stderr.read(), "")
+
+
+class Names(unittest.TestCase):
+    """Whoever may create interfaces shall not write to the terminal."""
+
+    # The bytes of a name in UTF-8, and how they are shown.
+    names = {
+        "\x1b[31m".encode(): "\\x1b[31m",
+        "\u009b31m".encode(): "\\u009b31m",
+        "a\u202eb".encode(): "a\\u202eb",
+        "a\u200bb".encode(): "a\\u200bb",
+        "büro".encode(): "büro",
+    }
+
+    def setUp(self):
+        with tempfile.NamedTemporaryFile("w", suffix=".json", delete=False, encoding="utf-8") as file:
+            json.dump({"interfaces": [{"name": name.decode(), "addresses": [f"2001:db8::{i}/64"]}
+                                      for i, name in enumerate(self.names, 1)]}, file)
+        self.scenario = file.name
+        self.platform = ["--platform", "simulated:" + file.name, "--at=0"]
+
+    def tearDown(self):
+        os.unlink(self.scenario)
+
+    def assert_harmless(self, words, result):
+        for written in (result.stdout, result.stderr):
+            self.assertEqual({character for character in written if not character.isprintable()} - {"\n"}, set(), words)
+
+    def test_nothing_that_is_written_does_anything(self):
+        commands = [("show", view) for view in views] + [("walk", "1.3.6.1"), ("tree",)]
+        commands += [("watch", view, "--count=1", "--interval=0.01") for view in ("statistics", "interfaces", "icmp")]
+        for words in commands:
+            for form in ([], ["--json"]):
+                result = run(*words, *form, *self.platform)
+                self.assertEqual((result.returncode, result.stderr), (0, ""), words)
+                self.assert_harmless(words, result)
+        shown = run("show", "interfaces", *self.platform).stdout
+        for name in self.names.values():
+            self.assertIn(name, shown)
+
+    def test_a_name_is_found_as_it_is_and_as_it_is_shown(self):
+        for raw, name in self.names.items():
+            rows = json.loads(run("show", "addresses", name, "--json", *self.platform).stdout)
+            self.assertEqual({row["interface"] for row in rows}, {name})
+            self.assertEqual(json.loads(run("show", "addresses", raw, "--json", *self.platform).stdout), rows)
+            result = run("get", f"ipv6InterfaceForwarding[{name}]", *self.platform)
+            self.assertEqual(result.stdout, f"ipv6InterfaceForwarding[{name}] = forwarding(1)\n")
+
+    def test_nor_does_what_it_complains_about(self):
+        evil = b"\x9b31m\xe2\x80\xae\x1b[2J"
+        platform = [word.encode() for word in self.platform]
+        for words, status in (
+            (["show", "neighbours", evil, *platform], 1),
+            (["show", evil, *platform], 2),
+            ([evil, *platform], 2),
+            (["get", evil, *platform], 2),
+            (["get", b"ipv6InterfaceForwarding[1]", b"ipAddressIfIndex." + evil, *platform], 2),
+            (["walk", evil, *platform], 2),
+            (["tree", evil, *platform], 2),
+            (["show", "icmp", b"--width=" + evil, *platform], 2),
+            (["show", "icmp", b"--" + evil, *platform], 2),
+            (["show", "icmp", b"--at=" + evil, *platform], 2),
+            (["show", "icmp", b"--platform", evil], 2),
+            (["show", "icmp", b"--platform", b"./" + evil], 1),
+            (["show", "icmp", b"--platform", b"simulated:" + evil], 1),
+            (["show", "icmp", b"--module", evil, *platform], 1),
+        ):
+            result = run(*words, encoding="utf-8")
+            self.assertEqual(result.returncode, status, result.stderr)
+            self.assertEqual(result.stdout, "")
+            self.assertRegex(result.stderr, r"^ipmibctl: .*\\x9b31m\\u202e\\x1b\[2J.*\n$")
+            self.assert_harmless(words, result)
+
+    def test_nor_does_what_the_platform_logs(self):
+        radvd = self.scenario + ".radvd"
+        with open(radvd, "wb") as file:
+            file.write(b"interface lan0 {\n  AdvSendAdvert \x1b[2J\x9b\xe2\x80\xae;\n};\n")
+        try:
+            result = run("show", "icmp", "--radvd-conf=" + radvd, encoding="utf-8")
+        finally:
+            os.unlink(radvd)
+        if "no option --radvd-conf" in result.stderr or result.returncode == 2:
+            self.skipTest("there is no Linux platform here")
+        self.assertIn("radvd: " + radvd + ":2: ", result.stderr)
+        self.assert_harmless(["radvd"], result)
+
+
+class Files(unittest.TestCase):
+    def test_what_has_no_end_does_not_keep_it(self):
+        with tempfile.TemporaryDirectory() as folder:
+            pipe = os.path.join(folder, "pipe")
+            os.mkfifo(pipe)
+            for name, reason in ((pipe, "line 1, column 1: syntax error"), ("/dev/zero", "it is no regular file")):
+                result = run("show", "icmp", "--platform", "simulated:" + name)
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(reason, result.stderr)
+
+    def test_a_program_may_write_the_scenario(self):
+        result = run("show", "interfaces", "--platform", "simulated:/dev/stdin", input='{"interfaces": [{"name": "x1"}]}')
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertIn("x1", result.stdout)
 
 
 class Words(unittest.TestCase):

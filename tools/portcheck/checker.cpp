@@ -4,6 +4,8 @@
 
 #include "chapters.h"
 
+#include "support/printable.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,18 +26,17 @@ class Lines
     void report(const Report &report)
     {
         for (const std::string &fact : report.facts) {
-            send(lineFact + fact);
+            send(lineFact + support::printable(fact));
         }
         for (const Finding &finding : report.broken) {
             send(lineBroken + std::to_string(static_cast<unsigned>(finding.promise)) + fieldEnd + finding.service +
-                 fieldEnd + finding.seen);
+                 fieldEnd + support::printable(finding.seen));
         }
     }
 
   private:
     void send(std::string line)
     {
-        std::replace(line.begin(), line.end(), '\n', ' ');
         line += '\n';
         for (std::size_t sent = 0; sent < line.size();) {
             const ssize_t now = write(descriptor_, line.data() + sent, line.size() - sent);
@@ -107,7 +108,7 @@ void runChecks(const Options &options, std::size_t chapter, Watch &watch, int de
         }
         lines.chapter(chapters().size());
         watch.step("the platform's stop");
-    } catch (const host::PluginError &error) {
+    } catch (const std::runtime_error &error) {
         lines.report(failure(Promise::starts, "the plug-ins", error.what()));
     }
     lines.end();

@@ -4,6 +4,8 @@
 
 #include "host/command_line.h"
 
+#include "support/printable.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -54,7 +56,7 @@ void printPromises()
 void logLine(int priority, const char *line)
 {
     if (priority <= IPMIB_LOG_WARNING) {
-        std::fprintf(stderr, "%s\n", line);
+        std::fprintf(stderr, "%s\n", support::printable(line).c_str());
     }
 }
 
@@ -109,7 +111,7 @@ host::ExitStatus run(int argc, char **argv)
 
 int fail(const std::exception &error, host::ExitStatus status)
 {
-    std::fprintf(stderr, "ipmib-portcheck: %s\n", error.what());
+    std::fprintf(stderr, "ipmib-portcheck: %s\n", support::printable(error.what()).c_str());
     return status;
 }
 

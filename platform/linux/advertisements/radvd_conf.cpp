@@ -5,6 +5,8 @@
 
 #include "advertisements/radvd_scanner.h"
 
+#include "support/printable.h"
+
 #include <algorithm>
 #include <cctype>
 #include <vector>
@@ -24,10 +26,7 @@ bool isIdentifier(std::string_view word)
 
 std::string quoted(std::string_view text)
 {
-    std::string line = "'" + std::string(text.substr(0, 40)) + "'";
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return std::isprint(c) == 0; }, '?');
-    return line;
+    return "'" + std::string(text.substr(0, 40)) + "'";
 }
 
 class Parser
@@ -48,9 +47,9 @@ class Parser
     // Each of them returns false, so that its caller can return what it returns.
     bool fail(unsigned line, const std::string &expected, const std::string &found)
     {
-        error_ = std::string(file_) + ":" + std::to_string(line) + ": expected " + expected + ", found " + found;
-        const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
-        std::replace_if(error_->begin(), error_->end(), isControl, '?'); // a quoted string may go over several lines
+        // A quoted string may go over several lines.
+        error_ = support::printable(std::string(file_) + ":" + std::to_string(line) + ": expected " + expected +
+                                    ", found " + found);
         return false;
     }
     bool fail(const std::string &expected)

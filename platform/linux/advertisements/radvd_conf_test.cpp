@@ -154,7 +154,7 @@ TEST(RadvdConf, AnErrorNamesFileLineAndExpectation)
     EXPECT_EQ(errorOf("interface eth0 { prefix ::/64 {\n AdvOnLink on }; };"),
               "radvd.conf:2: expected ';' after 'on', found '}'");
     EXPECT_EQ(errorOf("interface eth0 { X \"unended; };"), "radvd.conf:1: expected ';' to end X, found '\"'");
-    EXPECT_EQ(errorOf("interface eth0 { X \x01; };"), "radvd.conf:1: expected ';' to end X, found '?'");
+    EXPECT_EQ(errorOf("interface eth0 { X \x01; };"), "radvd.conf:1: expected ';' to end X, found '\\x01'");
     EXPECT_EQ(errorOf("interface eth0 { };\ninterface eth0 { };"),
               "radvd.conf:2: expected one definition of interface eth0, found a second one");
 }
