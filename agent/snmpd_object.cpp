@@ -24,6 +24,8 @@ using namespace ipmib::agent;
 
 constexpr const char *fileType = "snmpd";
 constexpr const char *directive = "ipmibServe";
+constexpr const char *platformDirective = "ipmibPlatform";
+constexpr const char *optionDirective = "ipmibPlatformOption";
 
 // This object's symbols for everybody, as long as it lives: the module looks for its agent's among them.
 class GlobalSymbols
@@ -76,8 +78,8 @@ class Object
   public:
     Object() : settings_(fileType, directive, nullptr)
     {
-        register_config_handler(fileType, "ipmibPlatform", takePlatform, nullptr, "NAME[:ARGUMENT]");
-        register_config_handler(fileType, "ipmibPlatformOption", takeOption, nullptr, "NAME[=VALUE]");
+        register_config_handler(fileType, platformDirective, takePlatform, nullptr, "NAME[:ARGUMENT]");
+        register_config_handler(fileType, optionDirective, takeOption, nullptr, "NAME[=VALUE]");
         snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, configurationRead, this);
         // Loaded by a request, long after the configuration was read, it is not told.
         const timeval soon{0, 1000};
@@ -89,8 +91,8 @@ class Object
     {
         snmp_alarm_unregister(alarm_);
         snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, configurationRead, this, 1);
-        unregister_config_handler(fileType, "ipmibPlatformOption");
-        unregister_config_handler(fileType, "ipmibPlatform");
+        unregister_config_handler(fileType, optionDirective);
+        unregister_config_handler(fileType, platformDirective);
     }
     Object(const Object &) = delete;
     Object &operator=(const Object &) = delete;
@@ -133,7 +135,7 @@ class Object
     {
         options_.pluginDirectory = symbols_.directory();
         options_.log = logLine;
-        plugin_.emplace(options_);
+        load();
         tables_ = servedTables(plugin_->resolver());
         for (const std::string &name : settings_.unknownNames(tables_)) {
             snmp_log(LOG_ERR, "%s: there is no table \"%s\"\n", directive, name.c_str());
@@ -149,6 +151,20 @@ class Object
         snmp_log(LOG_INFO, "ipmib: serving %td of %zu tables\n", std::ranges::count_if(claims, &Claim::isOurs),
                  claims.size());
         OwnershipReport("ipmib", directive).log(claims);
+    }
+
+    // A mistake in one line of the configuration costs that line alone.
+    void load()
+    {
+        while (!plugin_) {
+            try {
+                plugin_.emplace(options_);
+            } catch (const host::WrongOption &wrong) {
+                snmp_log(LOG_ERR, "%s: %s; the line is left aside\n", optionDirective, wrong.what());
+                options_.platformOptions.erase(options_.platformOptions.begin() +
+                                               static_cast<std::ptrdiff_t>(wrong.place));
+            }
+        }
     }
 
     Claim::Answer attemptTo(const ServedTable &table, const Claim::Attempt &attempt)

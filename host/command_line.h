@@ -19,11 +19,6 @@ enum ExitStatus { exitSuccess = 0, exitFailure = 1, exitUsage = 2 };
 // else gets their numbers. What is written there fails as before. Throws std::system_error.
 void occupyStandardDescriptors();
 
-// One line for the user: what on the command line is wrong.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 // The long options by which a platform and a module are chosen, for a program's table of long options, and the first
 // number that is left for those of the program.
 enum { platformOption = 256, moduleOption, firstProgramOption };

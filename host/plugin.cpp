@@ -6,8 +6,10 @@
 #include "registry.h"
 #include "shared_library.h"
 
+#include <cstring>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 namespace ipmib::host
 {
@@ -29,7 +31,7 @@ class RunningPlatform
         const void *exported = library.find("ipmib_platform_hooks");
         if (exported == nullptr) {
             if (!argument_.empty() || !options_.empty()) {
-                throw PluginError(library.path() + ": this platform takes no argument and no options");
+                throw UsageError(library.path() + ": this platform takes no argument and no options");
             }
             return;
         }
@@ -40,9 +42,9 @@ class RunningPlatform
         }
         host_ = {options.log ? options.log : logNothing, argument_.c_str(), options_.data(), options_.size()};
         char error[512] = "it does not say why";
-        if (hooks_->get().start(&host_, error, sizeof error) != 0) {
+        if (const int result = hooks_->get().start(&host_, error, sizeof error); result != 0) {
             error[sizeof error - 1] = '\0';
-            throw PluginError(library.path() + ": the platform does not start: " + error);
+            throwFailure(library, result, error);
         }
     }
     ~RunningPlatform()
@@ -57,6 +59,18 @@ class RunningPlatform
     const IpmibPlatformHooks *hooks() const { return hooks_ ? &hooks_->get() : nullptr; }
 
   private:
+    [[noreturn]] void throwFailure(const SharedLibrary &library, int result, const char *line) const
+    {
+        const std::size_t option = static_cast<std::size_t>(result) - IPMIB_WRONG_OPTION;
+        if (result == IPMIB_WRONG_ARGUMENT) {
+            throw UsageError(line);
+        }
+        if (option < options_.size()) {
+            throw WrongOption(line, option);
+        }
+        throw PluginError(library.path() + ": the platform does not start: " + line);
+    }
+
     std::optional<PlatformHooks> hooks_;
     std::string argument_;
     std::vector<IpmibPlatformOption> options_;
@@ -66,6 +80,31 @@ class RunningPlatform
 std::string platformName(const std::string &platform)
 {
     return platform.substr(0, platform.find(':'));
+}
+
+constexpr const char *platformPrefix = "platform_";
+constexpr const char *platformSuffix = ".so";
+
+std::set<std::string> platformNames(const std::string &directory)
+{
+    std::set<std::string> names;
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(directory, error)) {
+        const std::string file = entry.path().filename();
+        if (file.starts_with(platformPrefix) && entry.path().extension() == platformSuffix) {
+            names.insert(entry.path().stem().string().substr(std::strlen(platformPrefix)));
+        }
+    }
+    return names;
+}
+
+std::string joined(const std::set<std::string> &names)
+{
+    std::string text;
+    for (const std::string &name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text;
 }
 
 std::string platformArgument(const std::string &platform)
@@ -155,7 +194,14 @@ const IpmibPlatformHooks *Plugin::platform() const
 std::string platformPath(const PluginOptions &options)
 {
     const std::string name = platformName(options.platform);
-    return name.find('/') != std::string::npos ? name : options.pluginDirectory + "/platform_" + name + ".so";
+    if (name.find('/') != std::string::npos) {
+        return name;
+    }
+    const std::set<std::string> names = platformNames(options.pluginDirectory);
+    if (!names.empty() && !names.contains(name)) {
+        throw UsageError("there is no platform \"" + name + "\"; there are: " + joined(names));
+    }
+    return options.pluginDirectory + "/" + platformPrefix + name + platformSuffix;
 }
 
 std::string pluginDirectoryOfProgram(const char *relative)

@@ -15,6 +15,18 @@
 namespace ipmib::host
 {
 
+// One line for the user: what on the command line is wrong.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// One of PluginOptions::platformOptions, by its place, is unknown to the platform or has a wrong value.
+struct WrongOption : UsageError {
+    WrongOption(const char *line, std::size_t at) : UsageError(line), place(at) {}
+
+    std::size_t place;
+};
+
 // One line for the user; it names the library, and the symbol or the setting that is wrong.
 struct PluginError : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -31,7 +43,8 @@ struct PluginOptions {
 class Plugin
 {
   public:
-    // Starts the platform, so that its mirrors are full, then loads the module. Throws PluginError. A platform and a
+    // Starts the platform, so that its mirrors are full, then loads the module. Throws PluginError; where the options
+    // are to blame, WrongOption for a single one, and UsageError for the platform's name and argument. A platform and a
     // module are in use once at a time: both keep their state in their libraries.
     explicit Plugin(const PluginOptions &options);
     // Unloads the module, then stops and unloads the platform.
@@ -50,7 +63,8 @@ class Plugin
     std::unique_ptr<Impl> impl_;
 };
 
-// The path of the library of PluginOptions::platform.
+// The path of the library of PluginOptions::platform. Throws UsageError with the names of the platforms that there are
+// when it has none of them.
 std::string platformPath(const PluginOptions &options);
 
 // The plug-in directory of the running program: `relative` seen from the program's own folder.

@@ -51,6 +51,15 @@ class PluginTest : public ::testing::Test
         }
         return "no error";
     }
+    std::string mistake()
+    {
+        try {
+            Plugin plugin(options);
+        } catch (const UsageError &problem) {
+            return problem.what();
+        }
+        return "no mistake";
+    }
     std::string inDirectory(const char *rest) const { return options.pluginDirectory + "/" + rest; }
 
     PluginOptions options;
@@ -105,6 +114,13 @@ TEST_F(PluginTest, findsTheModuleInThePluginDirectory)
 TEST_F(PluginTest, namesThePlatformThatIsNotThere)
 {
     options.platform = "toaster";
+    EXPECT_TRUE(mistake().starts_with("there is no platform \"toaster\"; there are: ")) << mistake();
+    EXPECT_NE(mistake().find(", plain, scripted, test"), std::string::npos) << mistake();
+    options.platform = inDirectory("platform_toaster.so");
+    EXPECT_EQ(error(),
+              inDirectory("platform_toaster.so") + ": cannot open shared object file: No such file or directory");
+    options.pluginDirectory = inDirectory("nowhere");
+    options.platform = "toaster";
     EXPECT_EQ(error(),
               inDirectory("platform_toaster.so") + ": cannot open shared object file: No such file or directory");
 }
@@ -156,13 +172,28 @@ TEST_F(PluginTest, refusesHooksOfAnImpossibleSize)
                            ": ipmib_platform_hooks has the size or version 2, which no host can use");
 }
 
+TEST_F(PluginTest, tellsMistakesOfTheCommandLineFromFailures)
+{
+    options.platform = "test:wrong";
+    EXPECT_EQ(mistake(), "the argument \"wrong\" is wrong");
+    options.platform = "test";
+    options.platformOptions = {{"colour", "green"}, {"wrong", ""}, {"shape", "round"}};
+    try {
+        Plugin plugin(options);
+        ADD_FAILURE();
+    } catch (const WrongOption &wrong) {
+        EXPECT_STREQ(wrong.what(), "the option --wrong is wrong");
+        EXPECT_EQ(wrong.place, 1u);
+    }
+}
+
 TEST_F(PluginTest, aPlatformWithoutHooksTakesNoOptions)
 {
     options.platform = "plain:argument";
-    EXPECT_EQ(error(), inDirectory("platform_plain.so") + ": this platform takes no argument and no options");
+    EXPECT_EQ(mistake(), inDirectory("platform_plain.so") + ": this platform takes no argument and no options");
     options.platform = "plain";
     options.platformOptions = {{"colour", "green"}};
-    EXPECT_EQ(error(), inDirectory("platform_plain.so") + ": this platform takes no argument and no options");
+    EXPECT_EQ(mistake(), inDirectory("platform_plain.so") + ": this platform takes no argument and no options");
 }
 
 TEST_F(PluginTest, refusesALibraryThatIsNoModule)

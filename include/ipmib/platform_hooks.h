@@ -34,11 +34,16 @@ typedef struct IpmibPlatformHost {
     size_t option_count;
 } IpmibPlatformHost;
 
+/* Answers of `start` that blame the command line. */
+enum { IPMIB_WRONG_ARGUMENT = 0x10000, IPMIB_WRONG_OPTION = 0x20000 };
+
 /* The record grows at its end. A host uses what lies within the size, and takes the rest for null. */
 typedef struct IpmibPlatformHooks {
     uint32_t size; /* of this record as the platform knows it; 3 in those that end with `ipv4` */
     /* Fills every mirror, so that the first request is answered in full. Returns 0; otherwise the error buffer holds
-     * one line that names what failed, and nothing is left open. Unknown options are errors. */
+     * one line that names what failed, and nothing is left open. What the user has written wrong is answered with
+     * IPMIB_WRONG_ARGUMENT, or with IPMIB_WRONG_OPTION plus the option's place in the list for one that is unknown or
+     * has a wrong value; whatever else went wrong, with another number. */
     int (*start)(const IpmibPlatformHost *host, char *error, size_t capacity);
     /* Ends what start began. */
     void (*stop)(void);

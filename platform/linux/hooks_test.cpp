@@ -142,12 +142,16 @@ TEST(Hooks, whatIsUnknownIsRefusedByName)
 {
     EXPECT_EQ(hooks.size, sizeof hooks);
     Start failed = start("", {{"warp-speed", "9"}});
-    EXPECT_NE(failed.result, 0);
-    EXPECT_NE(failed.error.find("--warp-speed"), std::string::npos) << failed.error;
+    EXPECT_EQ(failed.result, IPMIB_WRONG_OPTION);
+    EXPECT_EQ(failed.error, "there is no option --warp-speed; those of platform linux are --ipv4-accounting and "
+                            "--radvd-conf=FILE");
     EXPECT_EQ(hooks.descriptor(), -1);
+    failed = start("", {{"radvd-conf", "/dev/null"}, {"ipv4-accounting", "yes"}});
+    EXPECT_EQ(failed.result, IPMIB_WRONG_OPTION + 1);
+    EXPECT_EQ(failed.error, "--ipv4-accounting takes no value, not \"yes\"");
     failed = start("eth0", {});
-    EXPECT_NE(failed.result, 0);
-    EXPECT_NE(failed.error.find("eth0"), std::string::npos) << failed.error;
+    EXPECT_EQ(failed.result, IPMIB_WRONG_ARGUMENT);
+    EXPECT_EQ(failed.error, "platform linux takes no argument, not \"eth0\"");
 }
 
 TEST(Hooks, nothingStaysOpenBehindAStop)

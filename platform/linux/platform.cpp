@@ -17,21 +17,6 @@ namespace
 {
 constexpr std::uint32_t usualHopLimit = 64; // of a kernel without IPv6, and of every kernel that nobody configured
 Platform *serving = nullptr;
-
-std::string readOption(const IpmibPlatformOption &option, Settings &settings)
-{
-    const std::string_view name = option.name;
-    const std::string_view value = option.value;
-    if (name == "radvd-conf") {
-        settings.radvdConf = value;
-        return value.empty() ? "--radvd-conf needs the name of a file" : "";
-    }
-    if (name == "ipv4-accounting") {
-        settings.ipv4Accounting = true;
-        return value.empty() ? "" : "--ipv4-accounting takes no value, not \"" + std::string(value) + "\"";
-    }
-    return "platform linux has no option --" + std::string(name);
-}
 } // namespace
 
 Platform *running()
@@ -43,24 +28,25 @@ void setRunning(Platform *platform)
     serving = platform;
 }
 
-std::string readOptions(const IpmibPlatformHost &host, Settings &settings)
+std::string Platform::takeArgument(const char *argument)
 {
-    if (host.argument != nullptr && *host.argument != '\0') {
-        return "platform linux takes no argument, not \"" + std::string(host.argument) + "\"";
-    }
-    for (std::size_t i = 0; i < host.option_count; ++i) {
-        if (const std::string error = readOption(host.options[i], settings); !error.empty()) {
-            return error;
-        }
-    }
-    return "";
+    return *argument == '\0' ? "" : "platform linux takes no argument, not \"" + std::string(argument) + "\"";
 }
 
-std::string Platform::start(const IpmibPlatformHost &host)
+std::string Platform::takeOption(const IpmibPlatformOption &option)
 {
-    Settings settings;
-    const std::string error = readOptions(host, settings);
-    return error.empty() ? start(settings) : error;
+    const std::string_view name = option.name;
+    const std::string_view value = option.value;
+    if (name == "radvd-conf") {
+        settings_.radvdConf = value;
+        return value.empty() ? "--radvd-conf needs the name of a file" : "";
+    }
+    if (name == "ipv4-accounting") {
+        settings_.ipv4Accounting = true;
+        return value.empty() ? "" : "--ipv4-accounting takes no value, not \"" + std::string(value) + "\"";
+    }
+    return "there is no option --" + std::string(name) +
+           "; those of platform linux are --ipv4-accounting and --radvd-conf=FILE";
 }
 
 std::string Platform::start(const Settings &settings)

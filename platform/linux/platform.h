@@ -35,9 +35,6 @@ struct Settings {
     bool ipv4Accounting = false; // counts IPv4 traffic by interface, with a table in the packet filter
 };
 
-// Settings from the host's options; the answer, when one is unknown, is one line for the user.
-std::string readOptions(const IpmibPlatformHost &host, Settings &settings);
-
 class Platform
 {
   public:
@@ -45,10 +42,13 @@ class Platform
     Platform(const Platform &) = delete;
     Platform &operator=(const Platform &) = delete;
 
+    // What the command line says, before the start. The answer, when it is wrong, is one line for the user.
+    std::string takeArgument(const char *argument);
+    std::string takeOption(const IpmibPlatformOption &option);
+
     // Fills every mirror. The answer, when that fails, is one line for the user.
+    std::string start() { return start(settings_); }
     std::string start(const Settings &settings);
-    // The same with settings from the host's options.
-    std::string start(const IpmibPlatformHost &host);
 
     int descriptor() const { return loop_.descriptor(); }
     void dispatch() { loop_.run(); }
@@ -116,6 +116,7 @@ class Platform
     RadvdFile radvd_;
     RowHopLimit rowHopLimit_;
     IpRows ip_{*this};
+    Settings settings_;
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;
     std::uint32_t now_ = 0;
 };

@@ -36,8 +36,8 @@ TEST(SimulatedHooks, aStartNeedsAScenario)
     const IpmibPlatformOption option{"speed", "3"};
     const IpmibPlatformHost host{nullptr, "x", &option, 1};
     char error[100];
-    EXPECT_NE(hooks.start(&host, error, sizeof error), 0);
-    EXPECT_STREQ(error, "platform simulated has no option --speed");
+    EXPECT_EQ(hooks.start(&host, error, sizeof error), IPMIB_WRONG_OPTION);
+    EXPECT_STREQ(error, "there is no option --speed; that of platform simulated is --at=SECONDS");
 }
 
 TEST(SimulatedHooks, aTimeThatIsNoneIsRefused)

@@ -38,30 +38,23 @@ void setRunning(Platform *platform)
     serving = platform;
 }
 
-std::string Platform::readOptions(const IpmibPlatformHost &host)
+std::string Platform::takeArgument(const char *argument)
 {
-    path_ = host.argument == nullptr ? "" : host.argument;
-    if (path_.empty()) {
-        return "platform simulated needs a scenario: --platform simulated:FILE";
-    }
-    for (std::size_t i = 0; i < host.option_count; ++i) {
-        const IpmibPlatformOption &option = host.options[i];
-        if (option.name != std::string_view("at")) {
-            return std::string("platform simulated has no option --") + option.name;
-        }
-        stopped_ = parseSeconds(option.value);
-        if (!stopped_) {
-            return std::string("--at needs the seconds since the device's start, not \"") + option.value + "\"";
-        }
-    }
-    return "";
+    path_ = argument;
+    return path_.empty() ? "platform simulated needs a scenario: --platform simulated:FILE" : "";
 }
 
-std::string Platform::start(const IpmibPlatformHost &host)
+std::string Platform::takeOption(const IpmibPlatformOption &option)
 {
-    if (std::string error = readOptions(host); !error.empty()) {
-        return error;
+    if (option.name != std::string_view("at")) {
+        return std::string("there is no option --") + option.name + "; that of platform simulated is --at=SECONDS";
     }
+    stopped_ = parseSeconds(option.value);
+    return stopped_ ? "" : std::string("--at needs the seconds since the device's start, not \"") + option.value + "\"";
+}
+
+std::string Platform::start()
+{
     try {
         device_ = readScenario(path_);
     } catch (const ScenarioError &error) {

@@ -23,8 +23,11 @@ class Platform
     Platform(const Platform &) = delete;
     Platform &operator=(const Platform &) = delete;
 
+    // What the command line says, before the start. The answer, when it is wrong, is one line for the user.
+    std::string takeArgument(const char *argument);
+    std::string takeOption(const IpmibPlatformOption &option);
     // Reads the scenario. The answer, when that fails, is one line for the user.
-    std::string start(const IpmibPlatformHost &host);
+    std::string start();
 
     // Nothing happens by itself: what the time brings is seen by the next packet.
     int descriptor() const { return -1; }
@@ -58,7 +61,6 @@ class Platform
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
 
   private:
-    std::string readOptions(const IpmibPlatformHost &host);
     Time now() const;
     bool describe(const Interface *interface, IpmibInterface &row) const;
     // A moment of the device on the monotonic clock, in milliseconds; 0 for its start and what was before the clock's.

@@ -101,10 +101,12 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
             logsPackets = true;
         } else if (std::strcmp(name, "vanished-interface") == 0) {
             ipmib::e2e::letVanish(static_cast<std::uint32_t>(std::atoi(given->options[i].value)));
-        } else {
-            std::snprintf(error, capacity, std::strcmp(name, "refuse") == 0 ? "told to refuse" : "unknown option --%s",
-                          name);
+        } else if (std::strcmp(name, "refuse") == 0) {
+            std::snprintf(error, capacity, "told to refuse");
             return 1;
+        } else {
+            std::snprintf(error, capacity, "unknown option --%s", name);
+            return IPMIB_WRONG_OPTION + static_cast<int>(i);
         }
     }
     host = given;

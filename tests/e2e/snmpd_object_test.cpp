@@ -105,9 +105,20 @@ TEST_F(SnmpdObjectTest, MistakesAreLoggedAndTheAgentGoesOn)
         << masterLog();
     EXPECT_NE(masterLog().find("ipmibServe: there is no table \"ipAdressTable\""), std::string::npos) << masterLog();
     EXPECT_TRUE(isThere(interfaceRow));
-    reconfigureMaster(load + "ipmibPlatformOption colour=red\n");
-    EXPECT_NE(masterLog().find("ipmib: nothing is served: "), std::string::npos) << masterLog();
-    EXPECT_NE(masterLog().find("has no option --colour"), std::string::npos) << masterLog();
+    reconfigureMaster(load + "ipmibPlatformOption colour=red\nipmibPlatformOption radvd-conf=/dev/null\n"
+                             "ipmibPlatformOption ipv4-accounting=yes\n");
+    for (const std::string line :
+         {"ipmibPlatformOption: there is no option --colour; those of platform linux are --ipv4-accounting and "
+          "--radvd-conf=FILE; the line is left aside",
+          "ipmibPlatformOption: --ipv4-accounting takes no value, not \"yes\"; the line is left aside"}) {
+        EXPECT_NE(masterLog().find(line), std::string::npos) << masterLog();
+    }
+    EXPECT_TRUE(isThere(interfaceRow));
+    reconfigureMaster(load + "ipmibPlatform simulate:x\n");
+    EXPECT_NE(
+        masterLog().find("ipmib: nothing is served: there is no platform \"simulate\"; there are: linux, simulated"),
+        std::string::npos)
+        << masterLog();
     EXPECT_FALSE(isThere(interfaceRow));
     reconfigureMaster(load);
     EXPECT_TRUE(isThere(interfaceRow));

@@ -32,8 +32,16 @@ int start(const IpmibPlatformHost *lent, char *error, size_t capacity)
         std::snprintf(error, capacity, "the argument \"%s\" is of no use", host->argument);
         return -1;
     }
+    if (std::strcmp(host->argument, "wrong") == 0) {
+        std::snprintf(error, capacity, "the argument \"%s\" is wrong", host->argument);
+        return IPMIB_WRONG_ARGUMENT;
+    }
     answer = static_cast<std::uint32_t>(std::strlen(host->argument));
     for (size_t i = 0; i < host->option_count; ++i) {
+        if (std::strcmp(host->options[i].name, "wrong") == 0) {
+            std::snprintf(error, capacity, "the option --%s is wrong", host->options[i].name);
+            return IPMIB_WRONG_OPTION + static_cast<int>(i);
+        }
         host->log(IPMIB_LOG_INFO, host->options[i].name);
         host->log(IPMIB_LOG_INFO, host->options[i].value);
     }

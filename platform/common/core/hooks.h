@@ -14,12 +14,13 @@
 namespace ipmib::platform
 {
 
-// A platform has start(const IpmibPlatformHost &), which answers with one line for the user when it fails,
-// descriptor(), dispatch(), beginPacket(), reload() and interfaceName(std::uint32_t ifIndex); what the interface tables
-// need: findInterface, interfaceAfter, traffic, interfaceCount and interfacesChangedMs, the first three of which answer
-// whether there was something to fill in; what the IPv4 tables need: followIpv4(), which answers as start does, and
-// ipv4(), an object with findAddress, addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside
-// it a function setRunning(Platform *) that puts it to its services, or takes it away again with null.
+// A platform has takeArgument(const char *), takeOption(const IpmibPlatformOption &) and then start(), each of which
+// answers with one line for the user when it fails, and nothing otherwise; descriptor(), dispatch(), beginPacket(),
+// reload() and interfaceName(std::uint32_t ifIndex); what the interface tables need: findInterface, interfaceAfter,
+// traffic, interfaceCount and interfacesChangedMs, the first three of which answer whether there was something to fill
+// in; what the IPv4 tables need: followIpv4(), which answers as start does, and ipv4(), an object with findAddress,
+// addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside it a function setRunning(Platform
+// *) that puts it to its services, or takes it away again with null.
 //
 // It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), and ip(), an object with a member for each function
 // of IpmibIpHooks. For one that has it not the hook is null.
@@ -49,13 +50,27 @@ class Hooks
     {
         setLogSink(host->log);
         instance_ = std::make_unique<Platform>();
-        const std::string failure = instance_->start(*host);
-        if (!failure.empty()) {
+        const int result = startInstance(*host, error, capacity);
+        if (result != 0) {
             stop();
-            return hookFailure(failure, error, capacity);
+            return result;
         }
         setRunning(instance_.get());
         return 0;
+    }
+
+    static int startInstance(const IpmibPlatformHost &host, char *error, std::size_t capacity)
+    {
+        const char *argument = host.argument == nullptr ? "" : host.argument;
+        if (hookFailure(instance_->takeArgument(argument), error, capacity) != 0) {
+            return IPMIB_WRONG_ARGUMENT;
+        }
+        for (std::size_t i = 0; i < host.option_count; ++i) {
+            if (hookFailure(instance_->takeOption(host.options[i]), error, capacity) != 0) {
+                return IPMIB_WRONG_OPTION + static_cast<int>(i);
+            }
+        }
+        return hookFailure(instance_->start(), error, capacity);
     }
 
     static void stop()
