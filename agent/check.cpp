@@ -6,8 +6,10 @@
 
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
+#include "ended_at_once.h"
 #include "event_loop.h"
 #include "net_snmp.h"
+#include "ownership_report.h"
 #include "platform_events.h"
 #include "snmp_library.h"
 #include "system_group.h"
@@ -70,25 +72,34 @@ void printHeading()
 
 bool printClaims(const agentx::Session &session, bool isAnotherRunning)
 {
-    bool good = true;
+    std::vector<Claim> faults;
     printHeading();
     for (const Claim &claim : session.claims()) {
         const bool runs = claim.owner() == Owner::others && isAnotherRunning;
         printLine(claim.table().name, textOf(claim.table().identifier.view()),
                   runs ? "ours, of the ipmibd that runs" : textOf(claim));
-        good = good && (runs || !claim.isFault());
+        if (claim.isFault() && !runs) {
+            faults.push_back(claim);
+        }
     }
-    return good;
+    OwnershipReport("agentx", ServeSettings::directive).log(faults);
+    return faults.empty();
 }
 
 bool checkSubagent(EventLoop &loop, host::Plugin &plugin, const std::vector<ServedTable> &tables,
                    const ServeSettings &settings, const agentx::Address &master)
 {
     const PlatformEvents platformEvents(plugin.platform());
-    agentx::Session session(plugin.resolver(), plugin.platform(), tables, settings, master, [&] { loop.stop(); });
+    agentx::Session session(
+        plugin.resolver(), plugin.platform(), tables, settings, master, [&] { loop.stop(); },
+        agentx::Session::Purpose::look);
     session.start();
     loop.run([] {});
-    return session.isServing() && printClaims(session, agentx::PresenceMark::isSet(master));
+    if (!session.isServing()) {
+        snmp_log(LOG_ERR, "agentx: %s\n", session.trouble().c_str());
+        return false;
+    }
+    return printClaims(session, agentx::PresenceMark::isSet(master));
 }
 
 } // namespace
@@ -98,6 +109,7 @@ bool check(const Options &options)
     const bool isSubagent = !options.master.empty();
     const agentx::Address master = isSubagent ? agentx::parseAddress(options.master) : agentx::Address();
     EventLoop loop;
+    const EndedAtOnce checking;
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn, false});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());

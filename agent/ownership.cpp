@@ -25,9 +25,10 @@ bool isServedInPart(const ServedTable &table)
 
 } // namespace
 
-Claim::Claim(const ServedTable &table, Serve wish) : table_(&table), wish_(wish), places_{table.identifier, table.inner}
+Claim::Claim(const ServedTable &table, Serve wish, WhenOff whenOff)
+    : table_(&table), wish_(wish), places_{table.identifier, table.inner}
 {
-    if (wish == Serve::off) {
+    if (wish == Serve::off && whenOff == WhenOff::leaveAlone) {
         owner_ = Owner::off;
     }
 }
@@ -53,7 +54,7 @@ void Claim::take(Answer answer, const std::string &reason)
             lookOn();
         } else {
             reason_ = reason;
-            owner_ = Owner::refused;
+            owner_ = wish_ == Serve::off ? Owner::off : Owner::refused;
         }
         break;
     case Stage::lookAway:
@@ -79,6 +80,10 @@ void Claim::lookOn()
 {
     stage_ = Stage::look;
     if (++place_ < places_.size()) {
+        return;
+    }
+    if (wish_ == Serve::off) {
+        owner_ = agents_.empty() ? Owner::off : Owner::agents;
         return;
     }
     const bool inPart = !agents_.empty() && wish_ == Serve::automatic;

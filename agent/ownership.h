@@ -38,7 +38,10 @@ inline constexpr int ourPriority = 93;
 class Claim
 {
   public:
-    Claim(const ServedTable &table, Serve wish);
+    // A table that is off is left alone, or, to tell what the agent has in its place, looked for and no more.
+    enum class WhenOff { leaveAlone, look };
+
+    Claim(const ServedTable &table, Serve wish, WhenOff whenOff = WhenOff::leaveAlone);
 
     struct Attempt {
         bool registering; // or taking back what was registered for a look

@@ -38,9 +38,9 @@ struct Agent {
         return registered.insert(place).second ? Answer::granted : Answer::duplicate;
     }
 
-    Claim decide(const ServedTable &wanted, Serve wish)
+    Claim decide(const ServedTable &wanted, Serve wish, Claim::WhenOff whenOff = Claim::WhenOff::leaveAlone)
     {
-        Claim claim(wanted, wish);
+        Claim claim(wanted, wish, whenOff);
         for (int step = 0; step < 20; ++step) {
             const auto attempt = claim.next();
             if (!attempt) {
@@ -54,6 +54,21 @@ struct Agent {
 };
 
 using Places = std::set<std::string>;
+
+TEST(Claim, WhatIsOffIsTheAgentsWhereItHasIt)
+{
+    const auto look = [](Agent agent) {
+        const Places before = agent.registered;
+        const Claim claim = agent.decide(table, Serve::off, Claim::WhenOff::look);
+        EXPECT_EQ(agent.registered, before);
+        EXPECT_FALSE(claim.isFault());
+        return claim.owner();
+    };
+    EXPECT_EQ(look({{}}), Owner::off);
+    EXPECT_EQ(look({{"1.3.4 127"}}), Owner::agents);
+    EXPECT_EQ(look({{"1.3.4.1 127"}}), Owner::agents);
+    EXPECT_EQ(look({{}, {"1.3.4 127"}}), Owner::off) << "nobody may look there";
+}
 
 TEST(Claim, WhatNobodyHasIsOurs)
 {

@@ -33,8 +33,9 @@ bool isAbsence(const std::string &reason)
 } // namespace
 
 Session::Session(host::Resolver &resolver, const IpmibPlatformHooks *platform, const std::vector<ServedTable> &tables,
-                 const ServeSettings &settings, const Address &master, std::function<void()> settled)
-    : tables_(tables), settings_(settings), settled_(std::move(settled)), responder_(resolver, platform),
+                 const ServeSettings &settings, const Address &master, std::function<void()> settled, Purpose purpose)
+    : tables_(tables), settings_(settings), settled_(std::move(settled)), purpose_(purpose),
+      responder_(resolver, platform),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
       report_("agentx", ServeSettings::directive)
@@ -115,13 +116,18 @@ void Session::lost(const std::string &reason)
     responder_.serve({});
     state_ = State::apart;
     setAlarm(retrySeconds);
-    if (wasServing || (reason != trouble_ && !(isAbsence(reason) && isAbsence(trouble_)))) {
-        const bool isForbidden = reason == std::strerror(EACCES) && connection_.address().isLocal();
-        snmp_log(wasServing ? LOG_WARNING : LOG_ERR, "agentx: no master at %s: %s%s; trying again every second\n",
-                 connection_.address().text.c_str(), reason.c_str(), isForbidden ? permissionHint : "");
-    }
+    const bool isNews = wasServing || (reason != trouble_ && !(isAbsence(reason) && isAbsence(trouble_)));
     trouble_ = reason;
+    if (isNews && purpose_ == Purpose::serve) {
+        snmp_log(wasServing ? LOG_WARNING : LOG_ERR, "agentx: %s; trying again every second\n", trouble().c_str());
+    }
     settle();
+}
+
+std::string Session::trouble() const
+{
+    const bool isForbidden = trouble_ == std::strerror(EACCES) && connection_.address().isLocal();
+    return "no master at " + connection_.address().text + ": " + trouble_ + (isForbidden ? permissionHint : "");
 }
 
 void Session::settle()
@@ -143,7 +149,8 @@ void Session::opened(const netsnmp_pdu &response)
     claims_.clear();
     std::vector<const host::Resolver::Region *> regions;
     for (const ServedTable &table : tables_) {
-        claims_.emplace_back(table, settings_.of(table));
+        claims_.emplace_back(table, settings_.of(table),
+                             purpose_ == Purpose::look ? Claim::WhenOff::look : Claim::WhenOff::leaveAlone);
         regions.push_back(table.region);
     }
     responder_.serve(std::move(regions)); // the master may ask for what it has granted, be it for a moment
@@ -185,12 +192,14 @@ void Session::serve()
             regions.push_back(claim.table().region);
         }
     }
-    snmp_log(LOG_INFO, "agentx: connected to the master at %s, serving %zu of %zu tables\n",
-             connection_.address().text.c_str(), regions.size(), claims_.size());
+    if (purpose_ == Purpose::serve) {
+        snmp_log(LOG_INFO, "agentx: connected to the master at %s, serving %zu of %zu tables\n",
+                 connection_.address().text.c_str(), regions.size(), claims_.size());
+        report_.log(claims_);
+    }
     responder_.serve(std::move(regions));
     state_ = State::serving;
     trouble_.clear();
-    report_.log(claims_);
     settle();
 }
 
@@ -216,8 +225,10 @@ void Session::alarmWentOff()
         start();
     } else if (trouble_ != silent) {
         trouble_ = silent;
-        snmp_log(LOG_WARNING, "agentx: the master at %s does not answer; waiting\n",
-                 connection_.address().text.c_str());
+        if (purpose_ == Purpose::serve) {
+            snmp_log(LOG_WARNING, "agentx: the master at %s does not answer; waiting\n",
+                     connection_.address().text.c_str());
+        }
         settle();
     }
 }

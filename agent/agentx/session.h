@@ -18,10 +18,15 @@ namespace ipmib::agent::agentx
 class Session
 {
   public:
+    // A sub-agent that serves tells the log how things stand. Somebody who only looks asks the session, and also about
+    // the tables that are off.
+    enum class Purpose { serve, look };
+
     // `settled` is called whenever it is known how things stand: the tables are claimed, or the master is out of reach.
     // The platform may be null; the others must outlive the session.
     Session(host::Resolver &resolver, const IpmibPlatformHooks *platform, const std::vector<ServedTable> &tables,
-            const ServeSettings &settings, const Address &master, std::function<void()> settled);
+            const ServeSettings &settings, const Address &master, std::function<void()> settled,
+            Purpose purpose = Purpose::serve);
     // Sends agentx-Close where a session is open; does not wait.
     ~Session();
     Session(const Session &) = delete;
@@ -31,8 +36,8 @@ class Session
     void start();
 
     bool isServing() const { return state_ == State::serving; }
-    // Why not.
-    const std::string &trouble() const { return trouble_; }
+    // Why not: "no master at ...: ...".
+    std::string trouble() const;
     const std::vector<Claim> &claims() const { return claims_; }
 
   private:
@@ -61,6 +66,7 @@ class Session
     const std::vector<ServedTable> &tables_;
     const ServeSettings &settings_;
     std::function<void()> settled_;
+    Purpose purpose_;
     Responder responder_;
     Connection connection_;
     State state_ = State::apart;
