@@ -58,15 +58,10 @@ std::vector<std::string> searchPath()
     return folders;
 }
 
-using Obstacles = std::map<std::string, std::string>;
-
-std::string textOf(const Obstacles::value_type &obstacle)
-{
-    return "cannot read the configuration file " + obstacle.first + ": " + obstacle.second;
-}
+} // namespace
 
 // One pass over all files.
-class Pass
+class ConfigurationFiles::Pass
 {
   public:
     void read(const std::string &file, bool mayBeAbsent);
@@ -82,7 +77,7 @@ class Pass
     unsigned files_ = 0;
 };
 
-void Pass::read(const std::string &file, bool mayBeAbsent)
+void ConfigurationFiles::Pass::read(const std::string &file, bool mayBeAbsent)
 {
     if (depth_ > deepest || ++files_ > mostFiles) {
         return;
@@ -90,7 +85,7 @@ void Pass::read(const std::string &file, bool mayBeAbsent)
     const support::NamedFile content = support::readNamedFile(file, largestFile);
     if (content.error != 0) {
         if (content.error != ENOENT || !mayBeAbsent) {
-            obstacles.emplace(file, content.reason);
+            obstacles.emplace(file, Obstacle{content.reason, content.error == EINVAL || content.error == EFBIG});
         }
         return;
     }
@@ -104,7 +99,7 @@ void Pass::read(const std::string &file, bool mayBeAbsent)
     close(held);
 }
 
-void Pass::readSearched(const std::string &type)
+void ConfigurationFiles::Pass::readSearched(const std::string &type)
 {
     for (const std::string &folder : searchPath()) {
         read(folder + "/" + type + ".conf", true);
@@ -112,7 +107,7 @@ void Pass::readSearched(const std::string &type)
     }
 }
 
-void Pass::readFolder(const std::string &folder)
+void ConfigurationFiles::Pass::readFolder(const std::string &folder)
 {
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
@@ -122,11 +117,11 @@ void Pass::readFolder(const std::string &folder)
         }
     }
     if (error) {
-        obstacles.emplace(folder, error.message());
+        obstacles.emplace(folder, Obstacle{error.message(), false});
     }
 }
 
-void Pass::readLine(const std::string &file, std::string line)
+void ConfigurationFiles::Pass::readLine(const std::string &file, std::string line)
 {
     char word[1024];
     const char *text = skip_white(line.data());
@@ -145,7 +140,10 @@ void Pass::readLine(const std::string &file, std::string line)
     }
 }
 
-} // namespace
+std::string ConfigurationFiles::textOf(const Obstacles::value_type &obstacle)
+{
+    return "cannot read the configuration file " + obstacle.first + ": " + obstacle.second.reason;
+}
 
 ConfigurationFiles::ConfigurationFiles(std::vector<std::string> named, bool searched)
     : named_(std::move(named)), searched_(searched)
@@ -174,6 +172,9 @@ void ConfigurationFiles::begin()
         }
     }
     for (const auto &obstacle : known_) {
+        if (obstacle.second.isEndless) {
+            throw std::runtime_error(textOf(obstacle));
+        }
         snmp_log(LOG_WARNING, "%s, going on without it\n", textOf(obstacle).c_str());
     }
 }

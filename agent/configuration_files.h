@@ -17,7 +17,8 @@ class ConfigurationFiles
     ConfigurationFiles(std::vector<std::string> named, bool searched);
 
     // To be called before the library reads them for the first time. Throws std::runtime_error for a named file that
-    // cannot be read, and logs which of the searched ones are passed over.
+    // cannot be read, and for any that has no end, over which the library would not pass; logs which of the others are
+    // passed over.
     void begin();
 
     // To be called before the library reads them again, after which it knows nothing else. Throws std::runtime_error
@@ -26,7 +27,14 @@ class ConfigurationFiles
 
   private:
     // Why files cannot be read, by their names.
-    using Obstacles = std::map<std::string, std::string>;
+    struct Obstacle {
+        std::string reason;
+        bool isEndless; // a pipe, a device, or too large
+    };
+    using Obstacles = std::map<std::string, Obstacle>;
+    class Pass;
+
+    static std::string textOf(const Obstacles::value_type &obstacle);
     Obstacles obstacles() const;
 
     std::vector<std::string> named_;

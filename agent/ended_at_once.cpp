@@ -4,6 +4,7 @@
 #include "ended_at_once.h"
 
 #include <iterator>
+#include <utility>
 
 namespace ipmib::agent
 {
@@ -13,11 +14,11 @@ namespace
 
 constexpr int endings[] = {SIGTERM, SIGINT};
 
-void (*tidyUpAtTheEnd)() = nullptr;
+std::function<void()> tidyUpAtTheEnd;
 
 void end(int number)
 {
-    if (tidyUpAtTheEnd != nullptr) {
+    if (tidyUpAtTheEnd) {
         tidyUpAtTheEnd();
     }
     raise(number); // once this handler, which is reset, has returned
@@ -25,9 +26,9 @@ void end(int number)
 
 } // namespace
 
-EndedAtOnce::EndedAtOnce(void (*tidyUp)())
+EndedAtOnce::EndedAtOnce(std::function<void()> tidyUp)
 {
-    tidyUpAtTheEnd = tidyUp;
+    tidyUpAtTheEnd = std::move(tidyUp); // before the first signal can come
     struct sigaction action {
     };
     action.sa_handler = end;

@@ -3,18 +3,19 @@
 #pragma once
 
 #include <csignal>
+#include <functional>
 
 namespace ipmib::agent
 {
 
 // While one lives, SIGTERM and SIGINT end the process at once, though the event loop has them wait for it otherwise.
 // What does not look at signals may take long: the start, and the library's reading of a configuration, which grows
-// with the square of some lines' number and waits for ever for a pipe that another file includes.
+// with the square of some lines' number.
 class EndedAtOnce
 {
   public:
-    // `tidyUp` comes before the end, or null: it runs in a signal handler, and may call what is safe there.
-    explicit EndedAtOnce(void (*tidyUp)() = nullptr);
+    // `tidyUp`, which may be empty, comes before the end: it runs in a signal handler, and may call what is safe there.
+    explicit EndedAtOnce(std::function<void()> tidyUp = {});
     // From here on the signals are as they were before.
     ~EndedAtOnce();
     EndedAtOnce(const EndedAtOnce &) = delete;

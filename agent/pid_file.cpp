@@ -95,7 +95,7 @@ PidFile::PidFile(const std::string &path)
     }
 }
 
-PidFile::~PidFile()
+void PidFile::remove() const
 {
     if (file_ && file_->isInPlace()) {
         unlink(file_->path().c_str());

@@ -17,13 +17,14 @@ class PidFile
     // is empty. Throws std::runtime_error that names the path and the reason, and leaves alone what is there: whatever
     // is no regular file, holds anything but a process id, or is that of another process.
     explicit PidFile(const std::string &path);
-    // Removes the file if the path still names it.
-    ~PidFile();
+    ~PidFile() { remove(); }
     PidFile(const PidFile &) = delete;
     PidFile &operator=(const PidFile &) = delete;
 
     // Writes the calling process' id: to be called when the process is the one that stays. Throws std::runtime_error.
     void write() const;
+    // Removes the file if the path still names it. May be called in a signal handler.
+    void remove() const;
 
   private:
     std::optional<LockedFile> file_;

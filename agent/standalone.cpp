@@ -27,7 +27,7 @@ namespace ipmib::agent
 void serveStandalone(const Options &options)
 {
     EventLoop loop;
-    std::optional<EndedAtOnce> starting(std::in_place);
+    std::optional<EndedAtOnce> endedAtOnce(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
@@ -41,7 +41,7 @@ void serveStandalone(const Options &options)
     frontend.serve(settings.notOff());
     const Interfaces interfaces(plugin.platform());
     const Ipv4Tables ipv4Tables(plugin.platform());
-    starting.reset();
+    endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);
 
     std::optional<Detachment> detachment;
@@ -60,6 +60,7 @@ void serveStandalone(const Options &options)
     notifyReady();
     loop.run([&] {
         notifyReloading();
+        endedAtOnce.emplace([&pidFile] { pidFile.remove(); });
         library.reload();
         if (SnmpLibrary::listeningAddresses() != addresses) {
             snmp_log(LOG_WARNING, "other listening addresses take a restart; listening where it began\n");
@@ -68,6 +69,7 @@ void serveStandalone(const Options &options)
         if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
             plugin.platform()->reload();
         }
+        endedAtOnce.reset();
         notifyReady();
     });
     notifyStopping();

@@ -24,7 +24,7 @@ void serveAsSubagent(const Options &options)
 {
     const agentx::Address master = agentx::parseAddress(options.master);
     EventLoop loop;
-    std::optional<EndedAtOnce> starting(std::in_place);
+    std::optional<EndedAtOnce> endedAtOnce(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, {}, false});
     host::Plugin plugin(options.plugin);
     const std::vector<ServedTable> tables = servedTables(plugin.resolver());
@@ -32,7 +32,7 @@ void serveAsSubagent(const Options &options)
     passOverSystemGroup();
     library.readConfiguration();
     const PlatformEvents platformEvents(plugin.platform());
-    starting.reset();
+    endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);
 
     const agentx::PresenceMark mark(master);
@@ -56,11 +56,13 @@ void serveAsSubagent(const Options &options)
     session.start();
     loop.run([&] {
         notifyReloading();
+        endedAtOnce.emplace([&pidFile] { pidFile.remove(); });
         library.reload();
         if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
             plugin.platform()->reload();
         }
         session.start();
+        endedAtOnce.reset();
         notifyReady();
     });
     notifyStopping();

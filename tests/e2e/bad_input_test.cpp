@@ -79,6 +79,9 @@ TEST_F(BadInputTest, AConfigurationFileThatHasNoEnd)
     for (const auto &[file, reason] : files) {
         EXPECT_EQ(complaint({agentProgram, "-f", "-C", "-c", file, address()}, 1),
                   "cannot read the configuration file " + file + ": " + reason);
+        const std::string including = writeFile("test.conf", "includeFile " + file + "\n");
+        EXPECT_EQ(complaint({agentProgram, "-f", "-C", "-c", including, address()}, 1),
+                  "cannot read the configuration file " + file + ": " + reason);
     }
 }
 

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace ipmib::e2e
 {
@@ -84,14 +85,14 @@ TEST_F(LifeTest, OtherListeningAddressesTakeARestart)
     stopAgent();
 }
 
-// The library looks at no signal while it reads; a pipe that a file includes keeps it reading for ever.
 TEST_F(LifeTest, TheStartCanBeEndedAtAnyTime)
 {
     ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
-    const std::string configuration = writeFile("test.conf", "includeFile " + path("pipe") + "\n");
+    const std::string configuration = writeFile("test.conf", everybody);
     for (const Words &options : {Words{}, Words{"--check"}, Words{"-x", path("nobody")}}) {
         for (const int number : {SIGTERM, SIGINT}) {
-            Words words = {agentProgram, "--platform", scriptedPlatform, "-f", "-C", "-c", configuration};
+            Words words = {agentProgram, "--platform", scriptedPlatform, "--wait-for=" + path("pipe"), "-f",
+                           "-C",         "-c",         configuration};
             words.insert(words.end(), options.begin(), options.end());
             Command starting(words, environment());
             const int pipe = open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); // waits until it is read
@@ -100,6 +101,22 @@ TEST_F(LifeTest, TheStartCanBeEndedAtAnyTime)
             close(pipe);
         }
     }
+}
+
+TEST_F(LifeTest, AReloadCanBeEndedAtAnyTime)
+{
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const auto openPipe = [this] { return open(path("pipe").c_str(), O_WRONLY | O_CLOEXEC); };
+    std::thread starter([&] { close(openPipe()); }); // lets the start go on
+    startAgent(everybody, {"-p", path("pid"), "--wait-for=" + path("pipe")});
+    starter.join();
+    EXPECT_TRUE(std::filesystem::exists(path("pid")));
+    agent().signal(SIGHUP);
+    const int pipe = openPipe();
+    agent().signal(SIGTERM);
+    EXPECT_EQ(agent().wait(), -SIGTERM);
+    EXPECT_FALSE(std::filesystem::exists(path("pid"))) << "what is ours is removed all the same";
+    close(pipe);
 }
 
 TEST_F(LifeTest, HangUpOpensARotatedLogAnew)

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A device that never changes, as a platform library: a few rows in every table.
 //
-// Options: --log-packets writes a line for each packet that begins; --refuse makes the start fail.
+// Options: --log-packets writes a line for each packet that begins; --refuse makes the start fail; --wait-for=PIPE has
+// the start and each reload wait until somebody has written to the pipe.
 
 #include "e2e/scripted_interfaces.h"
 #include "e2e/scripted_ipv4.h"
@@ -13,6 +14,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <string>
 
 namespace
 {
@@ -21,6 +24,15 @@ using namespace ipmib::scripted;
 
 const IpmibPlatformHost *host = nullptr;
 bool logsPackets = false;
+std::string pipeToWaitFor;
+
+void waitForPipe()
+{
+    if (!pipeToWaitFor.empty()) {
+        std::string line;
+        std::getline(std::ifstream(pipeToWaitFor), line);
+    }
+}
 
 void fillInterfaces(World &world)
 {
@@ -101,6 +113,9 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
             logsPackets = true;
         } else if (std::strcmp(name, "vanished-interface") == 0) {
             ipmib::e2e::letVanish(static_cast<std::uint32_t>(std::atoi(given->options[i].value)));
+        } else if (std::strcmp(name, "wait-for") == 0) {
+            pipeToWaitFor = given->options[i].value;
+            waitForPipe();
         } else if (std::strcmp(name, "refuse") == 0) {
             std::snprintf(error, capacity, "told to refuse");
             return 1;
@@ -145,6 +160,7 @@ void beginPacket()
 void reload()
 {
     host->log(IPMIB_LOG_INFO, "scripted platform: reads its configuration again");
+    waitForPipe();
 }
 
 } // namespace
