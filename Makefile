@@ -14,6 +14,7 @@
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
 #   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
 #   make agentx-soak  restart an snmpd with ipmibd beside it again and again (COUNT=100), two minutes as root
+#   make hostile-soak hostile clients of every kind for a while (SECONDS=300), and how long a normal one waits then; as root
 #   make state-soak   kill the agent at random moments again and again (COUNT=1000) and see whether it knows its users
 #   make docs         write the output of commands that documents show anew
 #   make packages     build the Debian packages in build-packages/
@@ -22,7 +23,7 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-all test-device fuzz lint coverage mutation footprint compare agentx-soak state-soak docs packages packages-check format clean
+.PHONY: build run test test-all test-device fuzz lint coverage mutation footprint compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -86,6 +87,10 @@ footprint:
 agentx-soak: build
 	@packaging/install_dependencies.sh test
 	@tests/e2e/restart_soak.py build/sbin/ipmibd $(or $(COUNT),100)
+
+hostile-soak: build
+	@packaging/install_dependencies.sh test
+	@tests/e2e/hostile_soak.py build/sbin/ipmibd $(or $(SECONDS),300)
 
 state-soak: build
 	@packaging/install_dependencies.sh test

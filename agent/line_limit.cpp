@@ -14,23 +14,31 @@ namespace
 
 constexpr std::size_t longestKind = 100;
 
-// A number, also one with separators, an address or an identifier, begins with a digit, and goes on with hexadecimal
-// digits and what separates them.
+// A word with a digit is a number, an address, or the name of one of many; so is an octet in hexadecimal.
+bool isNumber(std::string_view word)
+{
+    constexpr std::size_t octet = 2;
+    const auto is = [](int (*kind)(int)) { return [kind](unsigned char letter) { return kind(letter) != 0; }; };
+    return std::ranges::any_of(word, is(std::isdigit)) ||
+           (word.size() == octet && std::ranges::all_of(word, is(std::isxdigit)));
+}
+
 std::string kindOf(std::string_view line)
 {
     std::string kind;
-    for (std::size_t i = 0; i < line.size() && kind.size() < longestKind; ++i) {
-        if (std::isdigit(static_cast<unsigned char>(line[i])) == 0) {
-            kind += line[i] == '\n' ? ' ' : line[i];
-            continue;
+    while (!line.empty() && kind.size() < longestKind) {
+        const auto end = std::ranges::find_if(line, [](unsigned char letter) { return std::isalnum(letter) == 0; });
+        const std::string_view word = line.substr(0, static_cast<std::size_t>(end - line.begin()));
+        if (word.empty()) {
+            kind += line[0] == '\n' ? ' ' : line[0];
+        } else if (!isNumber(word)) {
+            kind += word;
+        } else if (kind.ends_with("#.") || kind.ends_with("#:") || kind.ends_with("#-")) {
+            kind.pop_back();
+        } else {
+            kind += '#';
         }
-        const auto isPart = [](unsigned char letter) {
-            return std::isxdigit(letter) != 0 || letter == '.' || letter == ':' || letter == 'x';
-        };
-        while (i + 1 < line.size() && isPart(static_cast<unsigned char>(line[i + 1]))) {
-            ++i;
-        }
-        kind += '#';
+        line.remove_prefix(std::max<std::size_t>(word.size(), 1));
     }
     kind.erase(kind.find_last_not_of(' ') + 1);
     return kind;

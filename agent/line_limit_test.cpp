@@ -37,6 +37,17 @@ TEST(LineLimit, LinesOfOneKindDifferInNumbers)
               3u);
 }
 
+TEST(LineLimit, AnOctetInHexadecimalIsANumber)
+{
+    LineLimit limit;
+    unsigned written = 0;
+    for (const char *octet : {"ec", "3f", "10", "aa", "f2", "bb", "cd"}) {
+        written += limit.admits(std::string("bad type (") + octet + ")", {}) ? 1 : 0;
+    }
+    EXPECT_EQ(written, LineLimit::mostOfOneKind);
+    EXPECT_TRUE(limit.admits("bad type (unknown)", {}));
+}
+
 TEST(LineLimit, WhatIsLeftOutIsCounted)
 {
     LineLimit limit;
