@@ -14,7 +14,11 @@
 #include "snmp_library.h"
 #include "system_group.h"
 
+#include "tables/served_device.h"
+
 #include <cstdio>
+#include <set>
+#include <utility>
 
 namespace ipmib::agent
 {
@@ -60,24 +64,36 @@ bool readWithoutComplaint(SnmpLibrary &library)
     return complaints.none();
 }
 
-void printLine(const std::string &table, const std::string &identifier, const std::string &owner)
+// One line for all scalars of a group that have the same owner.
+class OwnerList
 {
-    std::printf("%-24s %-22s %s\n", table.c_str(), identifier.c_str(), owner.c_str());
-}
+  public:
+    OwnerList() { print("TABLE", "IDENTIFIER", "OWNER"); }
 
-void printHeading()
-{
-    printLine("TABLE", "IDENTIFIER", "OWNER");
-}
+    void add(const host::ServedTable &table, const std::string &owner)
+    {
+        const std::string identifier = host::textOf(table.place());
+        if (printed_.emplace(identifier, owner).second) {
+            print(table.name, identifier, owner);
+        }
+    }
+
+  private:
+    static void print(const char *table, const std::string &identifier, const std::string &owner)
+    {
+        std::printf("%-24s %-22s %s\n", table, identifier.c_str(), owner.c_str());
+    }
+
+    std::set<std::pair<std::string, std::string>> printed_;
+};
 
 bool printClaims(const agentx::Session &session, bool isAnotherRunning)
 {
     std::vector<Claim> faults;
-    printHeading();
+    OwnerList owners;
     for (const Claim &claim : session.claims()) {
         const bool runs = claim.owner() == Owner::others && isAnotherRunning;
-        printLine(claim.table().name, textOf(claim.table().identifier.view()),
-                  runs ? "ours, of the ipmibd that runs" : textOf(claim));
+        owners.add(claim.table(), runs ? "ours, of the ipmibd that runs" : textOf(claim));
         if (claim.isFault() && !runs) {
             faults.push_back(claim);
         }
@@ -86,13 +102,12 @@ bool printClaims(const agentx::Session &session, bool isAnotherRunning)
     return faults.empty();
 }
 
-bool checkSubagent(EventLoop &loop, host::Plugin &plugin, const std::vector<ServedTable> &tables,
-                   const ServeSettings &settings, const agentx::Address &master)
+bool checkSubagent(EventLoop &loop, tables::ServedDevice &device, const ServeSettings &settings,
+                   const agentx::Address &master)
 {
-    const PlatformEvents platformEvents(plugin.platform());
+    const PlatformEvents platformEvents(device.catalogue().platform());
     agentx::Session session(
-        plugin.resolver(), plugin.platform(), tables, settings, master, [&] { loop.stop(); },
-        agentx::Session::Purpose::look);
+        device.catalogue(), device.sysUpTime(), settings, master, [&] { loop.stop(); }, agentx::Session::Purpose::look);
     session.start();
     loop.run([] {});
     if (!session.isServing()) {
@@ -112,7 +127,8 @@ bool check(const Options &options)
     const EndedAtOnce checking;
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn, false});
     host::Plugin plugin(options.plugin);
-    const std::vector<ServedTable> tables = servedTables(plugin.resolver());
+    tables::ServedDevice device(plugin);
+    const std::vector<host::ServedTable> &tables = device.catalogue().tables();
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     if (isSubagent) {
         passOverSystemGroup();
@@ -121,11 +137,11 @@ bool check(const Options &options)
     }
     const bool good = readWithoutComplaint(library);
     if (isSubagent) {
-        return checkSubagent(loop, plugin, tables, settings, master) && good;
+        return checkSubagent(loop, device, settings, master) && good;
     }
-    printHeading();
-    for (const ServedTable &table : tables) {
-        printLine(table.name, textOf(table.identifier.view()), settings.of(table) == Serve::off ? "off" : "ours");
+    OwnerList owners;
+    for (const host::ServedTable &table : tables) {
+        owners.add(table, settings.of(table) == Serve::off ? "off" : "ours");
     }
     return good;
 }

@@ -18,10 +18,7 @@ namespace ipmib::agent
 class Frontend::Impl
 {
   public:
-    explicit Impl(host::Plugin &plugin)
-        : resolver_(plugin.resolver()), platform_(plugin.platform()), platformEvents_(platform_)
-    {
-    }
+    explicit Impl(host::Catalogue &catalogue) : catalogue_(catalogue), platformEvents_(catalogue.platform()) {}
 
     ~Impl()
     {
@@ -30,8 +27,9 @@ class Frontend::Impl
         }
     }
 
-    int add(const ServedTable &table, host::OidView place, int priority)
+    int add(const host::ServedTable &table, host::OidView place, int priority)
     {
+        table.source->start();
         LibraryOid root(place);
         netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
             table.name, handle, root.data(), root.size(), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);
@@ -39,9 +37,9 @@ class Frontend::Impl
             throw std::runtime_error("out of memory");
         }
         registration->priority = priority;
-        const host::OidView region = table.region->root.view(); // of a scalar the place may be its instance
-        ServedRegion &served = served_.emplace_back(ServedRegion{
-            this, host::Oid(place.size() > region.size() && isScalar(table) ? region : place), registration});
+        // Of a scalar the place may be its instance.
+        ServedRegion &served = served_.emplace_back(
+            ServedRegion{this, table.source, table.isScalar() ? table.root : host::Oid(place), registration});
         registration->handler->myvoid = &served;
         const int answer = netsnmp_register_handler(registration);
         if (answer != MIB_REGISTERED_OK) {
@@ -64,16 +62,16 @@ class Frontend::Impl
         }
     }
 
-    void serve(const std::vector<const ServedTable *> &tables)
+    void serve(const std::vector<const host::ServedTable *> &tables)
     {
-        for (const ServedTable *table : whole_) {
+        for (const host::ServedTable *table : whole_) {
             if (std::ranges::find(tables, table) == tables.end()) {
-                remove(table->region->root.view(), DEFAULT_MIB_PRIORITY);
+                remove(table->root.view(), DEFAULT_MIB_PRIORITY);
             }
         }
-        for (const ServedTable *table : tables) {
+        for (const host::ServedTable *table : tables) {
             if (std::ranges::find(whole_, table) == whole_.end() &&
-                add(*table, table->region->root.view(), DEFAULT_MIB_PRIORITY) != MIB_REGISTERED_OK) {
+                add(*table, table->root.view(), DEFAULT_MIB_PRIORITY) != MIB_REGISTERED_OK) {
                 throw std::runtime_error(std::string("cannot register ") + table->name);
             }
         }
@@ -83,11 +81,10 @@ class Frontend::Impl
   private:
     struct ServedRegion {
         Impl *frontend;
+        host::Source *source;
         host::Oid root;
         netsnmp_handler_registration *registration;
     };
-
-    static bool isScalar(const ServedTable &table) { return table.region->node->ulKind == MIB_NODE_SCALAR; }
 
     static int handle(netsnmp_mib_handler *handler, netsnmp_handler_registration *, netsnmp_agent_request_info *info,
                       netsnmp_request_info *requests)
@@ -99,9 +96,10 @@ class Frontend::Impl
 
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
-        beginPacketOnce(platform_, info);
+        beginPacketOnce(catalogue_, info);
         const bool isGet = info->mode == MODE_GET;
-        getExactly(collect(requests,
+        getExactly(region,
+                   collect(requests,
                            [isGet](const netsnmp_request_info &request) {
                                return request.requestvb->type == ASN_NULL && (isGet || request.inclusive != 0);
                            }),
@@ -110,7 +108,7 @@ class Frontend::Impl
             return;
         }
         const std::span<host::Variable> batch = collect(requests, isUnanswered);
-        resolver_.getNext(batch, region.root.view());
+        region.source->getNext(batch, region.root.view());
         deliver(batch);
         if (info->mode == MODE_GETBULK) {
             repeat(region, *info, requests);
@@ -124,12 +122,12 @@ class Frontend::Impl
     }
 
     // Also for a get-next whose very identifier would be an answer; what is not there goes on to the successor.
-    void getExactly(std::span<host::Variable> batch, bool isGet)
+    void getExactly(const ServedRegion &region, std::span<host::Variable> batch, bool isGet)
     {
         if (batch.empty()) {
             return;
         }
-        resolver_.get(batch);
+        region.source->get(batch);
         for (std::size_t i = 0; i < batch.size(); ++i) {
             if (isGet || batch[i].status == host::Status::ok) {
                 batch[i].name = asked_[i].name;
@@ -150,7 +148,7 @@ class Frontend::Impl
             if (batch.empty()) {
                 return;
             }
-            resolver_.getNext(batch, region.root.view());
+            region.source->getNext(batch, region.root.view());
             deliver(batch);
         }
     }
@@ -215,21 +213,20 @@ class Frontend::Impl
         host::Oid name;
     };
 
-    host::Resolver &resolver_;
-    const IpmibPlatformHooks *platform_;
+    host::Catalogue &catalogue_;
     PlatformEvents platformEvents_;
     std::list<ServedRegion> served_; // handlers point into it
-    std::vector<const ServedTable *> whole_;
+    std::vector<const host::ServedTable *> whole_;
     // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.
     std::deque<Asked> asked_;
     std::vector<host::Variable> variables_;
 };
 
-Frontend::Frontend(host::Plugin &plugin) : impl_(std::make_unique<Impl>(plugin)) {}
+Frontend::Frontend(host::Catalogue &catalogue) : impl_(std::make_unique<Impl>(catalogue)) {}
 
 Frontend::~Frontend() = default;
 
-int Frontend::add(const ServedTable &table, host::OidView root, int priority)
+int Frontend::add(const host::ServedTable &table, host::OidView root, int priority)
 {
     return impl_->add(table, root, priority);
 }
@@ -239,7 +236,7 @@ void Frontend::remove(host::OidView root, int priority)
     impl_->remove(root, priority);
 }
 
-void Frontend::serve(const std::vector<const ServedTable *> &tables)
+void Frontend::serve(const std::vector<const host::ServedTable *> &tables)
 {
     impl_->serve(tables);
 }

@@ -7,7 +7,6 @@
 #include "ownership.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace ipmib::agent
 {
@@ -15,21 +14,21 @@ namespace ipmib::agent
 namespace
 {
 
-// Of these the agents in use serve less than we do: the IPv6 rows alone, which ours include, though not each column.
-constexpr const char *servedInPart[] = {"ipIfStatsTable"};
-
-bool isServedInPart(const ServedTable &table)
-{
-    return std::ranges::any_of(servedInPart, [&](const char *name) { return std::strcmp(name, table.name) == 0; });
-}
+// Of the places to look at, the one behind the table and its entry.
+constexpr std::size_t columnsPlace = 2;
 
 } // namespace
 
-Claim::Claim(const ServedTable &table, Serve wish, WhenOff whenOff)
+Claim::Claim(const host::ServedTable &table, Serve wish, WhenOff whenOff)
     : table_(&table), wish_(wish), places_{table.identifier, table.inner}
 {
     if (wish == Serve::off && whenOff == WhenOff::leaveAlone) {
         owner_ = Owner::off;
+    } else if (table.isOfGroup && wish == Serve::automatic) {
+        owner_ = Owner::agents; // agents register such scalars as a range, which a look does not find
+    }
+    if (!table.isScalar()) {
+        places_.push_back(table.objects.front());
     }
 }
 
@@ -50,7 +49,11 @@ void Claim::take(Answer answer, const std::string &reason)
         if (answer == Answer::granted) {
             stage_ = Stage::lookAway;
         } else if (answer == Answer::duplicate) {
-            agents_.push_back(places_[place_]);
+            if (place_ < columnsPlace) {
+                agents_.push_back(places_[place_]);
+            } else { // it registers its columns one by one
+                agents_.insert(agents_.end(), table_->objects.begin(), table_->objects.end());
+            }
             lookOn();
         } else {
             reason_ = reason;
@@ -87,7 +90,7 @@ void Claim::lookOn()
         return;
     }
     const bool inPart = !agents_.empty() && wish_ == Serve::automatic;
-    if (inPart && !isServedInPart(*table_)) {
+    if (inPart && !table_->replacesColumns) {
         owner_ = Owner::agents;
         return;
     }

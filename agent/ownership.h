@@ -2,7 +2,7 @@
 // Who serves a table in an agent that has tables of its own: what the user wishes, what the agent grants.
 #pragma once
 
-#include "served_table.h"
+#include "host/catalogue.h"
 
 #include <optional>
 #include <string>
@@ -41,7 +41,7 @@ class Claim
     // A table that is off is left alone, or, to tell what the agent has in its place, looked for and no more.
     enum class WhenOff { leaveAlone, look };
 
-    Claim(const ServedTable &table, Serve wish, WhenOff whenOff = WhenOff::leaveAlone);
+    Claim(const host::ServedTable &table, Serve wish, WhenOff whenOff = WhenOff::leaveAlone);
 
     struct Attempt {
         bool registering; // or taking back what was registered for a look
@@ -55,7 +55,7 @@ class Claim
     // The agent's answer to that attempt.
     void take(Answer answer, const std::string &reason = "");
 
-    const ServedTable &table() const { return *table_; }
+    const host::ServedTable &table() const { return *table_; }
     Serve wish() const { return wish_; }
     Owner owner() const { return owner_; }
     bool isOurs() const { return owner_ == Owner::ours || owner_ == Owner::oursInstead; }
@@ -70,7 +70,7 @@ class Claim
     void lookOn();
     void lose(Owner owner);
 
-    const ServedTable *table_;
+    const host::ServedTable *table_;
     Serve wish_;
     Stage stage_ = Stage::look;
     std::vector<host::Oid> places_; // of this stage, one after the other

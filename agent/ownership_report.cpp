@@ -5,6 +5,8 @@
 
 #include "net_snmp.h"
 
+#include <set>
+
 namespace ipmib::agent
 {
 
@@ -17,12 +19,16 @@ void OwnershipReport::log(const std::vector<Claim> &claims)
 {
     told_.resize(claims.size());
     std::string left;
+    std::set<std::string> said; // of scalars of one group what is true of all is said once
     for (std::size_t i = 0; i < claims.size(); ++i) {
         std::string text = textOf(claims[i]);
         if (text == told_[i]) {
             continue;
         }
         told_[i] = std::move(text);
+        if (!said.insert(claims[i].table().name + (": " + told_[i])).second) {
+            continue;
+        }
         if (claims[i].owner() == Owner::agents) {
             left += std::string(left.empty() ? "" : ", ") + claims[i].table().name;
         } else {

@@ -16,9 +16,10 @@ namespace
 using host::Oid;
 using Answer = Claim::Answer;
 
-const ServedTable table = {"aTable", Oid{1, 3, 4}, nullptr, Oid{1, 3, 4, 1}, {Oid{1, 3, 4, 1, 3}, Oid{1, 3, 4, 1, 5}}};
+const host::ServedTable table = {
+    "aTable", Oid{1, 3, 4}, Oid{1, 3, 4, 1}, Oid{1, 3, 4, 1}, {Oid{1, 3, 4, 1, 3}, Oid{1, 3, 4, 1, 5}}};
 // Of this one agents are known to serve only a part.
-const ServedTable partial = {"ipIfStatsTable", table.identifier, nullptr, table.inner, table.objects};
+const host::ServedTable partial = {"aTable", table.identifier, table.root, table.inner, table.objects, nullptr, true};
 
 // An agent with registrations of this text: "1.3.4 127".
 struct Agent {
@@ -27,7 +28,7 @@ struct Agent {
 
     Answer answer(const Claim::Attempt &attempt)
     {
-        const std::string place = textOf(attempt.root) + " " + std::to_string(attempt.priority);
+        const std::string place = host::textOf(attempt.root) + " " + std::to_string(attempt.priority);
         if (!attempt.registering) {
             EXPECT_EQ(registered.erase(place), 1u) << place;
             return Answer::granted;
@@ -38,7 +39,7 @@ struct Agent {
         return registered.insert(place).second ? Answer::granted : Answer::duplicate;
     }
 
-    Claim decide(const ServedTable &wanted, Serve wish, Claim::WhenOff whenOff = Claim::WhenOff::leaveAlone)
+    Claim decide(const host::ServedTable &wanted, Serve wish, Claim::WhenOff whenOff = Claim::WhenOff::leaveAlone)
     {
         Claim claim(wanted, wish, whenOff);
         for (int step = 0; step < 20; ++step) {
@@ -100,6 +101,15 @@ TEST(Claim, WhatIsTakenIsTakenWhereTheAgentHasIt)
     EXPECT_EQ(atBoth.registered, (Places{"1.3.4 127", "1.3.4 93", "1.3.4.1 127", "1.3.4.1 93"}));
 }
 
+TEST(Claim, AnAgentThatRegistersItsColumnsOneByOneHasTheTable)
+{
+    Agent agent{{"1.3.4.1.3 127", "1.3.4.1.5 127"}};
+    EXPECT_EQ(textOf(agent.decide(table, Serve::automatic)), "the master's");
+    EXPECT_EQ(agent.registered, (Places{"1.3.4.1.3 127", "1.3.4.1.5 127"}));
+    EXPECT_EQ(agent.decide(table, Serve::take).owner(), Owner::oursInstead);
+    EXPECT_EQ(agent.registered, (Places{"1.3.4.1.3 127", "1.3.4.1.5 127", "1.3.4.1.3 93", "1.3.4.1.5 93"}));
+}
+
 TEST(Claim, OfATableServedInPartOurColumnsReplaceTheAgents)
 {
     Agent agent{{"1.3.4 127"}};
@@ -137,6 +147,17 @@ TEST(Claim, AnAgentThatDeniesIsAFault)
         EXPECT_TRUE(claim.isFault());
         EXPECT_EQ(agent.registered, Places{});
     }
+}
+
+TEST(Claim, ScalarsOfAGroupStayTheAgentsUnlessTheyAreTaken)
+{
+    host::ServedTable scalar = {"aGroup", Oid{1, 3, 6}, Oid{1, 3, 6}, Oid{1, 3, 6, 0}, {Oid{1, 3, 6}}};
+    scalar.isOfGroup = true;
+    Agent agent{{}};
+    EXPECT_EQ(agent.decide(scalar, Serve::automatic).owner(), Owner::agents);
+    EXPECT_EQ(agent.registered, Places{});
+    EXPECT_EQ(agent.decide(scalar, Serve::take).owner(), Owner::ours);
+    EXPECT_EQ(agent.registered, Places{"1.3.6 93"});
 }
 
 TEST(Claim, OffAsksForNothing)

@@ -7,16 +7,15 @@
 namespace ipmib::agent
 {
 
-void beginPacketOnce(const IpmibPlatformHooks *platform, netsnmp_agent_request_info *info)
+void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info)
 {
     static constexpr const char *mark = "ipmib packet";
     static char marked;
-    if (platform == nullptr || platform->begin_packet == nullptr ||
-        netsnmp_agent_get_list_data(info, mark) != nullptr) {
+    if (netsnmp_agent_get_list_data(info, mark) != nullptr) {
         return;
     }
     netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, &marked, nullptr));
-    platform->begin_packet();
+    catalogue.beginPacket();
 }
 
 } // namespace ipmib::agent

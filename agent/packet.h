@@ -4,12 +4,12 @@
 
 #include "net_snmp.h"
 
-#include <ipmib/platform_hooks.h>
+#include "host/catalogue.h"
 
 namespace ipmib::agent
 {
 
-// Tells the platform, which may be null, that a packet begins, unless it has been told already of this one.
-void beginPacketOnce(const IpmibPlatformHooks *platform, netsnmp_agent_request_info *info);
+// Tells the catalogue that a packet begins, unless it has been told already of this one.
+void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info);
 
 } // namespace ipmib::agent

@@ -6,6 +6,7 @@
 #include "net_snmp.h"
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 
 namespace ipmib::agent
@@ -18,16 +19,19 @@ constexpr const char *everyTable = "all";
 
 ServeSettings *inForce = nullptr;
 
-bool isAmong(const std::vector<ServedTable> &tables, const std::string &name)
+bool isAmong(const std::vector<host::ServedTable> &tables, const std::string &name)
 {
-    return std::ranges::any_of(tables, [&](const ServedTable &table) { return name == table.name; });
+    return std::ranges::any_of(tables, [&](const host::ServedTable &table) { return name == table.name; });
 }
 
-std::string listed(const std::vector<ServedTable> &tables)
+std::string listed(const std::vector<host::ServedTable> &tables)
 {
     std::string names = everyTable;
-    for (const ServedTable &table : tables) {
-        names += std::string(", ") + table.name;
+    std::set<std::string> seen;
+    for (const host::ServedTable &table : tables) {
+        if (seen.insert(table.name).second) {
+            names += std::string(", ") + table.name;
+        }
     }
     return names;
 }
@@ -47,7 +51,7 @@ void forgetLines()
 
 } // namespace
 
-ServeSettings::ServeSettings(const char *fileType, const char *word, const std::vector<ServedTable> *tables)
+ServeSettings::ServeSettings(const char *fileType, const char *word, const std::vector<host::ServedTable> *tables)
     : fileType_(fileType), word_(word), tables_(tables)
 {
     inForce = this;
@@ -60,7 +64,7 @@ ServeSettings::~ServeSettings()
     inForce = nullptr;
 }
 
-Serve ServeSettings::of(const ServedTable &table) const
+Serve ServeSettings::of(const host::ServedTable &table) const
 {
     auto wish = wishes_.find(table.name);
     if (wish == wishes_.end()) {
@@ -69,10 +73,10 @@ Serve ServeSettings::of(const ServedTable &table) const
     return wish == wishes_.end() ? Serve::automatic : wish->second;
 }
 
-std::vector<const ServedTable *> ServeSettings::notOff() const
+std::vector<const host::ServedTable *> ServeSettings::notOff() const
 {
-    std::vector<const ServedTable *> kept;
-    for (const ServedTable &table : *tables_) {
+    std::vector<const host::ServedTable *> kept;
+    for (const host::ServedTable &table : *tables_) {
         if (of(table) != Serve::off) {
             kept.push_back(&table);
         }
@@ -80,7 +84,7 @@ std::vector<const ServedTable *> ServeSettings::notOff() const
     return kept;
 }
 
-std::vector<std::string> ServeSettings::unknownNames(const std::vector<ServedTable> &tables) const
+std::vector<std::string> ServeSettings::unknownNames(const std::vector<host::ServedTable> &tables) const
 {
     std::vector<std::string> names;
     for (const auto &[name, wish] : wishes_) {

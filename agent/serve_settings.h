@@ -19,14 +19,14 @@ class ServeSettings
     // From here on the library hands the lines to it whenever it reads the files of this type (ipmibd, snmpd); wrong
     // ones are complained about there, with file and line, and left aside. One at a time, as the library has it.
     // Without tables every name is taken, until `unknownNames` is asked.
-    ServeSettings(const char *fileType, const char *word, const std::vector<ServedTable> *tables);
+    ServeSettings(const char *fileType, const char *word, const std::vector<host::ServedTable> *tables);
     ~ServeSettings();
     ServeSettings(const ServeSettings &) = delete;
     ServeSettings &operator=(const ServeSettings &) = delete;
 
-    Serve of(const ServedTable &table) const;
-    std::vector<const ServedTable *> notOff() const;
-    std::vector<std::string> unknownNames(const std::vector<ServedTable> &tables) const;
+    Serve of(const host::ServedTable &table) const;
+    std::vector<const host::ServedTable *> notOff() const;
+    std::vector<std::string> unknownNames(const std::vector<host::ServedTable> &tables) const;
 
     // Reads a line without the directive. Returns what is wrong with it, or nothing.
     std::string read(const std::string &line);
@@ -35,7 +35,7 @@ class ServeSettings
   private:
     const char *fileType_;
     const char *word_;
-    const std::vector<ServedTable> *tables_;
+    const std::vector<host::ServedTable> *tables_;
     std::map<std::string, Serve> wishes_; // "all" among them
 };
 

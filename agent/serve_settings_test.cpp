@@ -11,7 +11,7 @@ namespace ipmib::agent
 namespace
 {
 
-const std::vector<ServedTable> tables = {{"aTable", {}, nullptr, {}, {}}, {"another", {}, nullptr, {}, {}}};
+const std::vector<host::ServedTable> tables = {{"aTable", {}, {}, {}, {}}, {"another", {}, {}, {}, {}}};
 
 TEST(ServeSettings, WithoutALineEverythingIsAutomatic)
 {

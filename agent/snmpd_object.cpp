@@ -9,6 +9,8 @@
 #include "serve_settings.h"
 #include "varbind.h"
 
+#include "tables/served_device.h"
+
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -136,20 +138,27 @@ class Object
         options_.pluginDirectory = symbols_.directory();
         options_.log = logLine;
         load();
-        tables_ = servedTables(plugin_->resolver());
-        for (const std::string &name : settings_.unknownNames(tables_)) {
+        device_.emplace(*plugin_);
+        device_->sysUpTime().isNow(netsnmp_get_agent_uptime());
+        const std::vector<host::ServedTable> &tables = device_->catalogue().tables();
+        for (const std::string &name : settings_.unknownNames(tables)) {
             snmp_log(LOG_ERR, "%s: there is no table \"%s\"\n", directive, name.c_str());
         }
-        frontend_.emplace(*plugin_);
+        frontend_.emplace(device_->catalogue());
         std::vector<Claim> claims;
-        for (const ServedTable &table : tables_) {
+        std::vector<const host::ServedTable *> all;
+        std::vector<const host::ServedTable *> ours;
+        for (const host::ServedTable &table : tables) {
             Claim &claim = claims.emplace_back(table, settings_.of(table));
             while (const auto attempt = claim.next()) {
                 claim.take(attemptTo(table, *attempt), "snmpd does not register it");
             }
+            all.push_back(&table);
+            if (claim.isOurs()) {
+                ours.push_back(&table);
+            }
         }
-        snmp_log(LOG_INFO, "ipmib: serving %td of %zu tables\n", std::ranges::count_if(claims, &Claim::isOurs),
-                 claims.size());
+        snmp_log(LOG_INFO, "ipmib: serving %zu of %zu tables\n", host::countNames(ours), host::countNames(all));
         OwnershipReport("ipmib", directive).log(claims);
     }
 
@@ -167,7 +176,7 @@ class Object
         }
     }
 
-    Claim::Answer attemptTo(const ServedTable &table, const Claim::Attempt &attempt)
+    Claim::Answer attemptTo(const host::ServedTable &table, const Claim::Attempt &attempt)
     {
         if (attempt.priority == agentsPriority) {
             return attempt.registering && agentHas(attempt.root) ? Claim::Answer::duplicate : Claim::Answer::granted;
@@ -192,7 +201,7 @@ class Object
     unsigned alarm_ = 0;
     bool started_ = false;
     std::optional<host::Plugin> plugin_;
-    std::vector<ServedTable> tables_;
+    std::optional<tables::ServedDevice> device_;
     std::optional<Frontend> frontend_;
 };
 

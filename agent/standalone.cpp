@@ -7,8 +7,6 @@
 #include "ended_at_once.h"
 #include "event_loop.h"
 #include "frontend.h"
-#include "interfaces/interfaces.h"
-#include "ipv4/ipv4_tables.h"
 #include "listeners.h"
 #include "log.h"
 #include "net_snmp.h"
@@ -18,6 +16,8 @@
 #include "snmp_library.h"
 #include "stream_clients.h"
 #include "system_group.h"
+
+#include "tables/served_device.h"
 
 #include <optional>
 
@@ -30,17 +30,17 @@ void serveStandalone(const Options &options)
     std::optional<EndedAtOnce> endedAtOnce(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn});
     host::Plugin plugin(options.plugin);
-    const std::vector<ServedTable> tables = servedTables(plugin.resolver());
-    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
+    tables::ServedDevice device(plugin);
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     serveSystemGroup();
     library.readConfiguration();
     const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
     const Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });
-    Frontend frontend(plugin);
+    device.sysUpTime().isNow(netsnmp_get_agent_uptime());
+    Frontend frontend(device.catalogue());
     frontend.serve(settings.notOff());
-    const Interfaces interfaces(plugin.platform());
-    const Ipv4Tables ipv4Tables(plugin.platform());
+    const SystemCapabilities capabilities(device.catalogue());
     endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);
 
@@ -53,7 +53,7 @@ void serveStandalone(const Options &options)
         snmp_log(LOG_WARNING,
                  "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");
     }
-    snmp_log(LOG_INFO, "ipmibd %s serves %zu tables\n", IPMIB_VERSION, settings.notOff().size());
+    snmp_log(LOG_INFO, "ipmibd %s serves %zu tables\n", IPMIB_VERSION, host::countNames(settings.notOff()));
     if (detachment) {
         detachment->ready(snmp_stderrlog_status() != 0);
     }

@@ -15,6 +15,8 @@
 #include "snmp_library.h"
 #include "system_group.h"
 
+#include "tables/served_device.h"
+
 #include <optional>
 
 namespace ipmib::agent
@@ -27,8 +29,8 @@ void serveAsSubagent(const Options &options)
     std::optional<EndedAtOnce> endedAtOnce(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, {}, false});
     host::Plugin plugin(options.plugin);
-    const std::vector<ServedTable> tables = servedTables(plugin.resolver());
-    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
+    tables::ServedDevice device(plugin);
+    const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     passOverSystemGroup();
     library.readConfiguration();
     const PlatformEvents platformEvents(plugin.platform());
@@ -43,7 +45,7 @@ void serveAsSubagent(const Options &options)
     pidFile.write();
     snmp_log(LOG_INFO, "ipmibd %s serves as a sub-agent\n", IPMIB_VERSION);
     bool isReady = false;
-    agentx::Session session(plugin.resolver(), plugin.platform(), tables, settings, master, [&] {
+    agentx::Session session(device.catalogue(), device.sysUpTime(), settings, master, [&] {
         if (isReady) {
             return;
         }

@@ -5,6 +5,9 @@
 
 #include "net_snmp.h"
 #include "snmp_library.h"
+#include "varbind.h"
+
+#include <net-snmp/agent/agent_sysORTable.h>
 
 // The library exports them and declares them in none of its installed headers.
 extern "C" {
@@ -26,6 +29,22 @@ void passOverSystemGroup()
     for (const char *word : {"syscontact", "sysdescr", "syslocation", "sysname", "sysobjectid", "sysservices"}) {
         register_config_handler(
             SnmpLibrary::applicationName, word, [](const char *, char *) {}, nullptr, "VALUE");
+    }
+}
+
+SystemCapabilities::SystemCapabilities(const host::Catalogue &catalogue) : catalogue_(catalogue)
+{
+    for (const host::Capability &capability : catalogue_.capabilities()) {
+        LibraryOid place(capability.oid.view());
+        register_sysORTable(place.data(), place.size(), capability.text);
+    }
+}
+
+SystemCapabilities::~SystemCapabilities()
+{
+    for (const host::Capability &capability : catalogue_.capabilities()) {
+        LibraryOid place(capability.oid.view());
+        unregister_sysORTable(place.data(), place.size());
     }
 }
 

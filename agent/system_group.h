@@ -2,6 +2,8 @@
 // The system group (sysDescr, sysName, ...) of an agent that has nobody beside it to serve it.
 #pragma once
 
+#include "host/catalogue.h"
+
 namespace ipmib::agent
 {
 
@@ -11,5 +13,19 @@ void serveSystemGroup();
 
 // Instead of that, for an agent that leaves the group to its master: the same configuration is read without complaint.
 void passOverSystemGroup();
+
+// The lines of sysORTable for what else the agent can do, as long as it lives.
+class SystemCapabilities
+{
+  public:
+    // The catalogue must outlive them.
+    explicit SystemCapabilities(const host::Catalogue &catalogue);
+    ~SystemCapabilities();
+    SystemCapabilities(const SystemCapabilities &) = delete;
+    SystemCapabilities &operator=(const SystemCapabilities &) = delete;
+
+  private:
+    const host::Catalogue &catalogue_;
+};
 
 } // namespace ipmib::agent

@@ -33,7 +33,7 @@ const char *problem(host::Status status)
     case host::Status::noSuchInstance:
         return "does not exist";
     default:
-        return "cannot be told: the module's answer is unusable";
+        return "cannot be told: the answer is unusable";
     }
 }
 
@@ -53,7 +53,7 @@ int get(Session &session, const Options &options, const Words &words)
     for (std::size_t i = 0; i < names.size(); ++i) {
         variables[i].asked = names[i].view();
     }
-    session.resolver().get(variables);
+    session.get(variables);
     InstanceWriter writer(session, options);
     int status = host::exitSuccess;
     for (std::size_t i = 0; i < names.size(); ++i) {

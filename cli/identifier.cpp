@@ -85,6 +85,11 @@ std::optional<std::uint32_t> readNumberPart(Session &session, const MibTreeNode 
 bool readAddressPart(Session &session, const std::string &text, std::size_t part, host::RowKey &key)
 {
     const std::size_t percent = text.find('%');
+    in_addr ipv4;
+    if (inet_pton(AF_INET, text.c_str(), &ipv4) == 1) {
+        std::memcpy(key.resizeOctets(part, sizeof ipv4).data(), &ipv4, sizeof ipv4);
+        return true;
+    }
     in6_addr address;
     if (inet_pton(AF_INET6, text.substr(0, percent).c_str(), &address) != 1) {
         return false;

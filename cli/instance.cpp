@@ -35,8 +35,9 @@ Cell valueCell(const Session &session, const MibTreeNode &node, const host::Valu
     case host::ValueType::timeTicks:
         return {durationText(value.number / ticksPerSecond), value.number, {}};
     case host::ValueType::octets:
-    case host::ValueType::ipAddress:
         return textCell(hexText(value.octets));
+    case host::ValueType::ipAddress:
+        return textCell(addressText(session, value.octets));
     case host::ValueType::objectId:
         return {identifierText(session, value.objectId), numbersText(value.objectId), {}};
     case host::ValueType::unsigned32:

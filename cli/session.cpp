@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// A device in this process: its platform, the module, and the resolver through which every value comes.
+// A device in this process: its platform, the module, and the tables through which every value comes.
 #include "session.h"
 
 #include "table_reader.h"
@@ -19,14 +19,50 @@
 namespace ipmib::cli
 {
 
-Session::Session(const host::PluginOptions &options) : plugin_(options), tree_(plugin_.tree()) {}
+Session::Session(const host::PluginOptions &options) : plugin_(options), device_(plugin_) {}
 
 void Session::freshState()
 {
-    const IpmibPlatformHooks *platform = plugin_.platform();
-    if (platform != nullptr && platform->begin_packet != nullptr) {
-        platform->begin_packet();
+    device_.catalogue().beginPacket();
+}
+
+void Session::get(std::span<host::Variable> variables)
+{
+    for (host::Variable &variable : variables) {
+        variable.status = host::Status::noSuchObject;
     }
+    // What a source has answered is good until it is asked again, so each table is asked once.
+    for (const host::ServedTable &table : tree().tables()) {
+        std::vector<host::Variable> asked;
+        std::vector<host::Variable *> whose;
+        for (host::Variable &variable : variables) {
+            if (host::isWithin(variable.asked, table.root.view())) {
+                asked.push_back(variable);
+                whose.push_back(&variable);
+            }
+        }
+        if (asked.empty()) {
+            continue;
+        }
+        table.source->start();
+        table.source->get(asked);
+        for (std::size_t i = 0; i < asked.size(); ++i) {
+            *whose[i] = asked[i];
+        }
+    }
+}
+
+void Session::getNext(std::span<host::Variable> variables, host::OidView region)
+{
+    const host::ServedTable *table = tree().tableOf(region);
+    if (table == nullptr) {
+        for (host::Variable &variable : variables) {
+            variable.status = host::Status::endOfRegion;
+        }
+        return;
+    }
+    table->source->start();
+    table->source->getNext(variables, region);
 }
 
 bool Session::wait(int milliseconds)

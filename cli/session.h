@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// A device in this process: its platform, the module, and the resolver through which every value comes.
+// A device in this process: its platform, the module, and the tables through which every value comes.
 #pragma once
 
 #include "object_tree.h"
 
 #include "host/plugin.h"
+#include "tables/served_device.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,8 +21,12 @@ class Session
     // Throws host::PluginError.
     explicit Session(const host::PluginOptions &options);
 
-    host::Resolver &resolver() { return plugin_.resolver(); }
-    const ObjectTree &tree() const { return tree_; }
+    const ObjectTree &tree() const { return device_.catalogue(); }
+
+    // Answers the variables from whatever tables they ask for.
+    void get(std::span<host::Variable> variables);
+    // The same for the successors within a table; none follows within what is no table.
+    void getNext(std::span<host::Variable> variables, host::OidView table);
 
     // What is asked from here on is answered from the device's state of this moment.
     void freshState();
@@ -37,7 +43,7 @@ class Session
 
   private:
     host::Plugin plugin_;
-    ObjectTree tree_;
+    tables::ServedDevice device_;
 };
 
 } // namespace ipmib::cli

@@ -5,7 +5,6 @@
 #include "session.h"
 
 #include "host/index_part.h"
-#include "host/tree_check.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -34,7 +33,7 @@ TableReader::TableReader(Session &session, std::string_view entry, std::vector<s
     }
     for (const std::string_view name : columns) {
         const Object &object = objectNamed(session.tree(), name);
-        const bool served = host::isServed(*object.node);
+        const bool served = object.isServed;
         columns_.push_back({&object, served ? static_cast<int>(variables_.size()) : -1, object.oid});
         if (served) {
             variables_.emplace_back();
@@ -56,17 +55,38 @@ bool TableReader::next()
     if (first == nullptr) {
         return false;
     }
-    session_.resolver().getNext(variables_, entry_->oid.view());
+    session_.getNext(variables_, entry_->oid.view());
     const host::Variable &leading = variables_.front();
     if (leading.status == host::Status::genErr) {
         throw std::runtime_error(std::string(first->object->node->pszName) + ": the module's answer is unusable");
     }
-    const host::OidView root = first->object->oid.view();
-    if (leading.status != host::Status::ok || !host::isWithin(leading.name.view(), root)) {
+    const std::optional<host::Oid> row = nearestRow();
+    if (!row) {
         return false;
     }
-    instance_ = host::Oid(leading.name.view().subspan(root.size()));
+    instance_ = *row;
     return host::readKey(parts_, instance_.view(), key_);
+}
+
+// Of the rows that the columns' answers are of, the first one: a row need not have all columns.
+std::optional<host::Oid> TableReader::nearestRow() const
+{
+    std::optional<host::Oid> nearest;
+    for (const Column &column : columns_) {
+        if (column.variable < 0) {
+            continue;
+        }
+        const host::Variable &variable = variables_[static_cast<std::size_t>(column.variable)];
+        const host::OidView root = column.object->oid.view();
+        if (variable.status != host::Status::ok || !host::isWithin(variable.name.view(), root)) {
+            continue;
+        }
+        const host::OidView instance = variable.name.view().subspan(root.size());
+        if (!nearest || std::is_lt(host::compare(instance, nearest->view()))) {
+            nearest.emplace(instance);
+        }
+    }
+    return nearest;
 }
 
 const host::Value *TableReader::value(std::size_t place) const

@@ -8,6 +8,7 @@
 #include "host/row_key.h"
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -37,6 +38,8 @@ class TableReader
     Session &session() const { return session_; }
 
   private:
+    std::optional<host::Oid> nearestRow() const;
+
     struct Column {
         const Object *object;
         int variable; // place among those that are asked for; -1 when it is not served

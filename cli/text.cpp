@@ -18,6 +18,7 @@ namespace ipmib::cli
 namespace
 {
 
+constexpr std::size_t ipv4Size = 4;
 constexpr std::size_t addressSize = 16;
 constexpr std::size_t zonedSize = 20;
 
@@ -34,6 +35,9 @@ std::string format(const char *pattern, Arguments... arguments)
 std::string addressText(const Session &session, std::span<const std::uint8_t> octets)
 {
     char text[INET6_ADDRSTRLEN];
+    if (octets.size() == ipv4Size && inet_ntop(AF_INET, octets.data(), text, sizeof text) != nullptr) {
+        return text;
+    }
     if ((octets.size() != addressSize && octets.size() != zonedSize) ||
         inet_ntop(AF_INET6, octets.data(), text, sizeof text) == nullptr) {
         return hexText(octets);

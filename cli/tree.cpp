@@ -4,9 +4,10 @@
 #include "identifier.h"
 #include "listing.h"
 
-#include "host/tree_check.h"
+#include "host/index_part.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace ipmib::cli
 {
@@ -88,30 +89,45 @@ bool isIndex(const MibTreeNode &node)
 }
 
 // What is not accessible is told by the rows' names, when it is part of an index.
-std::string servedText(const MibTreeNode &node)
+std::string servedText(const ObjectTree &tree, const Object &object)
 {
-    if (!isLeaf(node)) {
+    if (!isLeaf(*object.node)) {
         return "";
     }
-    return host::isServed(node) ? "yes" : node.ulParamId != 0 && isIndex(node) ? "index" : "no";
+    const bool isOfServedTable = tree.tableOf(object.oid.view()) != nullptr;
+    return object.isServed ? "yes" : isOfServedTable && isIndex(*object.node) ? "index" : "no";
 }
 
-Row rowFor(const Object &object, const std::string &drawn)
+Row rowFor(const ObjectTree &tree, const Object &object, const std::string &drawn)
 {
     const MibTreeNode &node = *object.node;
     return {textCell(drawn + node.pszName + "(" + std::to_string(node.ulSubId) + ")"), textCell(typeText(node)),
-            textCell(accessText(node)), textCell(servedText(node))};
+            textCell(accessText(node)), textCell(servedText(tree, object))};
+}
+
+// The objects directly below one.
+std::vector<const Object *> childrenOf(const ObjectTree &tree, const Object &object)
+{
+    std::vector<const Object *> children;
+    const auto &objects = tree.objects();
+    for (auto below = objects.begin() + (&object - objects.data()) + 1;
+         below != objects.end() && host::isWithin(below->oid.view(), object.oid.view()); ++below) {
+        if (below->oid.size() == object.oid.size() + 1) {
+            children.push_back(&*below);
+        }
+    }
+    return children;
 }
 
 // Children with what is drawn in front of them, which those of the last one do without.
 void draw(const ObjectTree &tree, const Object &object, const std::string &drawn, const std::string &before,
           Listing &listing)
 {
-    listing.add(rowFor(object, drawn));
-    for (const MibTreeNode *child = object.node->pstFirstChild; child != nullptr; child = child->pstNextSibling) {
-        const bool last = child->pstNextSibling == nullptr;
-        draw(tree, *tree.named(child->pszName), before + (last ? "└─ " : "├─ "), before + (last ? "   " : "│  "),
-             listing);
+    listing.add(rowFor(tree, object, drawn));
+    const std::vector<const Object *> children = childrenOf(tree, object);
+    for (const Object *child : children) {
+        const bool last = child == children.back();
+        draw(tree, *child, before + (last ? "└─ " : "├─ "), before + (last ? "   " : "│  "), listing);
     }
 }
 
@@ -121,7 +137,7 @@ void list(const ObjectTree &tree, const Object &root, Listing &listing)
         if (host::isWithin(object.oid.view(), root.oid.view())) {
             const MibTreeNode &node = *object.node;
             listing.add({textCell(node.pszName), textCell(numbersText(object.oid.view())), textCell(typeText(node)),
-                         textCell(accessText(node)), textCell(servedText(node))});
+                         textCell(accessText(node)), textCell(servedText(tree, object))});
         }
     }
 }

@@ -11,17 +11,16 @@ namespace ipmib::cli
 namespace
 {
 
-// The values of one region that lie below the root.
-void walkRegion(Session &session, const host::Resolver::Region &region, host::OidView root, InstanceWriter &writer)
+// The values of one table that lie below the root.
+void walkTable(Session &session, const host::ServedTable &table, host::OidView root, InstanceWriter &writer)
 {
-    host::Oid asked(host::isWithin(root, region.root.view()) ? root : region.root.view());
+    host::Oid asked(host::isWithin(root, table.root.view()) ? root : table.root.view());
     for (;;) {
         host::Variable variable;
         variable.asked = asked.view();
-        session.resolver().getNext({&variable, 1}, region.root.view());
+        session.getNext({&variable, 1}, table.root.view());
         if (variable.status == host::Status::genErr) {
-            throw std::runtime_error("behind " + identifierText(session, asked.view()) +
-                                     " the module's answer is unusable");
+            throw std::runtime_error("behind " + identifierText(session, asked.view()) + " the answer is unusable");
         }
         if (variable.status != host::Status::ok || !host::isWithin(variable.name.view(), root)) {
             return;
@@ -42,10 +41,10 @@ int walk(Session &session, const Options &options, const Words &words)
     const host::Oid root = parseIdentifier(session, words.front());
     InstanceWriter writer(session, options);
     bool served = false;
-    for (const host::Resolver::Region &region : session.resolver().regions()) {
-        if (host::isWithin(region.root.view(), root.view()) || host::isWithin(root.view(), region.root.view())) {
+    for (const host::ServedTable &table : session.tree().tables()) {
+        if (host::isWithin(table.root.view(), root.view()) || host::isWithin(root.view(), table.root.view())) {
             served = true;
-            walkRegion(session, region, root.view(), writer);
+            walkTable(session, table, root.view(), writer);
         }
     }
     if (!served) {

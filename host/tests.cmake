@@ -27,6 +27,7 @@ ipmib_test(host_unit_test
     message_test.cpp
     registry_test.cpp
     resolver_test.cpp
+    row_index_test.cpp
     row_source_test.cpp
     syntax_test.cpp
     LIBS ipmib_host_testing)

@@ -50,9 +50,7 @@ bool Responder::answer(netsnmp_pdu &message)
     case getMessage:
     case getNextMessage:
     case getBulkMessage:
-        if (platform_ != nullptr && platform_->begin_packet != nullptr) {
-            platform_->begin_packet();
-        }
+        catalogue_.beginPacket();
         gather(message.variables, message.command != getMessage);
         if (message.command == getMessage) {
             get();
@@ -100,13 +98,13 @@ void Responder::gather(netsnmp_variable_list *first, bool withRange)
     }
 }
 
-// The region that the name lies in, or else the first one behind it.
-std::size_t Responder::regionOf(host::OidView name) const
+// The table that the name lies in, or else the first one behind it.
+std::size_t Responder::tableOf(host::OidView name) const
 {
-    const auto behind = std::ranges::find_if(regions_, [name](const host::Resolver::Region *region) {
-        return host::isWithin(name, region->root.view()) || std::is_lt(host::compare(name, region->root.view()));
+    const auto behind = std::ranges::partition_point(tables_, [name](const host::ServedTable *table) {
+        return std::is_gt(host::compare(name, table->root.view())) && !host::isWithin(name, table->root.view());
     });
-    return static_cast<std::size_t>(behind - regions_.begin());
+    return static_cast<std::size_t>(behind - tables_.begin());
 }
 
 bool Responder::mayFollow(const Asked &asked, host::OidView name)
@@ -116,9 +114,10 @@ bool Responder::mayFollow(const Asked &asked, host::OidView name)
 
 void Responder::fail(std::size_t variable)
 {
-    if (error_ == noError) {
+    const long index = static_cast<long>(variable) + 1;
+    if (error_ == noError || index < errorIndex_) { // tables are not asked in the order of variables
         error_ = SNMP_ERR_GENERR;
-        errorIndex_ = static_cast<long>(variable) + 1;
+        errorIndex_ = index;
     }
 }
 
@@ -134,18 +133,43 @@ void Responder::ask(Method method)
     method(std::span(variables_.data(), batch_.size()));
 }
 
-void Responder::get()
+template <typename Predicate>
+bool Responder::gatherBatch(std::size_t table, Predicate isWanted)
 {
     batch_.clear();
     for (std::size_t i = 0; i < count_; ++i) {
-        const std::size_t region = regionOf(asked_[i].name.view());
-        if (region < regions_.size() && host::isWithin(asked_[i].name.view(), regions_[region]->root.view())) {
+        if (asked_[i].table == table && isWanted(asked_[i])) {
             batch_.push_back(i);
-        } else {
-            setException(*asked_[i].variable, SNMP_NOSUCHOBJECT);
         }
     }
-    ask([this](std::span<host::Variable> variables) { resolver_.get(variables); });
+    return !batch_.empty();
+}
+
+bool Responder::isWithinTable(const Asked &asked) const
+{
+    return asked.table < tables_.size() && host::isWithin(asked.name.view(), tables_[asked.table]->root.view());
+}
+
+void Responder::get()
+{
+    for (std::size_t i = 0; i < count_; ++i) {
+        Asked &asked = asked_[i];
+        asked.table = tableOf(asked.name.view());
+        if (!isWithinTable(asked)) {
+            asked.table = tables_.size();
+            setException(*asked.variable, SNMP_NOSUCHOBJECT);
+        }
+    }
+    for (std::size_t table = 0; table < tables_.size(); ++table) {
+        if (gatherBatch(table, [](const Asked &) { return true; })) {
+            ask([&](std::span<host::Variable> variables) { tables_[table]->source->get(variables); });
+            deliver();
+        }
+    }
+}
+
+void Responder::deliver()
+{
     for (std::size_t i = 0; i < batch_.size(); ++i) {
         netsnmp_variable_list &variable = *asked_[batch_[i]].variable;
         switch (variables_[i].status) {
@@ -165,54 +189,42 @@ void Responder::get()
     }
 }
 
-void Responder::getIncluded()
+void Responder::getIncluded(std::size_t table)
 {
-    batch_.clear();
-    for (std::size_t i = 0; i < count_; ++i) {
-        const Asked &asked = asked_[i];
-        if (asked.included && asked.region < regions_.size() && mayFollow(asked, asked.name.view()) &&
-            host::isWithin(asked.name.view(), regions_[asked.region]->root.view())) {
-            batch_.push_back(i);
-        }
-    }
-    if (batch_.empty()) {
+    if (!gatherBatch(table, [this](const Asked &asked) {
+            return asked.included && isWithinTable(asked) && mayFollow(asked, asked.name.view());
+        })) {
         return;
     }
-    ask([this](std::span<host::Variable> variables) { resolver_.get(variables); });
+    ask([&](std::span<host::Variable> variables) { tables_[table]->source->get(variables); });
     for (std::size_t i = 0; i < batch_.size(); ++i) {
         if (variables_[i].status == host::Status::ok) {
             Asked &asked = asked_[batch_[i]];
             setValue(*asked.variable, variables_[i].value);
-            asked.region = regions_.size();
+            asked.table = tables_.size();
         }
     }
 }
 
 void Responder::getNext()
 {
-    std::size_t region = regions_.size();
+    std::size_t table = tables_.size();
     for (std::size_t i = 0; i < count_; ++i) {
-        asked_[i].region = asked_[i].ended ? regions_.size() : regionOf(asked_[i].name.view());
-        region = std::min(region, asked_[i].region);
+        asked_[i].table = asked_[i].ended ? tables_.size() : tableOf(asked_[i].name.view());
+        table = std::min(table, asked_[i].table);
     }
-    getIncluded();
-    for (; region < regions_.size(); ++region) {
-        const host::OidView root = regions_[region]->root.view();
-        batch_.clear();
-        for (std::size_t i = 0; i < count_; ++i) {
-            if (asked_[i].region == region && mayFollow(asked_[i], root)) {
-                batch_.push_back(i);
-            }
-        }
-        if (batch_.empty()) {
+    for (; table < tables_.size(); ++table) {
+        getIncluded(table);
+        const host::OidView root = tables_[table]->root.view();
+        if (!gatherBatch(table, [&](const Asked &asked) { return mayFollow(asked, root); })) {
             continue;
         }
-        ask([this, root](std::span<host::Variable> variables) { resolver_.getNext(variables, root); });
+        ask([&](std::span<host::Variable> variables) { tables_[table]->source->getNext(variables, root); });
         for (std::size_t i = 0; i < batch_.size(); ++i) {
             Asked &asked = asked_[batch_[i]];
             const host::Variable &found = variables_[i];
             if (found.status == host::Status::endOfRegion) {
-                ++asked.region;
+                ++asked.table;
             } else if (found.status == host::Status::ok && mayFollow(asked, found.name.view())) {
                 asked.name = found.name;
                 setName(*asked.variable, found.name.view());

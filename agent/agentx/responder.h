@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Answers a master's requests: all variables of a message that fall into one region are one batch.
+// Answers a master's requests: all variables of a message that fall into one table are one batch.
 #pragma once
 
 #include "agent/agentx/codec.h"
 
-#include "host/resolver.h"
-
-#include <ipmib/platform_hooks.h>
+#include "host/catalogue.h"
 
 #include <deque>
 #include <vector>
@@ -17,13 +15,10 @@ namespace ipmib::agent::agentx
 class Responder
 {
   public:
-    // The platform may be null.
-    Responder(host::Resolver &resolver, const IpmibPlatformHooks *platform) : resolver_(resolver), platform_(platform)
-    {
-    }
+    explicit Responder(host::Catalogue &catalogue) : catalogue_(catalogue) {}
 
-    // Only these regions are answered; ascending.
-    void serve(std::vector<const host::Resolver::Region *> regions) { regions_ = std::move(regions); }
+    // Only these tables are answered; ascending.
+    void serve(std::vector<const host::ServedTable *> tables) { tables_ = std::move(tables); }
 
     // Turns a request into its response. False when there is none to send.
     bool answer(netsnmp_pdu &message);
@@ -33,27 +28,31 @@ class Responder
     struct Asked {
         netsnmp_variable_list *variable;
         host::Oid name;
-        host::Oid end;      // the answer must lie before it; empty: anywhere
-        bool included;      // the name itself is an answer too
-        bool ended;         // there was nothing more in the repetition before
-        std::size_t region; // that is asked next
+        host::Oid end;     // the answer must lie before it; empty: anywhere
+        bool included;     // the name itself is an answer too
+        bool ended;        // there was nothing more in the repetition before
+        std::size_t table; // that is asked next
     };
 
     void gather(netsnmp_variable_list *first, bool withRange);
     void get();
     void getNext();
-    void getIncluded();
+    void getIncluded(std::size_t table);
     void getBulk(netsnmp_pdu &message);
-    // Asks for the variables of `batch_`, by their numbers, with one of the resolver's methods.
+    // Asks for the variables of `batch_`, by their numbers, with one of a source's methods.
     template <typename Method>
     void ask(Method method);
+    // Those variables of a table into `batch_`; false when there are none.
+    template <typename Predicate>
+    bool gatherBatch(std::size_t table, Predicate isWanted);
+    void deliver();
+    bool isWithinTable(const Asked &asked) const;
     void fail(std::size_t variable);
-    std::size_t regionOf(host::OidView name) const;
+    std::size_t tableOf(host::OidView name) const;
     static bool mayFollow(const Asked &asked, host::OidView name);
 
-    host::Resolver &resolver_;
-    const IpmibPlatformHooks *platform_;
-    std::vector<const host::Resolver::Region *> regions_;
+    host::Catalogue &catalogue_;
+    std::vector<const host::ServedTable *> tables_;
     long error_ = 0;
     long errorIndex_ = 0;
     // The message in work; all keep the size of the largest so far.

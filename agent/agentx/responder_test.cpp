@@ -58,12 +58,16 @@ class ResponderTest : public testing::Test
         tables_[0].add({{7}});
         tables_[2].add({{1}});
         resolver_.emplace(tree_.root(), host::testing::TestModule::callback, nullptr);
-        responder_.emplace(*resolver_, nullptr);
-        std::vector<const host::Resolver::Region *> regions;
-        for (const host::Resolver::Region &region : resolver_->regions()) {
-            regions.push_back(&region);
+        host::Catalogue::Contents contents;
+        contents.trees = {{&tree_.root(), {}}};
+        contents.sources = {&*resolver_};
+        catalogue_.emplace(contents);
+        responder_.emplace(*catalogue_);
+        std::vector<const host::ServedTable *> served;
+        for (const host::ServedTable &table : catalogue_->tables()) {
+            served.push_back(&table);
         }
-        responder_->serve(regions);
+        responder_->serve(served);
         for (const SortedTable &table : tables_) {
             const auto instances = table.instances();
             instances_.insert(instances_.end(), instances.begin(), instances.end());
@@ -141,6 +145,7 @@ class ResponderTest : public testing::Test
     std::deque<SortedTable> tables_;
     host::testing::TestModule module_;
     std::optional<host::Resolver> resolver_;
+    std::optional<host::Catalogue> catalogue_;
     std::optional<Responder> responder_;
     std::vector<Identifier> instances_;
     Codec codec_;
@@ -189,7 +194,7 @@ TEST_F(ResponderTest, GetNextFindsTheFirstInEachRange)
 
 TEST_F(ResponderTest, OnlyWhatIsServedIsThere)
 {
-    responder_->serve({&resolver_->regions().back()});
+    responder_->serve({&catalogue_->tables().back()});
     EXPECT_EQ(foundBy(request(getMessage, {{instances_.front()}, {instances_.back()}})),
               (std::vector<Found>{{instances_.front(), SNMP_NOSUCHOBJECT}, {instances_.back()}}));
     EXPECT_TRUE(std::is_eq(

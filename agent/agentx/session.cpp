@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 
 namespace ipmib::agent::agentx
 {
@@ -32,10 +33,10 @@ bool isAbsence(const std::string &reason)
 
 } // namespace
 
-Session::Session(host::Resolver &resolver, const IpmibPlatformHooks *platform, const std::vector<ServedTable> &tables,
-                 const ServeSettings &settings, const Address &master, std::function<void()> settled, Purpose purpose)
-    : tables_(tables), settings_(settings), settled_(std::move(settled)), purpose_(purpose),
-      responder_(resolver, platform),
+Session::Session(host::Catalogue &catalogue, host::SysUpTime &upTime, const ServeSettings &settings,
+                 const Address &master, std::function<void()> settled, Purpose purpose)
+    : catalogue_(catalogue), upTime_(upTime), settings_(settings), settled_(std::move(settled)), purpose_(purpose),
+      responder_(catalogue),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
       report_("agentx", ServeSettings::directive)
@@ -145,15 +146,16 @@ void Session::opened(const netsnmp_pdu &response)
         return;
     }
     sessionId_ = response.sessid;
+    upTime_.isNow(response.time);
     state_ = State::claiming;
     claims_.clear();
-    std::vector<const host::Resolver::Region *> regions;
-    for (const ServedTable &table : tables_) {
+    std::vector<const host::ServedTable *> tables;
+    for (const host::ServedTable &table : catalogue_.tables()) {
         claims_.emplace_back(table, settings_.of(table),
                              purpose_ == Purpose::look ? Claim::WhenOff::look : Claim::WhenOff::leaveAlone);
-        regions.push_back(table.region);
+        tables.push_back(&table);
     }
-    responder_.serve(std::move(regions)); // the master may ask for what it has granted, be it for a moment
+    responder_.serve(std::move(tables)); // the master may ask for what it has granted, be it for a moment
     claim_ = 0;
     claimOn();
 }
@@ -180,24 +182,38 @@ void Session::answered(const netsnmp_pdu &response)
                          : response.errstat == duplicateRegistration ? Answer::duplicate
                                                                      : Answer::refused,
                          textOfError(response.errstat));
+    if (purpose_ == Purpose::serve && claims_[claim_].isOurs()) {
+        begin(claims_[claim_].table());
+    }
     claimOn();
+}
+
+void Session::begin(const host::ServedTable &table)
+{
+    try {
+        table.source->start();
+    } catch (const std::exception &error) {
+        snmp_log(LOG_ERR, "agentx: %s has no rows: %s\n", table.name, error.what());
+    }
 }
 
 void Session::serve()
 {
     clearAlarm();
-    std::vector<const host::Resolver::Region *> regions;
+    std::vector<const host::ServedTable *> all;
+    std::vector<const host::ServedTable *> tables;
     for (const Claim &claim : claims_) {
+        all.push_back(&claim.table());
         if (claim.isOurs()) {
-            regions.push_back(claim.table().region);
+            tables.push_back(&claim.table());
         }
     }
     if (purpose_ == Purpose::serve) {
         snmp_log(LOG_INFO, "agentx: connected to the master at %s, serving %zu of %zu tables\n",
-                 connection_.address().text.c_str(), regions.size(), claims_.size());
+                 connection_.address().text.c_str(), host::countNames(tables), host::countNames(all));
         report_.log(claims_);
     }
-    responder_.serve(std::move(regions));
+    responder_.serve(std::move(tables));
     state_ = State::serving;
     trouble_.clear();
     settle();

@@ -8,6 +8,8 @@
 #include "agent/ownership_report.h"
 #include "agent/serve_settings.h"
 
+#include "host/sys_up_time.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,10 +25,9 @@ class Session
     enum class Purpose { serve, look };
 
     // `settled` is called whenever it is known how things stand: the tables are claimed, or the master is out of reach.
-    // The platform may be null; the others must outlive the session.
-    Session(host::Resolver &resolver, const IpmibPlatformHooks *platform, const std::vector<ServedTable> &tables,
-            const ServeSettings &settings, const Address &master, std::function<void()> settled,
-            Purpose purpose = Purpose::serve);
+    // The others must outlive the session; sysUpTime becomes the master's.
+    Session(host::Catalogue &catalogue, host::SysUpTime &upTime, const ServeSettings &settings, const Address &master,
+            std::function<void()> settled, Purpose purpose = Purpose::serve);
     // Sends agentx-Close where a session is open; does not wait.
     ~Session();
     Session(const Session &) = delete;
@@ -53,6 +54,7 @@ class Session
     void opened(const netsnmp_pdu &response);
     void answered(const netsnmp_pdu &response);
     void claimOn();
+    static void begin(const host::ServedTable &table);
     void serve();
     void settle();
     void leave();
@@ -63,7 +65,8 @@ class Session
     void clearAlarm();
     void alarmWentOff();
 
-    const std::vector<ServedTable> &tables_;
+    host::Catalogue &catalogue_;
+    host::SysUpTime &upTime_;
     const ServeSettings &settings_;
     std::function<void()> settled_;
     Purpose purpose_;

@@ -51,10 +51,11 @@ int listenIn(const std::string &directory)
 SessionBed::SessionBed()
     : table_(tree_, tableId, {host::testing::integer(1, 99)}, {}),
       module_([this](MorRequest *request, MorReply *reply) { return table_.answer(request, reply); }),
-      resolver_(tree_.root(), host::testing::TestModule::callback, nullptr), tables_(servedTables(resolver_)),
-      settings_("agentx-test", ServeSettings::directive, &tables_), directory_(makeDirectory()),
+      resolver_(tree_.root(), host::testing::TestModule::callback, nullptr),
+      catalogue_({{{&tree_.root(), {}}}, {&resolver_}, {}, {}, nullptr}),
+      settings_("agentx-test", ServeSettings::directive, &catalogue_.tables()), directory_(makeDirectory()),
       listener_(listenIn(directory_)),
-      session_(resolver_, nullptr, tables_, settings_, parseAddress(socketIn(directory_)), nullptr)
+      session_(catalogue_, upTime_, settings_, parseAddress(socketIn(directory_)), nullptr)
 {
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG, 1);
     table_.add({{5}});

@@ -4,6 +4,7 @@
 
 #include "agent/agentx/session.h"
 
+#include "host/resolver.h"
 #include "host/testing/sorted_table.h"
 #include "host/testing/test_module.h"
 
@@ -47,7 +48,8 @@ class SessionBed
     host::testing::SortedTable table_;
     host::testing::TestModule module_;
     host::Resolver resolver_;
-    std::vector<ServedTable> tables_;
+    host::Catalogue catalogue_;
+    host::SysUpTime upTime_;
     ServeSettings settings_;
     std::string directory_;
     int listener_;

@@ -32,7 +32,7 @@ std::vector<Counter> countersOf(const ObjectTree &tree, const Object &entry, con
     constexpr std::string_view wideMark = "HC";
     std::vector<Counter> counters;
     for (const Object &object : tree.objects()) {
-        const bool counted = object.node->pstParent == entry.node && host::isServed(*object.node) &&
+        const bool counted = object.node->pstParent == entry.node && object.isServed &&
                              (object.node->pstSyntax->ulType == MIB_TYPE_COUNTER32 ||
                               object.node->pstSyntax->ulType == MIB_TYPE_COUNTER64);
         if (!counted) {
@@ -40,7 +40,7 @@ std::vector<Counter> countersOf(const ObjectTree &tree, const Object &entry, con
         }
         const std::string name = std::string(object.node->pszName).substr(table.size());
         const Object *wide = tree.named(table + std::string(wideMark) + name);
-        if (wide == nullptr || !host::isServed(*wide->node)) {
+        if (wide == nullptr || !wide->isServed) {
             counters.push_back({&object, name.starts_with(wideMark) ? name.substr(wideMark.size()) : name});
         }
     }
@@ -59,7 +59,7 @@ Row readRow(Session &session, const std::vector<Counter> &counters, host::OidVie
     for (std::size_t i = 0; i < names.size(); ++i) {
         variables[i].asked = names[i].view();
     }
-    session.resolver().get(variables);
+    session.get(variables);
     Row row;
     bool exists = false;
     for (const host::Variable &variable : variables) {

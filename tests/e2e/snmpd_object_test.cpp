@@ -63,8 +63,8 @@ TEST_F(SnmpdObjectTest, TakenTablesAreExactlyOurs)
     stopAgent();
     startMaster(loadScripted + "ipmibServe all take\n");
     const Words all = rows();
-    for (const char *table :
-         {"4.25", "4.26", "4.30", "4.31.1", "4.31.3", "4.32", "4.34", "4.35", "4.37", "4.39", "5.29", "5.30"}) {
+    for (const char *table : {"2.1", "2.2", "4.20", "4.22", "4.25", "4.26", "4.30", "4.31.1", "4.31.3", "4.32", "4.34",
+                              "4.35", "4.37", "4.39", "5.29", "5.30", "31.1.1", "31.1.5"}) {
         const std::string root = std::string(".1.3.6.1.2.1.") + table;
         EXPECT_FALSE(rowsBelow(own, root).empty()) << table;
         EXPECT_EQ(rowsBelow(all, root), rowsBelow(own, root)) << table;

@@ -19,13 +19,31 @@ struct Table {
 };
 
 const std::vector<Table> tables = {
-    {"ipv6IpForwarding", ".1.3.6.1.2.1.4.25"},     {"ipv6IpDefaultHopLimit", ".1.3.6.1.2.1.4.26"},
-    {"ipv6InterfaceTable", ".1.3.6.1.2.1.4.30"},   {"ipSystemStatsTable", ".1.3.6.1.2.1.4.31.1"},
-    {"ipIfStatsTable", ".1.3.6.1.2.1.4.31.3"},     {"ipAddressPrefixTable", ".1.3.6.1.2.1.4.32"},
-    {"ipAddressTable", ".1.3.6.1.2.1.4.34"},       {"ipNetToPhysicalTable", ".1.3.6.1.2.1.4.35"},
-    {"ipDefaultRouterTable", ".1.3.6.1.2.1.4.37"}, {"ipv6RouterAdvertTable", ".1.3.6.1.2.1.4.39"},
-    {"icmpStatsTable", ".1.3.6.1.2.1.5.29"},       {"icmpMsgStatsTable", ".1.3.6.1.2.1.5.30"},
+    {"ipv6IpForwarding", ".1.3.6.1.2.1.4.25"},
+    {"ipv6IpDefaultHopLimit", ".1.3.6.1.2.1.4.26"},
+    {"ipv6InterfaceTable", ".1.3.6.1.2.1.4.30"},
+    {"ipSystemStatsTable", ".1.3.6.1.2.1.4.31.1"},
+    {"ipIfStatsTable", ".1.3.6.1.2.1.4.31.3"},
+    {"ipAddressPrefixTable", ".1.3.6.1.2.1.4.32"},
+    {"ipAddressTable", ".1.3.6.1.2.1.4.34"},
+    {"ipNetToPhysicalTable", ".1.3.6.1.2.1.4.35"},
+    {"ipDefaultRouterTable", ".1.3.6.1.2.1.4.37"},
+    {"ipv6RouterAdvertTable", ".1.3.6.1.2.1.4.39"},
+    {"icmpStatsTable", ".1.3.6.1.2.1.5.29"},
+    {"icmpMsgStatsTable", ".1.3.6.1.2.1.5.30"},
+    {"ifNumber", ".1.3.6.1.2.1.2.1"},
+    {"ifTable", ".1.3.6.1.2.1.2.2"},
+    {"ifXTable", ".1.3.6.1.2.1.31.1.1"},
+    {"ifTableLastChange", ".1.3.6.1.2.1.31.1.5"},
+    {"ipAddrTable", ".1.3.6.1.2.1.4.20"},
+    {"ipNetToMediaTable", ".1.3.6.1.2.1.4.22"},
 };
+
+// The modules of snmpd that serve some of them; the others are part of what cannot be left out.
+constexpr const char *without = ",ipAddressTable,ipAddressPrefixTable,inetNetToMediaTable,ipSystemStatsTable,"
+                                "ipIfStatsTable,ipDefaultRouterTable,icmp,ifXTable";
+constexpr const char *staying[] = {"ipv6IpForwarding",  "ipv6IpDefaultHopLimit", "ifNumber",         "ifTable",
+                                   "ifTableLastChange", "ipAddrTable",           "ipNetToMediaTable"};
 
 const Words scripted = {"--platform", scriptedPlatform};
 
@@ -44,9 +62,11 @@ class SubagentTablesTest : public MasterTest
     // Of the groups that our tables are in.
     Words rowsThroughMaster() const
     {
-        Words all = rows("1.3.6.1.2.1.4");
-        const Words icmp = rows("1.3.6.1.2.1.5");
-        all.insert(all.end(), icmp.begin(), icmp.end());
+        Words all;
+        for (const char *group : {"1.3.6.1.2.1.2", "1.3.6.1.2.1.4", "1.3.6.1.2.1.5", "1.3.6.1.2.1.31.1"}) {
+            const Words below = rows(group);
+            all.insert(all.end(), below.begin(), below.end());
+        }
         return all;
     }
 
@@ -120,12 +140,11 @@ TEST_F(SubagentTablesTest, EachTableIsTakenForItself)
 TEST_F(SubagentTablesTest, AMasterWithoutTablesOfItsOwnGetsThemAll)
 {
     const Words own = rowsOfOurOwn();
-    startMaster("", ",ipAddressTable,ipAddressPrefixTable,inetNetToMediaTable,ipSystemStatsTable,ipIfStatsTable,"
-                    "ipDefaultRouterTable,icmp");
+    startMaster("", without);
     startSubagent("", scripted);
     const Words all = rowsThroughMaster();
     for (const Table &table : tables) {
-        if (!std::string(table.name).starts_with("ipv6Ip")) { // the scalars are part of what cannot be left out
+        if (std::ranges::find(staying, std::string(table.name)) == std::end(staying)) {
             EXPECT_EQ(rowsBelow(all, table.identifier), rowsBelow(own, table.identifier)) << table.name;
         }
     }
@@ -154,12 +173,14 @@ TEST_F(SubagentTablesTest, TheLogSaysWhatBecomesOfTheMastersRows)
 {
     startMaster();
     startSubagent("serve ipAddressTable take\nserve ipv6RouterAdvertTable off\n");
-    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 3 of 12 tables"), 1u);
+    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 6 of 26 tables"), 1u);
     EXPECT_EQ(timesLogged("agentx: ipAddressTable: our rows replace the master's"), 1u);
     EXPECT_EQ(timesLogged("agentx: ipIfStatsTable: our rows replace the master's, whose further columns stay"), 1u);
     EXPECT_EQ(timesLogged("agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): "
-                          "ipv6IpForwarding, ipv6IpDefaultHopLimit, ipSystemStatsTable, ipAddressPrefixTable, "
-                          "ipNetToPhysicalTable, ipDefaultRouterTable, icmpStatsTable, icmpMsgStatsTable"),
+                          "ifNumber, ifTable, ip, ipAddrTable, ipNetToMediaTable, ipv6IpForwarding, "
+                          "ipv6IpDefaultHopLimit, ipSystemStatsTable, ipAddressPrefixTable, ipNetToPhysicalTable, "
+                          "ipv6ScopeZoneIndexTable, ipDefaultRouterTable, icmp, icmpStatsTable, icmpMsgStatsTable, "
+                          "tcp, udp, ifXTable, ifTableLastChange"),
               1u);
     stopSubagent();
 }
@@ -177,6 +198,8 @@ TEST_F(SubagentTablesTest, CheckPrintsTheOwnersAndLeavesTheMasterAlone)
     EXPECT_EQ(ownerOf("ipIfStatsTable", result), "ours, in place of the master's");
     EXPECT_EQ(ownerOf("ipAddressTable", result), "ours, in place of the master's");
     EXPECT_EQ(ownerOf("ipSystemStatsTable", result), "the master's");
+    EXPECT_EQ(ownerOf("ifTable", result), "the master's");
+    EXPECT_EQ(ownerOf("ipAddrTable", result), "the master's");
     EXPECT_EQ(ownerOf("ipv6RouterAdvertTable", result), "off");
     EXPECT_EQ(ownerOf("ipNetToPhysicalTable", result), "the master's");
     EXPECT_EQ(identifiersOf(steady(rows())), identifiersOf(before));
@@ -199,22 +222,30 @@ TEST_F(SubagentTablesTest, CheckFailsWithAReason)
     EXPECT_TRUE(wrong.errors.starts_with(
         path("check.conf") + ": line 1: Error: serve: there is no table \"ipAdressTable\"; there are all, "))
         << wrong.errors;
-    const Result alone = check("rocommunity public\nsyscontact me\nsysservices 76\nserve ipAddressTable off\n");
+    const Result alone =
+        check("rocommunity public\nsyscontact me\nsysservices 76\nserve ipAddressTable off\nserve ipAddrTable off\n");
     EXPECT_EQ(alone.status, 0) << alone.errors;
     EXPECT_EQ(ownerOf("ipAddressTable", alone), "off");
+    EXPECT_EQ(ownerOf("ipAddrTable", alone), "off");
+    EXPECT_EQ(ownerOf("ifXTable", alone), "ours");
     EXPECT_EQ(ownerOf("ipSystemStatsTable", alone), "ours");
 }
 
 TEST_F(SubagentTablesTest, AloneATableCanBeOffAndComeBack)
 {
-    startAgent(everybody + "serve ipNetToPhysicalTable off\n");
+    startAgent(everybody + "serve ipNetToPhysicalTable off\nserve ifTable off\n");
     const std::string neighbours = "1.3.6.1.2.1.4.35";
-    EXPECT_TRUE(rowsBelow(walk("snmpbulkwalk", publicV2, {}, root), "." + neighbours).empty());
+    const std::string interfaces = "1.3.6.1.2.1.2.2";
+    const Words alone = walk("snmpbulkwalk", publicV2, {}, root);
+    EXPECT_TRUE(rowsBelow(alone, "." + neighbours).empty());
+    EXPECT_TRUE(rowsBelow(alone, "." + interfaces).empty());
     writeFile("test.conf", everybody);
     agent().signal(SIGHUP);
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
-    EXPECT_FALSE(rowsBelow(walk("snmpbulkwalk", publicV2, {}, root), "." + neighbours).empty());
+    const Words with = walk("snmpbulkwalk", publicV2, {}, root);
+    EXPECT_FALSE(rowsBelow(with, "." + neighbours).empty());
+    EXPECT_FALSE(rowsBelow(with, "." + interfaces).empty());
     stopAgent();
 }
 

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The rows of a table that has one for each interface.
+#pragma once
+
+#include "tables/values.h"
+
+#include "host/row_source.h"
+#include "host/sys_up_time.h"
+
+#include <ipmib/platform_interfaces.h>
+
+namespace ipmib::tables
+{
+
+struct InterfaceRow {
+    IpmibInterface interface;
+    IpmibInterfaceTraffic traffic; // read for the columns that need it
+    const host::SysUpTime *upTime;
+};
+
+using InterfaceColumn = host::RowColumn<InterfaceRow>;
+inline constexpr unsigned traffic = 1; // what a column may need
+
+class InterfaceRows
+{
+  public:
+    using Row = InterfaceRow;
+    using Index = std::array<host::SubId, 1>;
+    static constexpr host::SubIdRange shape[] = {host::anyIfIndex};
+
+    InterfaceRows(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime,
+                  std::span<const InterfaceColumn> columns)
+        : interfaces_(interfaces), upTime_(upTime), columns_(columns)
+    {
+    }
+
+    std::span<const InterfaceColumn> columns() const { return columns_; }
+    bool find(const Index &index, Row &row) const;
+    bool next(const Index *behind, Row &row) const;
+    Index indexOf(const Row &row) const { return {row.interface.if_index}; }
+    bool complete(Row &row, unsigned) const { return interfaces_.traffic(row.interface.if_index, &row.traffic) == 0; }
+
+  private:
+    const IpmibInterfaceHooks &interfaces_;
+    const host::SysUpTime &upTime_;
+    std::span<const InterfaceColumn> columns_;
+};
+
+inline bool InterfaceRows::find(const Index &index, Row &row) const
+{
+    row.upTime = &upTime_;
+    return interfaces_.find(index[0], &row.interface) == 0;
+}
+
+inline bool InterfaceRows::next(const Index *behind, Row &row) const
+{
+    row.upTime = &upTime_;
+    return interfaces_.next(behind == nullptr ? 0 : (*behind)[0], &row.interface) == 0;
+}
+
+} // namespace ipmib::tables

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The columns of ipSystemStatsTable and ipIfStatsTable, which have the same numbers. A row has no instance of what
+// nobody counts.
+#pragma once
+
+#include "tables/ip/ip_rows.h"
+
+#include <vector>
+
+namespace ipmib::tables
+{
+
+struct CounterRow {
+    host::SubId version;
+    host::SubId ifIndex; // 0 for the system
+    IpmibIpCounters counters;
+};
+
+using CounterColumn = host::RowColumn<CounterRow>;
+
+// All of them, ascending.
+std::span<const CounterColumn> counterColumns();
+// Those with these numbers.
+std::vector<CounterColumn> counterColumns(std::span<const host::SubId> numbers);
+
+} // namespace ipmib::tables

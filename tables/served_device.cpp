@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Which sources there are, in which order, and what is known of their tables beside other agents.
+#include "tables/served_device.h"
+
+namespace ipmib::tables
+{
+namespace
+{
+
+const host::Oid mib2Parent{1, 3, 6, 1, 2};
+
+class Sources
+{
+  public:
+    void add(SourcePointer source)
+    {
+        if (source != nullptr) {
+            sources_.push_back(std::move(source));
+        }
+    }
+    void add(std::vector<SourcePointer> sources)
+    {
+        for (SourcePointer &source : sources) {
+            add(std::move(source));
+        }
+    }
+    std::vector<SourcePointer> take() { return std::move(sources_); }
+
+  private:
+    std::vector<SourcePointer> sources_;
+};
+
+std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const host::SysUpTime &upTime)
+{
+    Sources sources;
+    if (platform != nullptr && platform->interfaces != nullptr) {
+        const IpmibInterfaceHooks &interfaces = *platform->interfaces;
+        sources.add(interfaceScalars(interfaces));
+        sources.add(ifTable(interfaces, upTime));
+        sources.add(ifXTable(interfaces, upTime));
+        sources.add(ifTableLastChange(interfaces, upTime));
+        if (platform->ip != nullptr) {
+            sources.add(ipIfStatsTable(*platform->ip, interfaces));
+        }
+    }
+    if (platform != nullptr && platform->ipv4 != nullptr) {
+        sources.add(ipAddrTable(*platform->ipv4));
+        sources.add(ipNetToMediaTable(*platform->ipv4));
+    }
+    if (platform != nullptr && platform->ip != nullptr) {
+        const IpmibIpHooks &ip = *platform->ip;
+        sources.add(ifStackTable(ip));
+        sources.add(ifRcvAddressTable(ip));
+        sources.add(ipInterfaceTables(ip));
+        sources.add(ipSystemStatsTable(ip));
+        sources.add(ipAddressPrefixTable(ip));
+        sources.add(ipAddressTable(ip));
+        sources.add(ipNetToPhysicalTable(ip));
+        sources.add(ipDefaultRouterTable(ip));
+        sources.add(icmpTables(ip));
+        sources.add(ipScalars(ip));
+        sources.add(icmpScalars(ip));
+        sources.add(tcpScalars(ip));
+        sources.add(udpScalars(ip));
+    }
+    return sources.take();
+}
+
+host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &descriptions,
+                                     const std::vector<SourcePointer> &own)
+{
+    host::Catalogue::Contents contents;
+    contents.trees = {{&plugin.tree(), {}}, {&descriptions.root(), mib2Parent}};
+    contents.sources = {&plugin.resolver()};
+    for (const SourcePointer &source : own) {
+        contents.sources.push_back(source.get());
+    }
+    contents.groups = {"ip", "icmp", "tcp", "udp"};
+    // net-snmp has the rows of IPv6 alone, with columns that no module answers for.
+    contents.replacedColumns = {"ipIfStatsTable"};
+    contents.platform = plugin.platform();
+    if (contents.platform != nullptr && contents.platform->interfaces != nullptr) {
+        contents.capabilities = {{host::Oid{1, 3, 6, 1, 2, 1, 31}, "The MIB module to describe network interfaces"}};
+    }
+    return contents;
+}
+
+} // namespace
+
+ServedDevice::ServedDevice(host::Plugin &plugin)
+    : own_(ownTables(plugin.platform(), upTime_)), catalogue_(contentsOf(plugin, descriptions_, own_))
+{
+}
+
+} // namespace ipmib::tables

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The product's own tables, each in a file of its own. None is there when the platform does not say what it is made of.
+// Hooks and clock outlive them.
+#pragma once
+
+#include "host/source.h"
+#include "host/sys_up_time.h"
+
+#include <ipmib/platform_hooks.h>
+
+#include <memory>
+#include <vector>
+
+namespace ipmib::tables
+{
+
+using SourcePointer = std::unique_ptr<host::Source>;
+
+// IF-MIB
+SourcePointer interfaceScalars(const IpmibInterfaceHooks &interfaces); // ifNumber
+SourcePointer ifTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
+SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
+SourcePointer ifTableLastChange(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
+SourcePointer ifStackTable(const IpmibIpHooks &ip);
+SourcePointer ifRcvAddressTable(const IpmibIpHooks &ip);
+
+// IP-MIB: tables of their own, and rows and columns of those that modules have
+SourcePointer ipAddrTable(const IpmibIpv4Hooks &ipv4);
+SourcePointer ipNetToMediaTable(const IpmibIpv4Hooks &ipv4);
+std::vector<SourcePointer> ipInterfaceTables(const IpmibIpHooks &ip); // ipv4InterfaceTable, ipv6ScopeZoneIndexTable
+std::vector<SourcePointer> ipSystemStatsTable(const IpmibIpHooks &ip);
+SourcePointer ipIfStatsTable(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces);
+SourcePointer ipAddressPrefixTable(const IpmibIpHooks &ip);
+SourcePointer ipAddressTable(const IpmibIpHooks &ip);
+SourcePointer ipNetToPhysicalTable(const IpmibIpHooks &ip);
+SourcePointer ipDefaultRouterTable(const IpmibIpHooks &ip);
+std::vector<SourcePointer> icmpTables(const IpmibIpHooks &ip); // icmpStatsTable, icmpMsgStatsTable
+
+// Groups of scalars
+std::vector<SourcePointer> ipScalars(const IpmibIpHooks &ip);
+SourcePointer icmpScalars(const IpmibIpHooks &ip);
+SourcePointer tcpScalars(const IpmibIpHooks &ip);
+SourcePointer udpScalars(const IpmibIpHooks &ip);
+
+} // namespace ipmib::tables
