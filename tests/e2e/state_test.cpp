@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What the service knows outlives what its operator does to it: SNMPv3 users, the count of starts, access.
+// What the service knows outlives what its operator does to it: SNMPv3 users, and the count of starts.
 
-#include "e2e/agent_under_test.h"
+#include "e2e/service_under_test.h"
 
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 
@@ -19,44 +17,8 @@ namespace ipmib::e2e
 namespace
 {
 
-const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
-const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
-const std::string createsAlice = R"(createUser alice SHA "alice's auth" AES "alice's priv"
-)";
-const std::string letsAliceIn = "rocommunity public 127.0.0.1\nrouser alice priv\n";
-
-class StateTest : public AgentTest
+class StateTest : public ServiceTest
 {
-  protected:
-    // As a service: with the default configuration, which lets alice in and does not create her, and the state.
-    void startService(const std::string &more = "", const Words &wrapper = {})
-    {
-        writeFile("ipmibd.conf", letsAliceIn + more);
-        Words words = wrapper;
-        for (const std::string &word : agentWords({"-f", "-Lo"})) {
-            words.push_back(word);
-        }
-        startProgram(words);
-    }
-    void endService()
-    {
-        agent().signal(SIGTERM);
-        EXPECT_EQ(agent().wait(), 0) << agent().errors();
-    }
-    void expectAlice() const { EXPECT_EQ(snmp("snmpget", aliceV3, {hopLimit}).output, hopLimitRow); }
-    std::string stateFile() const { return path("persistent/ipmibd.conf"); }
-    std::string boots() const
-    {
-        const std::string text = contentOf(stateFile());
-        const std::size_t word = text.find("engineBoots ");
-        return word == std::string::npos ? "none" : text.substr(word, text.find('\n', word) - word);
-    }
-    void reload()
-    {
-        agent().signal(SIGHUP);
-        EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
-        EXPECT_EQ(notification(), "READY=1");
-    }
 };
 
 TEST_F(StateTest, ARunWithoutDefaultConfigurationNeitherReadsNorWritesIt)
@@ -250,94 +212,6 @@ TEST_F(FullDiskTest, AtTheStart)
     EXPECT_EQ(boots(), "engineBoots 2");
     startService();
     expectAlice();
-    endService();
-}
-
-class ReloadTest : public StateTest
-{
-  protected:
-    // Ends all access that there was, if it takes effect.
-    void replaceConfiguration(const std::string &file, const std::string &more = "")
-    {
-        writeFile(file, "rocommunity other 127.0.0.1\n" + more);
-    }
-    void expectOldConfiguration() const
-    {
-        EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
-        EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "other", "-t", "1"}, {hopLimit}).status, 0);
-    }
-    void expectNewConfiguration() const
-    {
-        EXPECT_EQ(snmp("snmpget", {"-v2c", "-c", "other"}, {hopLimit}).output, hopLimitRow);
-        EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "public", "-t", "1"}, {hopLimit}).status, 0);
-    }
-    // No descriptor can be opened while these are as many as it may have.
-    void limitDescriptors(rlim_t limit)
-    {
-        const rlimit limits{limit, 1024};
-        ASSERT_EQ(prlimit(agent().pid(), RLIMIT_NOFILE, &limits, nullptr), 0);
-    }
-    rlim_t lowestFreeDescriptor()
-    {
-        // Once it has answered, nothing of its start is open any more.
-        EXPECT_EQ(snmp("snmpget", publicV2, {hopLimit}).output, hopLimitRow);
-        rlim_t number = 0;
-        while (
-            std::filesystem::is_symlink("/proc/" + std::to_string(agent().pid()) + "/fd/" + std::to_string(number))) {
-            ++number;
-        }
-        return number;
-    }
-};
-
-TEST_F(ReloadTest, WithoutFreeDescriptorsAllStaysAsItWas)
-{
-    startAgent(everybody);
-    replaceConfiguration("test.conf");
-    limitDescriptors(lowestFreeDescriptor());
-    reload();
-    EXPECT_EQ(timesLogged("cannot read the configuration file " + path("test.conf") +
-                          ": Too many open files, keeping the old configuration"),
-              1u)
-        << agent().output();
-    expectOldConfiguration();
-    limitDescriptors(1024);
-    reload();
-    expectNewConfiguration();
-    stopAgent();
-}
-
-TEST_F(ReloadTest, TheServicesOwnFilesAreLookedAtToo)
-{
-    startService(createsAlice);
-    replaceConfiguration("ipmibd.conf");
-    limitDescriptors(lowestFreeDescriptor());
-    reload();
-    expectOldConfiguration();
-    expectAlice();
-    limitDescriptors(1024);
-    endService();
-}
-
-TEST_F(ReloadTest, FilesThatFilesIncludeAreLookedAtToo)
-{
-    std::filesystem::create_directory(path("more"));
-    writeFile("more/one.conf", "rocommunity public 127.0.0.1\n");
-    startAgent("includeDir " + path("more") + "\nincludeFile included.conf\n" + "includeFile " +
-               path("never-there.conf") + "\n"); // an obstacle from the beginning is none
-    EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "other", "-t", "1"}, {hopLimit}).status, 0);
-    writeFile("included.conf", "");
-    std::filesystem::remove(path("more/one.conf"));
-    replaceConfiguration("test.conf", "includeFile included.conf\nincludeDir " + path("other") + "\n");
-    reload();
-    EXPECT_EQ(timesLogged("cannot read the configuration file " + path("other") +
-                          ": No such file or directory, keeping the old configuration"),
-              1u)
-        << agent().output();
-    expectOldConfiguration();
-    std::filesystem::create_directory(path("other"));
-    reload();
-    expectNewConfiguration();
     endService();
 }
 
