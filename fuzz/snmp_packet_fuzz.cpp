@@ -110,6 +110,9 @@ class Socket
   public:
     explicit Socket(int kind) : descriptor_(socket(AF_INET, kind | SOCK_CLOEXEC, 0))
     {
+        // Resets a connection, which then keeps no port of this machine waiting.
+        const linger atOnce{1, 0};
+        setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
         require(connect(descriptor_, reinterpret_cast<const sockaddr *>(&place()), sizeof place()) == 0,
                 "the agent listens");
     }
