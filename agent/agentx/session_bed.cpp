@@ -52,7 +52,7 @@ SessionBed::SessionBed()
     : table_(tree_, tableId, {host::testing::integer(1, 99)}, {}),
       module_([this](MorRequest *request, MorReply *reply) { return table_.answer(request, reply); }),
       resolver_(tree_.root(), host::testing::TestModule::callback, nullptr),
-      catalogue_({{{&tree_.root(), {}}}, {&resolver_}, {}, {}, nullptr}),
+      catalogue_({.trees = {{&tree_.root(), {}}}, .sources = {&resolver_}}),
       settings_("agentx-test", ServeSettings::directive, &catalogue_.tables()), directory_(makeDirectory()),
       listener_(listenIn(directory_)),
       session_(catalogue_, upTime_, settings_, parseAddress(socketIn(directory_)), nullptr)

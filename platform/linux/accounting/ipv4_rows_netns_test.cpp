@@ -24,13 +24,6 @@ class Ipv4RowsTest : public AccountingTest
     }
 };
 
-std::string readOption(const char *name, const char *value, Settings &settings)
-{
-    const IpmibPlatformOption option{name, value};
-    const IpmibPlatformHost host{nullptr, "", &option, 1};
-    return readOptions(host, settings);
-}
-
 } // namespace
 
 TEST_F(Ipv4RowsTest, WithTheOptionTheyCountAndAreReadFresh)
@@ -83,11 +76,10 @@ TEST_F(Ipv4RowsTest, StoppingThePlatformRemovesTheTable)
 
 TEST(Ipv4AccountingOption, IsASwitch)
 {
-    Settings settings;
-    EXPECT_EQ(readOption("ipv4-accounting", "", settings), "");
-    EXPECT_TRUE(settings.ipv4Accounting);
-    EXPECT_NE(readOption("ipv4-accounting", "no", settings), "");
-    EXPECT_NE(readOption("ipv4-acounting", "", settings), "");
+    Platform platform;
+    EXPECT_EQ(platform.takeOption({"ipv4-accounting", ""}), "");
+    EXPECT_NE(platform.takeOption({"ipv4-accounting", "no"}), "");
+    EXPECT_NE(platform.takeOption({"ipv4-acounting", ""}), "");
 }
 
 } // namespace ipmib::platform
