@@ -8,6 +8,7 @@
 #include "addressing/router_list.h"
 #include "core/datagram.h"
 #include "ipv4/ipv4_address_table.h"
+#include "ipv4/ipv4_route_table.h"
 #include "links/ip6_link.h"
 #include "links/link_table.h"
 #include "neighbours/neighbour_table.h"
@@ -105,6 +106,20 @@ class Tables
                 router = routers_.after(of, router->address, router->ifIndex);
             }
         }
+        Ipv4Router lastRouter{};
+        while (const Ipv4Router *router = ipv4Routes_.routerAfter(lastRouter)) {
+            require(lastRouter < *router, "IPv4 routers ascend");
+            lastRouter = *router;
+        }
+        Ipv4AddressTable::PrefixKey lastPrefix{};
+        for (bool more = ipv4Addresses_.prefixAtOrAfter({}, lastPrefix); more;) {
+            const Ipv4AddressTable::PrefixKey prefix = lastPrefix;
+            bool any = false;
+            ipv4Addresses_.eachIn(prefix, [&](const Ipv4Address &) { any = true; });
+            require(any, "an IPv4 prefix is that of an address");
+            more = ipv4Addresses_.prefixAfter(prefix, lastPrefix);
+            require(!more || prefix < lastPrefix, "IPv4 prefixes ascend");
+        }
         neighbours_.each([](const Neighbour &row) { require(row.ifIndex != 0, "a neighbour is on an interface"); });
     }
 
@@ -125,7 +140,7 @@ class Tables
         case RTM_NEWROUTE:
         case RTM_DELROUTE:
         case RTM_NEWPREFIX:
-            return {&routes_};
+            return {&routes_, &ipv4Routes_};
         case RTM_NEWNEXTHOP:
         case RTM_DELNEXTHOP:
             return {&nexthops_};
@@ -156,10 +171,11 @@ class Tables
     RouteTable routes_;
     NeighbourTable neighbours_{nobody_};
     Ipv4AddressTable ipv4Addresses_;
+    Ipv4RouteTable ipv4Routes_{nexthops_};
     NeighbourTable ipv4Neighbours_{nobodyOnIpv4_};
     PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
-    KernelTable *dumped_[6] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_, &ipv4Addresses_};
+    KernelTable *dumped_[7] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_, &ipv4Addresses_, &ipv4Routes_};
 };
 
 } // namespace

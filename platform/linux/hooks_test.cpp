@@ -138,13 +138,54 @@ TEST(Hooks, servicesFailUntilTheStartAndAfterTheStop)
     expectDead();
 }
 
+// Before the start, after it and after the stop; nothing was followed before.
+TEST(Hooks, rowsOfIpAreThereBetweenStartAndStop)
+{
+    ASSERT_NE(hooks.ip, nullptr);
+    const IpmibIpHooks &ip = *hooks.ip;
+    EXPECT_EQ(ip.size, sizeof ip);
+    IpmibIpSettings settings;
+    IpmibIpCounters counters;
+    IpmibTcpCounters tcp;
+    IpmibIpAddress address;
+    IpmibStack stack;
+    char why[100] = "";
+    const auto expectNothing = [&] {
+        EXPECT_NE(ip.follow(IPMIB_FOLLOW_ADDRESSES, why, sizeof why), 0);
+        EXPECT_STRNE(why, "");
+        EXPECT_NE(ip.settings(IPMIB_IPV4, &settings), 0);
+        EXPECT_NE(ip.system_counters(IPMIB_IPV4, &counters), 0);
+        EXPECT_NE(ip.tcp_counters(&tcp), 0);
+        EXPECT_NE(ip.next_address(0, &address), 0);
+        EXPECT_NE(ip.next_stack(0, 0, &stack), 0);
+        EXPECT_EQ(ip.stack_changed(), 0u);
+        hooks.uptime_began(0);
+    };
+    expectNothing();
+    ASSERT_EQ(start("", {{"router-anycast", ""}}).error, "");
+    EXPECT_EQ(ip.settings(IPMIB_IPV4, &settings), 0);
+    EXPECT_EQ(ip.system_counters(IPMIB_IPV4, &counters), 0);
+    EXPECT_EQ(ip.tcp_counters(&tcp), 0);
+    ASSERT_EQ(ip.next_stack(0, 0, &stack), 0);
+    EXPECT_EQ(stack.higher, 0u);
+    EXPECT_EQ(stack.lower, 1u);
+    EXPECT_NE(ip.next_address(0, &address), 0) << "nobody has asked to follow them";
+    ASSERT_EQ(ip.follow(IPMIB_FOLLOW_ADDRESSES, why, sizeof why), 0) << why;
+    ASSERT_EQ(ip.find_address(0x7F000001, &address), 0);
+    EXPECT_EQ(address.if_index, 1u);
+    EXPECT_EQ(address.type, std::uint32_t{IPMIB_ADDRESS_UNICAST});
+    hooks.stop();
+    expectNothing();
+    EXPECT_NE(start("", {{"router-anycast", "yes"}}).error.find("--router-anycast"), std::string::npos);
+}
+
 TEST(Hooks, whatIsUnknownIsRefusedByName)
 {
     EXPECT_EQ(hooks.size, sizeof hooks);
     Start failed = start("", {{"warp-speed", "9"}});
     EXPECT_EQ(failed.result, IPMIB_WRONG_OPTION);
-    EXPECT_EQ(failed.error, "there is no option --warp-speed; those of platform linux are --ipv4-accounting and "
-                            "--radvd-conf=FILE");
+    EXPECT_EQ(failed.error, "there is no option --warp-speed; those of platform linux are --ipv4-accounting, "
+                            "--radvd-conf=FILE and --router-anycast");
     EXPECT_EQ(hooks.descriptor(), -1);
     failed = start("", {{"radvd-conf", "/dev/null"}, {"ipv4-accounting", "yes"}});
     EXPECT_EQ(failed.result, IPMIB_WRONG_OPTION + 1);

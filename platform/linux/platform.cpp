@@ -41,18 +41,23 @@ std::string Platform::takeOption(const IpmibPlatformOption &option)
         settings_.radvdConf = value;
         return value.empty() ? "--radvd-conf needs the name of a file" : "";
     }
-    if (name == "ipv4-accounting") {
-        settings_.ipv4Accounting = true;
-        return value.empty() ? "" : "--ipv4-accounting takes no value, not \"" + std::string(value) + "\"";
+    for (const auto &[known, setting] :
+         {std::pair("ipv4-accounting", &Settings::ipv4Accounting), {"router-anycast", &Settings::routerAnycast}}) {
+        if (name == known) {
+            settings_.*setting = true;
+            return value.empty() ? ""
+                                 : "--" + std::string(known) + " takes no value, not \"" + std::string(value) + "\"";
+        }
     }
     return "there is no option --" + std::string(name) +
-           "; those of platform linux are --ipv4-accounting and --radvd-conf=FILE";
+           "; those of platform linux are --ipv4-accounting, --radvd-conf=FILE and --router-anycast";
 }
 
 std::string Platform::start(const Settings &settings)
 {
     now_ = secondsSinceBoot();
     receiveBuffer_ = settings.receiveBuffer;
+    routerAnycast_ = settings.routerAnycast;
     if (!loop_.open()) {
         return std::string("cannot create an epoll instance: ") + std::strerror(errno);
     }
@@ -68,8 +73,12 @@ std::string Platform::start(const Settings &settings)
             forgetLink(ifIndex);
         }
         addressing_.linkDown(ifIndex);
+        ipv4_.linkChanged();
     });
-    links_.onUp([this](std::uint32_t) { addressing_.linkUp(); });
+    links_.onUp([this](std::uint32_t) {
+        addressing_.linkUp();
+        ipv4_.linkChanged();
+    });
     for (Mirror *mirror : {&linkMirror_}) {
         if (const std::string error = mirror->start(loop_, settings.receiveBuffer); !error.empty()) {
             return error;
@@ -94,15 +103,23 @@ std::string Platform::start(const Settings &settings)
     return "";
 }
 
+void Platform::dispatch()
+{
+    loop_.run();
+    ip_.noteChanges();
+}
+
 void Platform::beginPacket()
 {
     loop_.runAnnouncements();
+    ip_.noteChanges();
     now_ = secondsSinceBoot();
     ip6Links_.newPacket(links_.size());
     linkTraffic_.newPacket();
     systemCounters_.newPacket();
     ipv4Counters_.newPacket();
     rowHopLimit_.newPacket();
+    ip_.newPacket();
     ipv4Accounting_.checkRoomFor(links_.size());
 }
 

@@ -9,6 +9,7 @@
 #include "core/event_loop.h"
 #include "core/mirror.h"
 #include "core/proc_file.h"
+#include "core/uptime.h"
 #include "counters/ipv4_counters.h"
 #include "counters/system_counters.h"
 #include "ipv4/ipv4.h"
@@ -32,6 +33,7 @@ struct Settings {
     // Bytes for waiting announcements, for each mirror; tests make it tiny.
     int receiveBuffer = Mirror::defaultReceiveBuffer;
     std::string radvdConf = "/etc/radvd.conf";
+    bool routerAnycast = false;  // lists the addresses of all routers that this node has joined as a router
     bool ipv4Accounting = false; // counts IPv4 traffic by interface, with a table in the packet filter
 };
 
@@ -51,7 +53,7 @@ class Platform
     std::string start(const Settings &settings);
 
     int descriptor() const { return loop_.descriptor(); }
-    void dispatch() { loop_.run(); }
+    void dispatch();
     void beginPacket();
     void reload();
     const char *interfaceName(std::uint32_t ifIndex) const;
@@ -63,8 +65,14 @@ class Platform
     std::uint32_t interfaceCount() const { return static_cast<std::uint32_t>(links_.size()); }
     std::uint64_t interfacesChangedMs() const { return links_.rowsChangedMs(); }
 
-    // For the agent's IPv4 tables, once they are followed. The answer, when that fails, is one line for the user.
-    std::string followIpv4() { return ipv4_.follow(loop_, receiveBuffer_); }
+    // sysUpTime was 0 then.
+    void uptimeBegan(std::uint64_t monotonicMs) { uptime_.began(monotonicMs); }
+    const Uptime &uptime() const { return uptime_; }
+
+    // For the agent's IPv4 tables, once IPMIB_FOLLOW_x are followed. The answer, when that fails, is one line for the
+    // user.
+    std::string followIpv4() { return followRows(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_NEIGHBOURS); }
+    std::string followRows(std::uint32_t rows) { return ipv4_.follow(rows, loop_, receiveBuffer_); }
     Ipv4 &ipv4() { return ipv4_; }
     // For tables outside the module.
     IpRows &ip() { return ip_; }
@@ -83,6 +91,9 @@ class Platform
     // What the kernel says of IPv6 on a link; null when it runs none there.
     const Ip6Link *ip6Link(std::uint32_t ifIndex);
     Addressing &addressing() { return addressing_; }
+    // Whether an anycast address is a row: one that the kernel has joined for a router is only where that was asked
+    // for.
+    bool shows(const Anycast &anycast) { return routerAnycast_ || !addressing_.isOfAllRouters(anycast); }
     Neighbours &neighbours() { return neighbours_; }
     const RadvdFile &radvd() const { return radvd_; }
     RowHopLimit &rowHopLimit() { return rowHopLimit_; }
@@ -105,7 +116,7 @@ class Platform
     Rtnetlink requests_;
     Addressing addressing_{dumps_, requests_};
     Neighbours neighbours_{dumps_, AF_INET6};
-    Ipv4 ipv4_{dumps_};
+    Ipv4 ipv4_{dumps_, addressing_.nexthops()};
     Ip6LinkReader ip6Links_{requests_};
     LinkTrafficReader linkTraffic_{requests_};
     LinkSpeeds linkSpeeds_;
@@ -118,6 +129,8 @@ class Platform
     IpRows ip_{*this};
     Settings settings_;
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;
+    Uptime uptime_;
+    bool routerAnycast_ = false;
     std::uint32_t now_ = 0;
 };
 

@@ -2,8 +2,9 @@
 # Tests of the Linux platform.
 
 ipmib_test(platform_linux_test
-    SOURCES core/proc_file_test.cpp core/rtnetlink_test.cpp counters/counter_layout_test.cpp
-            counters/ipv4_counter_text_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp links/link_parse_test.cpp
+    SOURCES core/proc_file_test.cpp core/rtnetlink_test.cpp core/uptime_test.cpp counters/counter_layout_test.cpp
+            counters/ipv4_counter_text_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp
+            ipv4/ipv4_address_table_test.cpp links/link_parse_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test
@@ -20,6 +21,7 @@ ipmib_test(accounting_netns_test
            LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(ip_netns_test SOURCES ipv4/ipv4_netns_test.cpp rows/ip_counters_netns_test.cpp
+                   rows/ip_tables_netns_test.cpp rows/link_tables_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(neighbours_netns_test

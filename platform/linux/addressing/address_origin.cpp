@@ -9,7 +9,6 @@ namespace ipmib::platform
 
 AddressOrigin originOf(const Address &address)
 {
-    constexpr unsigned wholeAddress = 128;
     // Programs that configure addresses themselves mark what they form so, that the kernel forms temporary ones from
     // it.
     constexpr std::uint32_t formed = IFA_F_MANAGETEMPADDR | IFA_F_STABLE_PRIVACY;
@@ -24,11 +23,8 @@ AddressOrigin originOf(const Address &address)
         (address.flags & formed) != 0) {
         return AddressOrigin::autoconfigured;
     }
-    if ((address.flags & IFA_F_PERMANENT) != 0) {
-        return AddressOrigin::manual;
-    }
-    // DHCP clients set an address alone, with the lifetimes of its lease.
-    return address.length == wholeAddress ? AddressOrigin::leased : AddressOrigin::unknown;
+    // DHCP clients set the lifetimes of the lease; what is typed mostly has no end.
+    return (address.flags & IFA_F_PERMANENT) != 0 ? AddressOrigin::manual : AddressOrigin::leased;
 }
 
 bool hasIdentifierOf(const PackedAddress &address, const std::uint8_t *linkLayer)

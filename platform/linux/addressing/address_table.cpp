@@ -83,6 +83,7 @@ void AddressTable::commitRebuild()
 {
     globals_.swap(freshGlobals_);
     linkLocals_.swap(freshLinkLocals_);
+    ++version_;
     if (changed_) { // the old rows are in the fresh ones' place
         freshGlobals_.eachDifference(globals_, std::equal_to<>(), changed_);
     }
@@ -101,6 +102,7 @@ void AddressTable::apply(const nlmsghdr &message)
     if (!parseAddress(message, secondsSinceBoot(), address)) {
         return;
     }
+    ++version_;
     if (!address.address.isLinkLocal()) {
         applyGlobal(message.nlmsg_type, address);
     } else if (message.nlmsg_type == RTM_NEWADDR) {

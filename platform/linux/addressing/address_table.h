@@ -37,6 +37,9 @@ class AddressTable : public KernelTable
     // that has passed duplicate address detection; an interface with none of these has its oldest one. Null for none.
     const Address *linkLocal(std::uint32_t ifIndex) const;
 
+    // Differs after each change.
+    std::uint64_t version() const { return version_; }
+
     const char *name() const override { return "addresses"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_IFADDR}; }
     RtnetlinkRequest dump(std::size_t which) const override;
@@ -78,6 +81,7 @@ class AddressTable : public KernelTable
     OrderedTable<Address, ByInterface> linkLocals_;
     OrderedTable<Address, ByAddress> freshGlobals_;
     OrderedTable<Address, ByInterface> freshLinkLocals_;
+    std::uint64_t version_ = 0;
     ChangeHandler changed_;
 };
 

@@ -6,6 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <map>
 
@@ -172,7 +179,7 @@ TEST(AddressesNetns, originsAreToldApart)
     EXPECT_EQ(rowOf(rows, "2001:db8:1::1")->record.origin, 8u);
     EXPECT_EQ(rowOf(rows, "2001:db8:2::1")->record.origin, 16u);
     EXPECT_EQ(rowOf(rows, "2001:db8:3::ff")->record.origin, 64u);
-    EXPECT_EQ(rowOf(rows, "2001:db8:4::1")->record.origin, 0u);
+    EXPECT_EQ(rowOf(rows, "2001:db8:4::1")->record.origin, 16u);
     EXPECT_EQ(rowOf(rows, "2001:db8:5::1")->record.origin, 64u);
     std::size_t temporary = 0;
     for (const auto &[key, info] : listed(space, false)) {
@@ -294,7 +301,9 @@ TEST(AddressesNetns, anycastAddressesOfARouterComeAndGo)
     const Namespace space;
     space.run("ip link add v0 type veth peer name v1; ip link set v0 up; ip link set v1 up");
     space.run("ip addr add 2001:db8:1::1/64 dev v0 nodad; ip addr add 2001:db8:2::1/48 dev v0 nodad");
-    PlatformInside platform(space);
+    Settings settings;
+    settings.routerAnycast = true;
+    PlatformInside platform(space, settings);
     const auto anycast = [&] {
         std::map<std::string, std::uint32_t> found;
         platform->beginPacket();
@@ -333,6 +342,97 @@ TEST(AddressesNetns, anycastAddressesOfARouterComeAndGo)
     }));
     space.sysctl("net/ipv6/conf/all/forwarding", "0");
     EXPECT_TRUE(platform.waitUntil([&] { return anycast() == anycastListed(space); }));
+}
+
+// A socket that is a member of an anycast group for as long as it is open.
+class AnycastMember
+{
+  public:
+    AnycastMember(const Namespace &space, const char *address, std::uint32_t ifIndex)
+    {
+        const ipmib::netns::Inside inside(space);
+        socket_ = socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        ipv6_mreq group{};
+        EXPECT_EQ(inet_pton(AF_INET6, address, &group.ipv6mr_multiaddr), 1);
+        group.ipv6mr_interface = ifIndex;
+        EXPECT_EQ(setsockopt(socket_, IPPROTO_IPV6, IPV6_JOIN_ANYCAST, &group, sizeof group), 0)
+            << std::strerror(errno);
+    }
+    ~AnycastMember() { close(socket_); }
+
+  private:
+    int socket_;
+};
+
+TEST(AddressesNetns, ofAnycastAddressesThoseThatSomebodyWantedAreRows)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    const Namespace space;
+    space.run("ip link add v0 type veth peer name v1; ip link set v0 up; ip link set v1 up;"
+              "ip addr add 2001:db8:1::1/64 dev v0 nodad; ip addr add 2001:db8:2::1/48 dev v1 nodad");
+    space.sysctl("net/ipv6/conf/all/forwarding", "1");
+    const AnycastMember member(space, "2001:db8:1::aaaa", indexOf(space, "v0"));
+    PlatformInside platform(space);
+    EXPECT_EQ(anycastListed(space).size(), 3u) << "the kernel has joined two more";
+    EXPECT_TRUE(platform.waitUntil([&] {
+        platform->beginPacket();
+        return walkAddresses().size() == 4;
+    }));
+    std::vector<std::string> found;
+    for (const AddressRow &row : walkAddresses()) {
+        found.push_back(row.address);
+    }
+    EXPECT_EQ(found, (std::vector<std::string>{"::1", "2001:db8:1::1", "2001:db8:1::aaaa", "2001:db8:2::1"}));
+    EXPECT_EQ(walkAddresses()[2].record.flags, 1u);
+    FullAddressRecord record;
+    std::uint8_t allRouters[16] = {0x20, 0x01, 0x0d, 0xb8, 0, 1};
+    EXPECT_NE(IP6Mib_GetAddrFullInfoInVrf(0, allRouters, -1, &record), 0u);
+}
+
+// Times of rows count from when sysUpTime was 0, whenever that was.
+TEST(AddressesNetns, timesAreThoseOfSysUpTime)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    const Namespace space;
+    space.run("ip link add v0 type veth peer name v1; ip link set v0 up; ip link set v1 up;"
+              "ip addr add 2001:db8::1/64 dev v0 nodad");
+    PlatformInside platform(space);
+    const std::uint64_t twoSecondsAgo = monotonicMilliseconds() - 2'000;
+    space.run("ip addr add 2001:db8::2/64 dev v0 nodad valid_lft 100 preferred_lft 50;"
+              "ip neigh add 2001:db8::9 lladdr 02:00:00:00:00:09 nud permanent dev v0");
+    const auto row = [&](const char *address) {
+        platform->beginPacket();
+        return rowOf(walkAddresses(), address)->record;
+    };
+    EXPECT_TRUE(platform.waitUntil([&] {
+        platform->beginPacket();
+        return rowOf(walkAddresses(), "2001:db8::2") != nullptr;
+    }));
+    const auto neighbour = [&] {
+        NeighbourEntry entry{};
+        std::uint8_t key[16] = {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9};
+        EXPECT_EQ(ND_GetNetToPhysicalTable(indexOf(space, "v0"), key, &entry, 16), 0u);
+        return ipmib_be32_get(entry.last_updated_s);
+    };
+    EXPECT_GT(row("2001:db8::2").created_s, 5u) << "since boot";
+    EXPECT_GT(neighbour(), 5u);
+    const auto prefixesBefore = walkPrefixes(indexOf(space, "v0"));
+
+    platform->uptimeBegan(twoSecondsAgo);
+    EXPECT_GE(row("2001:db8::2").created_s, 1u);
+    EXPECT_LE(row("2001:db8::2").created_s, (monotonicMilliseconds() - twoSecondsAgo) / 1'000);
+    EXPECT_GE(neighbour(), 1u);
+    EXPECT_LE(neighbour(), (monotonicMilliseconds() - twoSecondsAgo) / 1'000);
+    platform->uptimeBegan(monotonicMilliseconds() + 1'000);
+    EXPECT_EQ(row("2001:db8::1").created_s, 0u) << "it was there before";
+    EXPECT_EQ(row("2001:db8::1").last_changed_s, 0u);
+    EXPECT_EQ(row("2001:db8::2").created_s, 0u);
+    EXPECT_EQ(neighbour(), 0u);
+    const auto prefixes = walkPrefixes(indexOf(space, "v0"));
+    ASSERT_EQ(prefixes.size(), prefixesBefore.size());
+    for (std::size_t i = 0; i < prefixes.size(); ++i) {
+        EXPECT_EQ(prefixes[i].valid, prefixesBefore[i].valid) << "lifetimes do not depend on it";
+    }
 }
 
 TEST(AddressesNetns, createdAndChangedAreTimesSinceBoot)

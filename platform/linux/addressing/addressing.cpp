@@ -4,6 +4,8 @@
 
 #include "core/boot_time.h"
 
+#include <linux/rtnetlink.h>
+
 #include <algorithm>
 
 namespace ipmib::platform
@@ -49,13 +51,27 @@ void Addressing::applyAnycast(const PackedAddress &address, std::uint32_t ifInde
 {
     constexpr std::uint64_t tick = 10; // ms
     if (joined) {
-        anycasts_.joined(address, ifIndex, static_cast<std::uint32_t>(millisecondsSinceBoot() / tick));
+        anycasts_.joined(address, ifIndex, static_cast<std::uint32_t>(monotonicMilliseconds() / tick));
     } else {
         anycasts_.left(address, ifIndex);
     }
     if (anycastMirror_.refreshing()) {
         anycastMirror_.refresh(); // what is being read may be older
     }
+}
+
+bool Addressing::programFormed(const Address &address) const
+{
+    bool learned = false;
+    routes_.eachOnLink(address.prefix(),
+                       [&](const OnLinkRoute &route) { learned = learned || route.protocol == RTPROT_RA; });
+    return learned;
+}
+
+bool Addressing::isOfAllRouters(const Anycast &anycast)
+{
+    constexpr std::uint8_t wholeAddress = 128;
+    return prefixes().anycastLength(anycast.address, anycast.ifIndex) < wholeAddress;
 }
 
 void Addressing::linkDown(std::uint32_t ifIndex)

@@ -32,6 +32,12 @@ class Addressing
         prefixes_.settle();
         return prefixes_;
     }
+    // Whether it looks as if a program formed the address that listens to routers in place of the kernel: it enters a
+    // route to the prefix, too, and says of that where it comes from.
+    bool programFormed(const Address &address) const;
+    // Whether a router has joined it because it is one: the address of all routers of a prefix of its interface.
+    bool isOfAllRouters(const Anycast &anycast);
+    const NexthopTable &nexthops() const { return nexthops_; }
     // With lifetimes of now: asks the kernel at most every tenth of a second, and only while there are learned routers.
     const RouterList &routers();
 

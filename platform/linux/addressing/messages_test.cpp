@@ -113,7 +113,7 @@ TEST(AddressOrigin, byWhatTheKernelShows)
     EXPECT_EQ(origin(IFA_F_TEMPORARY, 64), AddressOrigin::temporary);
     EXPECT_EQ(origin(0, 128), AddressOrigin::leased);
     EXPECT_EQ(origin(IFA_F_NOPREFIXROUTE, 128, 200), AddressOrigin::leased);
-    EXPECT_EQ(origin(0, 64), AddressOrigin::unknown);
+    EXPECT_EQ(origin(0, 64), AddressOrigin::leased) << "whatever the length of its prefix";
     EXPECT_EQ(origin(IFA_F_PERMANENT, 64, IFAPROT_KERNEL_LL, "fe80::1"), AddressOrigin::autoconfigured);
     EXPECT_EQ(origin(IFA_F_PERMANENT, 64, 0, "fe80::1"), AddressOrigin::manual);
     EXPECT_EQ(origin(IFA_F_PERMANENT, 128, IFAPROT_KERNEL_LO, "::1"), AddressOrigin::unknown);

@@ -4,6 +4,7 @@
 
 #include "core/attributes.h"
 
+#include <arpa/inet.h>
 #include <linux/nexthop.h>
 
 namespace ipmib::platform
@@ -25,6 +26,9 @@ std::uint32_t parseNexthop(const nlmsghdr &message, NexthopObject &nexthop)
     nexthop.hasGateway = header.nh_family == AF_INET6 && gateway.has_value();
     if (nexthop.hasGateway) {
         nexthop.gateway = PackedAddress::of(gateway->data());
+    }
+    if (header.nh_family == AF_INET) {
+        nexthop.ipv4Gateway = ntohl(attributes.get<in_addr_t>(NHA_GATEWAY).value_or(INADDR_ANY));
     }
     if (const nlattr *group = attributes[NHA_GROUP]; group != nullptr) {
         const auto *bytes = static_cast<const std::uint8_t *>(mnl_attr_get_payload(group));
@@ -57,9 +61,7 @@ void NexthopTable::commitRebuild()
 {
     rows_.swap(fresh_);
     fresh_.clear();
-    if (changed_) {
-        changed_();
-    }
+    tell();
 }
 
 void NexthopTable::apply(const nlmsghdr &message)
@@ -74,6 +76,12 @@ void NexthopTable::apply(const nlmsghdr &message)
     } else {
         rows_.erase(id);
     }
+    tell();
+}
+
+void NexthopTable::tell()
+{
+    ++version_;
     if (changed_) {
         changed_();
     }

@@ -17,6 +17,7 @@ struct NexthopObject {
     bool hasGateway = false; // an IPv6 one
     bool dead = false;
     PackedAddress gateway;
+    std::uint32_t ipv4Gateway = 0;      // 0 for none
     std::vector<std::uint32_t> members; // of a group: the objects that it stands for
 };
 
@@ -29,7 +30,10 @@ class NexthopTable : public KernelTable
     // Called after every change.
     void onChange(std::function<void()> handler) { changed_ = std::move(handler); }
 
-    // Calls visit(object) for each object with a gateway that an id stands for. A group holds no groups.
+    // Differs after each change.
+    std::uint64_t version() const { return version_; }
+
+    // Calls visit(object) for each object that an id stands for. A group holds no groups.
     template <class Visit>
     void eachBehind(std::uint32_t id, Visit visit) const
     {
@@ -37,12 +41,10 @@ class NexthopTable : public KernelTable
         if (found == rows_.end()) {
             return;
         }
-        if (found->second.hasGateway) {
-            visit(found->second);
-        }
+        visit(found->second);
         for (const std::uint32_t member : found->second.members) {
             const auto single = rows_.find(member);
-            if (single != rows_.end() && single->second.hasGateway) {
+            if (single != rows_.end()) {
                 visit(single->second);
             }
         }
@@ -58,10 +60,13 @@ class NexthopTable : public KernelTable
     void apply(const nlmsghdr &message) override;
 
   private:
+    void tell();
+
     using Rows = std::unordered_map<std::uint32_t, NexthopObject>;
 
     Rows rows_;
     Rows fresh_;
+    std::uint64_t version_ = 0;
     std::function<void()> changed_;
 };
 

@@ -229,7 +229,7 @@ TEST_F(Tables, leases)
     EXPECT_EQ(row("2001:db8:1::", 64)->origin, PrefixOrigin::leased);
     EXPECT_NEAR(valid(row("2001:db8:1::", 64)), 30, 1);
     address(RTM_NEWADDR, "2001:db8:2::1", 64, 1, 0, {50, 100});
-    EXPECT_EQ(row("2001:db8:2::", 64)->origin, PrefixOrigin::other) << "somebody set a lifetime";
+    EXPECT_EQ(row("2001:db8:2::", 64)->origin, PrefixOrigin::leased) << "whatever its length";
 }
 
 TEST_F(Tables, aRouteThatReplacesAnotherTakesItsPlace)

@@ -375,6 +375,20 @@ TEST_F(AdvertisedPrefixes, areFoundByAPlatformThatStartsLater)
     setRunning(nullptr);
     PlatformInside later(*host_);
     expectWhatIpSays(later, false);
+    // Whoever forms an address from an advertisement marks it, or enters the route as well: this is a lease.
+    host_->run("ip addr add 2001:db8:2::77/64 dev v0 nodad valid_lft 90 preferred_lft 40");
+    const auto origin = [&]() -> std::uint32_t {
+        later->beginPacket();
+        for (const AddressRow &row : walkAddresses()) {
+            if (row.address == "2001:db8:2::77") {
+                return row.record.origin;
+            }
+        }
+        return 0;
+    };
+    EXPECT_TRUE(later.waitUntil([&] { return origin() != 0; }));
+    EXPECT_EQ(origin(), 16u);
+    EXPECT_EQ(rowOf(rows(), "2001:db8:2::", 64)->origin, originAdvertised);
 }
 
 TEST_F(AdvertisedPrefixes, areGoneWhenTheRouterTakesThemBack)

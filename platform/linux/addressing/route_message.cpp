@@ -2,7 +2,7 @@
 // One IPv6 route, and one prefix of a router advertisement, as the kernel's messages tell of them.
 #include "addressing/route_message.h"
 
-#include "core/attributes.h"
+#include "addressing/multipath.h"
 
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
@@ -27,38 +27,6 @@ void takeGateway(const nlattr *attribute, RouteNexthop &nexthop)
     if (attribute != nullptr && mnl_attr_get_payload_len(attribute) >= sizeof(Bytes)) {
         nexthop.hasGateway = true;
         nexthop.gateway = PackedAddress::of(mnl_attr_get_payload(attribute));
-    }
-}
-
-// The nexthops of a multipath route: each a header with attributes behind it.
-void takeMultipath(const nlattr &attribute, std::vector<RouteNexthop> &nexthops)
-{
-    const auto *at = static_cast<const std::uint8_t *>(mnl_attr_get_payload(&attribute));
-    std::size_t left = mnl_attr_get_payload_len(&attribute);
-    while (left >= sizeof(rtnexthop)) {
-        rtnexthop header;
-        std::memcpy(&header, at, sizeof header);
-        if (header.rtnh_len < sizeof header || header.rtnh_len > left) {
-            return;
-        }
-        RouteNexthop nexthop;
-        nexthop.ifIndex = static_cast<std::uint32_t>(header.rtnh_ifindex);
-        nexthop.dead = (header.rtnh_flags & RTNH_F_DEAD) != 0;
-        const auto *inner = reinterpret_cast<const nlattr *>(at + sizeof header);
-        int innerLeft = header.rtnh_len - static_cast<int>(sizeof header);
-        for (; mnl_attr_ok(inner, innerLeft); inner = mnl_attr_next(inner)) {
-            if (mnl_attr_get_type(inner) == RTA_GATEWAY) {
-                takeGateway(inner, nexthop);
-            }
-            innerLeft -= static_cast<int>(MNL_ALIGN(inner->nla_len));
-        }
-        nexthops.push_back(nexthop);
-        const std::size_t step = RTNH_ALIGN(header.rtnh_len);
-        if (step > left) {
-            return;
-        }
-        at += step;
-        left -= step;
     }
 }
 
@@ -97,7 +65,13 @@ bool parseRoute(const nlmsghdr &message, std::uint32_t now, Route &route)
     route.until = deadlineOf(attributes.get<rta_cacheinfo>(RTA_CACHEINFO).value_or(rta_cacheinfo{}), now);
     route.nexthopId = attributes.get<std::uint32_t>(RTA_NH_ID).value_or(0);
     if (attributes[RTA_MULTIPATH] != nullptr) {
-        takeMultipath(*attributes[RTA_MULTIPATH], route.nexthops);
+        eachNexthop(*attributes[RTA_MULTIPATH], [&](const rtnexthop &hop, const Attributes<RTA_MAX> &inner) {
+            RouteNexthop nexthop;
+            nexthop.ifIndex = static_cast<std::uint32_t>(hop.rtnh_ifindex);
+            nexthop.dead = (hop.rtnh_flags & RTNH_F_DEAD) != 0;
+            takeGateway(inner[RTA_GATEWAY], nexthop);
+            route.nexthops.push_back(nexthop);
+        });
         return true;
     }
     if (attributes[RTA_OIF] == nullptr) {

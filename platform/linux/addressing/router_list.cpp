@@ -61,8 +61,11 @@ void RouterList::rebuild(const DefaultRoutes &routes, const NexthopTable &nextho
         if (route.nexthopId == 0) {
             add(route.gateway, route.ifIndex, route.dead);
         } else {
-            nexthops.eachBehind(route.nexthopId,
-                                [&](const NexthopObject &object) { add(object.gateway, object.ifIndex, object.dead); });
+            nexthops.eachBehind(route.nexthopId, [&](const NexthopObject &object) {
+                if (object.hasGateway) {
+                    add(object.gateway, object.ifIndex, object.dead);
+                }
+            });
         }
     });
     std::sort(rows_.begin(), rows_.end(), listedBefore);

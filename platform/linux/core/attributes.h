@@ -25,6 +25,8 @@ class Attributes
             mnl_attr_parse(&message, static_cast<unsigned>(familyHeader), keep, this);
         }
     }
+    // Of that many bytes behind one another.
+    Attributes(const std::uint8_t *bytes, std::size_t size) { mnl_attr_parse_payload(bytes, size, keep, this); }
     // Of a nest, which may be absent.
     explicit Attributes(const nlattr *nest)
     {

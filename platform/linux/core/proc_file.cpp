@@ -26,6 +26,23 @@ std::string_view ProcFile::read(char *buffer, std::size_t capacity)
     return {buffer, static_cast<std::size_t>(length > 0 ? length : 0)};
 }
 
+bool ProcFile::readAll(std::string &content)
+{
+    content.clear();
+    if (!open()) {
+        return false;
+    }
+    constexpr std::size_t piece = 16 * 1024;
+    ssize_t length = 0;
+    do {
+        const std::size_t at = content.size();
+        content.resize(at + piece);
+        length = pread(fd_.get(), content.data() + at, piece, static_cast<off_t>(at));
+        content.resize(at + static_cast<std::size_t>(length > 0 ? length : 0));
+    } while (length > 0);
+    return length == 0;
+}
+
 std::optional<std::uint32_t> ProcFile::readNumber()
 {
     char buffer[32];

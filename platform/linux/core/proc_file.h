@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace ipmib::platform
@@ -30,6 +31,8 @@ class ProcFile
     void close() { fd_.reset(); }
     // The whole content, as far as it fits; empty when the file cannot be read.
     std::string_view read(char *buffer, std::size_t capacity);
+    // The whole content of a file of any length; false when it cannot be read.
+    bool readAll(std::string &content);
     // The content as one decimal number: the last one while the file cannot be read, nothing when there is no such
     // file.
     std::optional<std::uint32_t> readNumber();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What an agent's IPv4 tables are made of: two mirrors, which somebody has to ask for.
+// The IPv4 addresses, routes and neighbours of this network namespace: mirrors that somebody has to ask for.
 #include "ipv4/ipv4.h"
 
 #include "ipv4_neighbour.h"
@@ -17,7 +17,8 @@ bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
     if (address == nullptr) {
         return false;
     }
-    row = {address->address, address->ifIndex, address->length, address->broadcastBit, largestDatagram};
+    const auto broadcastBit = static_cast<std::uint8_t>(address->broadcastAddress() & 1);
+    row = {address->address, address->ifIndex, address->length, broadcastBit, largestDatagram};
     return true;
 }
 
@@ -32,17 +33,40 @@ bool fill(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
 
 } // namespace
 
-std::string Ipv4::follow(EventLoop &loop, int receiveBuffer)
+Ipv4::Ipv4(DumpQueue &dumps, const NexthopTable &nexthops)
+    : addressMirror_(addresses_, dumps), routes_(nexthops), routeMirror_(routes_, dumps), neighbours_(dumps, AF_INET)
 {
-    if (follows_) {
-        return "";
+    routes_.onUncertain([this] { readRoutesSoon(); });
+}
+
+std::string Ipv4::follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer)
+{
+    // Whether a prefix is on the link is told by the routes.
+    constexpr std::uint32_t fromRoutes = IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_ROUTERS;
+    const auto wanted = [&](std::uint32_t any) { return (rows & any) != 0 && (follows_ & any) == 0; };
+    std::string error;
+    if (wanted(fromRoutes)) {
+        if (!settling_.open(loop, [this] { routeMirror_.refresh(); })) {
+            return "IPv4 routes: cannot create a timer";
+        }
+        error = routeMirror_.start(loop, receiveBuffer);
     }
-    std::string error = addressMirror_.start(loop, receiveBuffer);
-    if (error.empty()) {
+    if (error.empty() && wanted(IPMIB_FOLLOW_ADDRESSES)) {
+        error = addressMirror_.start(loop, receiveBuffer);
+    }
+    if (error.empty() && wanted(IPMIB_FOLLOW_NEIGHBOURS)) {
         error = neighbours_.start(loop, receiveBuffer);
     }
-    follows_ = error.empty();
+    follows_ |= error.empty() ? rows : 0;
     return error;
+}
+
+void Ipv4::readRoutesSoon()
+{
+    constexpr unsigned settlingTime = 100; // ms, for the kernel to do what it has to
+    if (follows(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_ROUTERS) && !settling_.armed()) {
+        settling_.arm(settlingTime);
+    }
 }
 
 bool Ipv4::findAddress(std::uint32_t address, IpmibIpv4Address &row) const
@@ -57,12 +81,12 @@ bool Ipv4::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
 
 bool Ipv4::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)
 {
-    return follows_ && fill(neighbours_.find(ipv4Neighbour(ifIndex, address)), row);
+    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fill(neighbours_.find(ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool Ipv4::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)
 {
-    return follows_ && fill(neighbours_.after(ipv4Neighbour(ifIndex, address)), row);
+    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fill(neighbours_.after(ipv4Neighbour(ifIndex, address)), row);
 }
 
 } // namespace ipmib::platform

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What an agent's IPv4 tables are made of: two mirrors, which somebody has to ask for.
+// The IPv4 addresses, routes and neighbours of this network namespace: mirrors that somebody has to ask for.
 #pragma once
 
 #include "ipv4/ipv4_address_table.h"
+#include "ipv4/ipv4_route_table.h"
 #include "neighbours/neighbours.h"
 
+#include <ipmib/platform_ip.h>
 #include <ipmib/platform_ipv4.h>
 
 namespace ipmib::platform
@@ -13,12 +15,22 @@ namespace ipmib::platform
 class Ipv4
 {
   public:
-    explicit Ipv4(DumpQueue &dumps) : dumps_(dumps), neighbours_(dumps, AF_INET) {}
+    Ipv4(DumpQueue &dumps, const NexthopTable &nexthops);
 
-    // Fills the mirrors. The answer, when that fails, is one line for the user.
-    std::string follow(EventLoop &loop, int receiveBuffer);
+    // Fills the mirrors that IPMIB_FOLLOW_x name, those that are not there yet. The answer, when that fails, is one
+    // line for the user.
+    std::string follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer);
+    bool follows(std::uint32_t row) const { return (follows_ & row) != 0; }
 
-    // False when there is no such row.
+    // An interface went down or away, or came up: the kernel does not announce which routes it takes along, and which
+    // nexthops it passes over.
+    void linkChanged() { readRoutesSoon(); }
+
+    const Ipv4AddressTable &addresses() const { return addresses_; }
+    Ipv4RouteTable &routes() { return routes_; }
+    Neighbours &neighbours() { return neighbours_; }
+
+    // For the older tables. False when there is no such row.
     bool findAddress(std::uint32_t address, IpmibIpv4Address &row) const;
     bool addressAfter(std::uint32_t address, IpmibIpv4Address &row) const;
     bool findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row);
@@ -26,13 +38,18 @@ class Ipv4
 
     // For tests.
     Mirror &addressMirror() { return addressMirror_; }
+    Mirror &routeMirror() { return routeMirror_; }
 
   private:
-    DumpQueue &dumps_;
+    void readRoutesSoon();
+
     Ipv4AddressTable addresses_;
-    Mirror addressMirror_{addresses_, dumps_};
+    Mirror addressMirror_;
+    Ipv4RouteTable routes_;
+    Mirror routeMirror_;
     Neighbours neighbours_;
-    bool follows_ = false;
+    Timer settling_;
+    std::uint32_t follows_ = 0; // IPMIB_FOLLOW_x
 };
 
 } // namespace ipmib::platform

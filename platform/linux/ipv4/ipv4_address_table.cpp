@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The IPv4 addresses of this network namespace, by address.
+// The IPv4 addresses of this network namespace by address, and what follows from them.
 #include "ipv4/ipv4_address_table.h"
 
 #include "addressing/address_message.h"
 #include "core/attributes.h"
+#include "core/boot_time.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -11,7 +12,17 @@
 namespace ipmib::platform
 {
 
-bool parseIpv4Address(const nlmsghdr &message, Ipv4Address &address)
+std::uint32_t maskedIpv4(std::uint32_t address, unsigned length)
+{
+    return length == 0 ? 0 : address & UINT32_MAX << (32 - length);
+}
+
+std::uint32_t Ipv4Address::prefix() const
+{
+    return maskedIpv4(peer, length);
+}
+
+bool parseIpv4Address(const nlmsghdr &message, std::uint32_t now, Ipv4Address &address)
 {
     const ifaddrmsg *header = addressHeader(message, AF_INET);
     if (header == nullptr) {
@@ -23,12 +34,20 @@ bool parseIpv4Address(const nlmsghdr &message, Ipv4Address &address)
     if (!local || *local == INADDR_ANY) {
         return false;
     }
+    constexpr ifa_cacheinfo unlimited{Deadline::infinite, Deadline::infinite, 0, 0};
+    const auto times = attributes.get<ifa_cacheinfo>(IFA_CACHEINFO).value_or(unlimited);
     address = Ipv4Address{};
     address.address = ntohl(*local);
     address.ifIndex = header->ifa_index;
     address.peer = ntohl(peer.value_or(*local));
+    address.broadcast = ntohl(attributes.get<in_addr_t>(IFA_BROADCAST).value_or(INADDR_ANY));
+    address.flags = attributes.get<std::uint32_t>(IFA_FLAGS).value_or(header->ifa_flags);
+    address.created = times.cstamp;
+    address.changed = times.tstamp;
+    address.preferredUntil = Deadline::after(now, times.ifa_prefered);
+    address.validUntil = Deadline::after(now, times.ifa_valid);
     address.length = header->ifa_prefixlen;
-    address.broadcastBit = (ntohl(attributes.get<in_addr_t>(IFA_BROADCAST).value_or(INADDR_BROADCAST)) & 1) != 0;
+    address.scope = header->ifa_scope;
     return true;
 }
 
@@ -43,6 +62,41 @@ const Ipv4Address *Ipv4AddressTable::after(std::uint32_t address) const
     return rows_.after(Ipv4Address::Key{address, UINT32_MAX, UINT8_MAX, UINT32_MAX});
 }
 
+const Ipv4Address *Ipv4AddressTable::findBroadcast(std::uint32_t broadcast) const
+{
+    const AtBroadcast *at = byBroadcast_.atOrAfter(AtBroadcast{broadcast, 0, {}});
+    return at != nullptr && at->broadcast == broadcast ? rows_.find(at->key) : nullptr;
+}
+
+const Ipv4Address *Ipv4AddressTable::afterBroadcast(std::uint32_t broadcast) const
+{
+    const AtBroadcast *at =
+        broadcast == UINT32_MAX ? nullptr : byBroadcast_.atOrAfter(AtBroadcast{broadcast + 1, 0, {}});
+    return at != nullptr ? rows_.find(at->key) : nullptr;
+}
+
+bool Ipv4AddressTable::prefixAtOrAfter(const PrefixKey &key, PrefixKey &found) const
+{
+    const AtPrefix *at = byPrefix_.atOrAfter(AtPrefix{key, {}});
+    if (at == nullptr) {
+        return false;
+    }
+    found = at->prefix;
+    return true;
+}
+
+bool Ipv4AddressTable::prefixAfter(const PrefixKey &key, PrefixKey &found) const
+{
+    // Lengths in rows end at 32.
+    return prefixAtOrAfter({key.ifIndex, key.prefix, std::min<std::uint32_t>(key.length, 32) + 1}, found);
+}
+
+bool Ipv4AddressTable::hasAny(std::uint32_t ifIndex) const
+{
+    const AtPrefix *at = byPrefix_.atOrAfter(AtPrefix{{ifIndex, 0, 0}, {}});
+    return at != nullptr && at->prefix.ifIndex == ifIndex;
+}
+
 RtnetlinkRequest Ipv4AddressTable::dump(std::size_t) const
 {
     RtnetlinkRequest request(RTM_GETADDR, NLM_F_DUMP);
@@ -53,7 +107,7 @@ RtnetlinkRequest Ipv4AddressTable::dump(std::size_t) const
 void Ipv4AddressTable::rebuildWith(const nlmsghdr &message)
 {
     Ipv4Address address;
-    if (message.nlmsg_type == RTM_NEWADDR && parseIpv4Address(message, address)) {
+    if (message.nlmsg_type == RTM_NEWADDR && parseIpv4Address(message, secondsSinceBoot(), address)) {
         fresh_.put(address);
     }
 }
@@ -62,18 +116,48 @@ void Ipv4AddressTable::commitRebuild()
 {
     rows_.swap(fresh_);
     fresh_.clear();
+    byPrefix_.clear();
+    byBroadcast_.clear();
+    rows_.each([this](const Ipv4Address &row) { enter(row); });
+    ++version_;
 }
 
 void Ipv4AddressTable::apply(const nlmsghdr &message)
 {
     Ipv4Address address;
-    if (!parseIpv4Address(message, address)) {
+    const bool comes = message.nlmsg_type == RTM_NEWADDR;
+    if ((!comes && message.nlmsg_type != RTM_DELADDR) || !parseIpv4Address(message, secondsSinceBoot(), address)) {
         return;
     }
-    if (message.nlmsg_type == RTM_NEWADDR) {
-        rows_.put(address);
-    } else if (message.nlmsg_type == RTM_DELADDR) {
+    if (const Ipv4Address *known = rows_.find(address.key())) {
+        takeOut(*known);
         rows_.erase(address.key());
+    }
+    if (comes) {
+        rows_.put(address);
+        enter(address);
+    }
+    ++version_;
+}
+
+Ipv4AddressTable::AtPrefix Ipv4AddressTable::prefixOf(const Ipv4Address &row)
+{
+    return {{row.ifIndex, row.prefix(), row.length}, row.key()};
+}
+
+void Ipv4AddressTable::enter(const Ipv4Address &row)
+{
+    byPrefix_.put(prefixOf(row));
+    if (row.broadcast != 0) {
+        byBroadcast_.put(broadcastOf(row));
+    }
+}
+
+void Ipv4AddressTable::takeOut(const Ipv4Address &row)
+{
+    byPrefix_.erase(prefixOf(row));
+    if (row.broadcast != 0) {
+        byBroadcast_.erase(broadcastOf(row));
     }
 }
 

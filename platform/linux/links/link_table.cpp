@@ -8,8 +8,28 @@
 #include <linux/if.h>
 #include <linux/if_link.h>
 
+#include <string_view>
+
 namespace ipmib::platform
 {
+
+namespace
+{
+
+// Of a pair of interfaces each names the other one, and neither runs over it.
+bool isPaired(std::string_view kind)
+{
+    return kind == "veth" || kind == "vxcan" || kind == "netkit";
+}
+
+// One in another network namespace is none of ours.
+std::uint32_t lowerOf(const Attributes<IFLA_MAX> &attributes, std::uint32_t ifIndex)
+{
+    const auto lower = attributes.get<std::uint32_t>(IFLA_LINK).value_or(0);
+    return lower == ifIndex || attributes[IFLA_LINK_NETNSID] != nullptr ? 0 : lower;
+}
+
+} // namespace
 
 bool parseLink(const nlmsghdr &message, Link &link)
 {
@@ -31,12 +51,17 @@ bool parseLink(const nlmsghdr &message, Link &link)
     link.flags = info.ifi_flags;
     link.hardware = info.ifi_type;
     link.mtu = attributes.get<std::uint32_t>(IFLA_MTU).value_or(0);
+    link.lower = lowerOf(attributes, link.ifIndex);
+    link.master = attributes.get<std::uint32_t>(IFLA_MASTER).value_or(0);
     link.addressSize = static_cast<std::uint8_t>(attributes.copyBytes(IFLA_ADDRESS, link.address, sizeof link.address));
     link.operState = attributes.get<std::uint8_t>(IFLA_OPERSTATE).value_or(IF_OPER_UNKNOWN);
     link.promiscuous = attributes.get<std::uint32_t>(IFLA_PROMISCUITY).value_or(0) != 0;
     attributes.copyString(IFLA_IFNAME, link.name);
     attributes.copyString(IFLA_IFALIAS, link.alias);
     Attributes<IFLA_INFO_MAX>(attributes[IFLA_LINKINFO]).copyString(IFLA_INFO_KIND, link.kind);
+    if (isPaired(link.kind)) {
+        link.lower = 0;
+    }
     return true;
 }
 
@@ -71,6 +96,7 @@ void LinkTable::commitRebuild()
     if (filled_ && !sameRows) {
         rowsChangedMs_ = monotonicMilliseconds();
     }
+    ++version_;
     filled_ = true;
 }
 
@@ -93,6 +119,7 @@ void LinkTable::apply(const nlmsghdr &message)
         }
     } else if (message.nlmsg_type == RTM_DELLINK && links_.erase(link.ifIndex)) {
         rowsChangedMs_ = monotonicMilliseconds();
+        ++version_;
         tell(before, nullptr);
     }
 }
@@ -107,8 +134,11 @@ void LinkTable::complete(Link &link, const Link *before)
     }
 }
 
-void LinkTable::tell(const Link &before, const Link *now) const
+void LinkTable::tell(const Link &before, const Link *now)
 {
+    if (now != nullptr && (before.lower != now->lower || before.master != now->master)) {
+        relationsChangedMs_ = monotonicMilliseconds();
+    }
     const bool wasUp = (before.flags & IFF_UP) != 0;
     const bool isUp = now != nullptr && (now->flags & IFF_UP) != 0;
     if (down_ && (now == nullptr || (wasUp && !isUp))) {

@@ -7,6 +7,7 @@
 
 #include <net/if.h>
 
+#include <algorithm>
 #include <functional>
 
 namespace ipmib::platform
@@ -19,6 +20,8 @@ struct Link {
     std::uint32_t ifIndex;
     std::uint32_t flags; // IFF_*
     std::uint32_t mtu;
+    std::uint32_t lower;      // the interface that it runs over, a VLAN's; 0 for none
+    std::uint32_t master;     // the interface that it is a port of, a bridge's or a bond's; 0 for none
     std::uint16_t hardware;   // ARPHRD_*
     std::uint8_t addressSize; // bytes of the link-layer address
     std::uint8_t address[32];
@@ -48,6 +51,10 @@ class LinkTable : public KernelTable
     std::size_t size() const { return links_.size(); }
     // Of the monotonic clock, when the last link appeared or vanished; 0: before the start.
     std::uint64_t rowsChangedMs() const { return rowsChangedMs_; }
+    // The same for what runs over what, which includes links that come and go.
+    std::uint64_t stackChangedMs() const { return std::max(rowsChangedMs_, relationsChangedMs_); }
+    // Differs after each change.
+    std::uint64_t version() const { return version_; }
 
     const char *name() const override { return "links"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
@@ -68,12 +75,13 @@ class LinkTable : public KernelTable
 
     // Adds what the kernel does not say, from what was known of the link, if anything.
     void complete(Link &link, const Link *before);
-    void tell(const Link &before, const Link *now) const;
+    void tell(const Link &before, const Link *now);
 
     Links links_;
     Links fresh_;
     bool filled_ = false; // the first dump is in use
     std::uint64_t rowsChangedMs_ = 0;
+    std::uint64_t relationsChangedMs_ = 0;
     std::uint64_t version_ = 0;
     Handler down_;
     Handler up_;

@@ -26,7 +26,7 @@ NeighbourNews KernelNeighbours::ask(const NeighbourKey &key, Neighbour &neighbou
     NeighbourNews news = NeighbourNews::ignored;
     ++questions_;
     const int error = socket_.ask(request, [&](const nlmsghdr &message) {
-        news = readNeighbour(message, family_, millisecondsSinceBoot(), neighbour);
+        news = readNeighbour(message, family_, monotonicMilliseconds(), neighbour);
     });
     return error == ENOENT || error == ENODEV ? NeighbourNews::gone : news;
 }

@@ -64,7 +64,7 @@ void NeighbourTable::beginRebuild()
 void NeighbourTable::rebuildWith(const nlmsghdr &message)
 {
     Neighbour neighbour;
-    if (readNeighbour(message, kernel_.family(), millisecondsSinceBoot(), neighbour) == NeighbourNews::present) {
+    if (readNeighbour(message, kernel_.family(), monotonicMilliseconds(), neighbour) == NeighbourNews::present) {
         keepStamp(neighbour);
         fresh_.put(neighbour);
     }
@@ -111,7 +111,7 @@ void NeighbourTable::keepWhatTheDumpPassedOver()
 void NeighbourTable::apply(const nlmsghdr &message)
 {
     Neighbour neighbour;
-    const NeighbourNews news = readNeighbour(message, kernel_.family(), millisecondsSinceBoot(), neighbour);
+    const NeighbourNews news = readNeighbour(message, kernel_.family(), monotonicMilliseconds(), neighbour);
     removed_ += message.nlmsg_type == RTM_DELNEIGH && news == NeighbourNews::gone ? 1 : 0;
     take(news, neighbour);
 }

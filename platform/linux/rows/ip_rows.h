@@ -2,11 +2,18 @@
 // What tables outside the module say of IP on this system: each function is the one of IpmibIpHooks that its name says.
 #pragma once
 
+#include "addressing/packed_address.h"
 #include "core/proc_file.h"
+#include "ipv4/ipv4_address_table.h"
+#include "ipv4/ipv4_route_table.h"
+#include "links/link_table.h"
+#include "neighbour_rows.h"
 
 #include <ipmib/platform_ip.h>
 
+#include <array>
 #include <string>
+#include <vector>
 
 namespace ipmib::platform
 {
@@ -49,8 +56,48 @@ class IpRows
     bool receiveAddressAfter(std::uint32_t ifIndex, const std::uint8_t *address, std::size_t size,
                              IpmibReceiveAddress &row);
 
+    // Announcements have been read: what has changed, has changed now.
+    void noteChanges();
+    // What was read for a packet is not for the next one.
+    void newPacket() { receiveAddressesFresh_ = false; }
+
   private:
+    // What a time of change is kept of.
+    struct InterfaceState {
+        std::uint32_t ifIndex;
+        bool enabled;
+        PackedAddress onLink; // which the identifier is made from
+        bool operator==(const InterfaceState &) const = default;
+    };
+    struct InterfaceStates {
+        std::vector<InterfaceState> rows;
+        std::uint64_t changedMs = 0; // of the monotonic clock; 0: before they were followed
+    };
+    std::vector<InterfaceState> interfaceStates(std::uint32_t version) const;
+    void compareInterfaces();
+    bool fillInterface(std::uint32_t version, const Link &link, IpmibIpInterface &row);
+    bool enabled(std::uint32_t version, const Link &link) const;
+
+    bool fillAddress(const Ipv4Address *unicast, const Ipv4Address *broadcast, IpmibIpAddress &row) const;
+    bool fillPrefix(const Ipv4AddressTable::PrefixKey &key, IpmibIpPrefix &row);
+    bool fillRouter(const Ipv4Router *router, IpmibIpRouter &row) const;
+    bool fillNeighbour(const Neighbour *neighbour, IpmibIpNeighbour &row) const;
+    const std::vector<IpmibStack> &stack();
+    const std::vector<IpmibReceiveAddress> &receiveAddresses();
+
     Platform &platform_;
+    bool followsReceiveAddresses_ = false;
+    InterfaceStates interfaces_[2];               // of IPv4 and of IPv6
+    std::array<std::uint64_t, 3> seenVersions_{}; // of links and addresses
+    std::uint64_t versionsSeenMs_ = 0;            // when they became so
+    bool interfacesCompared_ = true;
+    std::uint64_t nextComparisonMs_ = 0;
+    std::vector<IpmibStack> stack_;
+    std::uint64_t stackVersion_ = 0;
+    std::vector<IpmibReceiveAddress> receiveAddresses_;
+    bool receiveAddressesFresh_ = false;
+    std::uint64_t nextReadMs_ = 0;
+    ProcFile multicastAddresses_{"/proc/thread-self/net/dev_mcast"};
     ProcFile ipv4Forwarding_{"/proc/sys/net/ipv4/ip_forward"};
     ProcFile ipv4DefaultTtl_{"/proc/sys/net/ipv4/ip_default_ttl"};
     ProcFile ipv4FragmentTime_{"/proc/sys/net/ipv4/ipfrag_time"};

@@ -10,7 +10,6 @@ using namespace ipmib::platform;
 namespace
 {
 
-constexpr uint32_t ticksPerSecond = 100;  // of the kernel's time stamps
 constexpr std::size_t ethernetLength = 6; // of link-layer addresses that identifiers are made from
 
 // Before 5.18 the kernel did not mark the link-local addresses that it made: one with the interface's identifier is
@@ -28,7 +27,7 @@ uint32_t originCode(Platform &platform, const Address &address)
         return address.address.isLinkLocal() && isOfTheLink(platform, address) ? addressOriginLinkLayer
                                                                                : addressOriginManual;
     case AddressOrigin::leased:
-        return addressOriginDhcp;
+        return platform.addressing().programFormed(address) ? addressOriginLinkLayer : addressOriginDhcp;
     case AddressOrigin::autoconfigured:
         return addressOriginLinkLayer;
     case AddressOrigin::temporary:
@@ -36,10 +35,7 @@ uint32_t originCode(Platform &platform, const Address &address)
     case AddressOrigin::unknown:
         break;
     }
-    // With a lifetime, in a prefix that a router advertises: formed by a program that listens to routers itself.
-    const Prefix *prefix = platform.addressing().prefixes().find(address.prefix());
-    return prefix != nullptr && prefix->origin == PrefixOrigin::advertised ? addressOriginLinkLayer
-                                                                           : addressOriginOther;
+    return addressOriginOther;
 }
 
 // A duplicate is tentative too, for as long as it is there.
@@ -51,6 +47,12 @@ uint32_t stateCode(uint32_t flags)
                                              : addressStatePreferred;
 }
 
+void fillTimes(const Uptime &uptime, uint32_t created, uint32_t changed, FullAddressRecord *record)
+{
+    record->created_s = uptime.at(created) / Uptime::ticksPerSecond;
+    record->last_changed_s = uptime.at(changed) / Uptime::ticksPerSecond;
+}
+
 void fill(Platform &platform, const Address &address, FullAddressRecord *record)
 {
     *record = FullAddressRecord{};
@@ -59,8 +61,7 @@ void fill(Platform &platform, const Address &address, FullAddressRecord *record)
     record->prefix_length = address.address.isLinkLocal() ? linkLocalPrefixLength : address.length;
     record->origin = originCode(platform, address);
     record->state = stateCode(address.flags);
-    record->created_s = address.created / ticksPerSecond;
-    record->last_changed_s = address.changed / ticksPerSecond;
+    fillTimes(platform.uptime(), address.created, address.changed, record);
 }
 
 void fill(Platform &platform, const Anycast &anycast, FullAddressRecord *record)
@@ -72,8 +73,17 @@ void fill(Platform &platform, const Anycast &anycast, FullAddressRecord *record)
     record->origin = addressOriginOther;
     record->flags = addressFlagAnycast;
     record->state = addressStatePreferred;
-    record->created_s = anycast.created / ticksPerSecond;
-    record->last_changed_s = anycast.changed / ticksPerSecond;
+    fillTimes(platform.uptime(), anycast.created, anycast.changed, record);
+}
+
+// The next one that is shown, as long as it is in front of the limit.
+const Anycast *shown(Platform &platform, const Anycast *anycast, const Address *limit)
+{
+    const AnycastTable &anycasts = platform.addressing().anycasts();
+    while (anycast != nullptr && (limit == nullptr || anycast->address < limit->address) && !platform.shows(*anycast)) {
+        anycast = anycasts.after(anycast->address);
+    }
+    return anycast;
 }
 
 // One row for each address, so that of an address that is both, the unicast one counts.
@@ -122,7 +132,8 @@ uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
     }
     Addressing &addressing = platform->addressing();
     const PackedAddress key = PackedAddress::of(record->address);
-    return fillLower(*platform, addressing.addresses().after(key), addressing.anycasts().after(key), record);
+    const Address *address = addressing.addresses().after(key);
+    return fillLower(*platform, address, shown(*platform, addressing.anycasts().after(key), address), record);
 }
 
 uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, FullAddressRecord *record)
@@ -133,9 +144,9 @@ uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, 
     }
     Addressing &addressing = platform->addressing();
     const PackedAddress key = PackedAddress::of(address);
-    return fillLower(*platform, addressing.addresses().find(key), addressing.anycasts().find(key), record) == success
-               ? success
-               : notFound;
+    const Anycast *anycast = addressing.anycasts().find(key);
+    const Anycast *own = anycast != nullptr && platform->shows(*anycast) ? anycast : nullptr;
+    return fillLower(*platform, addressing.addresses().find(key), own, record) == success ? success : notFound;
 }
 
 uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)

@@ -4,6 +4,17 @@
 
 using namespace ipmib::platform;
 
+namespace
+{
+
+void fill(const Platform &platform, const Neighbour &row, NeighbourEntry *entry)
+{
+    *entry = entryOf(row);
+    entry->last_updated_s = ipmib_be32(platform.uptime().atSecond(row.lastUpdatedS) / Uptime::ticksPerSecond);
+}
+
+} // namespace
+
 uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, NeighbourEntry *entry, uintptr_t)
 {
     Platform *platform = running();
@@ -12,7 +23,7 @@ uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, Nei
     if (row == nullptr) {
         return notFound;
     }
-    *entry = entryOf(*row);
+    fill(*platform, *row, entry);
     return success;
 }
 
@@ -28,6 +39,6 @@ uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
     if (row == nullptr) {
         return noMore;
     }
-    *entry = entryOf(*row);
+    fill(*platform, *row, entry);
     return success;
 }
