@@ -113,12 +113,12 @@ class Tables
         }
         Ipv4AddressTable::PrefixKey lastPrefix{};
         for (bool more = ipv4Addresses_.prefixAtOrAfter({}, lastPrefix); more;) {
-            const Ipv4AddressTable::PrefixKey prefix = lastPrefix;
+            const Ipv4AddressTable::PrefixKey ipv4Prefix = lastPrefix;
             bool any = false;
-            ipv4Addresses_.eachIn(prefix, [&](const Ipv4Address &) { any = true; });
+            ipv4Addresses_.eachIn(ipv4Prefix, [&](const Ipv4Address &) { any = true; });
             require(any, "an IPv4 prefix is that of an address");
-            more = ipv4Addresses_.prefixAfter(prefix, lastPrefix);
-            require(!more || prefix < lastPrefix, "IPv4 prefixes ascend");
+            more = ipv4Addresses_.prefixAfter(ipv4Prefix, lastPrefix);
+            require(!more || ipv4Prefix < lastPrefix, "IPv4 prefixes ascend");
         }
         neighbours_.each([](const Neighbour &row) { require(row.ifIndex != 0, "a neighbour is on an interface"); });
     }
