@@ -54,7 +54,7 @@ void walk(const Device &device)
             require(device.router(router->key()) == router, "a router is found by its key");
         }
     }
-    device.systemStat();
+    device.systemTraffic(IPMIB_IPV6);
 }
 
 } // namespace

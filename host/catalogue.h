@@ -57,14 +57,14 @@ class Catalogue
             const MibTreeNode *root;
             Oid parent; // of the root; empty when there is none
         };
-        std::vector<Tree> trees; // of a node that several describe, the first one's description counts
+        std::vector<Tree> trees = {}; // of a node that several describe, the first one's description counts
         // Which answer for what is described. What several of them have is one table of all; of an instance that
         // several have, the first one's value counts.
-        std::vector<Source *> sources;
-        std::vector<std::string_view> replacedColumns; // the names of tables
+        std::vector<Source *> sources = {};
+        std::vector<std::string_view> replacedColumns = {}; // the names of tables
         // Nodes whose scalars are served under the node's name, but for those of the first source.
-        std::vector<std::string_view> groups;
-        std::vector<Capability> capabilities;
+        std::vector<std::string_view> groups = {};
+        std::vector<Capability> capabilities = {};
         const IpmibPlatformHooks *platform = nullptr; // may be null
     };
 
