@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <system_error>
 
 namespace ipmib::agent
@@ -66,11 +67,13 @@ EventLoop::~EventLoop()
 void EventLoop::run(const std::function<void()> &reload)
 {
     const ServiceWatchdog watchdog;
-    const LimitedLog limitedLog;
+    std::optional<LimitedLog> limitedLog(std::in_place);
     while (!stopping_) {
         wait();
         if (reloading_ && !stopping_) {
+            limitedLog.reset(); // whoever may send signals may fill the log
             reload();
+            limitedLog.emplace();
         }
         reloading_ = false;
     }

@@ -40,9 +40,10 @@ struct Limited {
 
 std::map<netsnmp_log_handler *, Limited> limitedLogs;
 
-void writeReport(netsnmp_log_handler *handler, Limited &limited)
+void writeReport(netsnmp_log_handler *handler, Limited &limited,
+                 LineLimit::Clock::time_point now = LineLimit::Clock::now())
 {
-    for (const std::string &line : limited.limit.takeReport(LineLimit::Clock::now())) {
+    for (const std::string &line : limited.limit.takeReport(now)) {
         limited.write(handler, LOG_NOTICE, (line + "\n").c_str());
     }
 }
@@ -100,6 +101,7 @@ LimitedLog::LimitedLog()
 LimitedLog::~LimitedLog()
 {
     for (auto &[handler, limited] : limitedLogs) {
+        writeReport(handler, limited, LineLimit::Clock::now() + LineLimit::period);
         handler->handler = limited.write;
         if (limited.alarm != 0) {
             snmp_alarm_unregister(limited.alarm);

@@ -82,6 +82,25 @@ std::optional<std::uint32_t> readNumberPart(Session &session, const MibTreeNode 
     return isInterfaceNumber(node) ? std::optional(session.interfaceIndex(text)) : std::nullopt;
 }
 
+// "02:00:5e:00:53:01"
+bool readLinkLayerPart(std::string_view text, std::size_t part, host::RowKey &key)
+{
+    constexpr std::size_t perOctet = 3; // with the colon
+    const std::size_t count = (text.size() + 1) / perOctet;
+    if (text.size() + 1 != count * perOctet) {
+        return false;
+    }
+    const auto octets = key.resizeOctets(part, static_cast<std::uint32_t>(count));
+    for (std::size_t i = 0; i < count; ++i) {
+        const char *digits = text.data() + i * perOctet;
+        const auto [end, error] = std::from_chars(digits, digits + 2, octets[i], 16);
+        if (error != std::errc() || end != digits + 2 || (i + 1 < count && *end != ':')) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool readAddressPart(Session &session, const std::string &text, std::size_t part, host::RowKey &key)
 {
     const std::size_t percent = text.find('%');
@@ -92,7 +111,7 @@ bool readAddressPart(Session &session, const std::string &text, std::size_t part
     }
     in6_addr address;
     if (inet_pton(AF_INET6, text.substr(0, percent).c_str(), &address) != 1) {
-        return false;
+        return readLinkLayerPart(text, part, key);
     }
     const bool zoned = percent != std::string::npos;
     const auto octets = key.resizeOctets(part, zoned ? zonedSize : addressSize);

@@ -37,7 +37,7 @@ TEST(AddressesOfAMachine, areThoseThatIpLists)
               "addr add fd00::1/48 dev wlan1 nodad\n"
               "END");
     std::map<std::string, std::set<std::string>> expected; // interface -> address with length and status
-    for (const json &link : space.json("ip -6 -j address")) {
+    for (const json &link : space.json("ip -j address")) {
         for (const json &info : link["addr_info"]) {
             const std::string address = info["local"];
             const unsigned length = isLinkLocal(address) ? 10 : info["prefixlen"].get<unsigned>(); // of all fe80::/10

@@ -18,7 +18,7 @@ program = os.path.abspath(sys.argv[-1])
 document = root + "/docs/collectors.md"
 catalogue = Catalogue()
 BEGIN, END = "<!-- from tests/collectors/collectors.json -->\n", "<!-- end -->\n"
-IPV6, IPV6Z = 2, 4  # kinds of addresses in an index
+IPV4, IPV6, IPV6Z = 1, 2, 4  # kinds of addresses in an index
 
 with open(root + "/tests/collectors/collectors.json", encoding="utf-8") as file:
     data = json.load(file)
@@ -97,17 +97,17 @@ class Collectors(unittest.TestCase):
                             ("ipDefaultRouterLifetime", 0)):
             for instance, _ in self.rows_of(name):
                 kind, length = instance[place : place + 2]
-                self.assertEqual(length, {IPV6: 16, IPV6Z: 20}[kind])
+                self.assertEqual(length, {IPV4: 4, IPV6: 16, IPV6Z: 20}[kind])
                 found.add((name, kind))
-        self.assertEqual(len(found), 7)  # the default router has a link-local address alone
+        self.assertEqual(len(found), 11)  # the IPv6 default router has a link-local address alone
 
     def test_an_address_points_to_an_instance_of_its_prefix_that_ends_with_the_length(self):
         prefixes = {catalogue.nodes["ipAddressPrefixOrigin"].oid + instance
                     for instance, _ in self.rows_of("ipAddressPrefixOrigin")}
         pointers = [tuple(map(int, text.lstrip(".").split("."))) for _, text in self.rows_of("ipAddressPrefix")]
-        self.assertEqual(len(pointers), 5)
+        self.assertEqual(len(pointers), 10)
         self.assertLessEqual(set(pointers), prefixes)
-        self.assertEqual(sorted(pointer[-1] for pointer in pointers), [10, 10, 64, 64, 64])
+        self.assertEqual(sorted(pointer[-1] for pointer in pointers), [10, 10, 24, 24, 25, 25, 26, 64, 64, 64])
 
 
 if __name__ == "__main__":

@@ -70,6 +70,8 @@ def scrape(target, module):
 
 def address_label(kind, octets):
     """As the exporter writes an InetAddress: it knows IPv4 and IPv6 without a zone."""
+    if kind == 1 and len(octets) == 4:
+        return ".".join(map(str, octets))
     if kind == 2 and len(octets) == 16:
         return ":".join(f"{octets[i]:02X}{octets[i + 1]:02X}" for i in range(0, 16, 2))
     return "0x" + "".join(f"{number:02X}" for number in (kind, len(octets), *octets))
@@ -104,7 +106,9 @@ def expected(rows, names):
         if node is None or not node.served:
             continue
         labels = labels_of(node, instance, names)
-        if kind == "Hex-STRING":
+        if text == "":  # a link-layer address that is not known: a label without a value is none
+            number = 1
+        elif kind == "Hex-STRING":
             octets = text.split()
             labels[node.name] = ":".join(octets) if node.syntax == "PhysAddress" else "0x" + "".join(octets)
             number = 1

@@ -108,8 +108,8 @@ TEST_F(SnmpdObjectTest, MistakesAreLoggedAndTheAgentGoesOn)
     reconfigureMaster(load + "ipmibPlatformOption colour=red\nipmibPlatformOption radvd-conf=/dev/null\n"
                              "ipmibPlatformOption ipv4-accounting=yes\n");
     for (const std::string line :
-         {"ipmibPlatformOption: there is no option --colour; those of platform linux are --ipv4-accounting and "
-          "--radvd-conf=FILE; the line is left aside",
+         {"ipmibPlatformOption: there is no option --colour; those of platform linux are "
+          "--ipv4-accounting, --radvd-conf=FILE and --router-anycast; the line is left aside",
           "ipmibPlatformOption: --ipv4-accounting takes no value, not \"yes\"; the line is left aside"}) {
         EXPECT_NE(masterLog().find(line), std::string::npos) << masterLog();
     }

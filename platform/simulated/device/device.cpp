@@ -54,7 +54,6 @@ Interface *Device::add(Interface interface)
     std::sort(interface.receives.begin(), interface.receives.end());
     const auto same = std::unique(interface.receives.begin(), interface.receives.end());
     interface.receives.erase(same, interface.receives.end());
-    countsIpv4_ = countsIpv4_ || !interface.ip4Counters.empty();
     for (const std::uint32_t lower : interface.runsOver) {
         interfaces_[static_cast<std::size_t>(placeOf(lower) - interfaces_.cbegin())].carries.push_back(
             interface.ifIndex);

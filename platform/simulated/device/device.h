@@ -77,8 +77,6 @@ class Device
 
     // Traffic of one version of IP.
     IpmibIpCounters systemTraffic(std::uint32_t version) const;
-    // Whether the scenario says anything of IPv4 traffic by interface.
-    bool countsIpv4() const { return countsIpv4_; }
 
     const Neighbour *neighbour(const NeighbourKey &key) const;
     const Neighbour *globalNeighbourAfter(const NeighbourKey &key) const;
@@ -131,7 +129,6 @@ class Device
     NeighbourRows ipv4Neighbours_;
     Routers globalRouters_;
     Routers linkLocalRouters_;
-    bool countsIpv4_ = false;
     Time time_ = 0;
 };
 

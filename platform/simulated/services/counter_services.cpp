@@ -26,12 +26,10 @@ uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
     return success;
 }
 
-// A device that counts no IPv4 traffic by interface has no rows of it. One that does has a row for each interface,
-// since a walk goes no further than the first one that fails.
 uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 {
     const Call call(Service::IP_GetMibIfStat, if_index);
-    const Interface *interface = call && call.device().countsIpv4() ? call.device().find(if_index) : nullptr;
+    const Interface *interface = call ? call.device().find(if_index) : nullptr;
     if (interface == nullptr) {
         return call ? noMore : call.result();
     }

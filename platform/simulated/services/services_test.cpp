@@ -141,7 +141,7 @@ std::uint32_t success(Service service)
 const char *const device = R"("hopLimit": 63, "interfaces": [
     {"name": "a", "ifIndex": 7, "mac": "02:00:5e:00:53:01", "addresses": ["2001:db8::1/64"],
      "neighbours": [{"address": "2001:db8::2"}], "routers": [{"address": "2001:db8::2"}]},
-    {"name": "b", "mac": "02:00:5e:00:53:02", "counters": {"ipv4": {"inReceives": 1}}}])";
+    {"name": "b", "mac": "02:00:5e:00:53:02"}])";
 
 template <class Visit>
 void eachService(Visit visit)
