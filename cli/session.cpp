@@ -31,7 +31,7 @@ void Session::get(std::span<host::Variable> variables)
     for (host::Variable &variable : variables) {
         variable.status = host::Status::noSuchObject;
     }
-    // What a source has answered is good until it is asked again, so each table is asked once.
+    store_.clear(); // what a source has answered is good until it is asked again, and tables share theirs
     for (const host::ServedTable &table : tree().tables()) {
         std::vector<host::Variable> asked;
         std::vector<host::Variable *> whose;
@@ -48,6 +48,7 @@ void Session::get(std::span<host::Variable> variables)
         table.source->get(asked);
         for (std::size_t i = 0; i < asked.size(); ++i) {
             *whose[i] = asked[i];
+            whose[i]->value = host::kept(asked[i].value, store_);
         }
     }
 }

@@ -4,6 +4,7 @@
 
 #include "object_tree.h"
 
+#include "host/byte_store.h"
 #include "host/plugin.h"
 #include "tables/served_device.h"
 
@@ -44,6 +45,7 @@ class Session
   private:
     host::Plugin plugin_;
     tables::ServedDevice device_;
+    host::ByteStore store_; // of what get has answered
 };
 
 } // namespace ipmib::cli

@@ -3,6 +3,8 @@
 // grown to what packets need it allocates no more.
 #pragma once
 
+#include "source.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -51,6 +53,20 @@ inline void ByteStore::clear()
 {
     current_ = 0;
     used_ = 0;
+}
+
+// The value with octets and identifiers of its own, for when its source is asked again.
+inline Value kept(const Value &value, ByteStore &store)
+{
+    Value copy = value;
+    if (!value.octets.empty()) {
+        copy.octets = store.keep(value.octets.data(), value.octets.size());
+    }
+    if (!value.objectId.empty()) {
+        const auto bytes = store.keep(value.objectId.data(), value.objectId.size_bytes());
+        copy.objectId = {reinterpret_cast<const SubId *>(bytes.data()), value.objectId.size()};
+    }
+    return copy;
 }
 
 } // namespace ipmib::host

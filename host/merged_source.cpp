@@ -183,21 +183,7 @@ void MergedSource::take(std::size_t part, Variable &variable, Search &search, co
     search.found = part;
     variable.status = Status::ok;
     variable.name.assign(answer.name.view());
-    variable.value = kept(answer.value);
-}
-
-// Its source may be used again before the packet's variables are answered.
-Value MergedSource::kept(const Value &value)
-{
-    Value copy = value;
-    if (!value.octets.empty()) {
-        copy.octets = store_.keep(value.octets.data(), value.octets.size());
-    }
-    if (!value.objectId.empty()) {
-        const auto bytes = store_.keep(value.objectId.data(), value.objectId.size_bytes());
-        copy.objectId = {reinterpret_cast<const SubId *>(bytes.data()), value.objectId.size()};
-    }
-    return copy;
+    variable.value = kept(answer.value, store_); // its source may be asked again for this packet
 }
 
 MergedSource::Gap &MergedSource::gapOf(Part &part, OidView asked)

@@ -56,7 +56,6 @@ class MergedSource final : public Source
     Gap &gapOf(Part &part, OidView asked);
     bool isInGap(const Gap &gap, OidView asked) const;
     void remember(std::size_t part, OidView asked, const Oid *next);
-    Value kept(const Value &value);
 
     Oid root_;
     std::vector<Part> parts_;

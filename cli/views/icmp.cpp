@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// ICMPv6 messages, all together and by type.
+// Messages of ICMP and ICMPv6, all together and by type.
 #include "view.h"
 
 #include <algorithm>
-#include <iterator>
+#include <span>
 
 namespace ipmib::cli
 {
@@ -11,9 +11,8 @@ namespace
 {
 
 constexpr Column columns[] = {
-    {"TYPE", "type", Align::right},
-    {"MESSAGE", "message"},
-    {"RECEIVED", "received", Align::right},
+    {"VERSION", "version"},         {"TYPE", "type", Align::right},
+    {"MESSAGE", "message"},         {"RECEIVED", "received", Align::right},
     {"SENT", "sent", Align::right},
 };
 
@@ -21,7 +20,16 @@ struct Type {
     std::uint32_t number;
     const char *name;
 };
-constexpr Type types[] = {
+constexpr Type ipv4Types[] = {
+    {0, "echo reply"},           {3, "destination unreachable"},
+    {4, "source quench"},        {5, "redirect"},
+    {8, "echo request"},         {9, "router advertisement"},
+    {10, "router solicitation"}, {11, "time exceeded"},
+    {12, "parameter problem"},   {13, "timestamp request"},
+    {14, "timestamp reply"},     {17, "address mask request"},
+    {18, "address mask reply"},
+};
+constexpr Type ipv6Types[] = {
     {1, "destination unreachable"},
     {2, "packet too big"},
     {3, "time exceeded"},
@@ -45,10 +53,13 @@ constexpr Type types[] = {
     {200, "private experimentation"},
 };
 
-Cell messageCell(std::uint32_t number)
+constexpr std::uint32_t ipv4 = 1;
+
+Cell messageCell(std::uint32_t version, std::uint32_t number)
 {
+    const std::span<const Type> types = version == ipv4 ? std::span<const Type>(ipv4Types) : ipv6Types;
     const auto type = std::ranges::find(types, number, &Type::number);
-    return type == std::end(types) ? emptyCell() : textCell(type->name);
+    return type == types.end() ? emptyCell() : textCell(type->name);
 }
 
 void list(Session &session, const std::string &, const Sink &sink)
@@ -57,15 +68,16 @@ void list(Session &session, const std::string &, const Sink &sink)
     TableReader all(session, "icmpStatsEntry",
                     {"icmpStatsInMsgs", "icmpStatsOutMsgs", "icmpStatsInErrors", "icmpStatsOutErrors"});
     while (all.next()) {
-        sink({emptyCell(), textCell("all messages"), counterCell(all, inMsgs), counterCell(all, outMsgs)});
-        sink({emptyCell(), textCell("errors"), counterCell(all, inErrors), counterCell(all, outErrors)});
+        const Cell version = indexLabelCell(all, 0);
+        sink({version, emptyCell(), textCell("all messages"), counterCell(all, inMsgs), counterCell(all, outMsgs)});
+        sink({version, emptyCell(), textCell("errors"), counterCell(all, inErrors), counterCell(all, outErrors)});
     }
     enum { inPkts, outPkts };
     TableReader byType(session, "icmpMsgStatsEntry", {"icmpMsgStatsInPkts", "icmpMsgStatsOutPkts"});
     while (byType.next()) {
         const std::uint32_t type = byType.key().number(1);
-        sink({Cell{std::to_string(type), type, {}}, messageCell(type), counterCell(byType, inPkts),
-              counterCell(byType, outPkts)});
+        sink({indexLabelCell(byType, 0), Cell{std::to_string(type), type, {}},
+              messageCell(byType.key().number(0), type), counterCell(byType, inPkts), counterCell(byType, outPkts)});
     }
 }
 

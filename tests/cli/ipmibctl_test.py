@@ -65,7 +65,7 @@ class Terminal(unittest.TestCase):
         pictures = written.split("\033[H\033[2J")
         self.assertEqual(pictures[0], "")
         self.assertEqual(len(pictures), 3)
-        self.assertTrue(all(picture.startswith("TYPE") for picture in pictures[1:]))
+        self.assertTrue(all(picture.startswith("VERSION") for picture in pictures[1:]))
 
 
 class Pipes(unittest.TestCase):
@@ -81,7 +81,7 @@ class Pipes(unittest.TestCase):
         for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
             with subprocess.Popen([program, "watch", "icmp", "--interval=0.05", *home_router], stdout=subprocess.PIPE,
                                   stderr=subprocess.PIPE, text=True) as process:
-                self.assertTrue(process.stdout.readline().startswith("TYPE"))
+                self.assertTrue(process.stdout.readline().startswith("VERSION"))
                 process.send_signal(number)
                 process.stdout.read()
                 self.assertEqual(process.wait(patience), status)
