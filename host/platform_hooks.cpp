@@ -41,6 +41,10 @@ PlatformHooks::PlatformHooks(const IpmibPlatformHooks &exported)
         copy(*hooks_.ip, hooks_.ip->size, ip_);
         hooks_.ip = &ip_;
     }
+    if (hooks_.routes != nullptr) {
+        copy(*hooks_.routes, hooks_.routes->size, routes_);
+        hooks_.routes = &routes_;
+    }
 }
 
 } // namespace ipmib::host

@@ -20,6 +20,7 @@ class PlatformHooks
   private:
     IpmibPlatformHooks hooks_{};
     IpmibIpHooks ip_{};
+    IpmibRouteHooks routes_{};
 };
 
 } // namespace ipmib::host

@@ -8,6 +8,7 @@
 #include <ipmib/platform_interfaces.h>
 #include <ipmib/platform_ip.h>
 #include <ipmib/platform_ipv4.h>
+#include <ipmib/platform_routes.h>
 
 #include <stddef.h>
 #include <stdint.h>
@@ -73,6 +74,8 @@ typedef struct IpmibPlatformHooks {
     /* How long the device has been up, in milliseconds, for one that has a clock of its own: a host shows this as its
      * sysUpTime, and does not call `uptime_began`. Null for the others. */
     uint64_t (*uptime_ms)(void);
+    /* The rows of the IP-FORWARD-MIB; null when the platform leaves those to somebody else. */
+    const IpmibRouteHooks *routes;
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

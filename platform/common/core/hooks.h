@@ -22,8 +22,8 @@ namespace ipmib::platform
 // addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside it a function setRunning(Platform
 // *) that puts it to its services, or takes it away again with null.
 //
-// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), and ip(), an object with a member for each function
-// of IpmibIpHooks. For one that has it not the hook is null.
+// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), and ip() and routes(), objects with a member for
+// each function of IpmibIpHooks and IpmibRouteHooks. For one that has it not the hook is null.
 template <class Platform>
 class Hooks
 {
@@ -42,7 +42,8 @@ class Hooks
                 &ipv4,
                 ipHooks(),
                 uptimeBegan(),
-                uptimeMs()};
+                uptimeMs(),
+                routeHooks()};
     }
 
   private:
@@ -103,6 +104,14 @@ class Hooks
             return nullptr;
         }
     }
+    static constexpr const IpmibRouteHooks *routeHooks()
+    {
+        if constexpr (requires(Platform & platform) { platform.routes(); }) {
+            return &RouteRecord<Platform>::hooks;
+        } else {
+            return nullptr;
+        }
+    }
     static constexpr decltype(IpmibPlatformHooks::uptime_began) uptimeBegan()
     {
         if constexpr (requires(Platform & platform) { platform.uptimeBegan(std::uint64_t{}); }) {
@@ -151,6 +160,18 @@ class Hooks
             hookCall<rows, &Ip::stackChanged>,
             hookCall<rows, &Ip::findReceiveAddress>,
             hookCall<rows, &Ip::receiveAddressAfter>,
+        };
+    };
+
+    // Likewise.
+    template <class WithRoutes>
+    struct RouteRecord {
+        using Routes = std::remove_reference_t<decltype(std::declval<WithRoutes &>().routes())>;
+        static Routes *rows() { return instance_ ? &instance_->routes() : nullptr; }
+        static constexpr IpmibRouteHooks hooks = {
+            sizeof(IpmibRouteHooks),        hookCall<rows, &Routes::follow>,   hookCall<rows, &Routes::areRead>,
+            hookCall<rows, &Routes::count>, hookCall<rows, &Routes::discards>, hookCall<rows, &Routes::find>,
+            hookCall<rows, &Routes::next>,  hookCall<rows, &Routes::match>,
         };
     };
 
