@@ -17,9 +17,9 @@ bool isBelow(const Oid &left, const Oid &right)
     return std::is_lt(compare(left.view(), right.view()));
 }
 
-bool isSame(const Oid &left, const Oid &right)
+bool haveOnePlace(const Object &left, const Object &right)
 {
-    return std::ranges::equal(left.view(), right.view());
+    return std::ranges::equal(left.oid.view(), right.oid.view());
 }
 
 } // namespace
@@ -30,8 +30,7 @@ Catalogue::Catalogue(Contents contents) : contents_(std::move(contents))
         describe(*tree.root, tree.parent);
     }
     std::ranges::stable_sort(objects_, isBelow, &Object::oid);
-    const auto again = std::ranges::unique(objects_, isSame, &Object::oid);
-    objects_.erase(again.begin(), again.end());
+    objects_.erase(std::unique(objects_.begin(), objects_.end(), haveOnePlace), objects_.end());
     for (std::size_t i = 0; i < objects_.size(); ++i) {
         byName_.emplace(objects_[i].node->pszName, i);
     }

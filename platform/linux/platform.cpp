@@ -114,6 +114,7 @@ void Platform::beginPacket()
     loop_.runAnnouncements();
     ip_.noteChanges();
     now_ = secondsSinceBoot();
+    addressing_.newPacket();
     ip6Links_.newPacket(links_.size());
     linkTraffic_.newPacket();
     systemCounters_.newPacket();

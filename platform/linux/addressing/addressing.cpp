@@ -7,6 +7,7 @@
 #include <linux/rtnetlink.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace ipmib::platform
 {
@@ -94,6 +95,9 @@ const RouterList &Addressing::routers()
     constexpr std::uint64_t restRatio = 100;    // long tables take longer to read, and are read less often
 
     listRouters();
+    if (std::exchange(routersAsked_, true)) {
+        return routers_;
+    }
     const std::uint64_t begin = millisecondsSinceBoot();
     if (begin >= nextReadMs_ && routers_.hasLearned()) {
         routes_.readLearnedDefaults(requests_);

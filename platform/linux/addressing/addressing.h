@@ -38,8 +38,10 @@ class Addressing
     // Whether a router has joined it because it is one: the address of all routers of a prefix of its interface.
     bool isOfAllRouters(const Anycast &anycast);
     const NexthopTable &nexthops() const { return nexthops_; }
-    // With lifetimes of now: asks the kernel at most every tenth of a second, and only while there are learned routers.
+    // With lifetimes of now: asks the kernel at most every tenth of a second, only while there are learned routers, and
+    // with the first question of a packet, so that all answers of a packet agree.
     const RouterList &routers();
+    void newPacket() { routersAsked_ = false; }
 
     // For tests.
     Mirror &addressMirror() { return addressMirror_; }
@@ -62,6 +64,7 @@ class Addressing
     PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
     bool routersChanged_ = false; // since they were listed
+    bool routersAsked_ = false;   // since the packet began
     Mirror addressMirror_{addresses_, dumps_};
     Mirror anycastMirror_{anycasts_, dumps_};
     Mirror nexthopMirror_{nexthops_, dumps_};

@@ -3,6 +3,7 @@
 #include "addressing/address_origin.h"
 #include "addressing/nexthop_table.h"
 #include "addressing/route_message.h"
+#include "addressing/route_table.h"
 #include "addressing/test_messages.h"
 
 #include <linux/nexthop.h>
@@ -233,6 +234,24 @@ TEST(Messages, anyBytesCanBeRead)
         message.nlmsg_type = RTM_NEWNEXTHOP;
         parseNexthop(message, nexthop);
     }
+}
+
+TEST(RouteTable, aLearnedRouteInItsLastMomentHasAnEnd)
+{
+    RouteTable routes;
+    RouteFacts facts{RTPROT_RA, 1024, 100, "fe80::1"};
+    routes.apply(*routeMessage(RTM_NEWROUTE, "::", 0, 3, facts));
+    const auto until = [&] { return routes.defaults().first()->until; };
+    const auto update = [&](std::int32_t expires) {
+        facts.expires = expires;
+        routes.updateLearnedDefaults(*routeMessage(RTM_NEWROUTE, "::", 0, 3, facts), now);
+    };
+    update(500);
+    EXPECT_EQ(until(), Deadline::after(now, 5));
+    update(0); // less than a hundredth of a second is left, or it has no end
+    EXPECT_EQ(until(), Deadline::after(now, 5));
+    update(-200);
+    EXPECT_EQ(until(), Deadline::after(now, 0));
 }
 
 } // namespace

@@ -94,21 +94,28 @@ void RouteTable::readLearnedDefaults(Rtnetlink &socket)
     filter.rtm_table = RT_TABLE_MAIN;
     filter.rtm_protocol = RTPROT_RA;
     const std::uint32_t now = secondsSinceBoot();
-    bool changed = false;
-    socket.ask(request, [&](const nlmsghdr &message) {
-        Route route;
-        if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, now, route) || !tellsOfRouter(route)) {
-            return;
+    socket.ask(request, [&](const nlmsghdr &message) { updateLearnedDefaults(message, now); });
+}
+
+void RouteTable::updateLearnedDefaults(const nlmsghdr &message, std::uint32_t now)
+{
+    Route route;
+    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, now, route) || !tellsOfRouter(route)) {
+        return;
+    }
+    for (DefaultRoute &row : defaultRoutes(route)) {
+        const DefaultRoute *known = defaults_.find(row);
+        if (known == nullptr) {
+            continue; // about to be announced
         }
-        for (const DefaultRoute &row : defaultRoutes(route)) {
-            if (const DefaultRoute *known = defaults_.find(row)) { // one that is new here is about to be announced
-                changed = changed || known->until != row.until || known->preference != row.preference;
-                defaults_.put(row);
-            }
+        // In the last hundredth of a second the kernel says what it says of routes without an end. One that has lost
+        // its end would have been announced.
+        row.until = row.until.isNever() ? known->until : row.until;
+        const bool changed = known->until != row.until || known->preference != row.preference;
+        defaults_.put(row);
+        if (changed && handlers_.defaultsChanged) {
+            handlers_.defaultsChanged();
         }
-    });
-    if (changed && handlers_.defaultsChanged) {
-        handlers_.defaultsChanged();
     }
 }
 

@@ -66,6 +66,8 @@ class RouteTable : public KernelTable
     // The kernel is silent about an advertisement that does no more than prolong a default route, or change its
     // preference. Reads both from the kernel now.
     void readLearnedDefaults(Rtnetlink &socket);
+    // One message of that reading.
+    void updateLearnedDefaults(const nlmsghdr &message, std::uint32_t now);
 
     template <class Visit>
     void eachOnLink(Visit visit) const
