@@ -17,9 +17,14 @@ bool isBelow(const Oid &left, const Oid &right)
     return std::is_lt(compare(left.view(), right.view()));
 }
 
+bool isSame(const Oid &left, const Oid &right)
+{
+    return std::ranges::equal(left.view(), right.view());
+}
+
 bool haveOnePlace(const Object &left, const Object &right)
 {
-    return std::ranges::equal(left.oid.view(), right.oid.view());
+    return isSame(left.oid, right.oid);
 }
 
 } // namespace
