@@ -33,7 +33,8 @@ enum {
 };
 
 /* What sets rows apart that share destination and next hop, so many numbers, the first one most significant. What they
- * mean is the platform's affair; all of them are 0 for a row that nothing sets apart. */
+ * mean is the platform's affair, such as the table (0 for the main one), the metric, the type of service and the
+ * interface; all of them are 0 for a row that nothing sets apart. */
 enum { IPMIB_ROUTE_POLICY_NUMBERS = 4 };
 
 /* Of no two rows it is the same. It is compared member by member in this order: numbers as such, octets as the octets
@@ -69,6 +70,8 @@ typedef struct IpmibRouteHooks {
      * Does not wait for the reading, which goes on with each `dispatch`. When it fails the error buffer holds one
      * line. */
     int (*follow)(char *error, size_t capacity);
+    /* At most so many rows; those that come when there are as many are discards. Said before `follow`. */
+    void (*limit)(uint64_t rows);
     /* Whether the first reading has ended, or been given up: 1, or 0 for not yet. A host keeps questions back until
      * then, at most for some seconds; whoever asks nevertheless finds what has been read. It never goes back to 0:
      * where routes have to be read again, rows are meanwhile what was last known. */

@@ -169,9 +169,9 @@ class Hooks
         using Routes = std::remove_reference_t<decltype(std::declval<WithRoutes &>().routes())>;
         static Routes *rows() { return instance_ ? &instance_->routes() : nullptr; }
         static constexpr IpmibRouteHooks hooks = {
-            sizeof(IpmibRouteHooks),        hookCall<rows, &Routes::follow>,   hookCall<rows, &Routes::areRead>,
-            hookCall<rows, &Routes::count>, hookCall<rows, &Routes::discards>, hookCall<rows, &Routes::find>,
-            hookCall<rows, &Routes::next>,  hookCall<rows, &Routes::match>,
+            sizeof(IpmibRouteHooks),          hookCall<rows, &Routes::follow>, hookCall<rows, &Routes::limit>,
+            hookCall<rows, &Routes::areRead>, hookCall<rows, &Routes::count>,  hookCall<rows, &Routes::discards>,
+            hookCall<rows, &Routes::find>,    hookCall<rows, &Routes::next>,   hookCall<rows, &Routes::match>,
         };
     };
 
