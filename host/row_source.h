@@ -181,7 +181,7 @@ class ScalarRows
   public:
     using Row = typename Group::Row;
     using Index = std::array<SubId, 1>;
-    static constexpr SubIdRange shape[] = {only(0)};
+    static constexpr SubIdRange shape[1] = {only(0)};
 
     explicit ScalarRows(Group group) : group_(std::move(group)) {}
 

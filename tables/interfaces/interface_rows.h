@@ -26,7 +26,7 @@ class InterfaceRows
   public:
     using Row = InterfaceRow;
     using Index = std::array<host::SubId, 1>;
-    static constexpr host::SubIdRange shape[] = {host::anyIfIndex};
+    static constexpr host::SubIdRange shape[1] = {host::anyIfIndex};
 
     InterfaceRows(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime,
                   std::span<const InterfaceColumn> columns)

@@ -47,7 +47,7 @@ class IpInterfaceRows
   public:
     using Row = IpmibIpInterface;
     using Index = std::array<host::SubId, 1>;
-    static constexpr host::SubIdRange shape[] = {host::anyIfIndex};
+    static constexpr host::SubIdRange shape[1] = {host::anyIfIndex};
 
     IpInterfaceRows(const IpmibIpHooks &ip, std::uint32_t version, std::span<const Column> columns)
         : ip_(ip), version_(version), columns_(columns)

@@ -42,7 +42,7 @@ inline void follow(const IpmibIpHooks &ip, std::uint32_t rows)
 template <host::SubId version>
 struct VersionIndex {
     using Index = std::array<host::SubId, 1>;
-    static constexpr host::SubIdRange shape[] = {host::only(version)};
+    static constexpr host::SubIdRange shape[1] = {host::only(version)};
 };
 
 } // namespace ipmib::tables
