@@ -24,6 +24,23 @@
 namespace ipmib::agent
 {
 
+namespace
+{
+
+// A device that has a clock of its own shows that as sysUpTime.
+void shareUpTime(tables::ServedDevice &device)
+{
+    if (const auto own = device.ownUpTimeMs()) {
+        constexpr std::uint64_t msPerTick = 10;
+        netsnmp_set_agent_uptime(*own / msPerTick);
+        device.sysUpTime().isDevices(*own);
+    } else {
+        device.sysUpTime().isNow(netsnmp_get_agent_uptime());
+    }
+}
+
+} // namespace
+
 void serveStandalone(const Options &options)
 {
     EventLoop loop;
@@ -37,7 +54,7 @@ void serveStandalone(const Options &options)
     const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
     const Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });
-    device.sysUpTime().isNow(netsnmp_get_agent_uptime());
+    shareUpTime(device);
     Frontend frontend(device.catalogue());
     frontend.serve(settings.notOff());
     const SystemCapabilities capabilities(device.catalogue());
@@ -69,6 +86,7 @@ void serveStandalone(const Options &options)
         if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
             plugin.platform()->reload();
         }
+        shareUpTime(device);
         endedAtOnce.reset();
         notifyReady();
     });

@@ -5,6 +5,7 @@
 
 #include "source.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 
@@ -14,32 +15,54 @@ namespace ipmib::host
 class SysUpTime
 {
   public:
+    // Is told the moment of CLOCK_MONOTONIC, in milliseconds, whenever it becomes another one.
+    using Listener = void (*)(std::uint64_t beganMs);
+
+    explicit SysUpTime(Listener listener = nullptr) : listener_(listener) {}
+
     // What sysUpTime is at this moment, in hundredths of a second.
-    void isNow(std::uint64_t ticks)
+    void isNow(std::uint64_t ticks) { began(beginningOf(ticks)); }
+    // It is no less than this, said by the same agent: what has been longer on its way says less.
+    void isAtLeast(std::uint64_t ticks)
     {
-        const std::uint64_t elapsedMs = ticks * msPerTick;
-        const std::uint64_t now = nowMs();
-        startMs_ = now > elapsedMs ? now - elapsedMs : 0;
+        if (const std::int64_t earlier = beginningOf(ticks); earlier < beganMs_) {
+            began(earlier);
+        }
     }
+    // As isNow, of a device with a clock of its own, which needs not be told.
+    void isDevices(std::uint64_t milliseconds) { beganMs_ = nowMs() - static_cast<std::int64_t>(milliseconds); }
 
     // sysUpTime at a moment of CLOCK_MONOTONIC in milliseconds; 0 for 0 and for what was before its start.
     Value at(std::uint64_t monotonicMs) const
     {
-        const std::uint64_t elapsedMs = monotonicMs > startMs_ ? monotonicMs - startMs_ : 0;
-        return {ValueType::timeTicks, elapsedMs / msPerTick & UINT32_MAX, {}, {}};
+        const std::int64_t elapsedMs = static_cast<std::int64_t>(monotonicMs) - beganMs_;
+        const bool isAfter = monotonicMs != 0 && elapsedMs > 0;
+        return {
+            ValueType::timeTicks, isAfter ? static_cast<std::uint64_t>(elapsedMs / msPerTick) & UINT32_MAX : 0, {}, {}};
     }
 
   private:
-    static constexpr std::uint64_t msPerTick = 10;
+    static constexpr std::int64_t msPerTick = 10;
 
-    static std::uint64_t nowMs()
+    static std::int64_t nowMs()
     {
         using namespace std::chrono;
-        return static_cast<std::uint64_t>(
-            duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count()); // CLOCK_MONOTONIC
+        return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count(); // CLOCK_MONOTONIC
+    }
+    static std::int64_t beginningOf(std::uint64_t ticks)
+    {
+        return nowMs() - static_cast<std::int64_t>(ticks) * msPerTick;
+    }
+    void began(std::int64_t momentMs)
+    {
+        beganMs_ = momentMs;
+        if (listener_ != nullptr) {
+            listener_(static_cast<std::uint64_t>(std::max<std::int64_t>(momentMs, 0)));
+        }
     }
 
-    std::uint64_t startMs_ = 0;
+    Listener listener_;
+    std::int64_t beganMs_ = 0; // negative for one that has been up longer than this machine
 };
 
 } // namespace ipmib::host

@@ -50,6 +50,7 @@ std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const h
     if (platform != nullptr && platform->ip != nullptr) {
         const IpmibIpHooks &ip = *platform->ip;
         sources.add(ifStackTable(ip));
+        sources.add(ifStackLastChange(ip));
         sources.add(ifRcvAddressTable(ip));
         sources.add(ipInterfaceTables(ip));
         sources.add(ipSystemStatsTable(ip));
@@ -88,8 +89,21 @@ host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &d
 } // namespace
 
 ServedDevice::ServedDevice(host::Plugin &plugin)
-    : own_(ownTables(plugin.platform(), upTime_)), catalogue_(contentsOf(plugin, descriptions_, own_))
+    : upTime_(plugin.platform() == nullptr ? nullptr : plugin.platform()->uptime_began),
+      own_(ownTables(plugin.platform(), upTime_)), catalogue_(contentsOf(plugin, descriptions_, own_))
 {
+    if (const auto own = ownUpTimeMs()) {
+        upTime_.isDevices(*own);
+    }
+}
+
+std::optional<std::uint64_t> ServedDevice::ownUpTimeMs() const
+{
+    const IpmibPlatformHooks *platform = catalogue_.platform();
+    if (platform == nullptr || platform->uptime_ms == nullptr) {
+        return std::nullopt;
+    }
+    return platform->uptime_ms();
 }
 
 } // namespace ipmib::tables

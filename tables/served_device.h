@@ -8,6 +8,8 @@
 #include "host/catalogue.h"
 #include "host/plugin.h"
 
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace ipmib::tables
@@ -21,8 +23,11 @@ class ServedDevice
 
     host::Catalogue &catalogue() { return catalogue_; }
     const host::Catalogue &catalogue() const { return catalogue_; }
-    // Whoever serves the device says when sysUpTime was 0.
+    // The time since boot, or since the boot of a device with a clock of its own, unless whoever serves it says when
+    // sysUpTime was 0.
     host::SysUpTime &sysUpTime() { return upTime_; }
+    // Of a device with a clock of its own.
+    std::optional<std::uint64_t> ownUpTimeMs() const;
 
   private:
     host::SysUpTime upTime_;

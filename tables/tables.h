@@ -22,6 +22,7 @@ SourcePointer ifTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTi
 SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
 SourcePointer ifTableLastChange(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
 SourcePointer ifStackTable(const IpmibIpHooks &ip);
+SourcePointer ifStackLastChange(const IpmibIpHooks &ip);
 SourcePointer ifRcvAddressTable(const IpmibIpHooks &ip);
 
 // IP-MIB: tables of their own, and rows and columns of those that modules have

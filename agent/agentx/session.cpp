@@ -107,6 +107,7 @@ void Session::receivedResponse(const netsnmp_pdu &response)
     if (state_ == State::opening) {
         opened(response);
     } else if (state_ == State::claiming && response.sessid == sessionId_) {
+        upTime_.isAtLeast(response.time);
         answered(response);
     }
 }

@@ -72,7 +72,7 @@ typedef struct IpmibPlatformHooks {
      * May itself be null. */
     void (*uptime_began)(uint64_t monotonic_ms);
     /* How long the device has been up, in milliseconds, for one that has a clock of its own: a host shows this as its
-     * sysUpTime, and does not call `uptime_began`. Null for the others. */
+     * sysUpTime; one whose sysUpTime is somebody else's calls `uptime_began` all the same. Null for the others. */
     uint64_t (*uptime_ms)(void);
     /* The rows of the IP-FORWARD-MIB; null when the platform leaves those to somebody else. */
     const IpmibRouteHooks *routes;

@@ -20,15 +20,16 @@ constexpr std::uint32_t tcpAlgorithm = 4;              // Van Jacobson's
 constexpr std::uint32_t shortestRetransmitMs = 200;    // of TCP
 constexpr std::uint32_t longestRetransmitMs = 120'000; // of TCP
 constexpr std::int32_t unlimited = -1;
-constexpr std::uint32_t perSecond = 100; // hundredths
 constexpr Time perHundredth = 10;
 
-bool fill(const Ipv4Address *address, IpmibIpAddress &row)
+bool fill(const Device &device, const Ipv4Address *address, IpmibIpAddress &row)
 {
     if (address == nullptr) {
         return false;
     }
     row = *address;
+    row.created = device.uptimeAt(std::uint64_t{address->created} * perHundredth);
+    row.changed = device.uptimeAt(std::uint64_t{address->changed} * perHundredth);
     return true;
 }
 
@@ -49,7 +50,7 @@ bool fill(const Ipv4Prefix *prefix, std::uint32_t elapsedS, IpmibIpPrefix &row)
     return true;
 }
 
-bool fill(const Neighbour *neighbour, IpmibIpNeighbour &row)
+bool fill(const Device &device, const Neighbour *neighbour, IpmibIpNeighbour &row)
 {
     if (neighbour == nullptr) {
         return false;
@@ -61,7 +62,7 @@ bool fill(const Neighbour *neighbour, IpmibIpNeighbour &row)
     row.address = older.address;
     row.type = static_cast<std::uint32_t>(neighbour->type) + 1;
     row.state = static_cast<std::uint32_t>(neighbour->state);
-    row.last_updated = neighbour->lastUpdatedS * perSecond;
+    row.last_updated = device.uptimeAtSecond(neighbour->lastUpdatedS);
     row.link_layer_size = older.link_layer_size;
     std::copy(std::begin(older.link_layer), std::end(older.link_layer), row.link_layer);
     return true;
@@ -179,17 +180,17 @@ std::uint32_t IpRows::interfacesChanged(std::uint32_t) const
     for (const Interface &interface : device_.interfaces()) {
         last = std::max(last, interface.outages.lastChange(device_.time()));
     }
-    return last == 0 ? 0 : device_.uptimeS * perSecond + static_cast<std::uint32_t>(last / perHundredth);
+    return last == 0 ? 0 : device_.uptimeAt(std::uint64_t{device_.uptimeS} * 1'000 + last);
 }
 
 bool IpRows::findAddress(std::uint32_t address, IpmibIpAddress &row) const
 {
-    return fill(device_.ipv4Address(address), row);
+    return fill(device_, device_.ipv4Address(address), row);
 }
 
 bool IpRows::addressAfter(std::uint32_t address, IpmibIpAddress &row) const
 {
-    return fill(device_.ipv4AddressAfter(address), row);
+    return fill(device_, device_.ipv4AddressAfter(address), row);
 }
 
 bool IpRows::findPrefix(std::uint32_t ifIndex, std::uint32_t prefix, std::uint32_t length, IpmibIpPrefix &row) const
@@ -204,12 +205,12 @@ bool IpRows::prefixAfter(std::uint32_t ifIndex, std::uint32_t prefix, std::uint3
 
 bool IpRows::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpNeighbour &row) const
 {
-    return fill(device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
+    return fill(device_, device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool IpRows::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpNeighbour &row) const
 {
-    return fill(device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
+    return fill(device_, device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool IpRows::findRouter(std::uint32_t address, std::uint32_t ifIndex, IpmibIpRouter &row) const
@@ -275,7 +276,7 @@ std::uint32_t IpRows::stackChanged() const
     for (const Interface &interface : device_.interfaces()) {
         last = std::max(last, interface.outagesRemove ? interface.outages.lastChange(device_.time()) : 0);
     }
-    return last == 0 ? 0 : device_.uptimeS * perSecond + static_cast<std::uint32_t>(last / perHundredth);
+    return last == 0 ? 0 : device_.uptimeAt(std::uint64_t{device_.uptimeS} * 1'000 + last);
 }
 
 bool IpRows::findReceiveAddress(std::uint32_t ifIndex, const std::uint8_t *address, std::size_t size,

@@ -75,7 +75,23 @@ Time Platform::now() const
 void Platform::beginPacket()
 {
     device_.setTime(now());
+    if (uptimeBeganMs_) {
+        const auto sinceStart = static_cast<std::int64_t>(*uptimeBeganMs_ - startMs() + stopped_.value_or(0));
+        device_.setUptimeBegan(std::int64_t{device_.uptimeS} * 1'000 + sinceStart);
+    }
     rowHopLimit_.newPacket();
+}
+
+void Platform::uptimeBegan(std::uint64_t monotonicMs)
+{
+    uptimeBeganMs_ = monotonicMs;
+    beginPacket();
+}
+
+std::uint64_t Platform::startMs() const
+{
+    using std::chrono::milliseconds;
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<milliseconds>(start_.time_since_epoch()).count());
 }
 
 void Platform::reload()
@@ -96,9 +112,7 @@ const char *Platform::interfaceName(std::uint32_t ifIndex) const
 
 std::uint64_t Platform::onMonotonicClock(Time time) const
 {
-    using std::chrono::milliseconds;
-    const auto start = std::chrono::duration_cast<milliseconds>(start_.time_since_epoch());
-    const std::uint64_t moment = static_cast<std::uint64_t>(start.count()) + time;
+    const std::uint64_t moment = startMs() + time;
     const Time standing = stopped_.value_or(0); // so long ago the device of a stopped clock began
     return time == 0 || moment <= standing ? 0 : moment - standing;
 }

@@ -54,8 +54,9 @@ class Platform
     std::string followIpv4() { return ""; }
     Ipv4Rows &ipv4() { return ipv4_; }
     IpRows &ip() { return ip_; }
-    // Its times are seconds since the device's boot, and so are values of this.
-    std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + device_.time(); }
+    // Times in rows are values of this, unless sysUpTime is somebody else's.
+    void uptimeBegan(std::uint64_t monotonicMs);
+    std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + now(); }
 
     const Device &device() const { return device_; }
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
@@ -66,7 +67,10 @@ class Platform
     // A moment of the device on the monotonic clock, in milliseconds; 0 for its start and what was before the clock's.
     std::uint64_t onMonotonicClock(Time time) const;
 
+    std::uint64_t startMs() const;
+
     std::string path_;
+    std::optional<std::uint64_t> uptimeBeganMs_; // on the monotonic clock
     std::optional<Time> stopped_; // the clock shows this for ever
     std::chrono::steady_clock::time_point start_;
     Device device_;

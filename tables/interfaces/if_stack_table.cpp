@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// ifStackTable: which interface lies over which.
+// ifStackTable: which interface lies over which, and ifStackLastChange.
 
+#include "tables/ip/hook_scalars.h"
 #include "tables/ip/ip_rows.h"
 #include "tables/tables.h"
 
@@ -37,6 +38,12 @@ class StackRows
     const IpmibIpHooks &ip_;
 };
 
+constexpr host::SubId ifMibObjects[] = {1, 3, 6, 1, 2, 1, 31, 1};
+
+constexpr host::RowColumn<std::uint32_t> lastChange[] = {
+    {6, [](const std::uint32_t &moment) { return ticks(moment); }}, // ifStackLastChange
+};
+
 } // namespace
 
 SourcePointer ifStackTable(const IpmibIpHooks &ip)
@@ -45,6 +52,18 @@ SourcePointer ifStackTable(const IpmibIpHooks &ip)
         return nullptr;
     }
     return std::make_unique<host::RowSource<StackRows>>(ifStackEntry, StackRows(ip));
+}
+
+SourcePointer ifStackLastChange(const IpmibIpHooks &ip)
+{
+    if (ip.stack_changed == nullptr) {
+        return nullptr;
+    }
+    const auto read = [](const IpmibIpHooks &hooks, std::uint32_t &moment) {
+        moment = hooks.stack_changed();
+        return true;
+    };
+    return scalarsOf<std::uint32_t>(ifMibObjects, ip, read, lastChange);
 }
 
 } // namespace ipmib::tables

@@ -173,7 +173,7 @@ TEST_F(SubagentTablesTest, TheLogSaysWhatBecomesOfTheMastersRows)
 {
     startMaster();
     startSubagent("serve ipAddressTable take\nserve ipv6RouterAdvertTable off\n");
-    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 6 of 26 tables"), 1u);
+    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 7 of 27 tables"), 1u);
     EXPECT_EQ(timesLogged("agentx: ipAddressTable: our rows replace the master's"), 1u);
     EXPECT_EQ(timesLogged("agentx: ipIfStatsTable: our rows replace the master's, whose further columns stay"), 1u);
     EXPECT_EQ(timesLogged("agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): "

@@ -83,6 +83,14 @@ std::uint32_t Device::elapsedS() const
     return static_cast<std::uint32_t>(time_ / perSecond);
 }
 
+std::uint32_t Device::uptimeAt(std::uint64_t sinceBootMs) const
+{
+    constexpr std::int64_t perHundredth = 10;
+    const std::uint64_t nowMs = std::uint64_t{uptimeS} * perSecond + time_;
+    const std::int64_t uptime = static_cast<std::int64_t>(std::min(sinceBootMs, nowMs)) - uptimeBeganMs_;
+    return sinceBootMs == 0 || uptime < 0 ? 0 : static_cast<std::uint32_t>(uptime / perHundredth);
+}
+
 const Interface *Device::find(std::uint32_t ifIndex) const
 {
     const auto place = placeOf(ifIndex);

@@ -66,6 +66,12 @@ class Device
     Time time() const { return time_; }
     std::uint32_t elapsedS() const;
     std::uint32_t secondsSinceBoot() const { return uptimeS + elapsedS(); }
+    // So many milliseconds after boot sysUpTime was 0; before boot when it is negative.
+    void setUptimeBegan(std::int64_t sinceBootMs) { uptimeBeganMs_ = sinceBootMs; }
+    // sysUpTime at a moment since boot, in hundredths of a second: 0 for what was there at boot, or before sysUpTime
+    // began, and at most what it is now.
+    std::uint32_t uptimeAt(std::uint64_t sinceBootMs) const;
+    std::uint32_t uptimeAtSecond(std::uint32_t sinceBoot) const { return uptimeAt(std::uint64_t{sinceBoot} * 1'000); }
 
     // --- What there is at this moment. Null for none; pointers are good as long as the device.
 
@@ -130,6 +136,7 @@ class Device
     Routers globalRouters_;
     Routers linkLocalRouters_;
     Time time_ = 0;
+    std::int64_t uptimeBeganMs_ = 0;
 };
 
 } // namespace ipmib::simulated

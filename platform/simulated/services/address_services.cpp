@@ -7,7 +7,9 @@ using namespace ipmib::simulated;
 namespace
 {
 
-uint32_t fill(const Address *address, uint32_t without, FullAddressRecord *record)
+constexpr uint32_t perSecond = 100; // of sysUpTime
+
+uint32_t fill(const Device &device, const Address *address, uint32_t without, FullAddressRecord *record)
 {
     if (address == nullptr) {
         return without;
@@ -19,8 +21,8 @@ uint32_t fill(const Address *address, uint32_t without, FullAddressRecord *recor
     record->origin = address->origin;
     record->flags = address->anycast ? ipmib::platform::addressFlagAnycast : 0;
     record->state = address->state;
-    record->created_s = address->createdS;
-    record->last_changed_s = address->changedS;
+    record->created_s = device.uptimeAtSecond(address->createdS) / perSecond;
+    record->last_changed_s = device.uptimeAtSecond(address->changedS) / perSecond;
     return success;
 }
 
@@ -41,23 +43,25 @@ uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetFirstAddrInVrf);
     // :: is nobody's address.
-    return call ? fill(call.device().addressAfter(PackedAddress{}), noMore, record) : call.result();
+    return call ? fill(call.device(), call.device().addressAfter(PackedAddress{}), noMore, record) : call.result();
 }
 
 uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetNextAddrInVrf);
-    return call ? fill(call.device().addressAfter(PackedAddress::of(record->address)), noMore, record) : call.result();
+    return call ? fill(call.device(), call.device().addressAfter(PackedAddress::of(record->address)), noMore, record)
+                : call.result();
 }
 
 uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetAddrFullInfoInVrf);
-    return call ? fill(call.device().address(PackedAddress::of(address)), notFound, record) : call.result();
+    return call ? fill(call.device(), call.device().address(PackedAddress::of(address)), notFound, record)
+                : call.result();
 }
 
 uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetLinkLocalFullAddr, if_index);
-    return call ? fill(call.device().linkLocal(if_index), notFound, record) : call.result();
+    return call ? fill(call.device(), call.device().linkLocal(if_index), notFound, record) : call.result();
 }

@@ -4,6 +4,19 @@
 
 using namespace ipmib::simulated;
 
+namespace
+{
+
+NeighbourEntry entryAt(const Device &device, const Neighbour &row)
+{
+    constexpr uint32_t perSecond = 100; // of sysUpTime
+    NeighbourEntry entry = entryOf(row);
+    entry.last_updated_s = ipmib_be32(device.uptimeAtSecond(row.lastUpdatedS) / perSecond);
+    return entry;
+}
+
+} // namespace
+
 uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, NeighbourEntry *entry, uintptr_t)
 {
     const Call call(Service::ND_GetNetToPhysicalTable, if_index);
@@ -11,7 +24,7 @@ uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, Nei
     if (row == nullptr) {
         return call ? notFound : call.result();
     }
-    *entry = entryOf(*row);
+    *entry = entryAt(call.device(), *row);
     return success;
 }
 
@@ -29,6 +42,6 @@ uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
     if (row == nullptr) {
         return noMore;
     }
-    *entry = entryOf(*row);
+    *entry = entryAt(call.device(), *row);
     return success;
 }
