@@ -71,7 +71,7 @@ class Platform
 
     std::string path_;
     std::optional<std::uint64_t> uptimeBeganMs_; // on the monotonic clock
-    std::optional<Time> stopped_; // the clock shows this for ever
+    std::optional<Time> stopped_;                // the clock shows this for ever
     std::chrono::steady_clock::time_point start_;
     Device device_;
     Ipv4Rows ipv4_{device_};
