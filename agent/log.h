@@ -9,11 +9,11 @@ namespace ipmib::agent
 void logLine(int priority, const char *line);
 
 // Where the log goes when the user did not say: to standard error in the foreground, else to syslog, which also is the
-// way by which the journal learns priorities.
-void chooseDefaultLog(bool foreground);
+// way by which the journal learns priorities. Or warnings and errors alone, to standard error.
+enum class DefaultLog { none, foreground, background, warnings };
 
-// Warnings and errors to standard error, and nothing else.
-void chooseWarningsAlone();
+// From here on, what is not printable is escaped in every line, in the library's, too.
+void openLog(DefaultLog log);
 
 // For as long as it lives, whoever causes lines has few of a kind written, by the library, too; what is left out is
 // counted in the log when the minute is over. Lines of debugging are not limited.

@@ -40,11 +40,10 @@ int run(agent::Options options)
         break;
     }
     const bool isCheck = options.action == agent::Options::Action::check;
-    if (!options.loggingChosen && isCheck) {
-        agent::chooseWarningsAlone();
-    } else if (!options.loggingChosen) {
-        agent::chooseDefaultLog(options.foreground);
-    }
+    agent::openLog(options.loggingChosen ? agent::DefaultLog::none
+                   : isCheck             ? agent::DefaultLog::warnings
+                   : options.foreground  ? agent::DefaultLog::foreground
+                                         : agent::DefaultLog::background);
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_SBIN);
     options.plugin.log = agent::logLine;
     if (isCheck) {

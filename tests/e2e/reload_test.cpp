@@ -65,6 +65,17 @@ TEST_F(ReloadTest, WithoutFreeDescriptorsAllStaysAsItWas)
     stopAgent();
 }
 
+TEST_F(ReloadTest, WhatTheLibrarySaysOfItIsPrintable)
+{
+    startAgent(everybody);
+    replaceConfiguration("test.conf", "turn\x1b[7m\x9bround on\n");
+    reload();
+    EXPECT_EQ(timesLogged(path("test.conf") + ": line 2: Warning: Unknown token: turn\\x1b[7m\\x9bround."), 1u)
+        << agent().output();
+    expectNewConfiguration();
+    stopAgent();
+}
+
 TEST_F(ReloadTest, TheServicesOwnFilesAreLookedAtToo)
 {
     startService(createsAlice);

@@ -179,5 +179,6 @@ const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
                                                  &ipmib::e2e::scriptedIpv4,
                                                  nullptr,
                                                  nullptr,
+                                                 nullptr,
                                                  nullptr};
 }
