@@ -42,9 +42,6 @@ class Tables
         handlers.uncertain = [] {};
         handlers.rebuilt = [] {};
         routes_.connect(std::move(handlers));
-        for (KernelTable *table : dumped_) {
-            table->beginRebuild();
-        }
     }
 
     void take(const nlmsghdr &message)
@@ -59,8 +56,8 @@ class Tables
         }
         for (KernelTable *table : tablesFor(message.nlmsg_type)) {
             if ((message.nlmsg_flags & NLM_F_MULTI) != 0) {
-                table->dumpBegins(message.nlmsg_seq % table->dumps());
-                table->rebuildWith(message);
+                routes_.dump(message.nlmsg_seq % routes_.dumps()); // the one that asks for several
+                table->fill(message, generation_);
             } else {
                 table->apply(message);
             }
@@ -154,14 +151,15 @@ class Tables
 
     void endDumps(bool complete)
     {
-        for (KernelTable *table : dumped_) {
-            complete ? table->commitRebuild() : table->abandonRebuild();
-            table->beginRebuild();
+        for (KernelTable *table : dumped_) { // not neighbours, whose end asks the kernel, which is not there
+            if (complete) {
+                table->sweep(generation_);
+            }
         }
-        neighbours_.abandonRebuild(); // its end asks the kernel, which is not there
-        ipv4Neighbours_.abandonRebuild();
+        ++generation_;
     }
 
+    Generation generation_ = 1;
     KernelNeighbours nobody_{AF_INET6};
     KernelNeighbours nobodyOnIpv4_{AF_INET};
     LinkTable links_;

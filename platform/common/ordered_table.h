@@ -17,6 +17,10 @@
 namespace ipmib::platform
 {
 
+// For rows that are read anew from time to time while they are in use: each reading has a number that differs from
+// those of the readings before it, and rows that the last one has not put are swept out.
+using Generation = std::uint8_t;
+
 // Less orders rows, and rows and keys: less(row, row), less(row, key), less(key, row). A pointer to a row is good until
 // the table changes.
 template <class Row, class Less, std::size_t ChunkBytes = 4096>
@@ -25,7 +29,8 @@ class OrderedTable
     static_assert(std::is_trivially_copyable_v<Row>, "rows are moved as plain memory");
 
   public:
-    static constexpr std::size_t capacity = std::max<std::size_t>(8, (ChunkBytes - sizeof(std::size_t)) / sizeof(Row));
+    static constexpr std::size_t capacity =
+        std::max<std::size_t>(8, (ChunkBytes - sizeof(std::size_t)) / (sizeof(Row) + sizeof(Generation)));
 
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
@@ -74,7 +79,7 @@ class OrderedTable
     }
 
     // Adds the row, or replaces the one that equals it. True when it was added.
-    bool put(const Row &row)
+    bool put(const Row &row, Generation generation = 0)
     {
         if (chunks_.empty()) {
             chunks_.push_back(std::make_unique<Chunk>());
@@ -86,6 +91,7 @@ class OrderedTable
         std::size_t place = placeIn(*chunks_[at], [&](const Row &other) { return less_(other, row); });
         if (place < chunks_[at]->count && !less_(row, chunks_[at]->rows[place])) {
             chunks_[at]->rows[place] = row;
+            chunks_[at]->generations[place] = generation;
             return false;
         }
         if (chunks_[at]->count == capacity) {
@@ -93,7 +99,10 @@ class OrderedTable
         }
         Chunk &chunk = *chunks_[at];
         std::copy_backward(chunk.rows + place, chunk.rows + chunk.count, chunk.rows + chunk.count + 1);
+        std::copy_backward(chunk.generations + place, chunk.generations + chunk.count,
+                           chunk.generations + chunk.count + 1);
         chunk.rows[place] = row;
+        chunk.generations[place] = generation;
         ++chunk.count;
         ++size_;
         return true;
@@ -113,28 +122,50 @@ class OrderedTable
             return false;
         }
         std::copy(chunk.rows + place + 1, chunk.rows + chunk.count, chunk.rows + place);
+        std::copy(chunk.generations + place + 1, chunk.generations + chunk.count, chunk.generations + place);
         --chunk.count;
         --size_;
         mergeSmall(at);
         return true;
     }
 
-    // Calls visit(mine, theirs) in order for each row that is not the same as the other table's row of the same key;
-    // null stands for the one that a table does not have. Rows are compared with same(mine, theirs).
-    template <class Same, class Visit>
-    void eachDifference(const OrderedTable &other, Same same, Visit visit) const
+    // Takes out all rows for which leaves(row) says so, in one pass; that one must not look at the table.
+    template <class Leaves>
+    void eraseIf(Leaves leaves)
     {
-        const Row *mine = first();
-        const Row *theirs = other.first();
-        while (mine != nullptr || theirs != nullptr) {
-            const bool mineAlone = theirs == nullptr || (mine != nullptr && less_(*mine, *theirs));
-            const bool theirsAlone = mine == nullptr || (theirs != nullptr && less_(*theirs, *mine));
-            if (mineAlone || theirsAlone || !same(*mine, *theirs)) {
-                visit(theirsAlone ? nullptr : mine, mineAlone ? nullptr : theirs);
+        eraseEach([&](const Row &row, Generation) { return leaves(row); });
+    }
+
+    // Takes out all rows that were not put with this generation. Returns them, in order.
+    std::vector<Row> sweep(Generation generation)
+    {
+        std::vector<Row> gone;
+        sweep(generation, [&](const Row &row) { gone.push_back(row); });
+        return gone;
+    }
+    // Calls visit(row) in order for each row that was not put with this generation, until it returns false.
+    template <class Visit>
+    void eachNotOf(Generation generation, Visit visit) const
+    {
+        for (const auto &chunk : chunks_) {
+            for (std::size_t i = 0; i < chunk->count; ++i) {
+                if (chunk->generations[i] != generation && !visit(chunk->rows[i])) {
+                    return;
+                }
             }
-            mine = theirsAlone ? mine : after(*mine);
-            theirs = mineAlone ? theirs : other.after(*theirs);
         }
+    }
+    // The same as sweep for tables of which a large part may go: calls gone(row), which must not look at the table.
+    template <class Gone>
+    void sweep(Generation generation, Gone gone)
+    {
+        eraseEach([&](const Row &row, Generation last) {
+            const bool leaves = last != generation;
+            if (leaves) {
+                gone(row);
+            }
+            return leaves;
+        });
     }
 
     // Calls visit(row) for each row in order.
@@ -167,7 +198,43 @@ class OrderedTable
     struct Chunk {
         std::size_t count = 0; // never 0 in a chunk of a table that is at rest
         Row rows[capacity];
+        Generation generations[capacity];
     };
+
+    template <class Leaves>
+    void eraseEach(Leaves leaves)
+    {
+        std::size_t kept = 0; // chunks
+        size_ = 0;
+        for (std::size_t at = 0; at < chunks_.size(); ++at) {
+            Chunk &chunk = *chunks_[at];
+            std::size_t count = 0;
+            for (std::size_t i = 0; i < chunk.count; ++i) {
+                if (!leaves(chunk.rows[i], chunk.generations[i])) {
+                    chunk.rows[count] = chunk.rows[i];
+                    chunk.generations[count++] = chunk.generations[i];
+                }
+            }
+            chunk.count = count;
+            size_ += count;
+            if (count != 0 && (kept == 0 || !moveInto(*chunks_[kept - 1], chunk))) {
+                std::swap(chunks_[kept++], chunks_[at]);
+            }
+        }
+        chunks_.resize(kept);
+    }
+
+    // Of two chunks in a row, when the rows of both leave room in one.
+    static bool moveInto(Chunk &lower, const Chunk &upper)
+    {
+        if (lower.count + upper.count > capacity * 3 / 4) {
+            return false;
+        }
+        std::copy(upper.rows, upper.rows + upper.count, lower.rows + lower.count);
+        std::copy(upper.generations, upper.generations + upper.count, lower.generations + lower.count);
+        lower.count += upper.count;
+        return true;
+    }
 
     // The first chunk whose last row is not before what is looked for.
     template <class Before>
@@ -230,6 +297,7 @@ class OrderedTable
         auto upper = std::make_unique<Chunk>();
         Chunk &lower = *chunks_[at];
         std::copy(lower.rows + keep, lower.rows + capacity, upper->rows);
+        std::copy(lower.generations + keep, lower.generations + capacity, upper->generations);
         upper->count = capacity - keep;
         lower.count = keep;
         chunks_.insert(chunks_.begin() + static_cast<std::ptrdiff_t>(at) + 1, std::move(upper));
@@ -250,14 +318,9 @@ class OrderedTable
             return;
         }
         const std::size_t left = at == 0 ? 0 : at - 1;
-        Chunk &lower = *chunks_[left];
-        Chunk &upper = *chunks_[left + 1];
-        if (lower.count + upper.count > capacity * 3 / 4) {
-            return;
+        if (moveInto(*chunks_[left], *chunks_[left + 1])) {
+            chunks_.erase(chunks_.begin() + static_cast<std::ptrdiff_t>(left) + 1);
         }
-        std::copy(upper.rows, upper.rows + upper.count, lower.rows + lower.count);
-        lower.count += upper.count;
-        chunks_.erase(chunks_.begin() + static_cast<std::ptrdiff_t>(left) + 1);
     }
 
     std::vector<std::unique_ptr<Chunk>> chunks_;

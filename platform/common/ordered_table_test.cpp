@@ -6,6 +6,7 @@
 
 #include <map>
 #include <random>
+#include <vector>
 
 namespace
 {
@@ -90,32 +91,43 @@ TEST_P(Against, aMapAgreesAfterEveryChange)
 
 INSTANTIATE_TEST_SUITE_P(OrderedTable, Against, testing::Values(0, 7, 60, 1'000, 100'000));
 
-TEST(OrderedTable, differencesAreThoseOfTwoMaps)
+// A reading puts some rows again and adds others; what it has not put goes, also after readings that did not end.
+TEST(OrderedTable, aSweepTakesOutWhatTheLastReadingHasNotPut)
 {
     std::mt19937 random(7);
-    for (int round = 0; round < 200; ++round) {
-        Table one;
-        Table other;
-        std::map<std::uint32_t, std::pair<std::uint32_t, std::uint32_t>> values; // 0: not in the table
-        for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(round); ++i) {
+    Table table;
+    Model model;
+    ipmib::platform::Generation generation = 0;
+    for (std::uint32_t round = 0; round < 600; ++round) {
+        generation = generation == 255 ? 1 : static_cast<ipmib::platform::Generation>(generation + 1);
+        Model read;
+        for (auto puts = static_cast<std::uint32_t>(random() % 100); puts > 0; --puts) {
             const auto key = static_cast<std::uint32_t>(random() % 100);
-            const auto value = static_cast<std::uint32_t>(random() % 2 + 1);
-            Table &table = random() % 2 == 0 ? one : other;
-            table.put({key, value});
-            (&table == &one ? values[key].first : values[key].second) = value;
+            EXPECT_EQ(table.put({key, round}, generation), model.insert_or_assign(key, round).second);
+            read[key] = round;
         }
-        std::erase_if(values, [](const auto &each) { return each.second.first == each.second.second; });
-        auto expected = values.begin();
-        one.eachDifference(
-            other, [](const Row &mine, const Row &theirs) { return mine.value == theirs.value; },
-            [&](const Row *mine, const Row *theirs) {
-                ASSERT_NE(expected, values.end());
-                EXPECT_EQ(mine != nullptr ? mine->key : theirs->key, expected->first);
-                EXPECT_EQ(mine != nullptr ? mine->value : 0, expected->second.first);
-                EXPECT_EQ(theirs != nullptr ? theirs->value : 0, expected->second.second);
-                ++expected;
-            });
-        EXPECT_EQ(expected, values.end());
+        const auto erased = static_cast<std::uint32_t>(random() % 100); // shifts the marks of those behind it
+        EXPECT_EQ(table.erase(erased), model.erase(erased) == 1);
+        read.erase(erased);
+        if (random() % 3 != 0) {
+            std::vector<Row> gone;
+            for (const auto &[key, value] : model) {
+                if (read.count(key) == 0) {
+                    gone.push_back({key, value});
+                }
+            }
+            const std::vector<Row> swept = table.sweep(generation);
+            ASSERT_EQ(swept.size(), gone.size());
+            for (std::size_t i = 0; i < gone.size(); ++i) {
+                EXPECT_EQ(swept[i].key, gone[i].key);
+                EXPECT_EQ(swept[i].value, gone[i].value);
+            }
+            model = read;
+        }
+        ASSERT_EQ(table.size(), model.size());
+        for (std::uint32_t key = 0; key < 101; ++key) {
+            expectSameLookups(table, model, key);
+        }
     }
 }
 
@@ -147,7 +159,7 @@ TEST(OrderedTable, memoryFollowsTheRows)
 {
     using Large = OrderedTable<Row, ByKey>;
     const auto share = [](const Large &table) {
-        return static_cast<double>(table.memory()) / static_cast<double>(table.size() * sizeof(Row));
+        return static_cast<double>(table.memory()) / static_cast<double>(table.size() * (sizeof(Row) + 1));
     };
     Large ascending;
     for (std::uint32_t key = 0; key < 100'000; ++key) {

@@ -60,40 +60,30 @@ const Address *AddressTable::usableOnLink(std::uint32_t ifIndex) const
     return globals_.find(At{loopback, ifIndex});
 }
 
-RtnetlinkRequest AddressTable::dump(std::size_t) const
+RtnetlinkRequest AddressTable::dump(std::size_t)
 {
     RtnetlinkRequest request(RTM_GETADDR, NLM_F_DUMP);
     request.family<ifaddrmsg>().ifa_family = AF_INET6;
     return request;
 }
 
-void AddressTable::rebuildWith(const nlmsghdr &message)
+void AddressTable::fill(const nlmsghdr &message, Generation generation)
 {
     Address address;
     if (message.nlmsg_type == RTM_NEWADDR && parseAddress(message, secondsSinceBoot(), address)) {
-        if (address.address.isLinkLocal()) {
-            freshLinkLocals_.put(address);
-        } else {
-            freshGlobals_.put(address);
+        put(address, generation);
+    }
+}
+
+void AddressTable::sweep(Generation generation)
+{
+    linkLocals_.sweep(generation);
+    for (const Address &gone : globals_.sweep(generation)) {
+        if (changed_) {
+            changed_(&gone, nullptr);
         }
     }
-}
-
-void AddressTable::commitRebuild()
-{
-    globals_.swap(freshGlobals_);
-    linkLocals_.swap(freshLinkLocals_);
     ++version_;
-    if (changed_) { // the old rows are in the fresh ones' place
-        freshGlobals_.eachDifference(globals_, std::equal_to<>(), changed_);
-    }
-    abandonRebuild();
-}
-
-void AddressTable::abandonRebuild()
-{
-    freshGlobals_.clear();
-    freshLinkLocals_.clear();
 }
 
 void AddressTable::apply(const nlmsghdr &message)
@@ -102,28 +92,44 @@ void AddressTable::apply(const nlmsghdr &message)
     if (!parseAddress(message, secondsSinceBoot(), address)) {
         return;
     }
-    ++version_;
-    if (!address.address.isLinkLocal()) {
-        applyGlobal(message.nlmsg_type, address);
-    } else if (message.nlmsg_type == RTM_NEWADDR) {
-        linkLocals_.put(address);
+    if (message.nlmsg_type == RTM_NEWADDR) {
+        put(address, 0);
     } else if (message.nlmsg_type == RTM_DELADDR) {
-        linkLocals_.erase(address);
+        erase(address);
     }
 }
 
-void AddressTable::applyGlobal(std::uint16_t type, const Address &address)
+void AddressTable::put(const Address &address, Generation generation)
 {
+    ++version_;
+    if (address.address.isLinkLocal()) {
+        linkLocals_.put(address, generation);
+        return;
+    }
     const Address *known = globals_.find(address);
     const bool wasThere = known != nullptr;
     const Address before = wasThere ? *known : Address{};
-    if (type == RTM_NEWADDR) {
-        globals_.put(address);
-    } else if (type != RTM_DELADDR || !globals_.erase(address)) {
+    globals_.put(address, generation);
+    if (changed_ && !(wasThere && before == address)) {
+        changed_(wasThere ? &before : nullptr, &address);
+    }
+}
+
+void AddressTable::erase(const Address &address)
+{
+    ++version_;
+    if (address.address.isLinkLocal()) {
+        linkLocals_.erase(address);
         return;
     }
+    const Address *known = globals_.find(address);
+    if (known == nullptr) {
+        return;
+    }
+    const Address before = *known;
+    globals_.erase(address);
     if (changed_) {
-        changed_(wasThere ? &before : nullptr, type == RTM_NEWADDR ? &address : nullptr);
+        changed_(&before, nullptr);
     }
 }
 

@@ -14,8 +14,7 @@ namespace ipmib::platform
 class AddressTable : public KernelTable
 {
   public:
-    // Called when an address outside fe80::/10 has come (null before), changed or gone (null now), also for each one by
-    // which the addresses differ when they have been read again.
+    // Called when an address outside fe80::/10 has come (null before), changed or gone (null now).
     using ChangeHandler = std::function<void(const Address *before, const Address *now)>;
     void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
 
@@ -42,11 +41,9 @@ class AddressTable : public KernelTable
 
     const char *name() const override { return "addresses"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_IFADDR}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { abandonRebuild(); }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override;
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
@@ -75,12 +72,11 @@ class AddressTable : public KernelTable
         }
     };
 
-    void applyGlobal(std::uint16_t type, const Address &address);
+    void put(const Address &address, Generation generation);
+    void erase(const Address &address);
 
     OrderedTable<Address, ByAddress> globals_;
     OrderedTable<Address, ByInterface> linkLocals_;
-    OrderedTable<Address, ByAddress> freshGlobals_;
-    OrderedTable<Address, ByInterface> freshLinkLocals_;
     std::uint64_t version_ = 0;
     ChangeHandler changed_;
 };

@@ -41,29 +41,26 @@ void AnycastTable::left(const PackedAddress &address, std::uint32_t ifIndex)
     }
 }
 
-RtnetlinkRequest AnycastTable::dump(std::size_t) const
+RtnetlinkRequest AnycastTable::dump(std::size_t)
 {
     RtnetlinkRequest request(RTM_GETANYCAST, NLM_F_DUMP);
     request.family<ifaddrmsg>().ifa_family = AF_INET6;
     return request;
 }
 
-void AnycastTable::rebuildWith(const nlmsghdr &message)
+void AnycastTable::fill(const nlmsghdr &message, Generation generation)
 {
     Anycast anycast;
-    if (parseAnycast(message, anycast) && !anycast.address.isLinkLocal()) {
-        fresh_.put(anycast);
+    if (parseAnycast(message, anycast) && !anycast.address.isLinkLocal() && rows_.put(anycast, generation)) {
+        tellChange(anycast); // of what changes in one that was there, no prefix tells
     }
 }
 
-void AnycastTable::commitRebuild()
+void AnycastTable::sweep(Generation generation)
 {
-    rows_.swap(fresh_);
-    const auto same = [](const Anycast &, const Anycast &) { return true; }; // of what changes in one, no prefix tells
-    rows_.eachDifference(fresh_, same, [this](const Anycast *now, const Anycast *before) {
-        tellChange(now != nullptr ? *now : *before);
-    });
-    fresh_.clear();
+    for (const Anycast &gone : rows_.sweep(generation)) {
+        tellChange(gone);
+    }
 }
 
 } // namespace ipmib::platform

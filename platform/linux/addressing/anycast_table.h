@@ -15,7 +15,7 @@ namespace ipmib::platform
 class AnycastTable : public KernelTable
 {
   public:
-    // Called when one was joined or left, also for each such one when all have been read again.
+    // Called when one was joined or left.
     using ChangeHandler = std::function<void(const PackedAddress &, std::uint32_t ifIndex)>;
     void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
 
@@ -35,11 +35,9 @@ class AnycastTable : public KernelTable
 
     const char *name() const override { return "anycast addresses"; }
     std::vector<unsigned> groups() const override { return {}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { fresh_.clear(); }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override { fresh_.clear(); }
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &) override {}
 
   private:
@@ -68,7 +66,6 @@ class AnycastTable : public KernelTable
     }
 
     Rows rows_;
-    Rows fresh_;
     ChangeHandler changed_;
 };
 

@@ -42,25 +42,24 @@ std::uint32_t parseNexthop(const nlmsghdr &message, NexthopObject &nexthop)
     return attributes.get<std::uint32_t>(NHA_ID).value_or(0);
 }
 
-RtnetlinkRequest NexthopTable::dump(std::size_t) const
+RtnetlinkRequest NexthopTable::dump(std::size_t)
 {
     RtnetlinkRequest request(RTM_GETNEXTHOP, NLM_F_DUMP);
     request.family<nhmsg>();
     return request;
 }
 
-void NexthopTable::rebuildWith(const nlmsghdr &message)
+void NexthopTable::fill(const nlmsghdr &message, Generation generation)
 {
     NexthopObject nexthop;
     if (const std::uint32_t id = parseNexthop(message, nexthop); id != 0) {
-        fresh_[id] = std::move(nexthop);
+        rows_[id] = {std::move(nexthop), generation};
     }
 }
 
-void NexthopTable::commitRebuild()
+void NexthopTable::sweep(Generation generation)
 {
-    rows_.swap(fresh_);
-    fresh_.clear();
+    std::erase_if(rows_, [&](const auto &row) { return row.second.generation != generation; });
     tell();
 }
 
@@ -72,7 +71,7 @@ void NexthopTable::apply(const nlmsghdr &message)
         return;
     }
     if (message.nlmsg_type == RTM_NEWNEXTHOP) {
-        rows_[id] = std::move(nexthop);
+        rows_[id] = {std::move(nexthop), 0};
     } else {
         rows_.erase(id);
     }

@@ -41,31 +41,30 @@ class NexthopTable : public KernelTable
         if (found == rows_.end()) {
             return;
         }
-        visit(found->second);
-        for (const std::uint32_t member : found->second.members) {
+        visit(found->second.object);
+        for (const std::uint32_t member : found->second.object.members) {
             const auto single = rows_.find(member);
             if (single != rows_.end()) {
-                visit(single->second);
+                visit(single->second.object);
             }
         }
     }
 
     const char *name() const override { return "nexthops"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_NEXTHOP}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { fresh_.clear(); }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override { fresh_.clear(); }
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
     void tell();
 
-    using Rows = std::unordered_map<std::uint32_t, NexthopObject>;
-
-    Rows rows_;
-    Rows fresh_;
+    struct Row {
+        NexthopObject object;
+        Generation generation;
+    };
+    std::unordered_map<std::uint32_t, Row> rows_;
     std::uint64_t version_ = 0;
     std::function<void()> changed_;
 };

@@ -51,7 +51,7 @@ class Tables : public testing::Test
     }
     void setAnycasts(const std::vector<std::pair<std::string, std::uint32_t>> &all)
     {
-        anycasts_.beginRebuild();
+        ++generation_; // of the reading
         for (const auto &[text, ifIndex] : all) {
             TestMessage message(RTM_GETANYCAST);
             auto &header = message.family<ifaddrmsg>();
@@ -59,9 +59,9 @@ class Tables : public testing::Test
             header.ifa_prefixlen = 128;
             header.ifa_index = ifIndex;
             message.withAddress(IFA_ANYCAST, text);
-            anycasts_.rebuildWith(*message);
+            anycasts_.fill(*message, generation_);
         }
-        anycasts_.commitRebuild();
+        anycasts_.sweep(generation_);
     }
     void connect(PrefixTable &prefixes)
     {
@@ -106,6 +106,7 @@ class Tables : public testing::Test
         return rowsOf(anew);
     }
     AddressTable addresses_;
+    Generation generation_ = 0;
     AnycastTable anycasts_;
     RouteTable routes_;
     PrefixTable prefixes_{anycasts_, routes_};
@@ -301,14 +302,12 @@ TEST_F(Tables, aReadingChangesWhatDiffers)
     address(RTM_NEWADDR, "2001:db8:2::1", 64, 1);
     route(RTM_NEWROUTE, "2001:db8:1::", 64, 1);
     route(RTM_NEWROUTE, "2001:db8:4::", 64, 1);
-    addresses_.beginRebuild();
-    addresses_.rebuildWith(*addressMessage(RTM_NEWADDR, "2001:db8:2::1", 64, 1, IFA_F_PERMANENT, {}));
-    addresses_.rebuildWith(*addressMessage(RTM_NEWADDR, "2001:db8:3::1", 64, 1, IFA_F_PERMANENT, {}));
-    addresses_.commitRebuild();
+    addresses_.fill(*addressMessage(RTM_NEWADDR, "2001:db8:2::1", 64, 1, IFA_F_PERMANENT, {}), 1);
+    addresses_.fill(*addressMessage(RTM_NEWADDR, "2001:db8:3::1", 64, 1, IFA_F_PERMANENT, {}), 1);
+    addresses_.sweep(1);
     EXPECT_NE(row("2001:db8:1::", 64), nullptr) << "the route is still there";
-    routes_.beginRebuild();
-    routes_.rebuildWith(*routeMessage(RTM_NEWROUTE, "2001:db8:2::", 64, 1, {}));
-    routes_.commitRebuild();
+    routes_.fill(*routeMessage(RTM_NEWROUTE, "2001:db8:2::", 64, 1, {}), 1);
+    routes_.sweep(1);
     EXPECT_EQ(row("2001:db8:1::", 64), nullptr);
     EXPECT_TRUE(row("2001:db8:2::", 64)->onLink);
     EXPECT_FALSE(row("2001:db8:3::", 64)->onLink);

@@ -6,8 +6,6 @@
 
 #include <linux/rtnetlink.h>
 
-#include <functional>
-
 namespace ipmib::platform
 {
 
@@ -55,8 +53,15 @@ bool tellsOfAnycast(const Route &route)
 
 OnLinkRoute onLinkRoute(const Route &route, const RouteNexthop &nexthop)
 {
-    return {route.destination, nexthop.ifIndex, route.table,    route.metric,
-            route.until,       route.length,    route.protocol, route.protocol == RTPROT_RA};
+    return {route.destination,
+            nexthop.ifIndex,
+            route.table,
+            route.metric,
+            route.until,
+            route.length,
+            route.protocol,
+            route.protocol == RTPROT_RA,
+            false};
 }
 
 std::vector<DefaultRoute> defaultRoutes(const Route &route)
@@ -119,8 +124,9 @@ void RouteTable::updateLearnedDefaults(const nlmsghdr &message, std::uint32_t no
     }
 }
 
-RtnetlinkRequest RouteTable::dump(std::size_t which) const
+RtnetlinkRequest RouteTable::dump(std::size_t which)
 {
+    dumping_ = which;
     RtnetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
     auto &filter = request.family<rtmsg>();
     filter.rtm_family = AF_INET6;
@@ -128,7 +134,7 @@ RtnetlinkRequest RouteTable::dump(std::size_t which) const
     return request;
 }
 
-void RouteTable::rebuildWith(const nlmsghdr &message)
+void RouteTable::fill(const nlmsghdr &message, Generation generation)
 {
     Route route;
     if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, secondsSinceBoot(), route)) {
@@ -136,42 +142,65 @@ void RouteTable::rebuildWith(const nlmsghdr &message)
     }
     if (tellsOfRouter(route)) {
         for (const DefaultRoute &row : defaultRoutes(route)) {
-            freshDefaults_.put(row);
+            defaults_.put(row, generation);
         }
     } else if (tellsOfPrefix(route)) {
         for (const RouteNexthop &nexthop : route.nexthops) {
             if (isOnLink(nexthop)) {
-                OnLinkRoute row = onLinkRoute(route, nexthop);
-                row.advertised = row.advertised || dumping_ == advertisedRoutes;
-                freshOnLink_.put(row);
+                fillOnLink(onLinkRoute(route, nexthop), generation);
             }
         }
     }
 }
 
-void RouteTable::commitRebuild()
+// Until both dumps have ended, what was known of an advertisement stays.
+void RouteTable::fillOnLink(OnLinkRoute row, Generation generation)
 {
-    onLink_.swap(freshOnLink_);
-    defaults_.swap(freshDefaults_);
-    if (handlers_.onLinkChanged) {
-        onLink_.eachDifference(freshOnLink_, std::equal_to<>(),
-                               [this](const OnLinkRoute *now, const OnLinkRoute *before) {
-                                   handlers_.onLinkChanged(now != nullptr ? now->key() : before->key());
-                               });
+    const OnLinkRoute *known = onLink_.find(row);
+    row.readAdvertised = dumping_ == advertisedRoutes;
+    row.advertised = row.advertised || row.readAdvertised || (known != nullptr && known->advertised);
+    const bool same = known != nullptr && known->until == row.until && known->protocol == row.protocol &&
+                      known->advertised == row.advertised;
+    onLink_.put(row, generation);
+    if (!same) {
+        tellOnLink(row);
     }
-    abandonRebuild();
+}
+
+void RouteTable::settleAdvertised()
+{
+    std::vector<OnLinkRoute> changed;
+    onLink_.each([&](const OnLinkRoute &row) {
+        if (row.advertised != (row.readAdvertised || row.protocol == RTPROT_RA)) {
+            changed.push_back(row);
+        }
+    });
+    for (const OnLinkRoute &row : changed) {
+        onLink_.findToChange(row)->advertised = !row.advertised;
+        tellOnLink(row);
+    }
+}
+
+void RouteTable::tellOnLink(const OnLinkRoute &row) const
+{
+    if (handlers_.onLinkChanged) {
+        handlers_.onLinkChanged(row.key());
+    }
+}
+
+void RouteTable::sweep(Generation generation)
+{
+    for (const OnLinkRoute &gone : onLink_.sweep(generation)) {
+        tellOnLink(gone);
+    }
+    settleAdvertised();
+    defaults_.sweep(generation);
     if (handlers_.defaultsChanged) {
         handlers_.defaultsChanged();
     }
     if (handlers_.rebuilt) {
         handlers_.rebuilt();
     }
-}
-
-void RouteTable::abandonRebuild()
-{
-    freshOnLink_.clear();
-    freshDefaults_.clear();
 }
 
 void RouteTable::apply(const nlmsghdr &message)
@@ -235,9 +264,7 @@ void RouteTable::applyOnLink(const nlmsghdr &message, const Route &route)
             row.advertised = row.advertised || (known != nullptr && known->advertised);
             onLink_.put(row);
         }
-        if (handlers_.onLinkChanged) {
-            handlers_.onLinkChanged(row.key());
-        }
+        tellOnLink(row);
     }
 }
 
@@ -253,9 +280,7 @@ bool RouteTable::eraseReplaced(const Route &route)
     });
     for (const OnLinkRoute &row : replaced) {
         onLink_.erase(row);
-        if (handlers_.onLinkChanged) {
-            handlers_.onLinkChanged(row.key());
-        }
+        tellOnLink(row);
     }
     return !replaced.empty();
 }

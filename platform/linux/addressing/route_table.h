@@ -22,6 +22,7 @@ struct OnLinkRoute {
     std::uint8_t length;
     std::uint8_t protocol; // RTPROT_*
     bool advertised;       // made by the kernel because a router advertised the prefix
+    bool readAdvertised;   // the reading that is under way says so
 
     PrefixKey key() const { return {ifIndex, prefix, length}; }
     bool operator==(const OnLinkRoute &) const = default;
@@ -92,12 +93,9 @@ class RouteTable : public KernelTable
     // All routes, and then those once more that the kernel made because a router advertised the prefix: nothing else
     // tells these from the routes that it makes for configured addresses.
     std::size_t dumps() const override { return 2; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { abandonRebuild(); }
-    void dumpBegins(std::size_t which) override { dumping_ = which; }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override;
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
@@ -128,11 +126,12 @@ class RouteTable : public KernelTable
     bool eraseReplaced(const Route &route);
     void eraseReplacedDefaults(const Route &route);
     void markAdvertised(const PrefixKey &key);
+    void fillOnLink(OnLinkRoute row, Generation generation);
+    void settleAdvertised();
+    void tellOnLink(const OnLinkRoute &row) const;
 
     OnLinkRoutes onLink_;
-    OnLinkRoutes freshOnLink_;
     DefaultRoutes defaults_;
-    DefaultRoutes freshDefaults_;
     std::size_t dumping_ = 0;
     Handlers handlers_;
 };

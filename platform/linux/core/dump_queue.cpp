@@ -58,7 +58,8 @@ bool DumpQueue::openSocket()
         return false;
     }
     const auto readPieces = [this] {
-        for (unsigned i = 0; i < readsPerPiece && readPiece(); ++i) {
+        const auto end = std::chrono::steady_clock::now() + longestPiece;
+        while (readPiece() && std::chrono::steady_clock::now() < end) {
         }
     };
     if (!loop_->watch(socket_.descriptor(), EventLoop::Work::background, readPieces)) {
@@ -90,7 +91,6 @@ void DumpQueue::remove(Mirror &mirror)
 {
     std::erase(later_, &mirror);
     if (reading_ && waiting_.front() == &mirror) {
-        mirror.table_.abandonRebuild();
         waiting_.pop_front();
         reading_ = false;
         closeSocket();
@@ -123,7 +123,6 @@ void DumpQueue::begin()
 bool DumpQueue::sendRequest()
 {
     KernelTable &table = waiting_.front()->table_;
-    table.dumpBegins(which_);
     RtnetlinkRequest request = table.dump(which_);
     if (socket_.send(request)) {
         return true;
@@ -132,10 +131,11 @@ bool DumpQueue::sendRequest()
     return false;
 }
 
-std::string DumpQueue::runToEnd()
+std::string DumpQueue::runToEnd(std::chrono::milliseconds limit)
 {
+    const auto began = std::chrono::steady_clock::now();
     lastError_.clear();
-    while (!idle()) {
+    while (!idle() && std::chrono::steady_clock::now() - began < limit) {
         if (readPiece() || idle()) {
             continue;
         }
@@ -156,8 +156,9 @@ bool DumpQueue::readPiece()
     if (!reading_) {
         return false;
     }
-    KernelTable &table = waiting_.front()->table_;
-    const Rtnetlink::Read result = socket_.read([&](const nlmsghdr &message) { table.rebuildWith(message); });
+    Mirror &mirror = *waiting_.front();
+    const Rtnetlink::Read result =
+        socket_.read([&](const nlmsghdr &message) { mirror.table_.fill(message, mirror.generation_); });
     switch (result) {
     case Rtnetlink::Read::rows:
         return true;
@@ -183,34 +184,25 @@ void DumpQueue::finish(Rtnetlink::Read result)
         return;
     }
     if (!interrupted_) {
-        mirror.table_.commitRebuild();
+        mirror.table_.sweep(mirror.generation_);
         mirror.saidCannotRead_ = false;
         end(true);
         return;
     }
     ++timesInterrupted_;
     if (++attempt_ < attempts) {
-        mirror.table_.abandonRebuild();
         reading_ = false;
         begin();
         return;
     }
-    // The last good rows stay. At the start there are none, and then rows that are nearly right are better.
-    const bool first = mirror.timesRead_ == 0;
-    if (first) {
-        mirror.table_.commitRebuild();
-    } else {
-        mirror.table_.abandonRebuild();
-    }
     tryAgainLater(mirror, "the table changed during each of " + std::to_string(attempts) + " readings");
-    end(first);
+    end(false);
 }
 
 void DumpQueue::fail()
 {
     Mirror &mirror = *waiting_.front();
     lastError_ = socket_.error();
-    mirror.table_.abandonRebuild();
     closeSocket();
     tryAgainLater(mirror, lastError_);
     end(false);
@@ -233,13 +225,13 @@ void DumpQueue::armRetry()
     }
 }
 
-void DumpQueue::end(bool committed)
+void DumpQueue::end(bool well)
 {
     Mirror *mirror = waiting_.front();
     waiting_.pop_front();
     reading_ = false;
     attempt_ = 0;
-    mirror->dumpEnds(committed);
+    mirror->dumpEnds(well);
     begin();
 }
 

@@ -2,7 +2,12 @@
 // Keeps a table of the kernel in memory: one dump, then the kernel's announcements; the dump again when some were lost.
 #include "core/mirror.h"
 
+#include "core/datagram.h"
 #include "core/log.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace ipmib::platform
 {
@@ -17,7 +22,7 @@ Mirror::~Mirror()
     }
 }
 
-std::string Mirror::start(EventLoop &loop, int receiveBuffer)
+std::string Mirror::start(EventLoop &loop, int receiveBuffer, std::chrono::milliseconds limit)
 {
     loop_ = &loop;
     const std::vector<unsigned> groups = table_.groups();
@@ -27,8 +32,11 @@ std::string Mirror::start(EventLoop &loop, int receiveBuffer)
         })) {
         return std::string(table_.name()) + ": cannot listen to the kernel: " + announcements_.error();
     }
+    if (!calm_.open(loop, [this] { readWhenCalm(); })) {
+        return std::string(table_.name()) + ": cannot create a timer";
+    }
     refresh();
-    const std::string error = dumps_.runToEnd();
+    const std::string error = dumps_.runToEnd(limit);
     return error.empty() ? "" : std::string(table_.name()) + ": cannot read the kernel's table: " + error;
 }
 
@@ -42,21 +50,37 @@ void Mirror::refresh()
     }
 }
 
+void Mirror::readAnew()
+{
+    if (state_ != State::dumping) {
+        refresh();
+        return;
+    }
+    state_ = State::waiting;
+    dumps_.remove(*this);
+    dumps_.add(*this);
+}
+
 void Mirror::readAnnouncements(unsigned most)
 {
-    if (state_ == State::dumping) {
-        return; // they come after the rows that are being read
-    }
     for (unsigned i = 0; i < most; ++i) {
-        switch (announcements_.readAnnouncements([this](const nlmsghdr &message) { table_.apply(message); })) {
+        if (state_ == State::dumping && held_.size() >= mostHeld) {
+            return;
+        }
+        const auto take = [this](const nlmsghdr &message) {
+            if (state_ != State::dumping) {
+                table_.apply(message);
+                return;
+            }
+            const auto *bytes = reinterpret_cast<const std::byte *>(&message);
+            held_.insert(held_.end(), bytes, bytes + message.nlmsg_len);
+            held_.resize(NLMSG_ALIGN(held_.size()));
+        };
+        switch (announcements_.readAnnouncements(take)) {
         case Rtnetlink::Read::rows:
             break;
         case Rtnetlink::Read::lost:
-            ++timesLost_;
-            if (state_ == State::live) {
-                logInfo("netlink: %s: announcements were lost, reading the table again", table_.name());
-            }
-            refresh();
+            lost();
             break; // the rest must be read, or the kernel goes on dropping
         case Rtnetlink::Read::failed:
             logWarning("netlink: %s: %s", table_.name(), announcements_.error().c_str());
@@ -67,24 +91,81 @@ void Mirror::readAnnouncements(unsigned most)
     }
 }
 
+void Mirror::applyHeld()
+{
+    const std::vector<std::byte> held = std::exchange(held_, {});
+    auto left = static_cast<int>(held.size());
+    for (auto *message = reinterpret_cast<const nlmsghdr *>(held.data()); holdsMessage(message, left);
+         message = mnl_nlmsg_next(message, &left)) {
+        table_.apply(*message);
+    }
+}
+
+void Mirror::lost()
+{
+    ++timesLost_;
+    lostSince_ = true;
+    if (!std::exchange(storm_, true)) {
+        stormBegan_ = Clock::now();
+        logInfo("netlink: %s: announcements were lost, reading the table again", table_.name());
+    }
+    if (state_ == State::live) {
+        readWhenCalm();
+    }
+}
+
+// Called for each loss, and when the time that it sets is over.
+void Mirror::readWhenCalm()
+{
+    const auto storm = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - stormBegan_);
+    if (!std::exchange(lostSince_, false)) { // and the time is over
+        refresh();
+    } else if (storm < longestStorm) {
+        const std::chrono::milliseconds calm = std::min(readingTook_ / calmShare, longestCalm);
+        calm_.arm(static_cast<unsigned>(calm.count()));
+    } else {
+        if (!std::exchange(saidStorm_, true)) {
+            logWarning("netlink: %s: the kernel goes on announcing more than the socket's buffer holds; meanwhile the "
+                       "table is read every %lld s",
+                       table_.name(), static_cast<long long>(longestStorm.count() / 1000));
+        }
+        stormBegan_ = Clock::now();
+        calm_.disarm();
+        refresh();
+    }
+}
+
 void Mirror::dumpBegins()
 {
     state_ = State::waiting; // also when it follows an interrupted one
-    readAnnouncements();     // what is older than the dump must not be applied to it
+    applyHeld();
+    readAnnouncements(); // what is older than the dump must not be applied to it
     state_ = State::dumping;
     again_ = false;
-    table_.beginRebuild();
+    lostSince_ = false;
+    generation_ = generation_ == std::numeric_limits<Generation>::max() ? 1 : static_cast<Generation>(generation_ + 1);
+    readingBegan_ = Clock::now();
 }
 
-void Mirror::dumpEnds(bool committed)
+void Mirror::dumpEnds(bool well)
 {
     state_ = State::live;
-    timesRead_ += committed ? 1 : 0;
-    if (again_) {
-        again_ = false;
+    timesRead_ += well ? 1 : 0;
+    ++timesEnded_;
+    readingTook_ = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - readingBegan_);
+    applyHeld();
+    readAnnouncements();
+    if (lostSince_) {
+        readWhenCalm();
+    } else if (well) {
+        storm_ = false;
+        if (std::exchange(saidStorm_, false)) {
+            logInfo("netlink: %s: nothing is lost any more", table_.name());
+        }
+    }
+    if (std::exchange(again_, false)) {
         refresh();
     }
-    readAnnouncements();
 }
 
 } // namespace ipmib::platform

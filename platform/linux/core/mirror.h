@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Keeps a table of the kernel in memory: one dump, then the kernel's announcements; the dump again when some were lost.
 //
-// How it stays right: the groups are joined before the dump is asked for, and what is announced while it runs waits in
-// the socket until the dumped rows are in use. Each mirror has a socket of its own, so that a loss names its table and
-// the others stay live while it is read again. A dump is built beside the table in use and replaces it as a whole.
+// How it stays right: the groups are joined before the dump is asked for, and what is announced while it runs is
+// applied behind it. Each mirror has a socket of its own, so that a loss names its table and the others stay live while
+// it is read again. A dump goes into the rows in use and gives them its generation; when it has ended, and the kernel
+// has not marked it as interrupted, rows without that generation are swept out. One that ends otherwise needs no
+// undoing: all that it brought was so, and what it has not brought stays.
+//
+// A loss means that the kernel announces faster than is read here, and reading the table meanwhile would only end in
+// the next loss: so what still comes is taken in, and the table is read once when no more is lost for a while, which is
+// longer for a table that takes longer to read.
 #pragma once
 
 #include "core/event_loop.h"
 #include "core/rtnetlink.h"
+#include "ordered_table.h"
 
+#include <chrono>
 #include <deque>
 #include <string>
 #include <vector>
@@ -26,26 +34,22 @@ class KernelTable
     virtual const char *name() const = 0;
     // The RTNLGRP_* groups that announce changes.
     virtual std::vector<unsigned> groups() const = 0;
-    // The requests that together dump the table: how many there are, and one of them.
+    // The requests that together dump the table: how many there are, and one of them, which is sent now: what comes
+    // from now on answers it.
     virtual std::size_t dumps() const { return 1; }
-    virtual RtnetlinkRequest dump(std::size_t which) const = 0;
-    // What comes from now on answers this one.
-    virtual void dumpBegins(std::size_t) {}
+    virtual RtnetlinkRequest dump(std::size_t which) = 0;
 
-    // A new set of rows begins beside the one in use, which stays as it is.
-    virtual void beginRebuild() = 0;
-    // A message of a dump, for the new set.
-    virtual void rebuildWith(const nlmsghdr &message) = 0;
-    // The new set takes the place of the old one.
-    virtual void commitRebuild() = 0;
-    // The new set is dropped.
-    virtual void abandonRebuild() = 0;
-
-    // An announcement, for the rows in use.
+    // A message of a dump: its rows come in, or are changed, and have this generation.
+    virtual void fill(const nlmsghdr &message, Generation generation) = 0;
+    // All dumps of a reading have ended well: rows that do not have this generation are gone.
+    virtual void sweep(Generation generation) = 0;
+    // An announcement.
     virtual void apply(const nlmsghdr &message) = 0;
 };
 
 class DumpQueue;
+
+inline constexpr std::chrono::milliseconds noLimit = std::chrono::hours(24);
 
 class Mirror
 {
@@ -58,12 +62,16 @@ class Mirror
     Mirror(const Mirror &) = delete;
     Mirror &operator=(const Mirror &) = delete;
 
-    // Joins the groups and fills the table; the answer, when it fails, is one line for the user.
-    std::string start(EventLoop &loop, int receiveBuffer = defaultReceiveBuffer);
+    // Joins the groups and fills the table; the answer, when it fails, is one line for the user. A table that takes
+    // longer to read than the limit is read on between packets.
+    std::string start(EventLoop &loop, int receiveBuffer = defaultReceiveBuffer,
+                      std::chrono::milliseconds limit = noLimit);
 
     // Reads the table again, between packets, while the rows of now are served on. A reading that is under way may have
     // missed what the caller knows of, so another one follows it.
     void refresh();
+    // The same from the first row on: a reading that is under way is given up.
+    void readAnew();
     // Applies what has been announced by now.
     void readAnnouncements() { readAnnouncements(announcementsPerRead); }
 
@@ -71,21 +79,36 @@ class Mirror
     // For tests and the log: how often the table was read, and how often announcements were lost.
     unsigned timesRead() const { return timesRead_; }
     unsigned timesLost() const { return timesLost_; }
-    bool refreshing() const { return state_ != State::live; }
+    bool refreshing() const { return state_ != State::live || calm_.armed(); }
+    // How often a reading ended, well or not.
+    unsigned timesEnded() const { return timesEnded_; }
 
   private:
     friend class DumpQueue;
     enum class State { live, waiting, dumping };
 
+    using Clock = std::chrono::steady_clock;
     // More than fits into the receive buffer: bounds a packet's wait when the kernel announces faster than we read.
     static constexpr unsigned announcementsPerRead = 100'000;
     // Between packets: well below a millisecond.
     static constexpr unsigned announcementsPerTurn = 200;
+    // Octets of announcements that are kept while the table is read: some 5,000, which are applied in 5 ms. Others wait
+    // in the socket.
+    static constexpr std::size_t mostHeld = 512 * 1024;
+    // Without a loss, until the table is read again: a part of what that takes.
+    static constexpr std::chrono::milliseconds longestCalm{200};
+    static constexpr int calmShare = 4;
+    // With losses that do not end.
+    static constexpr std::chrono::milliseconds longestStorm{10'000};
+
     void readAnnouncements(unsigned most);
+    void applyHeld();
+    void lost();
+    void readWhenCalm();
 
     // The queue's view of one dump.
     void dumpBegins();
-    void dumpEnds(bool committed);
+    void dumpEnds(bool well);
 
     KernelTable &table_;
     DumpQueue &dumps_;
@@ -93,9 +116,19 @@ class Mirror
     Rtnetlink announcements_;
     State state_ = State::live;
     bool again_ = false;
+    Generation generation_ = 0; // of the last reading; of announced rows it is 0
+    std::vector<std::byte> held_;
+    Timer calm_;
+    bool storm_ = false;     // since a loss, until a reading ends without another one
+    bool lostSince_ = false; // the reading began
+    bool saidStorm_ = false; // in the log
+    Clock::time_point stormBegan_{};
+    Clock::time_point readingBegan_{};
+    std::chrono::milliseconds readingTook_{0};
     bool saidCannotRead_ = false; // in the log, since the last good reading
     unsigned timesRead_ = 0;
     unsigned timesLost_ = 0;
+    unsigned timesEnded_ = 0;
 };
 
 // Reads tables one after the other over one socket, in pieces.
@@ -104,7 +137,8 @@ class DumpQueue
   public:
     static constexpr unsigned attempts = 5;             // in a row, of a dump that is interrupted
     static constexpr unsigned retryMilliseconds = 1000; // until the next row of attempts
-    static constexpr unsigned readsPerPiece = 8;        // of up to 32 KiB: below a millisecond
+    // Between packets; one read takes a fifth of it.
+    static constexpr std::chrono::microseconds longestPiece{500};
 
     std::string start(EventLoop &loop);
     void stop();
@@ -113,9 +147,9 @@ class DumpQueue
     // descriptor or no memory for it.
     void add(Mirror &mirror);
     void remove(Mirror &mirror);
-    // Works until the queue is empty, waiting for the kernel: at the start only. The answer, when a dump failed or
-    // could not begin, is one line for the user.
-    std::string runToEnd();
+    // Works until the queue is empty or the limit is over, waiting for the kernel: at the start only. The answer, when
+    // a dump failed or could not begin, is one line for the user.
+    std::string runToEnd(std::chrono::milliseconds limit = noLimit);
     bool idle() const { return waiting_.empty(); }
     // One read of the dump that is under way; false when there was nothing to read.
     bool readPiece();
@@ -131,7 +165,7 @@ class DumpQueue
     void fail();
     void tryAgainLater(Mirror &mirror, const std::string &reason);
     void armRetry();
-    void end(bool committed);
+    void end(bool well);
 
     EventLoop *loop_ = nullptr;
     Rtnetlink socket_;

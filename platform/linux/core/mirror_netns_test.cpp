@@ -29,17 +29,15 @@ class Diary : public KernelTable
 
     const char *name() const override { return "diary"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
-    RtnetlinkRequest dump(std::size_t) const override
+    RtnetlinkRequest dump(std::size_t) override
     {
         RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
         request.family<ifinfomsg>().ifi_flags =
             refused_ ? 1 : 0; // strict checking refuses what a dump does not look at
         return request;
     }
-    void beginRebuild() override { write("begin"); }
-    void rebuildWith(const nlmsghdr &) override {}
-    void commitRebuild() override { write("commit"); }
-    void abandonRebuild() override { write("abandon"); }
+    void fill(const nlmsghdr &, Generation) override { write("fill"); }
+    void sweep(Generation) override { write("sweep"); }
     void apply(const nlmsghdr &) override { write("announcement"); }
 
   private:
@@ -150,7 +148,7 @@ TEST_F(MirrorNetns, announcementsOlderThanARetriedDumpAreNotAppliedToIt)
     mirror_->readAnnouncements();
     EXPECT_GT(dumps_.timesInterrupted(), 0u);
     const Words since(diary_.events().begin() + static_cast<std::ptrdiff_t>(before.size()), diary_.events().end());
-    EXPECT_EQ(since, (Words{"begin", "abandon", "announcement", "begin", "commit"}));
+    EXPECT_EQ(since, (Words{"fill", "announcement", "fill", "sweep"}));
 }
 
 } // namespace

@@ -97,28 +97,26 @@ bool Ipv4AddressTable::hasAny(std::uint32_t ifIndex) const
     return at != nullptr && at->prefix.ifIndex == ifIndex;
 }
 
-RtnetlinkRequest Ipv4AddressTable::dump(std::size_t) const
+RtnetlinkRequest Ipv4AddressTable::dump(std::size_t)
 {
     RtnetlinkRequest request(RTM_GETADDR, NLM_F_DUMP);
     request.family<ifaddrmsg>().ifa_family = AF_INET;
     return request;
 }
 
-void Ipv4AddressTable::rebuildWith(const nlmsghdr &message)
+void Ipv4AddressTable::fill(const nlmsghdr &message, Generation generation)
 {
     Ipv4Address address;
     if (message.nlmsg_type == RTM_NEWADDR && parseIpv4Address(message, secondsSinceBoot(), address)) {
-        fresh_.put(address);
+        put(address, generation);
     }
 }
 
-void Ipv4AddressTable::commitRebuild()
+void Ipv4AddressTable::sweep(Generation generation)
 {
-    rows_.swap(fresh_);
-    fresh_.clear();
-    byPrefix_.clear();
-    byBroadcast_.clear();
-    rows_.each([this](const Ipv4Address &row) { enter(row); });
+    for (const Ipv4Address &gone : rows_.sweep(generation)) {
+        leaveOrders(gone);
+    }
     ++version_;
 }
 
@@ -129,15 +127,25 @@ void Ipv4AddressTable::apply(const nlmsghdr &message)
     if ((!comes && message.nlmsg_type != RTM_DELADDR) || !parseIpv4Address(message, secondsSinceBoot(), address)) {
         return;
     }
-    if (const Ipv4Address *known = rows_.find(address.key())) {
-        takeOut(*known);
+    if (comes) {
+        put(address, 0);
+    } else if (const Ipv4Address *known = rows_.find(address.key())) {
+        leaveOrders(*known);
         rows_.erase(address.key());
     }
-    if (comes) {
-        rows_.put(address);
-        enter(address);
-    }
     ++version_;
+}
+
+void Ipv4AddressTable::put(const Ipv4Address &row, Generation generation)
+{
+    if (const Ipv4Address *known = rows_.find(row.key())) {
+        leaveOrders(*known);
+    }
+    rows_.put(row, generation);
+    byPrefix_.put(prefixOf(row));
+    if (row.broadcast != 0) {
+        byBroadcast_.put(broadcastOf(row));
+    }
 }
 
 Ipv4AddressTable::AtPrefix Ipv4AddressTable::prefixOf(const Ipv4Address &row)
@@ -145,15 +153,7 @@ Ipv4AddressTable::AtPrefix Ipv4AddressTable::prefixOf(const Ipv4Address &row)
     return {{row.ifIndex, row.prefix(), row.length}, row.key()};
 }
 
-void Ipv4AddressTable::enter(const Ipv4Address &row)
-{
-    byPrefix_.put(prefixOf(row));
-    if (row.broadcast != 0) {
-        byBroadcast_.put(broadcastOf(row));
-    }
-}
-
-void Ipv4AddressTable::takeOut(const Ipv4Address &row)
+void Ipv4AddressTable::leaveOrders(const Ipv4Address &row)
 {
     byPrefix_.erase(prefixOf(row));
     if (row.broadcast != 0) {

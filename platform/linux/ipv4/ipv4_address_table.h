@@ -87,11 +87,9 @@ class Ipv4AddressTable : public KernelTable
 
     const char *name() const override { return "IPv4 addresses"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV4_IFADDR}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { fresh_.clear(); }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override { fresh_.clear(); }
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
@@ -115,14 +113,13 @@ class Ipv4AddressTable : public KernelTable
     };
     static AtPrefix prefixOf(const Ipv4Address &row);
     static AtBroadcast broadcastOf(const Ipv4Address &row) { return {row.broadcast, row.ifIndex, row.key()}; }
-    void enter(const Ipv4Address &row);
-    void takeOut(const Ipv4Address &row);
+    void put(const Ipv4Address &row, Generation generation);
+    void leaveOrders(const Ipv4Address &row);
 
     using Rows = OrderedTable<Ipv4Address, ByKey>;
     Rows rows_;
     OrderedTable<AtPrefix, std::less<>> byPrefix_;
     OrderedTable<AtBroadcast, std::less<>> byBroadcast_; // those that have one
-    Rows fresh_;
     std::uint64_t version_ = 0;
 };
 

@@ -44,11 +44,10 @@ TEST(Ipv4AddressTable, hasTheOrdersOfAPlainListThroughAllChanges)
         row.broadcast = pick(2) == 0 ? 0 : 1 + pick(12);
         const bool comes = pick(100) < 45;
         if (step % 500 == 499) { // the kernel's table is read again
-            table.beginRebuild();
             for (const auto &[key, kept] : list) {
-                table.rebuildWith(*messageOf(RTM_NEWADDR, kept));
+                table.fill(*messageOf(RTM_NEWADDR, kept), 1);
             }
-            table.commitRebuild();
+            table.sweep(1);
         } else if (comes) {
             table.apply(*messageOf(RTM_NEWADDR, row));
             list[row.key()] = row;

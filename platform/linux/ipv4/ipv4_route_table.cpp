@@ -56,7 +56,7 @@ const std::vector<Ipv4Router> &Ipv4RouteTable::routers()
             routers_.push_back({gateway, ifIndex});
         }
     };
-    for (const Ipv4Route &route : defaults_) {
+    for (const auto &[route, generation] : defaults_) {
         if (route.nexthopId != 0) {
             nexthops_.eachBehind(route.nexthopId, [&](const NexthopObject &object) {
                 addRouter(object.ipv4Gateway, object.ifIndex, object.dead);
@@ -88,47 +88,43 @@ const Ipv4Router *Ipv4RouteTable::routerAfter(const Ipv4Router &key)
     return found != all.end() ? &*found : nullptr;
 }
 
-RtnetlinkRequest Ipv4RouteTable::dump(std::size_t) const
+RtnetlinkRequest Ipv4RouteTable::dump(std::size_t)
 {
     RtnetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
     request.family<rtmsg>().rtm_family = AF_INET;
     return request;
 }
 
-void Ipv4RouteTable::add(const Ipv4Route &route, Defaults &defaults, OnLinks &onLinks)
+void Ipv4RouteTable::add(const Ipv4Route &route, Generation generation)
 {
     if (isDefault(route)) {
-        defaults.push_back(route);
+        std::erase_if(defaults_, [&](const Default &other) { return leadSameWay(other.route, route); });
+        defaults_.push_back({route, generation});
+        listed_ = false;
     } else if (tellsOfLink(route)) {
         for (const Ipv4Hop &hop : route.hops) {
             if (hop.ifIndex != 0 && !hop.hasGateway) {
-                onLinks.put({route.identity.destination, route.identity.length, hop.ifIndex, route.identity.table,
-                             route.identity.metric, route.identity.tos});
+                onLinks_.put({route.identity.destination, route.identity.length, hop.ifIndex, route.identity.table,
+                              route.identity.metric, route.identity.tos},
+                             generation);
             }
         }
     }
 }
 
-void Ipv4RouteTable::rebuildWith(const nlmsghdr &message)
+void Ipv4RouteTable::fill(const nlmsghdr &message, Generation generation)
 {
     Ipv4Route route;
     if (message.nlmsg_type == RTM_NEWROUTE && parseIpv4Route(message, route)) {
-        add(route, freshDefaults_, freshOnLinks_);
+        add(route, generation);
     }
 }
 
-void Ipv4RouteTable::commitRebuild()
+void Ipv4RouteTable::sweep(Generation generation)
 {
-    defaults_.swap(freshDefaults_);
-    onLinks_.swap(freshOnLinks_);
-    abandonRebuild();
+    std::erase_if(defaults_, [&](const Default &each) { return each.generation != generation; });
+    onLinks_.sweep(generation);
     listed_ = false;
-}
-
-void Ipv4RouteTable::abandonRebuild()
-{
-    freshDefaults_.clear();
-    freshOnLinks_.clear();
 }
 
 void Ipv4RouteTable::apply(const nlmsghdr &message)
@@ -147,9 +143,9 @@ void Ipv4RouteTable::apply(const nlmsghdr &message)
         eraseReplaced(route.identity);
     }
     if (comes) {
-        add(route, defaults_, onLinks_);
+        add(route, 0);
     } else if (isDefault(route)) {
-        std::erase_if(defaults_, [&](const Ipv4Route &other) { return leadSameWay(other, route); });
+        std::erase_if(defaults_, [&](const Default &other) { return leadSameWay(other.route, route); });
     } else {
         for (const Ipv4Hop &hop : route.hops) {
             onLinks_.erase(OnLink{route.identity.destination, route.identity.length, hop.ifIndex, route.identity.table,
@@ -164,7 +160,7 @@ void Ipv4RouteTable::apply(const nlmsghdr &message)
 void Ipv4RouteTable::eraseReplaced(const Ipv4Route::Identity &identity)
 {
     const std::size_t defaults =
-        std::erase_if(defaults_, [&](const Ipv4Route &route) { return route.identity == identity; });
+        std::erase_if(defaults_, [&](const Default &each) { return each.route.identity == identity; });
     std::vector<OnLink> replaced;
     onLinks_.eachFrom(OnLink{identity.destination, identity.length, 0, 0, 0, 0}, [&](const OnLink &row) {
         const bool here = row.prefix == identity.destination && row.length == identity.length;

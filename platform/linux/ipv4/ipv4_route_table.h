@@ -34,11 +34,9 @@ class Ipv4RouteTable : public KernelTable
 
     const char *name() const override { return "IPv4 routes"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV4_ROUTE, RTNLGRP_IPV4_IFADDR}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { abandonRebuild(); }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override;
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
@@ -52,17 +50,18 @@ class Ipv4RouteTable : public KernelTable
         friend auto operator<=>(const OnLink &, const OnLink &) = default;
     };
     using OnLinks = OrderedTable<OnLink, std::less<>>;
-    using Defaults = std::vector<Ipv4Route>; // a handful
+    struct Default {
+        Ipv4Route route;
+        Generation generation;
+    };
 
-    static void add(const Ipv4Route &route, Defaults &defaults, OnLinks &onLinks);
+    void add(const Ipv4Route &route, Generation generation);
     void eraseReplaced(const Ipv4Route::Identity &identity);
     const std::vector<Ipv4Router> &routers();
 
     const NexthopTable &nexthops_;
-    Defaults defaults_;
+    std::vector<Default> defaults_; // a handful
     OnLinks onLinks_;
-    Defaults freshDefaults_;
-    OnLinks freshOnLinks_;
     std::vector<Ipv4Router> routers_; // made from the default routes when somebody asks
     bool listed_ = false;
     std::uint64_t listedNexthops_ = 0;

@@ -65,7 +65,7 @@ bool parseLink(const nlmsghdr &message, Link &link)
     return true;
 }
 
-RtnetlinkRequest LinkTable::dump(std::size_t) const
+RtnetlinkRequest LinkTable::dump(std::size_t)
 {
     RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
     request.family<ifinfomsg>().ifi_family = AF_UNSPEC;
@@ -73,30 +73,19 @@ RtnetlinkRequest LinkTable::dump(std::size_t) const
     return request;
 }
 
-void LinkTable::rebuildWith(const nlmsghdr &message)
+void LinkTable::fill(const nlmsghdr &message, Generation generation)
 {
     Link link;
     if (message.nlmsg_type == RTM_NEWLINK && parseLink(message, link)) {
-        const Link *before = links_.find(link.ifIndex);
-        complete(link, before);
-        fresh_.put(link);
+        put(link, generation);
     }
 }
 
-void LinkTable::commitRebuild()
+void LinkTable::sweep(Generation generation)
 {
-    links_.swap(fresh_);
-    bool sameRows = links_.size() == fresh_.size();
-    fresh_.each([&](const Link &before) {
-        const Link *now = links_.find(before.ifIndex);
-        sameRows = sameRows && now != nullptr;
-        tell(before, now);
-    });
-    fresh_.clear();
-    if (filled_ && !sameRows) {
-        rowsChangedMs_ = monotonicMilliseconds();
+    for (const Link &gone : links_.sweep(generation)) {
+        left(gone);
     }
-    ++version_;
     filled_ = true;
 }
 
@@ -106,22 +95,34 @@ void LinkTable::apply(const nlmsghdr &message)
     if (!parseLink(message, link)) {
         return;
     }
-    const Link *found = links_.find(link.ifIndex);
-    const bool known = found != nullptr;
-    const Link before = known ? *found : Link{};
     if (message.nlmsg_type == RTM_NEWLINK) {
-        complete(link, found);
-        links_.put(link);
-        if (known) {
-            tell(before, &link);
-        } else {
-            rowsChangedMs_ = link.changedMs;
-        }
-    } else if (message.nlmsg_type == RTM_DELLINK && links_.erase(link.ifIndex)) {
-        rowsChangedMs_ = monotonicMilliseconds();
-        ++version_;
-        tell(before, nullptr);
+        put(link, 0);
+    } else if (const Link *known = links_.find(link.ifIndex); message.nlmsg_type == RTM_DELLINK && known != nullptr) {
+        const Link gone = *known;
+        links_.erase(gone.ifIndex);
+        left(gone);
     }
+}
+
+void LinkTable::put(Link link, Generation generation)
+{
+    const Link *known = links_.find(link.ifIndex);
+    complete(link, known);
+    if (known == nullptr) {
+        rowsChangedMs_ = filled_ ? link.changedMs : 0;
+        links_.put(link, generation);
+        return;
+    }
+    const Link before = *known;
+    links_.put(link, generation);
+    tell(before, &link);
+}
+
+void LinkTable::left(const Link &gone)
+{
+    rowsChangedMs_ = filled_ ? monotonicMilliseconds() : 0;
+    ++version_;
+    tell(gone, nullptr);
 }
 
 void LinkTable::complete(Link &link, const Link *before)

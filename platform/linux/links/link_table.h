@@ -58,11 +58,9 @@ class LinkTable : public KernelTable
 
     const char *name() const override { return "links"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override { fresh_.clear(); }
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override { fresh_.clear(); }
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
@@ -76,10 +74,11 @@ class LinkTable : public KernelTable
     // Adds what the kernel does not say, from what was known of the link, if anything.
     void complete(Link &link, const Link *before);
     void tell(const Link &before, const Link *now);
+    void put(Link link, Generation generation);
+    void left(const Link &gone);
 
     Links links_;
-    Links fresh_;
-    bool filled_ = false; // the first dump is in use
+    bool filled_ = false; // the first reading has ended
     std::uint64_t rowsChangedMs_ = 0;
     std::uint64_t relationsChangedMs_ = 0;
     std::uint64_t version_ = 0;

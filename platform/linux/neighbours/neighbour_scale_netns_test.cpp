@@ -106,22 +106,20 @@ class Recorder : public KernelTable
 
     const char *name() const override { return table_.name(); }
     std::vector<unsigned> groups() const override { return table_.groups(); }
-    RtnetlinkRequest dump(std::size_t which) const override { return table_.dump(which); }
-    void beginRebuild() override
+    RtnetlinkRequest dump(std::size_t which) override
     {
         keys_.clear();
-        table_.beginRebuild();
+        return table_.dump(which);
     }
-    void rebuildWith(const nlmsghdr &message) override
+    void fill(const nlmsghdr &message, Generation generation) override
     {
         Neighbour row;
         if (readNeighbour(message, AF_INET6, 0, row) == NeighbourNews::present) {
             keys_.push_back(row.key());
         }
-        table_.rebuildWith(message);
+        table_.fill(message, generation);
     }
-    void commitRebuild() override { table_.commitRebuild(); }
-    void abandonRebuild() override { table_.abandonRebuild(); }
+    void sweep(Generation generation) override { table_.sweep(generation); }
     void apply(const nlmsghdr &message) override { table_.apply(message); }
 
   private:

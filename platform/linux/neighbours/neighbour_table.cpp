@@ -46,35 +46,30 @@ const char *NeighbourTable::name() const
     return kernel_.family() == AF_INET ? "IPv4 neighbours" : "neighbours";
 }
 
-RtnetlinkRequest NeighbourTable::dump(std::size_t) const
+RtnetlinkRequest NeighbourTable::dump(std::size_t)
 {
+    wasEmpty_ = rows_.empty();
+    counts_ = kernel_.counts();
+    added_ = 0;
+    removed_ = 0;
     RtnetlinkRequest request(RTM_GETNEIGH, NLM_F_DUMP);
     request.family<ndmsg>().ndm_family = kernel_.family();
     return request;
 }
 
-void NeighbourTable::beginRebuild()
-{
-    fresh_.clear();
-    counts_ = kernel_.counts();
-    added_ = 0;
-    removed_ = 0;
-}
-
-void NeighbourTable::rebuildWith(const nlmsghdr &message)
+void NeighbourTable::fill(const nlmsghdr &message, Generation generation)
 {
     Neighbour neighbour;
     if (readNeighbour(message, kernel_.family(), monotonicMilliseconds(), neighbour) == NeighbourNews::present) {
         keepStamp(neighbour);
-        fresh_.put(neighbour);
+        rows_.put(neighbour, generation);
     }
 }
 
-void NeighbourTable::commitRebuild()
+void NeighbourTable::sweep(Generation generation)
 {
-    keepWhatTheDumpPassedOver();
-    rows_.swap(fresh_);
-    fresh_.clear();
+    askForWhatTheDumpPassedOver(generation);
+    rows_.sweep(generation);
     anyDynamic_ = false;
     rows_.each([this](const Neighbour &row) { anyDynamic_ = anyDynamic_ || row.type == NeighbourType::dynamic; });
 }
@@ -82,7 +77,7 @@ void NeighbourTable::commitRebuild()
 // Between two datagrams of a dump the kernel remembers a place in its hash table by counting, and does not mark the
 // dump when the table changed meanwhile: a removal in front of the place, or a larger hash table, makes it pass over
 // rows that were there all the time.
-void NeighbourTable::keepWhatTheDumpPassedOver()
+void NeighbourTable::askForWhatTheDumpPassedOver(Generation generation)
 {
     const auto now = kernel_.counts();
     incomplete_ = false;
@@ -90,12 +85,11 @@ void NeighbourTable::keepWhatTheDumpPassedOver()
         return;
     }
     std::vector<NeighbourKey> missing;
-    rows_.each([&](const Neighbour &row) {
-        if (missing.size() <= mostQuestions && fresh_.find(row.key()) == nullptr) {
-            missing.push_back(row.key());
-        }
+    rows_.eachNotOf(generation, [&](const Neighbour &row) {
+        missing.push_back(row.key());
+        return missing.size() <= mostQuestions;
     });
-    incomplete_ = rows_.empty() || missing.size() > mostQuestions;
+    incomplete_ = wasEmpty_ || missing.size() > mostQuestions;
     if (incomplete_) {
         return;
     }
@@ -103,7 +97,7 @@ void NeighbourTable::keepWhatTheDumpPassedOver()
         Neighbour neighbour;
         if (kernel_.ask(key, neighbour) == NeighbourNews::present) {
             keepStamp(neighbour);
-            fresh_.put(neighbour);
+            rows_.put(neighbour, generation);
         }
     }
 }

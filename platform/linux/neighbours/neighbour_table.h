@@ -21,7 +21,7 @@ class NeighbourTable : public KernelTable
     const Neighbour *afterGlobal(const NeighbourKey &key) const { return platform::afterGlobal(rows_, key); }
     const Neighbour *afterLinkLocal(const NeighbourKey &key) const { return platform::afterLinkLocal(rows_, key); }
     std::size_t size() const { return rows_.size(); }
-    std::size_t memory() const { return rows_.memory() + fresh_.memory(); }
+    std::size_t memory() const { return rows_.memory(); }
     template <class Visit>
     void each(Visit visit) const
     {
@@ -37,26 +37,23 @@ class NeighbourTable : public KernelTable
 
     const char *name() const override;
     std::vector<unsigned> groups() const override { return {RTNLGRP_NEIGH}; }
-    RtnetlinkRequest dump(std::size_t which) const override;
-    void beginRebuild() override;
-    void rebuildWith(const nlmsghdr &message) override;
-    void commitRebuild() override;
-    void abandonRebuild() override { fresh_.clear(); }
+    RtnetlinkRequest dump(std::size_t which) override;
+    void fill(const nlmsghdr &message, Generation generation) override;
+    void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:
     void take(NeighbourNews news, Neighbour &neighbour);
     void keepStamp(Neighbour &neighbour) const;
-    void keepWhatTheDumpPassedOver();
+    void askForWhatTheDumpPassedOver(Generation generation);
 
     KernelNeighbours &kernel_;
     NeighbourRows rows_;
-    NeighbourRows fresh_;
     bool anyDynamic_ = false;
     bool incomplete_ = false;
-    // At the beginning of the last dump, and what announcements said since then.
+    bool wasEmpty_ = true; // at the beginning of the last dump, as what follows
     std::optional<NeighbourEntryCounts> counts_;
-    std::uint64_t added_ = 0;
+    std::uint64_t added_ = 0; // by announcements, since then
     std::uint64_t removed_ = 0;
 };
 
