@@ -185,6 +185,10 @@ class ScalarRows
 
     explicit ScalarRows(Group group) : group_(std::move(group)) {}
 
+    void start() const requires requires(const Group &group) { group.start(); }
+    {
+        group_.start();
+    }
     std::span<const RowColumn<Row>> columns() const { return group_.columns(); }
     bool find(const Index &, Row &row) const { return group_.read(row); }
     bool next(const Index *behind, Row &row) const { return behind == nullptr && group_.read(row); }

@@ -64,6 +64,13 @@ std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const h
         sources.add(tcpScalars(ip));
         sources.add(udpScalars(ip));
     }
+    if (platform != nullptr && platform->routes != nullptr) {
+        const IpmibRouteHooks &routes = *platform->routes;
+        sources.add(forwardingScalars(routes));
+        sources.add(inetCidrRouteTable(routes));
+        sources.add(ipCidrRouteTable(routes));
+        sources.add(ipRouteTable(routes));
+    }
     return sources.take();
 }
 
@@ -76,7 +83,7 @@ host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &d
     for (const SourcePointer &source : own) {
         contents.sources.push_back(source.get());
     }
-    contents.groups = {"ip", "icmp", "tcp", "udp"};
+    contents.groups = {"ip", "ipForward", "icmp", "tcp", "udp"};
     // net-snmp has the rows of IPv6 alone, with columns that no module answers for.
     contents.replacedColumns = {"ipIfStatsTable"};
     contents.platform = plugin.platform();

@@ -37,6 +37,12 @@ SourcePointer ipNetToPhysicalTable(const IpmibIpHooks &ip);
 SourcePointer ipDefaultRouterTable(const IpmibIpHooks &ip);
 std::vector<SourcePointer> icmpTables(const IpmibIpHooks &ip); // icmpStatsTable, icmpMsgStatsTable
 
+// IP-FORWARD-MIB
+SourcePointer forwardingScalars(const IpmibRouteHooks &routes); // ipCidrRouteNumber, inetCidrRouteNumber and -Discards
+SourcePointer inetCidrRouteTable(const IpmibRouteHooks &routes);
+SourcePointer ipCidrRouteTable(const IpmibRouteHooks &routes);
+SourcePointer ipRouteTable(const IpmibRouteHooks &routes);
+
 // Groups of scalars
 std::vector<SourcePointer> ipScalars(const IpmibIpHooks &ip);
 SourcePointer icmpScalars(const IpmibIpHooks &ip);

@@ -98,6 +98,7 @@ void Platform::reload()
 {
     try {
         device_ = readScenario(path_);
+        routes_.newDevice();
         beginPacket();
     } catch (const ScenarioError &error) {
         platform::logError("simulated: %s; the device stays as it was", error.what());

@@ -6,6 +6,7 @@
 #include "device/device.h"
 #include "ip_rows.h"
 #include "ipv4_rows.h"
+#include "route_rows.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -54,6 +55,7 @@ class Platform
     std::string followIpv4() { return ""; }
     Ipv4Rows &ipv4() { return ipv4_; }
     IpRows &ip() { return ip_; }
+    RouteRows &routes() { return routes_; }
     // Times in rows are values of this, unless sysUpTime is somebody else's.
     void uptimeBegan(std::uint64_t monotonicMs);
     std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + now(); }
@@ -76,6 +78,7 @@ class Platform
     Device device_;
     Ipv4Rows ipv4_{device_};
     IpRows ip_{device_};
+    RouteRows routes_{device_};
     platform::RowHopLimit rowHopLimit_;
 };
 

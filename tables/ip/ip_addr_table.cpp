@@ -14,11 +14,6 @@ namespace
 
 constexpr host::SubId ipAddrEntry[] = {1, 3, 6, 1, 2, 1, 4, 20, 1};
 
-constexpr std::uint32_t maskOf(std::uint8_t length)
-{
-    return length == 0 ? 0 : UINT32_MAX << (32 - length);
-}
-
 class AddressRows
 {
   public:

@@ -22,6 +22,12 @@ constexpr Ipv4Octets octetsOf(std::uint32_t address)
             static_cast<std::uint8_t>(address >> 8), static_cast<std::uint8_t>(address)};
 }
 
+// Of a prefix so many bits long.
+constexpr std::uint32_t maskOf(std::uint32_t length)
+{
+    return length == 0 ? 0 : UINT32_MAX << (32 - length);
+}
+
 // The address whose octets stand at a place of an index.
 template <std::size_t N>
 constexpr std::uint32_t addressAt(const std::array<host::SubId, N> &index, std::size_t place)

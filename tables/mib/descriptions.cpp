@@ -23,6 +23,14 @@ void describeInterfaces(host::MibDescription &mib)
 #include "tables/mib/if_mib.def"
 }
 
+void describeForwarding(host::MibDescription &mib)
+{
+#define SYNTAX IPMIB_SYNTAX
+#define NODE   IPMIB_NODE
+#define INDEX  IPMIB_INDEX
+#include "tables/mib/ip_forward_mib.def"
+}
+
 void describeTransport(host::MibDescription &mib)
 {
 #define SYNTAX IPMIB_SYNTAX
@@ -36,6 +44,7 @@ void describeTransport(host::MibDescription &mib)
 Descriptions::Descriptions() : mib_("mib_2", 1)
 {
     describeInterfaces(mib_);
+    describeForwarding(mib_);
     describeTransport(mib_);
 }
 

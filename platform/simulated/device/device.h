@@ -4,6 +4,7 @@
 
 #include "device/failures.h"
 #include "device/interface.h"
+#include "device/routes.h"
 #include "device/rows.h"
 
 #include <cstdint>
@@ -35,6 +36,7 @@ class Device
     Schedule ip6Down;
     Schedule ip4Down;
     Failures failures;
+    Routes routes;
 
     // Null when its ifIndex or its name is taken. The pointer is good until the next one is added.
     Interface *add(Interface interface);

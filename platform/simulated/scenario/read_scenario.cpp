@@ -7,6 +7,7 @@
 #include "scenario/json_file.h"
 #include "scenario/read_interface.h"
 #include "scenario/read_ipv4.h"
+#include "scenario/read_routes.h"
 
 #include <nlohmann/json.hpp>
 
@@ -105,6 +106,9 @@ Device readDevice(const Value &value)
     const std::uint32_t seed = object.number("seed", 0, 0, UINT32_MAX);
     if (const auto generated = object.find("generate")) {
         generate(*generated, seed, device);
+    }
+    if (const auto routes = object.find("routes")) {
+        readRoutes(*routes, device);
     }
     if (const auto system = object.find("system")) {
         readSystem(*system, device);
