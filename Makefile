@@ -25,7 +25,7 @@
 .DEFAULT_GOAL := build
 .PHONY: build run test test-all test-device fuzz lint coverage mutation footprint compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
 
-sources = find $(wildcard agent bench cli examples fuzz host include module platform tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
+sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
 # Those that tests/docs compares.
 transcripts = docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
