@@ -42,6 +42,12 @@ if(NOT IPMIB_SANITIZE)
                    $<FILTER:$<TARGET_OBJECTS:ipmib_module_objects>,INCLUDE,mibtree/tree\\.cpp>)
 endif()
 
+if(NOT IPMIB_DEVICE_ONLY)
+  add_test(NAME module_with_older_compilers COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/older_compilers_test.sh
+                                                    ${IPMIB_MODULE_SOURCES})
+  set_tests_properties(module_with_older_compilers PROPERTIES SKIP_RETURN_CODE 77)
+endif()
+
 # Where a sanitizer looks at other things: values that nobody has set. It runs programs of the build machine alone.
 if(NOT IPMIB_SANITIZE AND NOT IPMIB_DEVICE_ONLY)
   add_test(NAME module_under_valgrind

@@ -11,7 +11,7 @@ namespace ipmib
 {
 
 template <std::size_t N>
-consteval bool typesAgree(std::uint32_t id, const Column (&columns)[N])
+constexpr bool typesAgree(std::uint32_t id, const Column (&columns)[N])
 {
     for (std::uint32_t place = 0; place < N; ++place) {
         if (columns[place].valueType != mibtree::valueType(id, place + 1)) {

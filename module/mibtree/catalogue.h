@@ -33,13 +33,13 @@ struct Syntax {
     std::array<MibRangeItem, 2> ranges{};
     std::array<MibEnumItem, 8> labels{};
 
-    consteval Syntax operator()(MibRangeItem range) const
+    constexpr Syntax operator()(MibRangeItem range) const
     {
         Syntax restricted = *this;
         restricted.ranges[restricted.rangeCount++] = range;
         return restricted;
     }
-    consteval Syntax operator()(MibRangeItem range, MibRangeItem otherRange) const
+    constexpr Syntax operator()(MibRangeItem range, MibRangeItem otherRange) const
     {
         return (*this)(range)(otherRange);
     }
@@ -62,7 +62,7 @@ inline constexpr Syntax OctetString{Form::leaf, MIB_TYPE_OCTETS};
 inline constexpr Syntax ObjectIdentifier{Form::leaf, MIB_TYPE_OID};
 inline constexpr Syntax IpAddress{Form::leaf, MIB_TYPE_IPADDRESS};
 
-consteval Syntax Enumeration(std::initializer_list<MibEnumItem> labels)
+constexpr Syntax Enumeration(std::initializer_list<MibEnumItem> labels)
 {
     Syntax enumeration{Form::leaf, MIB_TYPE_ENUM};
     for (const MibEnumItem &label : labels) {
@@ -104,8 +104,15 @@ struct Index {
     std::array<Node, 4> columns;
 };
 
+// The nodes by their names alone.
+namespace node
+{
+#define NODE(parent, subId, name, ...) inline constexpr Node name = Node::name;
+#include "mibtree/ip_mib.def"
+} // namespace node
+
 inline constexpr auto indexes = [] {
-    using enum Node;
+    using namespace node;
     constexpr auto index = [](Node entry, auto... columns) { return Index{entry, sizeof...(columns), {columns...}}; };
     return std::array{
 #define INDEX(entry, ...) index(entry, __VA_ARGS__),

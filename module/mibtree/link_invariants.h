@@ -9,12 +9,27 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace ipmib::mibtree::invariant
 {
 
-using Records = std::span<const MibTreeNode *const>;
+// Nodes of a tree, which lie elsewhere.
+class Records
+{
+  public:
+    template <class Nodes>
+    constexpr Records(const Nodes &nodes) : begin_(nodes.data()), size_(nodes.size())
+    {
+    }
+    constexpr const MibTreeNode *const *begin() const { return begin_; }
+    constexpr const MibTreeNode *const *end() const { return begin_ + size_; }
+    constexpr std::size_t size() const { return size_; }
+    constexpr const MibTreeNode *front() const { return begin_[0]; }
+
+  private:
+    const MibTreeNode *const *begin_;
+    std::size_t size_;
+};
 
 // --- Counting and walking ---
 

@@ -61,9 +61,11 @@ constexpr bool areApart(const MibSyntax &left, const MibSyntax &right)
     const auto list = [](const MibRestriction &restriction) {
         return restriction.pstRanges != nullptr ? restriction.pstRanges : restriction.pstEnums;
     };
+    // Lists of ranges and of labels are of different types, and so apart.
     return &left != &right && left.pstRestrict != right.pstRestrict &&
            list(*left.pstRestrict) != list(*right.pstRestrict) &&
-           list(*left.pstRestrict)->pItems != list(*right.pstRestrict)->pItems;
+           (left.pstRestrict->ulRestrictKind != right.pstRestrict->ulRestrictKind ||
+            list(*left.pstRestrict)->pItems != list(*right.pstRestrict)->pItems);
 }
 
 constexpr bool syntaxesAreOwn(Records nodes)
@@ -213,7 +215,8 @@ constexpr bool textsAreThere(const MibTreeNode &node)
     const std::string_view name = node.pszName;
     const std::string_view defVal = node.pszDefVal;
     return !name.empty() && name.find('_') == name.npos &&
-           (defVal.empty() || (isLeaf(node) && defVal.starts_with("{ ") && defVal.ends_with(" }")));
+           (defVal.empty() ||
+            (isLeaf(node) && defVal.substr(0, 2) == "{ " && defVal.substr(defVal.size() - 2) == " }"));
 }
 
 } // namespace ipmib::mibtree::invariant

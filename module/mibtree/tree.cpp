@@ -50,7 +50,7 @@ constexpr MibIndexList indexList{0, indexes[number].count, indexRecords.data() +
 
 // The list of an entry and of its columns.
 template <Node node, std::size_t number = 0>
-consteval const MibIndexList *indexListOf()
+constexpr const MibIndexList *indexListOf()
 {
     if constexpr (number == indexes.size()) {
         return nullptr;
@@ -61,81 +61,99 @@ consteval const MibIndexList *indexListOf()
     }
 }
 
-// --- Syntaxes: every object has records of its own, also where two have the same syntax. ---
+// --- Syntaxes: every object has records of its own, also where two have the same syntax. Those of a kind lie in one
+// array, an object's behind those of the object before. ---
 
-template <std::size_t count, class Items>
-consteval auto firstOf(const Items &items)
+constexpr std::size_t oneIfLeaf(Node node)
 {
-    std::array<typename Items::value_type, count> first{};
-    for (std::size_t i = 0; i < count; ++i) {
-        first[i] = items[i];
-    }
-    return first;
+    return isLeaf(node) ? 1 : 0;
 }
 
-template <Node node>
-constexpr auto ranges = firstOf<lineOf(node).syntax.rangeCount>(lineOf(node).syntax.ranges);
-template <Node node>
-constexpr auto labels = firstOf<lineOf(node).syntax.labelCount>(lineOf(node).syntax.labels);
-
-template <Node node>
-constexpr MibListRef rangeList{ranges<node>.data()};
-template <Node node>
-constexpr MibListRef labelList{labels<node>.data()};
-
-template <Node node>
-constexpr MibRestriction rangeRestriction{MIB_RESTRICT_RANGE, ranges<node>.size(), &rangeList<node>, nullptr};
-template <Node node>
-constexpr MibRestriction labelRestriction{MIB_RESTRICT_ENUM, labels<node>.size(), nullptr, &labelList<node>};
-
-template <Node node>
-consteval const MibRestriction *restrictionOf()
+constexpr std::size_t labelsOf(Node node)
 {
-    if constexpr (lineOf(node).syntax.labelCount != 0) {
-        return &labelRestriction<node>;
-    } else if constexpr (lineOf(node).syntax.rangeCount != 0) {
-        return &rangeRestriction<node>;
-    } else {
-        return nullptr;
-    }
+    return lineOf(node).syntax.labelCount;
 }
 
-template <Node node>
-constexpr MibSyntax syntaxRecord{lineOf(node).syntax.type, restrictionOf<node>()};
-
-template <Node node>
-consteval const MibSyntax *syntaxOf()
+constexpr std::size_t rangesOf(Node node)
 {
-    if constexpr (isLeaf(node)) {
-        return &syntaxRecord<node>;
-    } else {
-        return nullptr;
-    }
+    return labelsOf(node) != 0 ? 0 : lineOf(node).syntax.rangeCount;
 }
 
+constexpr std::size_t oneIfRestricted(Node node)
+{
+    return labelsOf(node) + rangesOf(node) != 0 ? 1 : 0;
+}
+
+using Count = std::size_t (*)(Node);
+
+constexpr std::size_t countBefore(Node node, Count count)
+{
+    std::size_t sum = 0;
+    for (std::size_t place = 0; place < placeOf(node); ++place) {
+        sum += count(nodeAt(place));
+    }
+    return sum;
+}
+
+// As many records as the count says: make(node, i) for the i-th of each node.
+template <class Record, std::size_t size, class Make>
+constexpr std::array<Record, size> recordsOf(Count count, Make make)
+{
+    std::array<Record, size> made{};
+    std::size_t filled = 0;
+    for (std::size_t place = 0; place < nodeCount; ++place) {
+        for (std::size_t i = 0; i < count(nodeAt(place)); ++i) {
+            made[filled] = make(nodeAt(place), i);
+            ++filled;
+        }
+    }
+    return made;
+}
+
+constexpr auto rangeItems = recordsOf<MibRangeItem, countBefore(Node::none, rangesOf)>(
+    rangesOf, [](Node node, std::size_t i) { return lineOf(node).syntax.ranges[i]; });
+constexpr auto labelItems = recordsOf<MibEnumItem, countBefore(Node::none, labelsOf)>(
+    labelsOf, [](Node node, std::size_t i) { return lineOf(node).syntax.labels[i]; });
+
+constexpr std::size_t restrictionCount = countBefore(Node::none, oneIfRestricted);
+
+constexpr auto lists = recordsOf<MibListRef, restrictionCount>(oneIfRestricted, [](Node node, std::size_t) {
+    return labelsOf(node) != 0 ? MibListRef{labelItems.data() + countBefore(node, labelsOf)}
+                               : MibListRef{rangeItems.data() + countBefore(node, rangesOf)};
+});
+
+constexpr auto restrictions = recordsOf<MibRestriction, restrictionCount>(oneIfRestricted, [](Node node, std::size_t) {
+    const MibListRef *list = lists.data() + countBefore(node, oneIfRestricted);
+    const auto labels = static_cast<std::uint32_t>(labelsOf(node));
+    return labels != 0 ? MibRestriction{MIB_RESTRICT_ENUM, labels, nullptr, list}
+                       : MibRestriction{MIB_RESTRICT_RANGE, static_cast<std::uint32_t>(rangesOf(node)), list, nullptr};
+});
+
+constexpr auto syntaxes = recordsOf<MibSyntax, countBefore(Node::none, oneIfLeaf)>(oneIfLeaf, [](Node node,
+                                                                                                 std::size_t) {
+    return MibSyntax{lineOf(node).syntax.type,
+                     oneIfRestricted(node) == 0 ? nullptr : restrictions.data() + countBefore(node, oneIfRestricted)};
+});
+
 template <Node node>
-consteval MibTreeNode record()
+constexpr MibTreeNode record()
 {
     constexpr Line line = lineOf(node);
-    return {
-        .pszName = descriptorOf(node),
-        .ulKind = kindOf(node),
-        .pstSyntax = syntaxOf<node>(),
-        .pstParent = recordOf(line.parent),
-        .pstFirstChild = recordOf(firstChildOf(node)),
-        .pstNextLeaf = recordOf(nextLeafOf(node)),
-        .ulSpare1 = 0,
-        .ulSubId = line.subId,
-        .pszDefVal = line.defVal,
-        .ulStatus = line.status,
-        .ulAccess = line.access,
-        .pstIndex = indexListOf<node>(),
-        .ulParamId = line.paramId,
-        .pstNextSibling = recordOf(nextSiblingOf(node)),
-        .ulSpare2 = 0,
-        .ulSpare3 = 0,
-        .ulSpare4 = 0,
-    };
+    MibTreeNode made{};
+    made.pszName = descriptorOf(node);
+    made.ulKind = kindOf(node);
+    made.pstSyntax = isLeaf(node) ? syntaxes.data() + countBefore(node, oneIfLeaf) : nullptr;
+    made.pstParent = recordOf(line.parent);
+    made.pstFirstChild = recordOf(firstChildOf(node));
+    made.pstNextLeaf = recordOf(nextLeafOf(node));
+    made.ulSubId = line.subId;
+    made.pszDefVal = line.defVal;
+    made.ulStatus = line.status;
+    made.ulAccess = line.access;
+    made.pstIndex = indexListOf<node>();
+    made.ulParamId = line.paramId;
+    made.pstNextSibling = recordOf(nextSiblingOf(node));
+    return made;
 }
 
 } // namespace
