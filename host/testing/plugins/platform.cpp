@@ -62,6 +62,7 @@ void uptimeBegan(std::uint64_t) {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = {
-    SIZE, start, stop, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, uptimeBegan, nullptr};
+extern "C" __attribute__((visibility("default")))
+const IpmibPlatformHooks ipmib_platform_hooks = {SIZE,    start,   stop,    nullptr, nullptr,     nullptr, nullptr,
+                                                 nullptr, nullptr, nullptr, nullptr, uptimeBegan, nullptr, nullptr};
 #endif
