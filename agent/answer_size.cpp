@@ -16,7 +16,6 @@ namespace
 {
 
 const netsnmp_pdu *asked = nullptr;
-long roomForAnswer; // octets
 
 using Variables = std::vector<netsnmp_variable_list *>;
 
@@ -105,12 +104,15 @@ bool encodeTooBig(netsnmp_session &session, netsnmp_pdu &message, const Buffer &
 
 } // namespace
 
-// The library ought not to know how much room there is: it would guess how many variables fit, and gather no others.
+// The library ought not to know how much room there is: it would guess how many variables fit, and gather no others. An
+// answer that a sub-agent has a part in is sent later; it is made of a copy of the request, so what matters goes along
+// in two fields that only traps of version 1 have.
 AnswersTo::AnswersTo(const netsnmp_session &session, netsnmp_pdu &request)
 {
     const auto ours = static_cast<long>(session.sndMsgMaxSize);
     asked = &request;
-    roomForAnswer = request.msgMaxSize == 0 ? ours : std::min(ours, request.msgMaxSize);
+    request.specific_type = request.msgMaxSize == 0 ? ours : std::min(ours, request.msgMaxSize);
+    request.trap_type = request.command;
     request.msgMaxSize = ours;
 }
 
@@ -123,11 +125,12 @@ int buildMessage(netsnmp_session *session, netsnmp_pdu *message, u_char **octets
                  std::size_t *length)
 {
     const Buffer buffer{octets, size, length};
-    message->msgMaxSize = asked == nullptr ? static_cast<long>(session->sndMsgMaxSize) : roomForAnswer;
+    message->msgMaxSize =
+        message->specific_type != 0 ? message->specific_type : static_cast<long>(session->sndMsgMaxSize);
     bool isEncoded = encode(*session, *message, buffer);
     if (isEncoded && !fits(*message, buffer) && message->command == SNMP_MSG_RESPONSE) {
-        const bool mayBeShorter = asked != nullptr && asked->command == SNMP_MSG_GETBULK &&
-                                  message->errstat == SNMP_ERR_NOERROR && message->variables != nullptr;
+        const bool mayBeShorter = message->trap_type == SNMP_MSG_GETBULK && message->errstat == SNMP_ERR_NOERROR &&
+                                  message->variables != nullptr;
         isEncoded = mayBeShorter && shorten(*session, *message, buffer);
         // Without a single variable a success would tell a walk nothing, and it would ask the same again.
         if (!isEncoded || message->variables == nullptr) {

@@ -3,6 +3,7 @@
 
 #include "snmp_library.h"
 
+#include "agentx_master.h"
 #include "net_snmp.h"
 #include "options.h"
 #include "stream_clients.h"
@@ -93,6 +94,7 @@ void SnmpLibrary::reload()
         return;
     }
     forgetAddressesOfConfiguration(); // the library would add the new ones to them
+    AgentxMaster::forgetConfiguration();
     update_config();
     state_.save();
 }

@@ -3,6 +3,7 @@
 
 #include "standalone.h"
 
+#include "agentx_master.h"
 #include "detachment.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
@@ -58,6 +59,8 @@ void serveStandalone(const Options &options)
     Frontend frontend(device.catalogue());
     frontend.serve(settings.notOff());
     const SystemCapabilities capabilities(device.catalogue());
+    const std::vector<std::string> masterAt = AgentxMaster::addressesOfConfiguration();
+    const AgentxMaster master(masterAt);
     endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);
 
@@ -79,7 +82,7 @@ void serveStandalone(const Options &options)
         notifyReloading();
         endedAtOnce.emplace([&pidFile] { pidFile.remove(); });
         library.reload();
-        if (SnmpLibrary::listeningAddresses() != addresses) {
+        if (SnmpLibrary::listeningAddresses() != addresses || AgentxMaster::addressesOfConfiguration() != masterAt) {
             snmp_log(LOG_WARNING, "other listening addresses take a restart; listening where it began\n");
         }
         frontend.serve(settings.notOff());

@@ -8,6 +8,8 @@
 
 #include <net-snmp/net-snmp-includes.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <map>
@@ -357,6 +359,33 @@ TEST_F(AnswerSizeTest, OverStreamsToo)
         const std::size_t last = asker.version == SNMP_VERSION_3 ? 300 : tooManyForADatagram;
         for (const std::size_t size : {std::size_t{484}, std::size_t{INT32_MAX}}) {
             ASSERT_NO_FATAL_FAILURE(expectAnswers(asker, address("tcp"), size, questions({5, 100, last}, !isV1)));
+        }
+    }
+    stopAgent();
+}
+
+// Its answers are sent when those of a sub-agent have come, long after the request was received.
+TEST_F(AnswerSizeTest, ThoseThatASubAgentHasAPartInToo)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    startAgent(configuration + std::string("serve all off\nmaster agentx\nagentXSocket ") + path("master") + "\n");
+    Command subAgent({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("sub-agent.conf", ""), "-x", path("master"),
+                      "--platform", scriptedPlatform},
+                     environment());
+    const auto isServed = [this] {
+        const Result result = snmp("snmpget", publicV2, {"1.3.6.1.2.1.5.29.1.2.2"});
+        return result.status == 0 && result.output.find("No Such") == std::string::npos;
+    };
+    for (int time = 0; time < 1000 && !isServed(); ++time) {
+        usleep(20'000);
+    }
+    for (const Asker &asker : askers) {
+        if (asker.version == SNMP_VERSION_1) {
+            continue;
+        }
+        const bool isV3 = asker.version == SNMP_VERSION_3;
+        for (const std::size_t size : isV3 ? sizes : std::vector<std::size_t>{datagram}) {
+            ASSERT_NO_FATAL_FAILURE(expectAnswers(asker, address(), size, questions({1, 5, 30}, true)));
         }
     }
     stopAgent();
