@@ -39,12 +39,14 @@ class OrderedTable
     {
         chunks_.clear();
         size_ = 0;
+        last_ = {};
     }
 
     void swap(OrderedTable &other)
     {
         chunks_.swap(other.chunks_);
         std::swap(size_, other.size_);
+        std::swap(last_, other.last_);
     }
 
     const Row *first() const { return chunks_.empty() ? nullptr : &chunks_.front()->rows[0]; }
@@ -53,9 +55,17 @@ class OrderedTable
     template <class Key>
     const Row *find(const Key &key) const
     {
+        if (last_.row != nullptr && !less_(*last_.row, key) && !less_(key, *last_.row)) {
+            return last_.row;
+        }
         const Row *row = atOrAfter(key);
         return row != nullptr && !less_(key, *row) ? row : nullptr;
     }
+
+    // The row that the last lookup found, and the one behind it, which is then the last one found; null when that is
+    // not known without a search.
+    const Row *last() const { return last_.row; }
+    const Row *behindLast() const { return last_.row + 1 != last_.end ? ++last_.row : nullptr; }
 
     // For fields that the order does not look at.
     template <class Key>
@@ -81,6 +91,7 @@ class OrderedTable
     // Adds the row, or replaces the one that equals it. True when it was added.
     bool put(const Row &row, Generation generation = 0)
     {
+        last_ = {};
         if (chunks_.empty()) {
             chunks_.push_back(std::make_unique<Chunk>());
         }
@@ -121,6 +132,7 @@ class OrderedTable
         if (less_(key, chunk.rows[place])) {
             return false;
         }
+        last_ = {};
         std::copy(chunk.rows + place + 1, chunk.rows + chunk.count, chunk.rows + place);
         std::copy(chunk.generations + place + 1, chunk.generations + chunk.count, chunk.generations + place);
         --chunk.count;
@@ -183,12 +195,10 @@ class OrderedTable
     template <class Key, class Visit>
     void eachFrom(const Key &key, Visit visit) const
     {
-        for (auto [at, i] = locate([&](const Row &row) { return less_(row, key); }); at < chunks_.size(); ++at, i = 0) {
-            for (; i < chunks_[at]->count; ++i) {
-                if (!visit(chunks_[at]->rows[i])) {
-                    return;
-                }
-            }
+        const Row *row = atOrAfter(key);
+        Place place = last_; // visit() may look for others
+        while (row != nullptr && visit(*row)) {
+            row = following(place);
         }
     }
 
@@ -206,6 +216,7 @@ class OrderedTable
     {
         std::size_t kept = 0; // chunks
         size_ = 0;
+        last_ = {};
         for (std::size_t at = 0; at < chunks_.size(); ++at) {
             Chunk &chunk = *chunks_[at];
             std::size_t count = 0;
@@ -254,39 +265,50 @@ class OrderedTable
     }
 
     struct Place {
-        std::size_t chunk; // as many as there are for the end
-        std::size_t row;
+        const Row *row = nullptr;
+        const Row *end = nullptr; // of its chunk
+        std::size_t chunk = 0;
     };
 
-    // Whether the first row that is not before what is looked for has this place, behind another row of its chunk.
-    template <class Before>
-    bool isAt(const Place &place, Before before) const
+    const Row *placeAt(std::size_t chunk, std::size_t row, Place &place) const
     {
-        if (place.chunk >= chunks_.size() || place.row == 0 || place.row >= chunks_[place.chunk]->count) {
-            return false;
+        if (chunk == chunks_.size()) {
+            return nullptr;
         }
-        const Row *const row = &chunks_[place.chunk]->rows[place.row];
-        return before(row[-1]) && !before(row[0]);
+        const Chunk &found = *chunks_[chunk];
+        place = {found.rows + row, found.rows + found.count, chunk};
+        return place.row;
     }
 
-    // The place of the first row that is not before what is looked for.
-    template <class Before>
-    Place locate(Before before) const
+    // Goes on to the row behind; null when there is none, and then the place stays.
+    const Row *following(Place &place) const
     {
-        for (const Place &place : {Place{last_.chunk, last_.row + 1}, last_}) {
-            if (isAt(place, before)) {
-                return last_ = place;
-            }
-        }
-        const std::size_t at = chunkOf(before);
-        return last_ = {at, at == chunks_.size() ? 0 : placeIn(*chunks_[at], before)};
+        return place.row + 1 != place.end ? ++place.row : placeAt(place.chunk + 1, 0, place);
     }
 
+    // The first row that is not before what is looked for. Most often it is the one behind the last that was found, or
+    // that one again.
     template <class Before>
     const Row *seek(Before before) const
     {
-        const Place place = locate(before);
-        return place.chunk == chunks_.size() ? nullptr : &chunks_[place.chunk]->rows[place.row];
+        if (last_.row != nullptr) {
+            if (before(*last_.row)) {
+                const Row *const next = following(last_);
+                if (next == nullptr || !before(*next)) {
+                    return next;
+                }
+            } else if (last_.row != chunks_[last_.chunk]->rows && before(last_.row[-1])) {
+                return last_.row;
+            }
+        }
+        return search(before);
+    }
+
+    template <class Before>
+    [[gnu::noinline]] const Row *search(Before before) const // which keeps what most often happens short
+    {
+        const std::size_t at = chunkOf(before);
+        return placeAt(at, at == chunks_.size() ? 0 : placeIn(*chunks_[at], before), last_);
     }
 
     // Splits a full chunk and corrects the place of the row to come. Ascending input leaves full chunks behind.
@@ -325,7 +347,7 @@ class OrderedTable
 
     std::vector<std::unique_ptr<Chunk>> chunks_;
     std::size_t size_ = 0;
-    mutable Place last_ = {0, 0}; // of the last lookup; a hint, which changes need not keep up to date
+    mutable Place last_; // that a lookup has found; forgotten when rows move
     [[no_unique_address]] Less less_;
 };
 

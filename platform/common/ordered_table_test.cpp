@@ -55,6 +55,24 @@ void expectSameLookups(const Table &table, const Model &model, std::uint32_t key
     EXPECT_TRUE(visited == enough || expected == model.end());
 }
 
+// A walk that changes the table now and then between two of its steps.
+void expectSameWalk(Table &table, Model &model, std::mt19937 &random)
+{
+    std::uint32_t at = 0;
+    for (auto expected = model.upper_bound(at); expected != model.end(); expected = model.upper_bound(at)) {
+        expectSame(table.after(at), model, expected);
+        at = expected->first;
+        expectSame(table.find(at), model, expected);
+        if (random() % 4 == 0) {
+            const std::uint32_t key = at + static_cast<std::uint32_t>(random() % 5) - 2;
+            const bool grows = random() % 2 == 0;
+            grows ? table.put({key, 1}) : table.erase(key);
+            grows ? void(model.insert_or_assign(key, 1)) : void(model.erase(key));
+        }
+    }
+    EXPECT_EQ(table.after(at), nullptr);
+}
+
 class Against : public testing::TestWithParam<std::uint32_t>
 {
 };
@@ -79,6 +97,7 @@ TEST_P(Against, aMapAgreesAfterEveryChange)
         expectSameLookups(table, model, keys(random));
         expectSameLookups(table, model, key);
     }
+    expectSameWalk(table, model, random);
     auto expected = model.begin();
     table.each([&](const Row &row) {
         ASSERT_NE(expected, model.end());

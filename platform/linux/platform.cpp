@@ -16,17 +16,7 @@ namespace ipmib::platform
 namespace
 {
 constexpr std::uint32_t usualHopLimit = 64; // of a kernel without IPv6, and of every kernel that nobody configured
-Platform *serving = nullptr;
 } // namespace
-
-Platform *running()
-{
-    return serving;
-}
-void setRunning(Platform *platform)
-{
-    serving = platform;
-}
 
 std::string Platform::takeArgument(const char *argument)
 {

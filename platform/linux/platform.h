@@ -66,7 +66,11 @@ class Platform
     std::uint64_t interfacesChangedMs() const { return links_.rowsChangedMs(); }
 
     // sysUpTime was 0 then.
-    void uptimeBegan(std::uint64_t monotonicMs) { uptime_.began(monotonicMs); }
+    void uptimeBegan(std::uint64_t monotonicMs)
+    {
+        uptime_.began(monotonicMs);
+        ++uptimesBegun_;
+    }
     const Uptime &uptime() const { return uptime_; }
 
     // For the agent's IPv4 tables, once IPMIB_FOLLOW_x are followed. The answer, when that fails, is one line for the
@@ -84,6 +88,11 @@ class Platform
     std::uint32_t now() const { return now_; }
 
     const LinkTable &links() const { return links_; }
+    // Differs after each change of what is known of interfaces, their link-local addresses and when those were made.
+    std::uint64_t linkLocalVersion() const
+    {
+        return links_.version() + addressing_.addresses().linkLocalVersion() + uptimesBegun_;
+    }
     Ip6LinkReader &ip6Links() { return ip6Links_; }
     SystemCounters &systemCounters() { return systemCounters_; }
     Ipv4Counters &ipv4Counters() { return ipv4Counters_; }
@@ -130,12 +139,20 @@ class Platform
     Settings settings_;
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;
     Uptime uptime_;
+    std::uint64_t uptimesBegun_ = 0;
     bool routerAnycast_ = false;
     std::uint32_t now_ = 0;
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.
-Platform *running();
-void setRunning(Platform *platform);
+inline Platform *serving = nullptr;
+inline Platform *running()
+{
+    return serving;
+}
+inline void setRunning(Platform *platform)
+{
+    serving = platform;
+}
 
 } // namespace ipmib::platform

@@ -14,8 +14,6 @@ namespace ipmib::simulated
 namespace
 {
 
-Platform *serving = nullptr;
-
 std::optional<Time> parseSeconds(std::string_view text)
 {
     double seconds = 0;
@@ -28,15 +26,6 @@ std::optional<Time> parseSeconds(std::string_view text)
 }
 
 } // namespace
-
-Platform *running()
-{
-    return serving;
-}
-void setRunning(Platform *platform)
-{
-    serving = platform;
-}
 
 std::string Platform::takeArgument(const char *argument)
 {
@@ -53,10 +42,16 @@ std::string Platform::takeOption(const IpmibPlatformOption &option)
     return stopped_ ? "" : std::string("--at needs the seconds since the device's start, not \"") + option.value + "\"";
 }
 
+void Platform::take(Device device)
+{
+    device_ = std::move(device);
+    hasFailures_ = !device_.failures.empty() || !device_.ip6Down.never() || !device_.ip4Down.never();
+}
+
 std::string Platform::start()
 {
     try {
-        device_ = readScenario(path_);
+        take(readScenario(path_));
     } catch (const ScenarioError &error) {
         return error.what();
     }
@@ -97,7 +92,7 @@ std::uint64_t Platform::startMs() const
 void Platform::reload()
 {
     try {
-        device_ = readScenario(path_);
+        take(readScenario(path_));
         routes_.newDevice();
         beginPacket();
     } catch (const ScenarioError &error) {

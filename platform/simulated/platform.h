@@ -61,9 +61,12 @@ class Platform
     std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + now(); }
 
     const Device &device() const { return device_; }
+    // Whether any of its services ever fails.
+    bool hasFailures() const { return hasFailures_; }
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
 
   private:
+    void take(Device device);
     Time now() const;
     bool describe(const Interface *interface, IpmibInterface &row) const;
     // A moment of the device on the monotonic clock, in milliseconds; 0 for its start and what was before the clock's.
@@ -76,6 +79,7 @@ class Platform
     std::optional<Time> stopped_;                // the clock shows this for ever
     std::chrono::steady_clock::time_point start_;
     Device device_;
+    bool hasFailures_ = false;
     Ipv4Rows ipv4_{device_};
     IpRows ip_{device_};
     RouteRows routes_{device_};
@@ -83,7 +87,14 @@ class Platform
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.
-Platform *running();
-void setRunning(Platform *platform);
+inline Platform *serving = nullptr;
+inline Platform *running()
+{
+    return serving;
+}
+inline void setRunning(Platform *platform)
+{
+    serving = platform;
+}
 
 } // namespace ipmib::simulated

@@ -84,6 +84,7 @@ void AddressTable::sweep(Generation generation)
         }
     }
     ++version_;
+    ++linkLocalVersion_;
 }
 
 void AddressTable::apply(const nlmsghdr &message)
@@ -103,6 +104,7 @@ void AddressTable::put(const Address &address, Generation generation)
 {
     ++version_;
     if (address.address.isLinkLocal()) {
+        ++linkLocalVersion_;
         linkLocals_.put(address, generation);
         return;
     }
@@ -119,6 +121,7 @@ void AddressTable::erase(const Address &address)
 {
     ++version_;
     if (address.address.isLinkLocal()) {
+        ++linkLocalVersion_;
         linkLocals_.erase(address);
         return;
     }

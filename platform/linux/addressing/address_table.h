@@ -38,6 +38,8 @@ class AddressTable : public KernelTable
 
     // Differs after each change.
     std::uint64_t version() const { return version_; }
+    // The same of those within fe80::/10.
+    std::uint64_t linkLocalVersion() const { return linkLocalVersion_; }
 
     const char *name() const override { return "addresses"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_IFADDR}; }
@@ -78,6 +80,7 @@ class AddressTable : public KernelTable
     OrderedTable<Address, ByAddress> globals_;
     OrderedTable<Address, ByInterface> linkLocals_;
     std::uint64_t version_ = 0;
+    std::uint64_t linkLocalVersion_ = 0;
     ChangeHandler changed_;
 };
 

@@ -25,12 +25,14 @@ class Uptime
     {
         const std::uint64_t now = monotonicMilliseconds() / tickMs;
         const std::uint64_t uptime = now > began_ ? now - began_ : 0;
-        const std::uint32_t age = static_cast<std::uint32_t>(now) - stampLag_ - stamp;
+        const std::uint32_t age = ageAt(now, stamp);
         if (age > ~ahead) {
             return static_cast<std::uint32_t>(uptime); // the two clocks tick at different moments
         }
         return age < uptime ? static_cast<std::uint32_t>(uptime - age) : 0;
     }
+    // Whether at() will go on to answer the same.
+    bool isSettled(std::uint32_t stamp) const { return ageAt(monotonicMilliseconds() / tickMs, stamp) <= ~ahead; }
     // Of whole seconds since boot.
     std::uint32_t atSecond(std::uint32_t seconds) const { return atMs(std::uint64_t{seconds} * 1'000); }
     // Of a moment of CLOCK_MONOTONIC; 0 stands for a moment before the platform's start.
@@ -44,6 +46,10 @@ class Uptime
     static constexpr std::uint32_t ahead = 100; // ticks
 
     static std::uint32_t measuredStampLag();
+    std::uint32_t ageAt(std::uint64_t now, std::uint32_t stamp) const
+    {
+        return static_cast<std::uint32_t>(now) - stampLag_ - stamp;
+    }
 
     std::uint64_t began_ = 0; // hundredths of a second since boot
     std::uint32_t stampLag_;

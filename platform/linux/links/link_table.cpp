@@ -4,6 +4,7 @@
 
 #include "core/attributes.h"
 #include "core/boot_time.h"
+#include "links/link_type.h"
 
 #include <linux/if.h>
 #include <linux/if_link.h>
@@ -108,6 +109,7 @@ void LinkTable::put(Link link, Generation generation)
 {
     const Link *known = links_.find(link.ifIndex);
     complete(link, known);
+    list_.put(link.ifIndex, typeCode(link));
     if (known == nullptr) {
         rowsChangedMs_ = filled_ ? link.changedMs : 0;
         links_.put(link, generation);
@@ -120,6 +122,7 @@ void LinkTable::put(Link link, Generation generation)
 
 void LinkTable::left(const Link &gone)
 {
+    list_.erase(gone.ifIndex);
     rowsChangedMs_ = filled_ ? monotonicMilliseconds() : 0;
     ++version_;
     tell(gone, nullptr);

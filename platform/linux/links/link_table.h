@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/mirror.h"
+#include "interface_list.h"
 #include "ordered_table.h"
 
 #include <net/if.h>
@@ -49,6 +50,8 @@ class LinkTable : public KernelTable
     const Link *find(std::uint32_t ifIndex) const { return links_.find(ifIndex); }
     const Link *after(std::uint32_t ifIndex) const { return links_.after(ifIndex); }
     std::size_t size() const { return links_.size(); }
+    // The same interfaces as walks over a selection see them.
+    const InterfaceList &list() const { return list_; }
     // Of the monotonic clock, when the last link appeared or vanished; 0: before the start.
     std::uint64_t rowsChangedMs() const { return rowsChangedMs_; }
     // The same for what runs over what, which includes links that come and go.
@@ -78,6 +81,7 @@ class LinkTable : public KernelTable
     void left(const Link &gone);
 
     Links links_;
+    InterfaceList list_; // the same ones
     bool filled_ = false; // the first reading has ended
     std::uint64_t rowsChangedMs_ = 0;
     std::uint64_t relationsChangedMs_ = 0;

@@ -100,17 +100,24 @@ uint32_t fillLower(Platform &platform, const Address *address, const Anycast *an
     return noMore;
 }
 
-const Address *linkLocal(uint32_t ifIndex)
+// Nothing but what the version counts takes part, unless the routes say how the address was formed or the clock of its
+// time stamps is ahead.
+InterfaceList::Answer askLinkLocal(Platform &platform, uint32_t ifIndex, FullAddressRecord *record)
 {
-    Platform *platform = running();
-    return platform == nullptr ? nullptr : platform->addressing().addresses().linkLocal(ifIndex);
+    const Address *found = platform.addressing().addresses().linkLocal(ifIndex);
+    if (found == nullptr) {
+        return {false, true};
+    }
+    fill(platform, *found, record);
+    return {true, originOf(*found) != AddressOrigin::leased && platform.uptime().isSettled(found->changed)};
 }
 
 } // namespace
 
 uint32_t IP6Addr_GetLinkLocalAddr(uint32_t if_index, LinkLocalBuffer *buffer)
 {
-    const Address *found = linkLocal(if_index);
+    Platform *platform = running();
+    const Address *found = platform == nullptr ? nullptr : platform->addressing().addresses().linkLocal(if_index);
     if (found == nullptr) {
         return notFound;
     }
@@ -151,10 +158,11 @@ uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, 
 
 uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)
 {
-    const Address *found = linkLocal(if_index);
-    if (found == nullptr) {
+    Platform *platform = running();
+    if (platform == nullptr) {
         return notFound;
     }
-    fill(*running(), *found, record);
-    return success;
+    const auto ask = [=](FullAddressRecord *answer) { return askLinkLocal(*platform, if_index, answer); };
+    const bool found = platform->links().list().linkLocal(if_index, platform->linkLocalVersion(), ask, record);
+    return found ? success : notFound;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Interfaces: which exist, which are selected, in ascending ifIndex.
 #include "core/type_selection.h"
-#include "links/link_type.h"
 #include "services/service.h"
 
 using namespace ipmib::platform;
@@ -15,15 +14,6 @@ constexpr uintptr_t iteratorHandle = 1;
 uint32_t result(bool understood)
 {
     return understood ? success : notFound;
-}
-
-const Link *nextSelected(const LinkTable &links, const TypeSelection &selection, uint32_t ifIndex)
-{
-    const Link *link = links.after(ifIndex);
-    while (link != nullptr && !selection.holds(typeCode(*link))) {
-        link = links.after(link->ifIndex);
-    }
-    return link;
 }
 
 } // namespace
@@ -67,9 +57,9 @@ uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator
 uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t, uint32_t if_index)
 {
     const Platform *platform = running();
-    const Link *link =
-        platform == nullptr ? nullptr : nextSelected(platform->links(), TypeSelection::in(*selection), if_index);
-    return link == nullptr ? 0 : link->ifIndex;
+    const InterfaceList::Row *next =
+        platform == nullptr ? nullptr : platform->links().list().next(TypeSelection::in(*selection), if_index);
+    return next == nullptr ? 0 : next->ifIndex;
 }
 
 uint32_t IF_IsValidIfIndex(uint32_t if_index)

@@ -58,6 +58,7 @@ Interface *Device::add(Interface interface)
         interfaces_[static_cast<std::size_t>(placeOf(lower) - interfaces_.cbegin())].carries.push_back(
             interface.ifIndex);
     }
+    list_.put(interface.ifIndex, interface.type, interface.outages.never());
     return &*interfaces_.insert(place, std::move(interface));
 }
 

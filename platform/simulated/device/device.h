@@ -6,6 +6,7 @@
 #include "device/interface.h"
 #include "device/routes.h"
 #include "device/rows.h"
+#include "interface_list.h"
 
 #include <cstdint>
 #include <string>
@@ -69,7 +70,13 @@ class Device
     std::uint32_t elapsedS() const;
     std::uint32_t secondsSinceBoot() const { return uptimeS + elapsedS(); }
     // So many milliseconds after boot sysUpTime was 0; before boot when it is negative.
-    void setUptimeBegan(std::int64_t sinceBootMs) { uptimeBeganMs_ = sinceBootMs; }
+    void setUptimeBegan(std::int64_t sinceBootMs)
+    {
+        uptimeVersion_ += sinceBootMs != uptimeBeganMs_ ? 1 : 0;
+        uptimeBeganMs_ = sinceBootMs;
+    }
+    // Differs after each change of that.
+    std::uint64_t uptimeVersion() const { return uptimeVersion_; }
     // sysUpTime at a moment since boot, in hundredths of a second: 0 for what was there at boot, or before sysUpTime
     // began, and at most what it is now.
     std::uint32_t uptimeAt(std::uint64_t sinceBootMs) const;
@@ -89,6 +96,9 @@ class Device
     const Neighbour *neighbour(const NeighbourKey &key) const;
     const Neighbour *globalNeighbourAfter(const NeighbourKey &key) const;
     const Neighbour *linkLocalNeighbourAfter(const NeighbourKey &key) const;
+
+    // The same interfaces as walks over a selection see them, whether they exist now or not.
+    const platform::InterfaceList &list() const { return list_; }
 
     const Address *linkLocal(std::uint32_t ifIndex) const;
     const Address *address(const PackedAddress &address) const;
@@ -126,6 +136,7 @@ class Device
     bool isVisible(const Router &router) const;
 
     std::vector<Interface> interfaces_; // by ifIndex
+    platform::InterfaceList list_;
     mutable std::size_t lastPlace_ = 0; // of the last lookup: walks go on from there
     std::unordered_map<std::string, std::uint32_t> names_;
     Addresses addresses_; // outside fe80::/10
@@ -139,6 +150,7 @@ class Device
     Routers linkLocalRouters_;
     Time time_ = 0;
     std::int64_t uptimeBeganMs_ = 0;
+    std::uint64_t uptimeVersion_ = 1;
 };
 
 } // namespace ipmib::simulated

@@ -70,6 +70,7 @@ struct Failure {
 class Failures
 {
   public:
+    bool empty() const { return failures_.empty(); }
     void add(Failure failure) { failures_.push_back(std::move(failure)); }
     // The result of a service that fails now, asked about an interface or (0) about none.
     std::optional<std::uint32_t> find(Service service, std::uint32_t ifIndex, Time time) const

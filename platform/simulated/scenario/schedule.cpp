@@ -60,7 +60,7 @@ Schedule Schedule::read(const Value &list)
     return schedule;
 }
 
-bool Schedule::covers(Time time) const
+bool Schedule::isWithinOne(Time time) const
 {
     return std::any_of(periods_.begin(), periods_.end(), [time](const Period &period) {
         if (time < period.from) {

@@ -20,7 +20,8 @@ class Schedule
     static Schedule read(const Value &list);
     static Schedule always();
 
-    bool covers(Time time) const;
+    bool never() const { return periods_.empty(); }
+    bool covers(Time time) const { return !never() && isWithinOne(time); }
     // How much of the time before this moment is covered.
     Time coveredBefore(Time time) const;
     // When a period began or ended last, at this moment at the latest; 0 when none has yet.
@@ -32,6 +33,8 @@ class Schedule
         Time to;    // the moment at which it is over
         Time every; // 0: once
     };
+
+    bool isWithinOne(Time time) const;
 
     std::vector<Period> periods_; // ascending, apart from each other
 };

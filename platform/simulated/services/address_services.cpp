@@ -3,6 +3,7 @@
 #include "services/call.h"
 
 using namespace ipmib::simulated;
+using ipmib::platform::InterfaceList;
 
 namespace
 {
@@ -63,5 +64,16 @@ uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, 
 uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetLinkLocalFullAddr, if_index);
-    return call ? fill(call.device(), call.device().linkLocal(if_index), notFound, record) : call.result();
+    if (!call) {
+        return call.result();
+    }
+    const Device &device = call.device();
+    const auto ask = [&device, if_index](FullAddressRecord *answer) {
+        const Interface *interface = device.find(if_index);
+        const Address *address = device.linkLocal(if_index);
+        const bool isSteady = interface != nullptr && interface->outages.never();
+        const bool isPast = address == nullptr || address->changedS <= device.secondsSinceBoot();
+        return InterfaceList::Answer{fill(device, address, notFound, answer) == success, isSteady && isPast};
+    };
+    return device.list().linkLocal(if_index, device.uptimeVersion(), ask, record) ? success : notFound;
 }

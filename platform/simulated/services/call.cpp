@@ -22,18 +22,17 @@ bool isDown(const Device &device, ServiceInfo::Part part)
 
 } // namespace
 
-Call::Call(Service service, std::uint32_t ifIndex) : platform_(running()), result_(infoOf(service).failure)
+Call Call::decided(Service service, std::uint32_t ifIndex)
 {
-    if (platform_ == nullptr) {
-        return;
+    Platform *const platform = running();
+    if (platform == nullptr) {
+        return {nullptr, infoOf(service).failure};
     }
-    const Device &device = platform_->device();
+    const Device &device = platform->device();
     if (const auto failure = device.failures.find(service, ifIndex, device.time())) {
-        result_ = *failure;
-        platform_ = nullptr;
-    } else if (isDown(device, infoOf(service).part)) {
-        platform_ = nullptr;
+        return {nullptr, *failure};
     }
+    return isDown(device, infoOf(service).part) ? Call(nullptr, infoOf(service).failure) : Call(platform, success);
 }
 
 } // namespace ipmib::simulated

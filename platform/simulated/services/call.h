@@ -19,7 +19,12 @@ class Call
 {
   public:
     // A service that is asked about an interface names it.
-    explicit Call(Service service, std::uint32_t ifIndex = 0);
+    explicit Call(Service service, std::uint32_t ifIndex = 0) : platform_(running())
+    {
+        if (platform_ == nullptr || platform_->hasFailures()) {
+            *this = decided(service, ifIndex);
+        }
+    }
 
     // False when the service fails now; then result() is what it answers.
     explicit operator bool() const { return platform_ != nullptr; }
@@ -29,8 +34,11 @@ class Call
     platform::RowHopLimit &rowHopLimit() const { return platform_->rowHopLimit(); }
 
   private:
+    Call(Platform *platform, std::uint32_t result) : platform_(platform), result_(result) {}
+    static Call decided(Service service, std::uint32_t ifIndex);
+
     Platform *platform_;
-    std::uint32_t result_;
+    std::uint32_t result_ = success;
 };
 
 } // namespace ipmib::simulated

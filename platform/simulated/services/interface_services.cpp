@@ -4,6 +4,7 @@
 #include "services/call.h"
 
 using namespace ipmib::simulated;
+using ipmib::platform::InterfaceList;
 using ipmib::platform::TypeSelection;
 
 namespace
@@ -17,14 +18,23 @@ uint32_t result(bool understood)
     return understood ? success : notFound;
 }
 
-uint32_t nextSelected(const Device &device, IfSelection *selection, uint32_t ifIndex)
+[[gnu::noinline]] const InterfaceList::Row *nextExisting(const Device &device, const TypeSelection &types,
+                                                         const InterfaceList::Row *row)
+{
+    while (row != nullptr && device.find(row->ifIndex) == nullptr) {
+        row = device.list().next(types, row->ifIndex);
+    }
+    return row;
+}
+
+inline uint32_t nextSelected(const Device &device, IfSelection *selection, uint32_t ifIndex)
 {
     const TypeSelection &types = TypeSelection::in(*selection);
-    const Interface *interface = device.after(ifIndex);
-    while (interface != nullptr && !types.holds(interface->type)) {
-        interface = device.after(interface->ifIndex);
+    const InterfaceList::Row *row = device.list().next(types, ifIndex);
+    if (row != nullptr && !row->isSteady) [[unlikely]] {
+        row = nextExisting(device, types, row);
     }
-    return interface == nullptr ? 0 : interface->ifIndex;
+    return row == nullptr ? 0 : row->ifIndex;
 }
 
 } // namespace
