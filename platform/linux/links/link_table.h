@@ -81,7 +81,7 @@ class LinkTable : public KernelTable
     void left(const Link &gone);
 
     Links links_;
-    InterfaceList list_; // the same ones
+    InterfaceList list_;  // the same ones
     bool filled_ = false; // the first reading has ended
     std::uint64_t rowsChangedMs_ = 0;
     std::uint64_t relationsChangedMs_ = 0;
