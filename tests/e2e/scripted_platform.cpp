@@ -167,18 +167,17 @@ void reload()
 
 extern "C" {
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
-                                                 start,
-                                                 stop,
-                                                 descriptor,
-                                                 dispatch,
-                                                 beginPacket,
-                                                 reload,
-                                                 nullptr,
-                                                 &ipmib::e2e::scriptedInterfaces,
-                                                 &ipmib::e2e::scriptedIpv4,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr};
+const IpmibPlatformHooks ipmib_platform_hooks = [] {
+    IpmibPlatformHooks hooks{};
+    hooks.size = sizeof(IpmibPlatformHooks);
+    hooks.start = start;
+    hooks.stop = stop;
+    hooks.descriptor = descriptor;
+    hooks.dispatch = dispatch;
+    hooks.begin_packet = beginPacket;
+    hooks.reload = reload;
+    hooks.interfaces = &ipmib::e2e::scriptedInterfaces;
+    hooks.ipv4 = &ipmib::e2e::scriptedIpv4;
+    return hooks;
+}();
 }

@@ -62,7 +62,12 @@ void uptimeBegan(std::uint64_t) {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default")))
-const IpmibPlatformHooks ipmib_platform_hooks = {SIZE,    start,   stop,    nullptr, nullptr,     nullptr, nullptr,
-                                                 nullptr, nullptr, nullptr, nullptr, uptimeBegan, nullptr, nullptr};
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = [] {
+    IpmibPlatformHooks hooks{};
+    hooks.size = SIZE;
+    hooks.start = start;
+    hooks.stop = stop;
+    hooks.uptime_began = uptimeBegan;
+    return hooks;
+}();
 #endif

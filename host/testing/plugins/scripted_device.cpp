@@ -20,17 +20,10 @@ void stop() {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default")))
-const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
-                                                 start,
-                                                 stop,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr};
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = [] {
+    IpmibPlatformHooks hooks{};
+    hooks.size = sizeof(IpmibPlatformHooks);
+    hooks.start = start;
+    hooks.stop = stop;
+    return hooks;
+}();

@@ -170,19 +170,17 @@ void nothing() {}
 extern "C" {
 
 extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = {sizeof(IpmibPlatformHooks),
-                                                 start,
-                                                 nothing,
-                                                 descriptor,
-                                                 nothing,
-                                                 nothing,
-                                                 nothing,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr,
-                                                 nullptr};
+const IpmibPlatformHooks ipmib_platform_hooks = [] {
+    IpmibPlatformHooks hooks{};
+    hooks.size = sizeof(IpmibPlatformHooks);
+    hooks.start = start;
+    hooks.stop = nothing;
+    hooks.descriptor = descriptor;
+    hooks.dispatch = nothing;
+    hooks.begin_packet = nothing;
+    hooks.reload = nothing;
+    return hooks;
+}();
 
 std::uint32_t IP6_DaemonCheck(std::uint32_t)
 {
