@@ -19,7 +19,6 @@ import urllib.request
 import mib_texts
 from agent import Agent, free_port, patience, root, skip
 from catalogue import Catalogue
-from mib_texts import OUTSIDE
 
 update = "--update" in sys.argv
 program = os.path.abspath(sys.argv[-1])
@@ -133,7 +132,7 @@ class Exporter(unittest.TestCase):
         for scenario in ("home-router", "failing-services"):
             with Agent(program, scenario) as agent:
                 names = {oid[-1]: bytes.fromhex(text.replace(" ", "")).decode() for oid, _, text in agent.walk("1.3.6.1.2.1.31")
-                         if oid[:-1] == OUTSIDE["ifName"]}
+                         if oid[:-1] == catalogue.nodes["ifName"].oid}
                 self.assertIn("lan0", names.values())
                 wanted = expected(agent.walk("1.3.6.1.2.1"), names)
                 told = scrape(agent.target, "ipmib")
@@ -141,7 +140,7 @@ class Exporter(unittest.TestCase):
             # What the product adds to the module's tables is scraped where the configuration asks for the column.
             scraped = {name for name, _ in told}
             wanted = {key: number for key, number in wanted.items()
-                      if catalogue.nodes[key[0]].served or key[0] in scraped}
+                      if catalogue.nodes[key[0]].of_the_plug_in or key[0] in scraped}
             self.assertEqual({key: told.get(key) for key in wanted}, wanted)
             ours = {key for key in told if key[0] in catalogue.nodes}
             self.assertEqual(ours - set(wanted), set())
@@ -150,7 +149,7 @@ class Exporter(unittest.TestCase):
             self.assertEqual({key: traffic.get(key) for key in counted}, counted)
             if scenario == "home-router":
                 tables = {catalogue.nodes[name].parent.name for name, _ in wanted}
-                served = {node.parent.name for node in catalogue.nodes.values() if node.served}
+                served = {node.parent.name for node in catalogue.nodes.values() if node.of_the_plug_in}
                 self.assertEqual(tables, served)
 
 
