@@ -62,7 +62,8 @@ void uptimeBegan(std::uint64_t) {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = [] {
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
+const IpmibPlatformHooks ipmib_platform_hooks = [] {
     IpmibPlatformHooks hooks{};
     hooks.size = SIZE;
     hooks.start = start;

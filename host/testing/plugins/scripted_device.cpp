@@ -20,7 +20,8 @@ void stop() {}
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks = [] {
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
+const IpmibPlatformHooks ipmib_platform_hooks = [] {
     IpmibPlatformHooks hooks{};
     hooks.size = sizeof(IpmibPlatformHooks);
     hooks.start = start;
