@@ -52,4 +52,5 @@ endif()
 if(NOT IPMIB_SANITIZE AND NOT IPMIB_DEVICE_ONLY)
   add_test(NAME module_under_valgrind
            COMMAND valgrind --quiet --error-exitcode=1 --leak-check=full $<TARGET_FILE:module_test> --gtest_brief=1)
+  set_tests_properties(module_under_valgrind PROPERTIES TIMEOUT 600)
 endif()
