@@ -64,6 +64,9 @@ int run(cli::Options options)
     if (command == std::end(commands)) {
         throw host::UsageError("there is no command \"" + options.words.front() + "\"; ipmibctl --help lists them");
     }
+    if (options.version != cli::Version::both && command->run != cli::show && command->run != cli::watch) {
+        throw host::UsageError("-4 and -6 are for show and watch");
+    }
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN);
     options.plugin.log = logLine;
     cli::Session session(options.plugin);

@@ -23,6 +23,7 @@ Shows the IP-MIB of this machine, or of a simulated device, without SNMP.
   walk OBJECT            all values below an object
   tree [OBJECT]          the objects, with their types, access, and whether they are served
 
+  -4, -6                 show and watch one version of IP alone
       --json             for programs
       --width N          as wide as N places (default: the terminal; 0: no limit)
       --interval S       seconds between two looks of watch (default: 1)
@@ -82,7 +83,7 @@ Options parseOptions(int argc, char *const *argv)
     opterr = 0;
     optind = 0; // lets glibc start afresh
     int letter;
-    while ((letter = getopt_long(argc, argv, ":hv", longOptions, nullptr)) != -1) {
+    while ((letter = getopt_long(argc, argv, ":hv46", longOptions, nullptr)) != -1) {
         switch (letter) {
         case 'h':
             options.action = Options::Action::help;
@@ -90,6 +91,12 @@ Options parseOptions(int argc, char *const *argv)
         case 'v':
             options.action = Options::Action::version;
             return options;
+        case '4':
+            options.version = Version::ipv4;
+            break;
+        case '6':
+            options.version = Version::ipv6;
+            break;
         case jsonOption:
             options.json = true;
             break;

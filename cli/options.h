@@ -12,6 +12,9 @@
 namespace ipmib::cli
 {
 
+// Of IP, of which views show rows.
+enum class Version { both, ipv4, ipv6 };
+
 struct Options {
     enum class Action { run, help, version };
 
@@ -19,8 +22,9 @@ struct Options {
     std::vector<std::string> words; // the command and its arguments
     bool json = false;
     std::optional<std::size_t> width; // places in a line, 0: no limit; else those of the terminal
-    unsigned intervalMs = 1'000;      // of watch
-    unsigned count = 0;               // of watch; 0: until it is interrupted
+    Version version = Version::both;
+    unsigned intervalMs = 1'000; // of watch
+    unsigned count = 0;          // of watch; 0: until it is interrupted
     host::PluginOptions plugin;
 };
 

@@ -101,6 +101,14 @@ std::uint32_t Session::uptime() const
     return seconds;
 }
 
+std::uint32_t Session::linkLocalPrefixLength(std::uint32_t ifIndex) const
+{
+    const IpmibPlatformHooks *platform = plugin_.platform();
+    const bool knows =
+        platform != nullptr && platform->ip != nullptr && platform->ip->link_local_prefix_length != nullptr;
+    return knows ? platform->ip->link_local_prefix_length(ifIndex) : 0;
+}
+
 std::string Session::interfaceName(std::uint32_t ifIndex) const
 {
     const IpmibPlatformHooks *platform = plugin_.platform();
@@ -117,7 +125,7 @@ std::uint32_t Session::interfaceIndex(std::string_view name)
         return number;
     }
     const std::string shown = support::printable(name);
-    TableReader interfaces(*this, "ipIfStatsEntry", {"ipIfStatsHCInReceives"});
+    TableReader interfaces(*this, "ipIfStatsEntry", {"ipIfStatsHCInReceives"}, TableReader::Rows::all);
     while (interfaces.next()) {
         const std::uint32_t ifIndex = interfaces.key().number(1);
         if (interfaceName(ifIndex) == shown) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "object_tree.h"
+#include "options.h"
 
 #include "host/byte_store.h"
 #include "host/plugin.h"
@@ -29,6 +30,10 @@ class Session
     // The same for the successors within a table; none follows within what is no table.
     void getNext(std::span<host::Variable> variables, host::OidView table);
 
+    // Of which version rows are read from here on, unless a reader wants all.
+    void show(Version version) { shown_ = version; }
+    Version shown() const { return shown_; }
+
     // What is asked from here on is answered from the device's state of this moment.
     void freshState();
     // Lets the platform work, until so many milliseconds have passed or a signal has come; false for a signal.
@@ -36,6 +41,9 @@ class Session
 
     // Seconds since the device's boot.
     std::uint32_t uptime() const;
+
+    // How many bits of an interface's link-local address are its prefix; 0 when that is not known.
+    std::uint32_t linkLocalPrefixLength(std::uint32_t ifIndex) const;
 
     // As people know it, with what is not printable escaped; its number when it has no name.
     std::string interfaceName(std::uint32_t ifIndex) const;
@@ -45,6 +53,7 @@ class Session
   private:
     host::Plugin plugin_;
     tables::ServedDevice device_;
+    Version shown_ = Version::both;
     host::ByteStore store_; // of what get has answered
 };
 

@@ -58,11 +58,12 @@ int show(Session &session, const Options &options, const Words &words)
     }
     const bool ofOne = words.size() > 1;
     const View &named = viewNamed(words.front());
-    const View &view = &named == &statisticsView && ofOne ? countersView : named;
+    const View &view = &named == &statisticsView && ofOne ? countersViewOf(options.version) : named;
     const std::size_t place = interfaceColumn(view);
     if (words.size() > 2 || (ofOne && !view.takesArgument && place == view.columns.size())) {
         throw host::UsageError("show: \"" + words.back() + "\" is too much");
     }
+    session.show(options.version);
     session.freshState();
     const bool filtered = ofOne && !view.takesArgument;
     const std::string interface = filtered ? session.interfaceName(session.interfaceIndex(words[1])) : "";

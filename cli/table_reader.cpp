@@ -3,6 +3,7 @@
 #include "table_reader.h"
 
 #include "session.h"
+#include "text.h"
 
 #include "host/index_part.h"
 
@@ -25,8 +26,8 @@ const Object &objectNamed(const ObjectTree &tree, std::string_view name)
 
 } // namespace
 
-TableReader::TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns)
-    : session_(session), entry_(&objectNamed(session.tree(), entry))
+TableReader::TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns, Rows rows)
+    : session_(session), entry_(&objectNamed(session.tree(), entry)), rows_(rows)
 {
     for (const MibTreeNode *part : host::columnsOf(*entry_->node->pstIndex)) {
         parts_.push_back(*host::indexPart(*part));
@@ -42,6 +43,33 @@ TableReader::TableReader(Session &session, std::string_view entry, std::vector<s
 }
 
 bool TableReader::next()
+{
+    const Version wanted = rows_ == Rows::all ? Version::both : session_.shown();
+    while (readNext()) {
+        const Version found = wanted == Version::both ? wanted : version();
+        if (found == wanted || found == Version::both) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// As the row's index says; of a table without such an index the name.
+Version TableReader::version() const
+{
+    const auto versionOf = [](std::string_view text) {
+        return text.starts_with("ipv4") ? Version::ipv4 : text.starts_with("ipv6") ? Version::ipv6 : Version::both;
+    };
+    for (std::size_t part = 0; part < parts_.size(); ++part) {
+        const MibSyntax &syntax = *indexObject(part).pstSyntax;
+        if (syntax.ulType == MIB_TYPE_ENUM) {
+            return versionOf(labelText(syntax, key_.number(part)));
+        }
+    }
+    return versionOf(entry_->node->pszName);
+}
+
+bool TableReader::readNext()
 {
     const Column *first = nullptr;
     for (Column &column : columns_) {

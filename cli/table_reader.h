@@ -16,12 +16,17 @@ namespace ipmib::cli
 {
 
 class Session;
+enum class Version;
 
 class TableReader
 {
   public:
+    // All rows, or those of the version of IP that the session shows.
+    enum class Rows { shown, all };
+
     // The entry by its name, and the names of columns, of which one that is not served has no values.
-    TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns);
+    TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns,
+                Rows rows = Rows::shown);
 
     // Goes on to the next row; false behind the last one. Throws std::runtime_error when the module's answer is
     // unusable.
@@ -38,6 +43,8 @@ class TableReader
     Session &session() const { return session_; }
 
   private:
+    bool readNext();
+    Version version() const;
     std::optional<host::Oid> nearestRow() const;
 
     struct Column {
@@ -48,6 +55,7 @@ class TableReader
 
     Session &session_;
     const Object *entry_;
+    Rows rows_;
     host::IndexParts parts_;
     std::vector<Column> columns_;
     std::vector<host::Variable> variables_;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "cell.h"
+#include "options.h"
 
 #include <span>
 #include <string>
@@ -38,6 +39,13 @@ extern const View interfacesView;
 extern const View advertisementsView;
 extern const View statisticsView; // one row for each version and interface
 extern const View countersView;   // one row for each counter: of the system, or of the interface that is named
+extern const View ipv4CountersView;
+extern const View ipv6CountersView;
 extern const View icmpView;
+
+inline const View &countersViewOf(Version version)
+{
+    return version == Version::ipv4 ? ipv4CountersView : version == Version::ipv6 ? ipv6CountersView : countersView;
+}
 
 } // namespace ipmib::cli

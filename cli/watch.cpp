@@ -33,10 +33,10 @@ void endOnInterrupt()
     sigaction(SIGTERM, &action, nullptr);
 }
 
-const View &viewFor(const Words &words)
+const View &viewFor(const Words &words, Version version)
 {
     const std::string name = words.empty() ? "" : words.front();
-    const View *view = name == "statistics"   ? &countersView
+    const View *view = name == "statistics"   ? &countersViewOf(version)
                        : name == "interfaces" ? &statisticsView
                        : name == "icmp"       ? &icmpView
                                               : nullptr;
@@ -90,8 +90,9 @@ void write(std::span<const Column> columns, const std::vector<Row> &rows, const 
 
 int watch(Session &session, const Options &options, const Words &words)
 {
-    const View &view = viewFor(words);
+    const View &view = viewFor(words, options.version);
     const std::string argument = words.size() > 1 ? words.back() : "";
+    session.show(options.version);
     endOnInterrupt();
     Rates rates;
     Clock::time_point before;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The device's addresses, with the lengths of their prefixes.
+#include "session.h"
 #include "view.h"
 
 namespace ipmib::cli
@@ -17,13 +18,19 @@ constexpr Column columns[] = {
     {"CHANGED", "changed", Align::right, 4},
 };
 
-// The last sub-identifier of the pointer to the prefix.
-Cell withPrefixLength(const Cell &address, const host::Value *prefix)
+// The last sub-identifier of the pointer to the prefix. That of a link-local address points to the prefix of them all.
+std::uint32_t prefixLength(const TableReader &rows, const host::Value *interface, const host::Value *prefix)
 {
-    if (prefix == nullptr || prefix->objectId.empty()) {
-        return address;
-    }
-    return textCell(address.text + "/" + std::to_string(prefix->objectId.back()));
+    constexpr std::size_t withZone = 20; // octets
+    const std::uint32_t own = interface != nullptr && rows.key().octets(1).size() == withZone
+                                  ? rows.session().linkLocalPrefixLength(static_cast<std::uint32_t>(interface->number))
+                                  : 0;
+    return own != 0 || prefix == nullptr || prefix->objectId.empty() ? own : prefix->objectId.back();
+}
+
+Cell withLength(const Cell &address, std::uint32_t length)
+{
+    return length == 0 ? address : textCell(address.text + "/" + std::to_string(length));
 }
 
 void list(Session &session, const std::string &, const Sink &sink)
@@ -33,9 +40,9 @@ void list(Session &session, const std::string &, const Sink &sink)
                      {"ipAddressIfIndex", "ipAddressType", "ipAddressPrefix", "ipAddressOrigin", "ipAddressStatus",
                       "ipAddressCreated", "ipAddressLastChanged"});
     while (rows.next()) {
-        sink({withPrefixLength(addressCell(rows, 1), rows.value(prefix)), interfaceNumberCell(rows, ifIndex),
-              labelCell(rows, status), labelCell(rows, origin), labelCell(rows, type), agoCell(rows, created),
-              agoCell(rows, changed)});
+        const std::uint32_t length = prefixLength(rows, rows.value(ifIndex), rows.value(prefix));
+        sink({withLength(addressCell(rows, 1), length), interfaceNumberCell(rows, ifIndex), labelCell(rows, status),
+              labelCell(rows, origin), labelCell(rows, type), agoCell(rows, created), agoCell(rows, changed)});
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "host/tree_check.h"
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -19,7 +20,11 @@ constexpr Column columns[] = {
     {"IPV4", "ipv4", Align::right},
     {"IPV6", "ipv6", Align::right},
 };
-constexpr host::SubId versions[] = {1, 2};
+constexpr Column columnsOfIpv4[] = {columns[0], columns[1]};
+constexpr Column columnsOfIpv6[] = {columns[0], columns[2]};
+
+constexpr host::SubId ipv4 = 1;
+constexpr host::SubId ipv6 = 2;
 
 struct Counter {
     const Object *object;
@@ -80,11 +85,13 @@ void list(Session &session, const std::string &name, const Sink &sink)
     }
     const std::vector<Counter> counters = countersOf(session.tree(), *entry, table);
     std::vector<Row> rows;
-    for (const host::SubId version : versions) {
-        const host::SubId instance[] = {version, ifIndex};
-        rows.push_back(readRow(session, counters, {instance, ofSystem ? 1u : 2u}));
+    for (const host::SubId version : {ipv4, ipv6}) {
+        if (session.shown() == Version::both || session.shown() == (version == ipv4 ? Version::ipv4 : Version::ipv6)) {
+            const host::SubId instance[] = {version, ifIndex};
+            rows.push_back(readRow(session, counters, {instance, ofSystem ? 1u : 2u}));
+        }
     }
-    if (rows[0].empty() && rows[1].empty()) {
+    if (std::ranges::all_of(rows, &Row::empty)) {
         throw std::runtime_error("there are no statistics of " + (ofSystem ? "the system" : name));
     }
     for (std::size_t i = 0; i < counters.size(); ++i) {
@@ -99,5 +106,7 @@ void list(Session &session, const std::string &name, const Sink &sink)
 } // namespace
 
 const View countersView{"statistics", columns, list, true};
+const View ipv4CountersView{"statistics", columnsOfIpv4, list, true};
+const View ipv6CountersView{"statistics", columnsOfIpv6, list, true};
 
 } // namespace ipmib::cli

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// IPv6 on each interface that has it.
+// IPv4 and IPv6 on each interface that has it.
 #include "text.h"
 #include "view.h"
 
@@ -11,7 +11,8 @@ namespace
 constexpr Column columns[] = {
     {"INTERFACE", "interface"},
     {"INDEX", "ifIndex", Align::right},
-    {"IPV6", "enableStatus"},
+    {"VERSION", "version"},
+    {"STATUS", "enableStatus"},
     {"FORWARDING", "forwarding", Align::left, 2},
     {"IDENTIFIER", "identifier", Align::left, 1},
     {"REACHABLE", "reachableTime", Align::right, 3},
@@ -32,15 +33,26 @@ Cell identifierCell(const host::Value *value)
     return textCell(text);
 }
 
+Cell ifIndexCell(const TableReader &rows)
+{
+    const std::uint32_t ifIndex = rows.key().number(0);
+    return {std::to_string(ifIndex), ifIndex, {}};
+}
+
 void list(Session &session, const std::string &, const Sink &sink)
 {
+    enum { ip4EnableStatus, ip4Retransmit };
+    TableReader ip4(session, "ipv4InterfaceEntry", {"ipv4InterfaceEnableStatus", "ipv4InterfaceRetransmitTime"});
+    while (ip4.next()) {
+        sink({interfaceCell(ip4, 0), ifIndexCell(ip4), textCell("ipv4"), labelCell(ip4, ip4EnableStatus), emptyCell(),
+              emptyCell(), emptyCell(), millisecondsCell(ip4, ip4Retransmit)});
+    }
     enum { identifier, enableStatus, reachable, retransmit, forwarding };
     TableReader rows(session, "ipv6InterfaceEntry",
                      {"ipv6InterfaceIdentifier", "ipv6InterfaceEnableStatus", "ipv6InterfaceReachableTime",
                       "ipv6InterfaceRetransmitTime", "ipv6InterfaceForwarding"});
     while (rows.next()) {
-        const std::uint32_t ifIndex = rows.key().number(0);
-        sink({interfaceCell(rows, 0), Cell{std::to_string(ifIndex), ifIndex, {}}, labelCell(rows, enableStatus),
+        sink({interfaceCell(rows, 0), ifIndexCell(rows), textCell("ipv6"), labelCell(rows, enableStatus),
               labelCell(rows, forwarding), identifierCell(rows.value(identifier)), millisecondsCell(rows, reachable),
               millisecondsCell(rows, retransmit)});
     }

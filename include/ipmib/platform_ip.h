@@ -230,6 +230,10 @@ typedef struct IpmibIpHooks {
     /* By interface, and then as the identifiers of rows compare: a shorter address is in front of a longer one. */
     int (*find_receive_address)(uint32_t if_index, const uint8_t *address, size_t size, IpmibReceiveAddress *row);
     int (*next_receive_address)(uint32_t if_index, const uint8_t *address, size_t size, IpmibReceiveAddress *row);
+
+    /* How many bits of an interface's link-local IPv6 address are its prefix; 0 when it has no such address. The tables
+     * say 10 of each, the length of all link-local addresses' common prefix. */
+    uint32_t (*link_local_prefix_length)(uint32_t if_index);
 } IpmibIpHooks;
 
 #ifdef __cplusplus

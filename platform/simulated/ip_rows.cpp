@@ -314,4 +314,11 @@ bool IpRows::receiveAddressAfter(std::uint32_t ifIndex, const std::uint8_t *addr
     return false;
 }
 
+// In front of its identifier.
+std::uint32_t IpRows::linkLocalPrefixLength(std::uint32_t ifIndex) const
+{
+    constexpr std::uint32_t length = 64;
+    return device_.linkLocal(ifIndex) == nullptr ? 0 : length;
+}
+
 } // namespace ipmib::simulated

@@ -48,6 +48,7 @@ class IpRows
                             IpmibReceiveAddress &row) const;
     bool receiveAddressAfter(std::uint32_t ifIndex, const std::uint8_t *address, std::size_t size,
                              IpmibReceiveAddress &row) const;
+    std::uint32_t linkLocalPrefixLength(std::uint32_t ifIndex) const;
 
   private:
     bool isTop(const Interface &interface) const;

@@ -35,13 +35,15 @@ TEST(AddressesOfAMachine, areThoseThatIpLists)
               "addr add 2001:db8::1/64 dev eth0 nodad\n"
               "addr add 2001:db8::2/128 dev eth0 nodad preferred_lft 0\n"
               "addr add fd00::1/48 dev wlan1 nodad\n"
+              "addr flush dev wlan1 scope link\n"
+              "addr add fe80::7/70 dev wlan1 nodad\n"
               "END");
     std::map<std::string, std::set<std::string>> expected; // interface -> address with length and status
     for (const json &link : space.json("ip -j address")) {
         for (const json &info : link["addr_info"]) {
             const std::string address = info["local"];
-            const unsigned length = isLinkLocal(address) ? 10 : info["prefixlen"].get<unsigned>(); // of all fe80::/10
-            std::string shown = zoned(address, link["ifname"]) + "/" + std::to_string(length);
+            std::string shown =
+                zoned(address, link["ifname"]) + "/" + std::to_string(info["prefixlen"].get<unsigned>());
             shown += info.value("deprecated", false) ? " deprecated" : " preferred";
             expected[link["ifname"]].insert(shown);
         }

@@ -213,6 +213,25 @@ class Words(unittest.TestCase):
                     if isinstance(value, str):
                         self.assertIn(value, line)
 
+    def test_the_rows_of_either_version_are_all_rows(self):
+        for view in views:
+            rows = json.loads(run("show", view, "--json", *home_router).stdout)
+            ipv4 = json.loads(run("show", view, "-4", "--json", *home_router).stdout)
+            ipv6 = json.loads(run("show", view, "-6", "--json", *home_router).stdout)
+            self.assertEqual([row for row in rows if row in ipv4], ipv4, view)
+            self.assertEqual([row for row in rows if row not in ipv4], ipv6, view)
+            self.assertEqual((bool(ipv4), bool(ipv6)), (view != "advertisements", True), view)
+            for row in rows:
+                told = row.get("version") or row.get("address") or row.get("prefix")
+                if told is not None:
+                    self.assertEqual(row in ipv6, ":" in told or told == "ipv6", row)
+
+    def test_all_counters_of_one_version(self):
+        rows = json.loads(run("show", "statistics", "lan0", "--json", *home_router).stdout)
+        for version, option in (("ipv4", "-4"), ("ipv6", "-6")):
+            shown = json.loads(run("show", "statistics", "lan0", option, "--json", *home_router).stdout)
+            self.assertEqual(shown, [{"counter": row["counter"], version: row[version]} for row in rows])
+
     def test_one_interface_is_the_rows_of_all_that_are_its_own(self):
         for view in set(views) - {"icmp", "statistics"}:
             rows = json.loads(run("show", view, "--json", *home_router).stdout)

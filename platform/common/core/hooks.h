@@ -160,6 +160,7 @@ class Hooks
             hookCall<rows, &Ip::stackChanged>,
             hookCall<rows, &Ip::findReceiveAddress>,
             hookCall<rows, &Ip::receiveAddressAfter>,
+            hookCall<rows, &Ip::linkLocalPrefixLength>,
         };
     };
 

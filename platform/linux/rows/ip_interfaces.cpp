@@ -125,4 +125,10 @@ std::uint32_t IpRows::interfacesChanged(std::uint32_t version)
     return platform_.uptime().atMs(interfaces_[version == IPMIB_IPV4 ? 0 : 1].changedMs);
 }
 
+std::uint32_t IpRows::linkLocalPrefixLength(std::uint32_t ifIndex)
+{
+    const Address *found = platform_.addressing().addresses().linkLocal(ifIndex);
+    return found == nullptr ? 0 : found->length;
+}
+
 } // namespace ipmib::platform

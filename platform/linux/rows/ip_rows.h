@@ -56,6 +56,8 @@ class IpRows
     bool receiveAddressAfter(std::uint32_t ifIndex, const std::uint8_t *address, std::size_t size,
                              IpmibReceiveAddress &row);
 
+    std::uint32_t linkLocalPrefixLength(std::uint32_t ifIndex);
+
     // Announcements have been read: what has changed, has changed now.
     void noteChanges();
     // What was read for a packet is not for the next one.
