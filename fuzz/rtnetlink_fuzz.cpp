@@ -31,9 +31,7 @@ class Tables
         anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
             prefixes_.update({ifIndex, address, 128});
         });
-        nexthops_.onChange([this] { listRouters(); });
         links_.onDown([this](std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); });
-        links_.onUp([](std::uint32_t) {});
         RouteTable::Handlers handlers;
         handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
         handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
@@ -121,17 +119,17 @@ class Tables
     }
 
   private:
-    void listRouters() { routers_.rebuild(routes_.defaults(), nexthops_); }
+    void listRouters() { routers_.rebuild(routes_.defaults(), routes_.nexthops()); }
 
     std::vector<KernelTable *> tablesFor(std::uint16_t type)
     {
         switch (type) {
         case RTM_NEWLINK:
         case RTM_DELLINK:
-            return {&links_};
+            return {&links_, &routes_, &ipv4Routes_};
         case RTM_NEWADDR:
         case RTM_DELADDR:
-            return {&addresses_, &ipv4Addresses_};
+            return {&addresses_, &ipv4Addresses_, &ipv4Routes_};
         case RTM_GETANYCAST:
             return {&anycasts_};
         case RTM_NEWROUTE:
@@ -140,7 +138,7 @@ class Tables
             return {&routes_, &ipv4Routes_};
         case RTM_NEWNEXTHOP:
         case RTM_DELNEXTHOP:
-            return {&nexthops_};
+            return {&routes_, &ipv4Routes_};
         case RTM_NEWNEIGH:
         case RTM_DELNEIGH:
             return {&neighbours_, &ipv4Neighbours_};
@@ -165,15 +163,14 @@ class Tables
     LinkTable links_;
     AddressTable addresses_;
     AnycastTable anycasts_;
-    NexthopTable nexthops_;
     RouteTable routes_;
     NeighbourTable neighbours_{nobody_};
     Ipv4AddressTable ipv4Addresses_;
-    Ipv4RouteTable ipv4Routes_{nexthops_};
+    Ipv4RouteTable ipv4Routes_;
     NeighbourTable ipv4Neighbours_{nobodyOnIpv4_};
     PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
-    KernelTable *dumped_[7] = {&links_, &addresses_, &anycasts_, &nexthops_, &routes_, &ipv4Addresses_, &ipv4Routes_};
+    KernelTable *dumped_[6] = {&links_, &addresses_, &anycasts_, &routes_, &ipv4Addresses_, &ipv4Routes_};
 };
 
 } // namespace

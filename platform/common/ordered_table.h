@@ -89,9 +89,10 @@ class OrderedTable
     }
 
     // Adds the row, or replaces the one that equals it. True when it was added.
-    bool put(const Row &row, Generation generation = 0)
+    bool put(const Row &row, Generation generation)
     {
         last_ = {};
+        generation_ = generation;
         if (chunks_.empty()) {
             chunks_.push_back(std::make_unique<Chunk>());
         }
@@ -118,6 +119,9 @@ class OrderedTable
         ++size_;
         return true;
     }
+
+    // As if the last reading, which may be under way, had brought it.
+    bool put(const Row &row) { return put(row, generation_); }
 
     template <class Key>
     bool erase(const Key &key)
@@ -347,7 +351,8 @@ class OrderedTable
 
     std::vector<std::unique_ptr<Chunk>> chunks_;
     std::size_t size_ = 0;
-    mutable Place last_; // that a lookup has found; forgotten when rows move
+    Generation generation_ = 0; // of the last row that a reading brought
+    mutable Place last_;        // that a lookup has found; forgotten when rows move
     [[no_unique_address]] Less less_;
 };
 

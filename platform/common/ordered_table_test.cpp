@@ -150,6 +150,20 @@ TEST(OrderedTable, aSweepTakesOutWhatTheLastReadingHasNotPut)
     }
 }
 
+TEST(OrderedTable, whatIsPutWhileAReadingIsUnderWayIsNotSweptOut)
+{
+    Table table;
+    table.put({1, 0}, 1);
+    table.put({2, 0}, 1);
+    table.put({1, 0}, 2);
+    table.put({1, 7});
+    table.put({3, 7});
+    ASSERT_EQ(table.sweep(2).size(), 1u);
+    EXPECT_EQ(table.find(1u)->value, 7u);
+    EXPECT_EQ(table.find(2u), nullptr);
+    EXPECT_NE(table.find(3u), nullptr);
+}
+
 TEST(OrderedTable, anEmptyOneHasNothing)
 {
     Table table;

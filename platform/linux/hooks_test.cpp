@@ -185,7 +185,7 @@ TEST(Hooks, whatIsUnknownIsRefusedByName)
     Start failed = start("", {{"warp-speed", "9"}});
     EXPECT_EQ(failed.result, IPMIB_WRONG_OPTION);
     EXPECT_EQ(failed.error, "there is no option --warp-speed; those of platform linux are --ipv4-accounting, "
-                            "--radvd-conf=FILE and --router-anycast");
+                            "--radvd-conf=FILE, --route-tables=LIST and --router-anycast");
     EXPECT_EQ(hooks.descriptor(), -1);
     failed = start("", {{"radvd-conf", "/dev/null"}, {"ipv4-accounting", "yes"}});
     EXPECT_EQ(failed.result, IPMIB_WRONG_OPTION + 1);

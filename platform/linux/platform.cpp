@@ -31,6 +31,9 @@ std::string Platform::takeOption(const IpmibPlatformOption &option)
         settings_.radvdConf = value;
         return value.empty() ? "--radvd-conf needs the name of a file" : "";
     }
+    if (name == "route-tables") {
+        return routes_.takeTables(std::string(value));
+    }
     for (const auto &[known, setting] :
          {std::pair("ipv4-accounting", &Settings::ipv4Accounting), {"router-anycast", &Settings::routerAnycast}}) {
         if (name == known) {
@@ -40,7 +43,8 @@ std::string Platform::takeOption(const IpmibPlatformOption &option)
         }
     }
     return "there is no option --" + std::string(name) +
-           "; those of platform linux are --ipv4-accounting, --radvd-conf=FILE and --router-anycast";
+           "; those of platform linux are --ipv4-accounting, --radvd-conf=FILE, --route-tables=LIST and "
+           "--router-anycast";
 }
 
 std::string Platform::start(const Settings &settings)
@@ -51,8 +55,10 @@ std::string Platform::start(const Settings &settings)
     if (!loop_.open()) {
         return std::string("cannot create an epoll instance: ") + std::strerror(errno);
     }
-    if (const std::string error = dumps_.start(loop_); !error.empty()) {
-        return error;
+    for (DumpQueue *dumps : {&dumps_, &routeDumps_}) {
+        if (const std::string error = dumps->start(loop_); !error.empty()) {
+            return error;
+        }
     }
     if (!requests_.open()) {
         return "cannot open a netlink socket: " + requests_.error();
@@ -63,11 +69,6 @@ std::string Platform::start(const Settings &settings)
             forgetLink(ifIndex);
         }
         addressing_.linkDown(ifIndex);
-        ipv4_.linkChanged();
-    });
-    links_.onUp([this](std::uint32_t) {
-        addressing_.linkUp();
-        ipv4_.linkChanged();
     });
     for (Mirror *mirror : {&linkMirror_}) {
         if (const std::string error = mirror->start(loop_, settings.receiveBuffer); !error.empty()) {

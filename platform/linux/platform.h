@@ -18,6 +18,7 @@
 #include "links/link_table.h"
 #include "links/link_traffic.h"
 #include "neighbours/neighbours.h"
+#include "routes/routes.h"
 #include "rows/ip_rows.h"
 
 #include <ipmib/platform_hooks.h>
@@ -77,9 +78,11 @@ class Platform
     // user.
     std::string followIpv4() { return followRows(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_NEIGHBOURS); }
     std::string followRows(std::uint32_t rows) { return ipv4_.follow(rows, loop_, receiveBuffer_); }
+    std::string followRoutes() { return ipv4_.followRoutes(loop_, receiveBuffer_); }
     Ipv4 &ipv4() { return ipv4_; }
     // For tables outside the module.
     IpRows &ip() { return ip_; }
+    Routes &routes() { return routes_; }
 
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }
@@ -112,6 +115,7 @@ class Platform
     // For tests.
     Mirror &linkMirror() { return linkMirror_; }
     DumpQueue &dumps() { return dumps_; }
+    DumpQueue &routeDumps() { return routeDumps_; }
 
   private:
     bool describe(const Link *link, IpmibInterface &interface);
@@ -120,12 +124,13 @@ class Platform
     // In the order in which they depend on each other: the loop outlives what it watches.
     EventLoop loop_;
     DumpQueue dumps_;
+    DumpQueue routeDumps_; // of their own: other tables need not wait for a million routes
     LinkTable links_;
     Mirror linkMirror_{links_, dumps_};
     Rtnetlink requests_;
-    Addressing addressing_{dumps_, requests_};
+    Addressing addressing_{dumps_, routeDumps_, requests_};
     Neighbours neighbours_{dumps_, AF_INET6};
-    Ipv4 ipv4_{dumps_, addressing_.nexthops()};
+    Ipv4 ipv4_{dumps_, routeDumps_};
     Ip6LinkReader ip6Links_{requests_};
     LinkTrafficReader linkTraffic_{requests_};
     LinkSpeeds linkSpeeds_;
@@ -136,6 +141,7 @@ class Platform
     RadvdFile radvd_;
     RowHopLimit rowHopLimit_;
     IpRows ip_{*this};
+    Routes routes_{*this};
     Settings settings_;
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;
     Uptime uptime_;

@@ -41,5 +41,8 @@ ipmib_test(addressing_netns_test
     LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(addressing_test
-    SOURCES addressing/messages_test.cpp addressing/prefix_table_test.cpp
+    SOURCES addressing/messages_test.cpp addressing/prefix_table_test.cpp routes/forwarding_table_test.cpp
     LIBS ipmib_platform_linux_objects)
+
+ipmib_test(routes_netns_test SOURCES routes/routes_netns_test.cpp
+           LIBS ipmib_platform_linux_objects ipmib_netns)

@@ -52,8 +52,8 @@ TEST_F(BadInputTest, AnOptionThatNoPlatformKnows)
 {
     EXPECT_EQ(complaint(configured({"--colour=red"}), 2), "unknown option --colour");
     EXPECT_EQ(complaint(configured({"--platform", "linux", "--bogus"}), 2),
-              "there is no option --bogus; those of platform linux are --ipv4-accounting, --radvd-conf=FILE and "
-              "--router-anycast");
+              "there is no option --bogus; those of platform linux are --ipv4-accounting, --radvd-conf=FILE, "
+              "--route-tables=LIST and --router-anycast");
     EXPECT_EQ(complaint(configured({"--platform", "simulated"}), 2),
               "platform simulated needs a scenario: --platform simulated:FILE");
 }

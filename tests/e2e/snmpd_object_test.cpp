@@ -109,7 +109,7 @@ TEST_F(SnmpdObjectTest, MistakesAreLoggedAndTheAgentGoesOn)
                              "ipmibPlatformOption ipv4-accounting=yes\n");
     for (const std::string line :
          {"ipmibPlatformOption: there is no option --colour; those of platform linux are "
-          "--ipv4-accounting, --radvd-conf=FILE and --router-anycast; the line is left aside",
+          "--ipv4-accounting, --radvd-conf=FILE, --route-tables=LIST and --router-anycast; the line is left aside",
           "ipmibPlatformOption: --ipv4-accounting takes no value, not \"yes\"; the line is left aside"}) {
         EXPECT_NE(masterLog().find(line), std::string::npos) << masterLog();
     }

@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 # The platform's own options, which --help leaves to the platform.
-OF_PLATFORMS = {"--ipv4-accounting", "--radvd-conf", "--router-anycast"}
+OF_PLATFORMS = {"--ipv4-accounting", "--radvd-conf", "--route-tables", "--router-anycast"}
 
 
 def options_of_help(text):

@@ -15,16 +15,12 @@ namespace ipmib::platform
 std::string Addressing::start(EventLoop &loop, int receiveBuffer)
 {
     connect();
-    const bool timer = settling_.open(loop, [this] { routeMirror_.refresh(); });
-    if (!timer) {
-        return "routes: cannot create a timer";
-    }
-    for (Mirror *mirror : {&addressMirror_, &nexthopMirror_, &anycastMirror_, &routeMirror_}) {
+    for (Mirror *mirror : {&addressMirror_, &anycastMirror_}) {
         if (const std::string error = mirror->start(loop, receiveBuffer); !error.empty()) {
             return error;
         }
     }
-    return "";
+    return routeMirror_.start(loop, receiveBuffer, RouteFeed::piecesAtStart);
 }
 
 void Addressing::connect()
@@ -34,7 +30,6 @@ void Addressing::connect()
     anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
         prefixes_.update({ifIndex, address, wholeAddress});
     });
-    nexthops_.onChange([this] { routersChanged_ = true; });
 
     RouteTable::Handlers handlers;
     handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
@@ -43,7 +38,8 @@ void Addressing::connect()
     handlers.anycastChanged = [this](const PackedAddress &address, std::uint32_t ifIndex, bool joined) {
         applyAnycast(address, ifIndex, joined);
     };
-    handlers.uncertain = [this] { routeMirror_.refresh(); };
+    handlers.uncertain = [this] { routeMirror_.refreshSoon(); };
+    handlers.mayBeAdvertised = [this](const PrefixKey &key) { return prefixes_.mayBeAdvertised(key); };
     handlers.rebuilt = [this] { anycastMirror_.refresh(); }; // whose announcements are among those of the routes
     routes_.connect(std::move(handlers));
 }
@@ -75,20 +71,6 @@ bool Addressing::isOfAllRouters(const Anycast &anycast)
     return prefixes().anycastLength(anycast.address, anycast.ifIndex) < wholeAddress;
 }
 
-void Addressing::linkDown(std::uint32_t ifIndex)
-{
-    prefixes_.forgetAdvertised(ifIndex);
-    readRoutesSoon();
-}
-
-void Addressing::readRoutesSoon()
-{
-    constexpr unsigned settlingTime = 100; // ms, for the kernel to do what it has to
-    if (!settling_.armed()) {
-        settling_.arm(settlingTime);
-    }
-}
-
 const RouterList &Addressing::routers()
 {
     constexpr std::uint64_t shortestRest = 100; // ms
@@ -113,7 +95,7 @@ void Addressing::listRouters()
 {
     if (routersChanged_) {
         routersChanged_ = false;
-        routers_.rebuild(routes_.defaults(), nexthops_);
+        routers_.rebuild(routes_.defaults(), routes_.nexthops());
     }
 }
 

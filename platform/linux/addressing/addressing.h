@@ -4,7 +4,6 @@
 
 #include "addressing/address_table.h"
 #include "addressing/anycast_table.h"
-#include "addressing/nexthop_table.h"
 #include "addressing/prefix_table.h"
 #include "addressing/route_table.h"
 #include "addressing/router_list.h"
@@ -15,15 +14,16 @@ namespace ipmib::platform
 class Addressing
 {
   public:
-    Addressing(DumpQueue &dumps, Rtnetlink &requests) : dumps_(dumps), requests_(requests) {}
+    Addressing(DumpQueue &dumps, DumpQueue &routeDumps, Rtnetlink &requests)
+        : dumps_(dumps), routeDumps_(routeDumps), requests_(requests)
+    {
+    }
 
     // The answer, when it fails, is one line for the user.
     std::string start(EventLoop &loop, int receiveBuffer);
 
-    // An interface went down or away, or came up. The kernel says so before it does what follows from it, and does not
-    // announce all of that: which routes an interface takes along, which nexthops it passes over from now on.
-    void linkDown(std::uint32_t ifIndex);
-    void linkUp() { readRoutesSoon(); }
+    // An interface went down or away: what routers have advertised there does not count any more.
+    void linkDown(std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); }
 
     const AddressTable &addresses() const { return addresses_; }
     const AnycastTable &anycasts() const { return anycasts_; }
@@ -37,7 +37,7 @@ class Addressing
     bool programFormed(const Address &address) const;
     // Whether a router has joined it because it is one: the address of all routers of a prefix of its interface.
     bool isOfAllRouters(const Anycast &anycast);
-    const NexthopTable &nexthops() const { return nexthops_; }
+    RouteFeed &routeFeed() { return routes_; }
     // With lifetimes of now: asks the kernel at most every tenth of a second, only while there are learned routers, and
     // with the first question of a packet, so that all answers of a packet agree.
     const RouterList &routers();
@@ -52,14 +52,13 @@ class Addressing
   private:
     void connect();
     void applyAnycast(const PackedAddress &address, std::uint32_t ifIndex, bool joined);
-    void readRoutesSoon();
     void listRouters();
 
     DumpQueue &dumps_;
+    DumpQueue &routeDumps_;
     Rtnetlink &requests_;
     AddressTable addresses_;
     AnycastTable anycasts_;
-    NexthopTable nexthops_;
     RouteTable routes_;
     PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
@@ -67,9 +66,7 @@ class Addressing
     bool routersAsked_ = false;   // since the packet began
     Mirror addressMirror_{addresses_, dumps_};
     Mirror anycastMirror_{anycasts_, dumps_};
-    Mirror nexthopMirror_{nexthops_, dumps_};
-    Mirror routeMirror_{routes_, dumps_};
-    Timer settling_;
+    Mirror routeMirror_{routes_, routeDumps_};
     std::uint64_t nextReadMs_ = 0; // since boot
     std::uint64_t kernelReads_ = 0;
 };

@@ -136,7 +136,7 @@ TEST(RouteMessage, isReadWhole)
     TestMessage message = routeMessage(RTM_NEWROUTE, "::", 0, 3, facts);
     message.with(RTA_PREF, std::uint8_t{1});
     Route route;
-    ASSERT_TRUE(parseRoute(*message, now, route));
+    ASSERT_TRUE(parseRoute(*message, AF_INET6, now, route));
     EXPECT_EQ(route.length, 0u);
     EXPECT_EQ(route.protocol, RTPROT_RA);
     EXPECT_EQ(route.metric, 1024u);
@@ -144,7 +144,7 @@ TEST(RouteMessage, isReadWhole)
     EXPECT_EQ(route.preference, 1u);
     EXPECT_EQ(route.until.left(now), 29u);
     ASSERT_EQ(route.nexthops.size(), 1u);
-    EXPECT_TRUE(route.nexthops[0].hasGateway);
+    EXPECT_TRUE(route.nexthops[0].hasGateway());
     EXPECT_EQ(route.nexthops[0].gateway, packed("fe80::9"));
     EXPECT_EQ(route.nexthops[0].ifIndex, 3u);
     EXPECT_EQ(route.nexthopId, 0u);
@@ -155,10 +155,10 @@ TEST(RouteMessage, aLapsedOneHasNothingLeft)
     RouteFacts facts;
     facts.expires = -50;
     Route route;
-    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), now, route));
+    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), AF_INET6, now, route));
     EXPECT_EQ(route.until.left(now), 0u);
     facts.expires = 0;
-    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), now, route));
+    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), AF_INET6, now, route));
     EXPECT_TRUE(route.until.isNever());
 }
 
@@ -167,7 +167,7 @@ TEST(RouteMessage, theCacheIsNoRoute)
     TestMessage message = routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3);
     static_cast<rtmsg *>(mnl_nlmsg_get_payload(&message.header()))->rtm_flags = RTM_F_CLONED;
     Route route;
-    EXPECT_FALSE(parseRoute(*message, now, route));
+    EXPECT_FALSE(parseRoute(*message, AF_INET6, now, route));
 }
 
 TEST(AdvertisedPrefix, bothKernelsFlagsAreUnderstood)
@@ -226,7 +226,7 @@ TEST(Messages, anyBytesCanBeRead)
         NexthopObject nexthop;
         parseAddress(message, now, address);
         parseAnycast(message, anycast);
-        if (parseRoute(message, now, route)) {
+        if (parseRoute(message, AF_INET6, now, route)) {
             EXPECT_LE(route.nexthops.size(), bytes.size() / sizeof(rtnexthop));
             EXPECT_LE(route.length, 128u);
         }

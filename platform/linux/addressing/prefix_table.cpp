@@ -156,6 +156,12 @@ std::uint8_t PrefixTable::anycastLength(const PackedAddress &address, std::uint3
     return length;
 }
 
+bool PrefixTable::mayBeAdvertised(const PrefixKey &key) const
+{
+    const AddressTally::Sum addresses = addresses_.of(key);
+    return !addresses.manual && !addresses.autoconfigured;
+}
+
 void PrefixTable::advertise(const AdvertisedPrefix &prefix)
 {
     if (prefix.withdrawn) {

@@ -38,6 +38,8 @@ class PrefixTable
     void update(const PrefixKey &key);
     // A router has advertised a prefix.
     void advertise(const AdvertisedPrefix &prefix);
+    // Whether the addresses leave open if a router advertised it.
+    bool mayBeAdvertised(const PrefixKey &key) const;
     // An interface went down, and what was advertised there does not count any more.
     void forgetAdvertised(std::uint32_t ifIndex);
 

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// One IPv6 route, and one prefix of a router advertisement, as the kernel's messages tell of them.
+// One route of either version of IP, and one prefix of a router advertisement, as the kernel's messages tell of them.
 #include "addressing/route_message.h"
 
 #include "addressing/multipath.h"
 
+#include <arpa/inet.h>
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
+
+#include <algorithm>
+#include <utility>
 
 namespace ipmib::platform
 {
@@ -22,12 +26,48 @@ constexpr std::int32_t ticksPerSecond = 100; // of the kernel's expiry times, on
 constexpr unsigned prefixOnLink = 0x80 | 0x01;
 constexpr unsigned prefixAutonomous = 0x40 | 0x02;
 
-void takeGateway(const nlattr *attribute, RouteNexthop &nexthop)
+PackedAddress addressIn(const void *octets, std::uint8_t family)
 {
-    if (attribute != nullptr && mnl_attr_get_payload_len(attribute) >= sizeof(Bytes)) {
-        nexthop.hasGateway = true;
-        nexthop.gateway = PackedAddress::of(mnl_attr_get_payload(attribute));
+    if (family == AF_INET6) {
+        return PackedAddress::of(octets);
     }
+    std::uint32_t number;
+    std::memcpy(&number, octets, sizeof number);
+    return {0, ntohl(number)};
+}
+
+// Zeros for an attribute that is absent or too short.
+PackedAddress addressOf(const nlattr *attribute, std::uint8_t family)
+{
+    const std::size_t size = family == AF_INET6 ? sizeof(Bytes) : sizeof(in_addr_t);
+    const bool whole = attribute != nullptr && mnl_attr_get_payload_len(attribute) >= size;
+    return whole ? addressIn(mnl_attr_get_payload(attribute), family) : PackedAddress{};
+}
+
+// A gateway of the other version stands in an attribute of its own, behind its family.
+void takeGateway(const Attributes<RTA_MAX> &attributes, std::uint8_t family, RouteNexthop &nexthop)
+{
+    const std::size_t size = family == AF_INET6 ? sizeof(Bytes) : sizeof(in_addr_t);
+    if (const nlattr *gateway = attributes[RTA_GATEWAY];
+        gateway != nullptr && mnl_attr_get_payload_len(gateway) >= size) {
+        nexthop.gatewayFamily = family;
+        nexthop.gateway = addressOf(gateway, family);
+        return;
+    }
+    const nlattr *via = attributes[RTA_VIA];
+    if (via == nullptr || mnl_attr_get_payload_len(via) < sizeof(rtvia) + sizeof(in_addr_t)) {
+        return;
+    }
+    rtvia header;
+    std::memcpy(&header, mnl_attr_get_payload(via), sizeof header);
+    const bool ofIpv6 = header.rtvia_family == AF_INET6;
+    if ((!ofIpv6 && header.rtvia_family != AF_INET) ||
+        (ofIpv6 && mnl_attr_get_payload_len(via) < sizeof header + sizeof(Bytes))) {
+        return;
+    }
+    nexthop.gatewayFamily = static_cast<std::uint8_t>(header.rtvia_family);
+    nexthop.gateway =
+        addressIn(static_cast<const std::uint8_t *>(mnl_attr_get_payload(via)) + sizeof header, nexthop.gatewayFamily);
 }
 
 // The kernel tells what is left in ticks, a negative number when the route has lapsed and was not dropped yet.
@@ -42,21 +82,30 @@ Deadline deadlineOf(const rta_cacheinfo &info, std::uint32_t now)
 
 } // namespace
 
-bool parseRoute(const nlmsghdr &message, std::uint32_t now, Route &route)
+bool parseRoute(const nlmsghdr &message, std::uint8_t family, std::uint32_t now, Route &route)
 {
     if (message.nlmsg_len < mnl_nlmsg_size(sizeof(rtmsg))) {
         return false;
     }
     const auto &header = *static_cast<const rtmsg *>(mnl_nlmsg_get_payload(&message));
-    if (header.rtm_family != AF_INET6 || header.rtm_dst_len > 128 || (header.rtm_flags & RTM_F_CLONED) != 0) {
+    const unsigned bits = family == AF_INET6 ? 128 : 32;
+    if (header.rtm_family != family || header.rtm_dst_len > bits || (header.rtm_flags & RTM_F_CLONED) != 0) {
         return false;
     }
     const Attributes<RTA_MAX> attributes(message, sizeof(rtmsg));
+    std::vector<RouteNexthop> nexthops = std::move(route.nexthops); // for its memory
+    nexthops.clear();
     route = Route{};
-    route.destination = PackedAddress::of(attributes.get<Bytes>(RTA_DST).value_or(Bytes{}).data());
+    route.destination = addressOf(attributes[RTA_DST], family);
     route.length = header.rtm_dst_len;
-    route.source = PackedAddress::of(attributes.get<Bytes>(RTA_SRC).value_or(Bytes{}).data());
-    route.sourceLength = header.rtm_src_len;
+    if (family == AF_INET6) {
+        route.source = addressOf(attributes[RTA_SRC], family);
+        route.sourceLength = header.rtm_src_len;
+    } else {
+        route.tos = header.rtm_tos;
+        route.ownAddress = static_cast<std::uint32_t>(addressOf(attributes[RTA_PREFSRC], family).low);
+    }
+    route.scope = header.rtm_scope;
     route.type = header.rtm_type;
     route.protocol = header.rtm_protocol;
     route.preference = attributes.get<std::uint8_t>(RTA_PREF).value_or(0);
@@ -69,19 +118,17 @@ bool parseRoute(const nlmsghdr &message, std::uint32_t now, Route &route)
             RouteNexthop nexthop;
             nexthop.ifIndex = static_cast<std::uint32_t>(hop.rtnh_ifindex);
             nexthop.dead = (hop.rtnh_flags & RTNH_F_DEAD) != 0;
-            takeGateway(inner[RTA_GATEWAY], nexthop);
-            route.nexthops.push_back(nexthop);
+            takeGateway(inner, family, nexthop);
+            nexthops.push_back(nexthop);
         });
-        return true;
+    } else if (attributes[RTA_OIF] != nullptr) {
+        RouteNexthop nexthop;
+        nexthop.ifIndex = attributes.get<std::uint32_t>(RTA_OIF).value_or(0);
+        nexthop.dead = (header.rtm_flags & RTNH_F_DEAD) != 0;
+        takeGateway(attributes, family, nexthop);
+        nexthops.push_back(nexthop);
     }
-    if (attributes[RTA_OIF] == nullptr) {
-        return true;
-    }
-    RouteNexthop nexthop;
-    nexthop.ifIndex = attributes.get<std::uint32_t>(RTA_OIF).value_or(0);
-    nexthop.dead = (header.rtm_flags & RTNH_F_DEAD) != 0;
-    takeGateway(attributes[RTA_GATEWAY], nexthop);
-    route.nexthops.push_back(nexthop);
+    route.nexthops = std::move(nexthops);
     return true;
 }
 

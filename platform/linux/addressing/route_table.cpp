@@ -6,17 +6,17 @@
 
 #include <linux/rtnetlink.h>
 
+#include <algorithm>
+
 namespace ipmib::platform
 {
 
 namespace
 {
 
-enum Dump : std::size_t { allRoutes, advertisedRoutes };
-
 bool isOnLink(const RouteNexthop &nexthop)
 {
-    return nexthop.ifIndex != 0 && !nexthop.hasGateway;
+    return nexthop.ifIndex != 0 && !nexthop.hasGateway();
 }
 
 // The kernel's own on-link routes count in every table (an interface in a VRF has them in the VRF's), configured ones
@@ -79,7 +79,7 @@ std::vector<DefaultRoute> defaultRoutes(const Route &route)
     }
     std::vector<DefaultRoute> rows;
     for (const RouteNexthop &nexthop : route.nexthops) {
-        if (nexthop.hasGateway) {
+        if (nexthop.hasGateway()) {
             row.gateway = nexthop.gateway;
             row.ifIndex = nexthop.ifIndex;
             row.dead = nexthop.dead;
@@ -87,6 +87,11 @@ std::vector<DefaultRoute> defaultRoutes(const Route &route)
         }
     }
     return rows;
+}
+
+bool standsAlone(const DefaultRoute &row)
+{
+    return row.learned || row.nexthopId != 0;
 }
 
 } // namespace
@@ -105,7 +110,7 @@ void RouteTable::readLearnedDefaults(Rtnetlink &socket)
 void RouteTable::updateLearnedDefaults(const nlmsghdr &message, std::uint32_t now)
 {
     Route route;
-    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, now, route) || !tellsOfRouter(route)) {
+    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, AF_INET6, now, route) || !tellsOfRouter(route)) {
         return;
     }
     for (DefaultRoute &row : defaultRoutes(route)) {
@@ -124,22 +129,8 @@ void RouteTable::updateLearnedDefaults(const nlmsghdr &message, std::uint32_t no
     }
 }
 
-RtnetlinkRequest RouteTable::dump(std::size_t which)
+void RouteTable::fillRoute(const Route &route, Generation generation)
 {
-    dumping_ = which;
-    RtnetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
-    auto &filter = request.family<rtmsg>();
-    filter.rtm_family = AF_INET6;
-    filter.rtm_flags = which == advertisedRoutes ? RTM_F_PREFIX : 0;
-    return request;
-}
-
-void RouteTable::fill(const nlmsghdr &message, Generation generation)
-{
-    Route route;
-    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, secondsSinceBoot(), route)) {
-        return;
-    }
     if (tellsOfRouter(route)) {
         for (const DefaultRoute &row : defaultRoutes(route)) {
             defaults_.put(row, generation);
@@ -153,12 +144,34 @@ void RouteTable::fill(const nlmsghdr &message, Generation generation)
     }
 }
 
-// Until both dumps have ended, what was known of an advertisement stays.
+bool RouteTable::asksForAdvertised() const
+{
+    bool any = false;
+    onLink_.each([&](const OnLinkRoute &row) {
+        any = any ||
+              (row.protocol == RTPROT_KERNEL && (!handlers_.mayBeAdvertised || handlers_.mayBeAdvertised(row.key())));
+    });
+    return any;
+}
+
+void RouteTable::fillAdvertised(const Route &route)
+{
+    if (!tellsOfPrefix(route)) {
+        return;
+    }
+    for (const RouteNexthop &nexthop : route.nexthops) {
+        OnLinkRoute *row = isOnLink(nexthop) ? onLink_.findToChange(onLinkRoute(route, nexthop)) : nullptr;
+        if (row != nullptr) {
+            row->readAdvertised = true;
+        }
+    }
+}
+
+// Until the dumps have ended, what was known of an advertisement stays.
 void RouteTable::fillOnLink(OnLinkRoute row, Generation generation)
 {
     const OnLinkRoute *known = onLink_.find(row);
-    row.readAdvertised = dumping_ == advertisedRoutes;
-    row.advertised = row.advertised || row.readAdvertised || (known != nullptr && known->advertised);
+    row.advertised = row.advertised || (known != nullptr && known->advertised);
     const bool same = known != nullptr && known->until == row.until && known->protocol == row.protocol &&
                       known->advertised == row.advertised;
     onLink_.put(row, generation);
@@ -171,12 +184,12 @@ void RouteTable::settleAdvertised()
 {
     std::vector<OnLinkRoute> changed;
     onLink_.each([&](const OnLinkRoute &row) {
-        if (row.advertised != (row.readAdvertised || row.protocol == RTPROT_RA)) {
+        if (row.protocol == RTPROT_KERNEL && row.advertised != row.readAdvertised) {
             changed.push_back(row);
         }
     });
     for (const OnLinkRoute &row : changed) {
-        onLink_.findToChange(row)->advertised = !row.advertised;
+        onLink_.findToChange(row)->advertised = row.readAdvertised;
         tellOnLink(row);
     }
 }
@@ -188,87 +201,92 @@ void RouteTable::tellOnLink(const OnLinkRoute &row) const
     }
 }
 
-void RouteTable::sweep(Generation generation)
+void RouteTable::sweepRoutes(Generation generation)
 {
     for (const OnLinkRoute &gone : onLink_.sweep(generation)) {
         tellOnLink(gone);
     }
-    settleAdvertised();
-    defaults_.sweep(generation);
-    if (handlers_.defaultsChanged) {
-        handlers_.defaultsChanged();
+    if (readsAdvertised()) {
+        settleAdvertised();
     }
+    defaults_.sweep(generation);
+    tellDefaults();
     if (handlers_.rebuilt) {
         handlers_.rebuilt();
     }
 }
 
-void RouteTable::apply(const nlmsghdr &message)
+void RouteTable::tellDefaults() const
 {
-    const std::uint32_t now = secondsSinceBoot();
-    if (message.nlmsg_type == RTM_NEWPREFIX) {
-        AdvertisedPrefix prefix;
-        if (parseAdvertisedPrefix(message, now, prefix)) {
-            if (prefix.onLink && !prefix.withdrawn) {
-                markAdvertised(prefix.key);
-            }
-            if (handlers_.advertised) {
-                handlers_.advertised(prefix);
-            }
-        }
-        return;
-    }
-    Route route;
-    if ((message.nlmsg_type == RTM_NEWROUTE || message.nlmsg_type == RTM_DELROUTE) && parseRoute(message, now, route)) {
-        applyRoute(message, route);
+    if (handlers_.defaultsChanged) {
+        handlers_.defaultsChanged();
     }
 }
 
-void RouteTable::applyRoute(const nlmsghdr &message, const Route &route)
+void RouteTable::tellUncertain() const
 {
-    if (tellsOfAnycast(route)) {
-        if (handlers_.anycastChanged) {
-            handlers_.anycastChanged(route.destination, route.nexthops[0].ifIndex, message.nlmsg_type == RTM_NEWROUTE);
-        }
-        return;
-    }
-    const bool replaces = (message.nlmsg_flags & NLM_F_REPLACE) != 0;
-    bool touched = false;
-    if (tellsOfRouter(route)) {
-        applyDefault(message, route);
-        touched = true;
-    } else {
-        touched = replaces && eraseReplaced(route);
-        if (tellsOfPrefix(route)) {
-            applyOnLink(message, route);
-            touched = true;
-        }
-    }
-    // Which routes one has replaced depends on more than the message says.
-    if (replaces && touched && handlers_.uncertain) {
+    if (handlers_.uncertain) {
         handlers_.uncertain();
     }
 }
 
-void RouteTable::applyOnLink(const nlmsghdr &message, const Route &route)
+void RouteTable::applyAdvertisedPrefix(const nlmsghdr &message)
 {
-    for (const RouteNexthop &nexthop : route.nexthops) {
+    AdvertisedPrefix prefix;
+    if (!parseAdvertisedPrefix(message, secondsSinceBoot(), prefix)) {
+        return;
+    }
+    if (prefix.onLink && !prefix.withdrawn) {
+        markAdvertised(prefix.key);
+    }
+    if (handlers_.advertised) {
+        handlers_.advertised(prefix);
+    }
+}
+
+void RouteTable::applyNews(const RouteNews &news)
+{
+    const Route &route = news.route;
+    if (tellsOfAnycast(route)) {
+        if (handlers_.anycastChanged) {
+            handlers_.anycastChanged(route.destination, route.nexthops[0].ifIndex, news.comes);
+        }
+        return;
+    }
+    if (tellsOfRouter(route)) {
+        applyDefault(news);
+        return;
+    }
+    if (news.replaces) {
+        eraseReplaced(route);
+    }
+    if (tellsOfPrefix(route)) {
+        applyOnLink(news);
+    }
+}
+
+void RouteTable::applyOnLink(const RouteNews &news)
+{
+    for (const RouteNexthop &nexthop : news.route.nexthops) {
         if (!isOnLink(nexthop)) {
             continue;
         }
-        OnLinkRoute row = onLinkRoute(route, nexthop);
-        if (message.nlmsg_type == RTM_DELROUTE) {
+        OnLinkRoute row = onLinkRoute(news.route, nexthop);
+        if (!news.comes) {
             onLink_.erase(row);
         } else {
             const OnLinkRoute *known = onLink_.find(row);
             row.advertised = row.advertised || (known != nullptr && known->advertised);
+            row.readAdvertised = row.advertised;
             onLink_.put(row);
         }
         tellOnLink(row);
     }
 }
 
-bool RouteTable::eraseReplaced(const Route &route)
+// A route without a gateway replaces another one without, the first of several; one with a gateway may have replaced
+// one with a gateway, of which nothing is known here.
+void RouteTable::eraseReplaced(const Route &route)
 {
     std::vector<OnLinkRoute> replaced;
     onLink_.eachFrom(At{route.destination, route.length, 0, 0, 0}, [&](const OnLinkRoute &row) {
@@ -282,39 +300,111 @@ bool RouteTable::eraseReplaced(const Route &route)
         onLink_.erase(row);
         tellOnLink(row);
     }
-    return !replaced.empty();
+    if (!replaced.empty()) {
+        tellUncertain();
+    }
 }
 
-void RouteTable::applyDefault(const nlmsghdr &message, const Route &route)
+void RouteTable::applyDefault(const RouteNews &news)
 {
-    if ((message.nlmsg_flags & NLM_F_REPLACE) != 0) {
-        eraseReplacedDefaults(route);
+    if (news.replaces) {
+        eraseReplacedDefaults(news.route);
     }
-    for (const DefaultRoute &row : defaultRoutes(route)) {
-        if (message.nlmsg_type == RTM_DELROUTE) {
-            defaults_.erase(row);
-        } else {
+    for (const DefaultRoute &row : defaultRoutes(news.route)) {
+        if (news.comes) {
             defaults_.put(row);
+        } else {
+            defaults_.erase(row);
         }
     }
-    if (handlers_.defaultsChanged) {
-        handlers_.defaultsChanged();
-    }
+    tellDefaults();
 }
 
+// Configured routes with gateways are one multipath route, which is replaced as a whole. Of others, which stand alone,
+// the first one is replaced.
 void RouteTable::eraseReplacedDefaults(const Route &route)
 {
     DefaultRoute first{};
     first.metric = route.metric;
     first.sourceLength = route.sourceLength;
     first.source = route.source;
-    while (const DefaultRoute *found = defaults_.atOrAfter(first)) {
-        if (found->metric != route.metric || found->sourceLength != route.sourceLength ||
-            found->source != route.source) {
-            return;
+    std::vector<DefaultRoute> together;
+    std::vector<DefaultRoute> alone;
+    defaults_.eachFrom(first, [&](const DefaultRoute &row) {
+        const bool same =
+            row.metric == route.metric && row.sourceLength == route.sourceLength && row.source == route.source;
+        if (same) {
+            (standsAlone(row) ? alone : together).push_back(row);
         }
-        defaults_.erase(DefaultRoute(*found));
+        return same;
+    });
+    const std::vector<DefaultRoute> rows = defaultRoutes(route);
+    const bool comesAlone = rows.empty() || standsAlone(rows.front());
+    const bool certain = comesAlone ? alone.size() + together.size() <= 1 : !together.empty() || alone.size() <= 1;
+    for (const DefaultRoute &row : !comesAlone && !together.empty() ? together : alone) {
+        defaults_.erase(row);
     }
+    if (!certain) {
+        tellUncertain();
+    }
+}
+
+void RouteTable::linkDown(std::uint32_t ifIndex, LinkLoss loss)
+{
+    std::vector<OnLinkRoute> gone;
+    onLink_.eraseIf([&](const OnLinkRoute &row) {
+        if (row.ifIndex == ifIndex) {
+            gone.push_back(row);
+        }
+        return row.ifIndex == ifIndex;
+    });
+    for (const OnLinkRoute &row : gone) {
+        tellOnLink(row);
+    }
+    const auto isThere = [&](const DefaultRoute &row) { return row.ifIndex == ifIndex && row.nexthopId == 0; };
+    defaults_.eraseIf([&](const DefaultRoute &row) { return isThere(row) && standsAlone(row); });
+    std::vector<DefaultRoute> rows;
+    defaults_.each([&](const DefaultRoute &row) { rows.push_back(row); });
+    const auto whole = [](const DefaultRoute &row) { return std::tie(row.metric, row.sourceLength, row.source); };
+    for (DefaultRoute &row : rows) {
+        row.dead = row.dead || isThere(row);
+    }
+    for (const DefaultRoute &row : rows) {
+        const auto ofSameRoute = [&](const DefaultRoute &other) {
+            return !standsAlone(row) && !standsAlone(other) && whole(row) == whole(other);
+        };
+        const bool lost = std::any_of(rows.begin(), rows.end(),
+                                      [&](const DefaultRoute &other) { return ofSameRoute(other) && isThere(other); });
+        const bool left = std::any_of(rows.begin(), rows.end(),
+                                      [&](const DefaultRoute &other) { return ofSameRoute(other) && !other.dead; });
+        if (lost && (!left || loss == LinkLoss::gone)) {
+            defaults_.erase(row);
+        } else if (lost) {
+            defaults_.put(row);
+        }
+    }
+    tellDefaults();
+}
+
+void RouteTable::linkUp(std::uint32_t ifIndex)
+{
+    std::vector<DefaultRoute> dead;
+    defaults_.each([&](const DefaultRoute &row) {
+        if (row.dead && row.ifIndex == ifIndex) {
+            dead.push_back(row);
+        }
+    });
+    for (const DefaultRoute &row : dead) {
+        defaults_.findToChange(row)->dead = false;
+    }
+    tellDefaults();
+}
+
+void RouteTable::nexthopsGone(const std::vector<std::uint32_t> &ids)
+{
+    defaults_.eraseIf([&](const DefaultRoute &row) {
+        return row.nexthopId != 0 && std::find(ids.begin(), ids.end(), row.nexthopId) != ids.end();
+    });
 }
 
 void RouteTable::markAdvertised(const PrefixKey &key)
@@ -323,7 +413,8 @@ void RouteTable::markAdvertised(const PrefixKey &key)
     eachOnLink(key, [&](const OnLinkRoute &row) { rows.push_back(row); });
     for (OnLinkRoute &row : rows) {
         if (row.protocol == RTPROT_KERNEL) {
-            onLink_.findToChange(row)->advertised = true;
+            OnLinkRoute *marked = onLink_.findToChange(row);
+            marked->advertised = marked->readAdvertised = true;
         }
     }
 }

@@ -6,6 +6,7 @@
 #include "addressing/route_message.h"
 #include "core/mirror.h"
 #include "ordered_table.h"
+#include "routes/route_feed.h"
 
 #include <functional>
 #include <tuple>
@@ -22,7 +23,7 @@ struct OnLinkRoute {
     std::uint8_t length;
     std::uint8_t protocol; // RTPROT_*
     bool advertised;       // made by the kernel because a router advertised the prefix
-    bool readAdvertised;   // the reading that is under way says so
+    bool readAdvertised;   // the last reading says so
 
     PrefixKey key() const { return {ifIndex, prefix, length}; }
     bool operator==(const OnLinkRoute &) const = default;
@@ -48,9 +49,11 @@ struct DefaultRoute {
 };
 using DefaultRoutes = OrderedTable<DefaultRoute, DefaultRoute::ByKey>;
 
-class RouteTable : public KernelTable
+class RouteTable : public RouteFeed, private RouteConsumer
 {
   public:
+    RouteTable() : RouteFeed(AF_INET6) { add(*this); }
+
     struct Handlers {
         std::function<void(const PrefixKey &)> onLinkChanged;
         std::function<void(const AdvertisedPrefix &)> advertised;
@@ -59,6 +62,8 @@ class RouteTable : public KernelTable
         std::function<void(const PackedAddress &, std::uint32_t ifIndex, bool joined)> anycastChanged;
         // The announcement left open what became of some rows: the table has to be read again.
         std::function<void()> uncertain;
+        // Whether it takes the routes to tell if a router advertised the prefix, since no address does.
+        std::function<bool(const PrefixKey &)> mayBeAdvertised;
         std::function<void()> rebuilt;
     };
     void connect(Handlers handlers) { handlers_ = std::move(handlers); }
@@ -88,16 +93,6 @@ class RouteTable : public KernelTable
         });
     }
 
-    const char *name() const override { return "routes"; }
-    std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_ROUTE, RTNLGRP_IPV6_PREFIX}; }
-    // All routes, and then those once more that the kernel made because a router advertised the prefix: nothing else
-    // tells these from the routes that it makes for configured addresses.
-    std::size_t dumps() const override { return 2; }
-    RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
-
   private:
     // Routes to one prefix stand together, so that one that replaces others finds them.
     struct At {
@@ -120,11 +115,24 @@ class RouteTable : public KernelTable
     };
     using OnLinkRoutes = OrderedTable<OnLinkRoute, ByPrefix>;
 
-    void applyRoute(const nlmsghdr &message, const Route &route);
-    void applyOnLink(const nlmsghdr &message, const Route &route);
-    void applyDefault(const nlmsghdr &message, const Route &route);
-    bool eraseReplaced(const Route &route);
+    void fillRoute(const Route &route, Generation generation) override;
+    void sweepRoutes(Generation generation) override;
+    void applyNews(const RouteNews &news) override;
+    void linkDown(std::uint32_t ifIndex, LinkLoss loss) override;
+    void linkUp(std::uint32_t ifIndex) override;
+    void nexthopsGone(const std::vector<std::uint32_t> &ids) override;
+    void nexthopsChanged() override { tellDefaults(); }
+
+    bool asksForAdvertised() const override;
+    void fillAdvertised(const Route &route) override;
+    void applyAdvertisedPrefix(const nlmsghdr &message) override;
+
+    void applyOnLink(const RouteNews &news);
+    void applyDefault(const RouteNews &news);
+    void eraseReplaced(const Route &route);
     void eraseReplacedDefaults(const Route &route);
+    void tellUncertain() const;
+    void tellDefaults() const;
     void markAdvertised(const PrefixKey &key);
     void fillOnLink(OnLinkRoute row, Generation generation);
     void settleAdvertised();
@@ -132,7 +140,6 @@ class RouteTable : public KernelTable
 
     OnLinkRoutes onLink_;
     DefaultRoutes defaults_;
-    std::size_t dumping_ = 0;
     Handlers handlers_;
 };
 

@@ -61,7 +61,7 @@ void RouterList::rebuild(const DefaultRoutes &routes, const NexthopTable &nextho
         if (route.nexthopId == 0) {
             add(route.gateway, route.ifIndex, route.dead);
         } else {
-            nexthops.eachBehind(route.nexthopId, [&](const NexthopObject &object) {
+            nexthops.eachHop(route.nexthopId, [&](const NexthopObject &object) {
                 if (object.hasGateway) {
                     add(object.gateway, object.ifIndex, object.dead);
                 }

@@ -131,12 +131,12 @@ bool DumpQueue::sendRequest()
     return false;
 }
 
-std::string DumpQueue::runToEnd(std::chrono::milliseconds limit)
+std::string DumpQueue::runToEnd(unsigned pieces)
 {
-    const auto began = std::chrono::steady_clock::now();
     lastError_.clear();
-    while (!idle() && std::chrono::steady_clock::now() - began < limit) {
+    for (unsigned read = 0; !idle() && read < pieces;) {
         if (readPiece() || idle()) {
+            ++read;
             continue;
         }
         if (!reading_) {

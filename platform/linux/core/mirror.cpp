@@ -22,7 +22,7 @@ Mirror::~Mirror()
     }
 }
 
-std::string Mirror::start(EventLoop &loop, int receiveBuffer, std::chrono::milliseconds limit)
+std::string Mirror::start(EventLoop &loop, int receiveBuffer, unsigned pieces)
 {
     loop_ = &loop;
     const std::vector<unsigned> groups = table_.groups();
@@ -36,7 +36,7 @@ std::string Mirror::start(EventLoop &loop, int receiveBuffer, std::chrono::milli
         return std::string(table_.name()) + ": cannot create a timer";
     }
     refresh();
-    const std::string error = dumps_.runToEnd(limit);
+    const std::string error = dumps_.runToEnd(pieces);
     return error.empty() ? "" : std::string(table_.name()) + ": cannot read the kernel's table: " + error;
 }
 
@@ -59,6 +59,13 @@ void Mirror::readAnew()
     state_ = State::waiting;
     dumps_.remove(*this);
     dumps_.add(*this);
+}
+
+void Mirror::refreshSoon()
+{
+    if (!calm_.armed()) {
+        calm_.arm(static_cast<unsigned>(std::clamp(readingTook_, shortestRest, longestRest).count()));
+    }
 }
 
 void Mirror::readAnnouncements(unsigned most)

@@ -17,6 +17,7 @@
 #include "ordered_table.h"
 
 #include <chrono>
+#include <climits>
 #include <deque>
 #include <string>
 #include <vector>
@@ -49,8 +50,6 @@ class KernelTable
 
 class DumpQueue;
 
-inline constexpr std::chrono::milliseconds noLimit = std::chrono::hours(24);
-
 class Mirror
 {
   public:
@@ -62,16 +61,17 @@ class Mirror
     Mirror(const Mirror &) = delete;
     Mirror &operator=(const Mirror &) = delete;
 
-    // Joins the groups and fills the table; the answer, when it fails, is one line for the user. A table that takes
-    // longer to read than the limit is read on between packets.
-    std::string start(EventLoop &loop, int receiveBuffer = defaultReceiveBuffer,
-                      std::chrono::milliseconds limit = noLimit);
+    // Joins the groups and fills the table; the answer, when it fails, is one line for the user. What is left of it
+    // after so many pieces of up to 32 KiB is read between packets.
+    std::string start(EventLoop &loop, int receiveBuffer = defaultReceiveBuffer, unsigned pieces = UINT_MAX);
 
     // Reads the table again, between packets, while the rows of now are served on. A reading that is under way may have
     // missed what the caller knows of, so another one follows it.
     void refresh();
     // The same from the first row on: a reading that is under way is given up.
     void readAnew();
+    // The same after a moment, for what needs no haste and comes in bursts.
+    void refreshSoon();
     // Applies what has been announced by now.
     void readAnnouncements() { readAnnouncements(announcementsPerRead); }
 
@@ -98,6 +98,8 @@ class Mirror
     // Without a loss, until the table is read again: a part of what that takes.
     static constexpr std::chrono::milliseconds longestCalm{200};
     static constexpr int calmShare = 4;
+    static constexpr std::chrono::milliseconds shortestRest{100};
+    static constexpr std::chrono::milliseconds longestRest{2'000};
     // With losses that do not end.
     static constexpr std::chrono::milliseconds longestStorm{10'000};
 
@@ -116,7 +118,7 @@ class Mirror
     Rtnetlink announcements_;
     State state_ = State::live;
     bool again_ = false;
-    Generation generation_ = 0; // of the last reading; of announced rows it is 0
+    Generation generation_ = 0; // of the last reading
     std::vector<std::byte> held_;
     Timer calm_;
     bool storm_ = false;     // since a loss, until a reading ends without another one
@@ -147,9 +149,9 @@ class DumpQueue
     // descriptor or no memory for it.
     void add(Mirror &mirror);
     void remove(Mirror &mirror);
-    // Works until the queue is empty or the limit is over, waiting for the kernel: at the start only. The answer, when
-    // a dump failed or could not begin, is one line for the user.
-    std::string runToEnd(std::chrono::milliseconds limit = noLimit);
+    // Works until the queue is empty or so many pieces have been read, waiting for the kernel: at the start only. The
+    // answer, when a dump failed or could not begin, is one line for the user.
+    std::string runToEnd(unsigned pieces = UINT_MAX);
     bool idle() const { return waiting_.empty(); }
     // One read of the dump that is under way; false when there was nothing to read.
     bool readPiece();

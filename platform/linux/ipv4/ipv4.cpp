@@ -33,10 +33,10 @@ bool fill(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
 
 } // namespace
 
-Ipv4::Ipv4(DumpQueue &dumps, const NexthopTable &nexthops)
-    : addressMirror_(addresses_, dumps), routes_(nexthops), routeMirror_(routes_, dumps), neighbours_(dumps, AF_INET)
+Ipv4::Ipv4(DumpQueue &dumps, DumpQueue &routeDumps)
+    : addressMirror_(addresses_, dumps), routeMirror_(routes_, routeDumps), neighbours_(dumps, AF_INET)
 {
-    routes_.onUncertain([this] { readRoutesSoon(); });
+    routes_.onUncertain([this] { routeMirror_.refreshSoon(); });
 }
 
 std::string Ipv4::follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer)
@@ -46,10 +46,7 @@ std::string Ipv4::follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer)
     const auto wanted = [&](std::uint32_t any) { return (rows & any) != 0 && (follows_ & any) == 0; };
     std::string error;
     if (wanted(fromRoutes)) {
-        if (!settling_.open(loop, [this] { routeMirror_.refresh(); })) {
-            return "IPv4 routes: cannot create a timer";
-        }
-        error = routeMirror_.start(loop, receiveBuffer);
+        error = startRoutes(loop, receiveBuffer, RouteFeed::piecesAtStart);
     }
     if (error.empty() && wanted(IPMIB_FOLLOW_ADDRESSES)) {
         error = addressMirror_.start(loop, receiveBuffer);
@@ -61,12 +58,22 @@ std::string Ipv4::follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer)
     return error;
 }
 
-void Ipv4::readRoutesSoon()
+std::string Ipv4::followRoutes(EventLoop &loop, int receiveBuffer)
 {
-    constexpr unsigned settlingTime = 100; // ms, for the kernel to do what it has to
-    if (follows(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_ROUTERS) && !settling_.armed()) {
-        settling_.arm(settlingTime);
+    if (routesStarted_) {
+        routeMirror_.readAnew();
     }
+    return startRoutes(loop, receiveBuffer, 0);
+}
+
+std::string Ipv4::startRoutes(EventLoop &loop, int receiveBuffer, unsigned pieces)
+{
+    if (routesStarted_) {
+        return "";
+    }
+    const std::string error = routeMirror_.start(loop, receiveBuffer, pieces);
+    routesStarted_ = error.empty();
+    return error;
 }
 
 bool Ipv4::findAddress(std::uint32_t address, IpmibIpv4Address &row) const

@@ -15,16 +15,14 @@ namespace ipmib::platform
 class Ipv4
 {
   public:
-    Ipv4(DumpQueue &dumps, const NexthopTable &nexthops);
+    Ipv4(DumpQueue &dumps, DumpQueue &routeDumps);
 
     // Fills the mirrors that IPMIB_FOLLOW_x name, those that are not there yet. The answer, when that fails, is one
     // line for the user.
     std::string follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer);
+    // All routes, which are read between packets: from the first one on, where somebody has followed them before.
+    std::string followRoutes(EventLoop &loop, int receiveBuffer);
     bool follows(std::uint32_t row) const { return (follows_ & row) != 0; }
-
-    // An interface went down or away, or came up: the kernel does not announce which routes it takes along, and which
-    // nexthops it passes over.
-    void linkChanged() { readRoutesSoon(); }
 
     const Ipv4AddressTable &addresses() const { return addresses_; }
     Ipv4RouteTable &routes() { return routes_; }
@@ -41,14 +39,14 @@ class Ipv4
     Mirror &routeMirror() { return routeMirror_; }
 
   private:
-    void readRoutesSoon();
+    std::string startRoutes(EventLoop &loop, int receiveBuffer, unsigned pieces);
 
     Ipv4AddressTable addresses_;
     Mirror addressMirror_;
     Ipv4RouteTable routes_;
     Mirror routeMirror_;
     Neighbours neighbours_;
-    Timer settling_;
+    bool routesStarted_ = false;
     std::uint32_t follows_ = 0; // IPMIB_FOLLOW_x
 };
 

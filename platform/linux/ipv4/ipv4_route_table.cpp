@@ -14,40 +14,53 @@ namespace
 
 constexpr std::uint32_t wholeAddress = 32;
 
-bool isDefault(const Ipv4Route &route)
+bool isDefault(const Route &route)
 {
-    return route.type == RTN_UNICAST && route.identity.length == 0 && route.identity.table == RT_TABLE_MAIN;
+    return route.type == RTN_UNICAST && route.length == 0 && route.table == RT_TABLE_MAIN;
 }
 
 // Interfaces of a VRF have their routes in its table. The loopback interface's prefix is a local route.
-bool tellsOfLink(const Ipv4Route &route)
+bool tellsOfLink(const Route &route)
 {
-    if (route.identity.length == 0) {
+    if (route.length == 0) {
         return false;
     }
-    return route.type == RTN_UNICAST || (route.type == RTN_LOCAL && route.identity.length < wholeAddress);
+    return route.type == RTN_UNICAST || (route.type == RTN_LOCAL && route.length < wholeAddress);
+}
+
+// A route with the same identity takes another one's place.
+bool sameIdentity(const Route &a, const Route &b)
+{
+    return a.table == b.table && a.destination == b.destination && a.length == b.length && a.tos == b.tos &&
+           a.metric == b.metric;
 }
 
 // Routes with the same identity are told apart by where they lead.
-bool leadSameWay(const Ipv4Route &a, const Ipv4Route &b)
+bool leadSameWay(const Route &a, const Route &b)
 {
-    return a.identity == b.identity && a.nexthopId == b.nexthopId &&
-           std::equal(
-               a.hops.begin(), a.hops.end(), b.hops.begin(), b.hops.end(),
-               [](const Ipv4Hop &x, const Ipv4Hop &y) { return x.ifIndex == y.ifIndex && x.gateway == y.gateway; });
+    return sameIdentity(a, b) && a.nexthopId == b.nexthopId &&
+           std::equal(a.nexthops.begin(), a.nexthops.end(), b.nexthops.begin(), b.nexthops.end(),
+                      [](const RouteNexthop &x, const RouteNexthop &y) {
+                          return x.ifIndex == y.ifIndex && x.gateway == y.gateway;
+                      });
+}
+
+bool isOnLinkHop(const RouteNexthop &hop)
+{
+    return hop.ifIndex != 0 && !hop.hasGateway();
 }
 
 } // namespace
 
 bool Ipv4RouteTable::isOnLink(std::uint32_t ifIndex, std::uint32_t prefix, std::uint32_t length) const
 {
-    const OnLink *row = onLinks_.atOrAfter(OnLink{prefix, length, ifIndex, 0, 0, 0});
+    const OnLink *row = onLinks_.atOrAfter(OnLink{prefix, length, ifIndex, 0, 0, 0, 0, false});
     return row != nullptr && row->prefix == prefix && row->length == length && row->ifIndex == ifIndex;
 }
 
 const std::vector<Ipv4Router> &Ipv4RouteTable::routers()
 {
-    if (listed_ && listedNexthops_ == nexthops_.version()) {
+    if (listed_) {
         return routers_;
     }
     routers_.clear();
@@ -58,19 +71,18 @@ const std::vector<Ipv4Router> &Ipv4RouteTable::routers()
     };
     for (const auto &[route, generation] : defaults_) {
         if (route.nexthopId != 0) {
-            nexthops_.eachBehind(route.nexthopId, [&](const NexthopObject &object) {
+            nexthops().eachHop(route.nexthopId, [&](const NexthopObject &object) {
                 addRouter(object.ipv4Gateway, object.ifIndex, object.dead);
             });
             continue;
         }
-        for (const Ipv4Hop &hop : route.hops) {
-            addRouter(hop.gateway, hop.ifIndex, hop.dead);
+        for (const RouteNexthop &hop : route.nexthops) {
+            addRouter(hop.ipv4Gateway(), hop.ifIndex, hop.dead);
         }
     }
     std::sort(routers_.begin(), routers_.end());
     routers_.erase(std::unique(routers_.begin(), routers_.end()), routers_.end());
     listed_ = true;
-    listedNexthops_ = nexthops_.version();
     return routers_;
 }
 
@@ -88,68 +100,56 @@ const Ipv4Router *Ipv4RouteTable::routerAfter(const Ipv4Router &key)
     return found != all.end() ? &*found : nullptr;
 }
 
-RtnetlinkRequest Ipv4RouteTable::dump(std::size_t)
+Ipv4RouteTable::OnLink Ipv4RouteTable::onLinkOf(const Route &route, const RouteNexthop &hop)
 {
-    RtnetlinkRequest request(RTM_GETROUTE, NLM_F_DUMP);
-    request.family<rtmsg>().rtm_family = AF_INET;
-    return request;
+    return {static_cast<std::uint32_t>(route.destination.low),
+            route.length,
+            hop.ifIndex,
+            route.table,
+            route.metric,
+            route.tos,
+            route.ownAddress,
+            route.type == RTN_LOCAL};
 }
 
-void Ipv4RouteTable::add(const Ipv4Route &route, Generation generation)
+void Ipv4RouteTable::fillRoute(const Route &route, Generation generation)
 {
     if (isDefault(route)) {
         std::erase_if(defaults_, [&](const Default &other) { return leadSameWay(other.route, route); });
         defaults_.push_back({route, generation});
         listed_ = false;
     } else if (tellsOfLink(route)) {
-        for (const Ipv4Hop &hop : route.hops) {
-            if (hop.ifIndex != 0 && !hop.hasGateway) {
-                onLinks_.put({route.identity.destination, route.identity.length, hop.ifIndex, route.identity.table,
-                              route.identity.metric, route.identity.tos},
-                             generation);
+        for (const RouteNexthop &hop : route.nexthops) {
+            if (isOnLinkHop(hop)) {
+                onLinks_.put(onLinkOf(route, hop), generation);
             }
         }
     }
 }
 
-void Ipv4RouteTable::fill(const nlmsghdr &message, Generation generation)
-{
-    Ipv4Route route;
-    if (message.nlmsg_type == RTM_NEWROUTE && parseIpv4Route(message, route)) {
-        add(route, generation);
-    }
-}
-
-void Ipv4RouteTable::sweep(Generation generation)
+void Ipv4RouteTable::sweepRoutes(Generation generation)
 {
     std::erase_if(defaults_, [&](const Default &each) { return each.generation != generation; });
     onLinks_.sweep(generation);
     listed_ = false;
 }
 
-void Ipv4RouteTable::apply(const nlmsghdr &message)
+void Ipv4RouteTable::applyNews(const RouteNews &news)
 {
-    // The kernel does not announce the routes that go with an address, which was their source.
-    if (message.nlmsg_type == RTM_DELADDR && uncertain_) {
-        uncertain_();
-    }
-    Ipv4Route route;
-    const bool comes = message.nlmsg_type == RTM_NEWROUTE;
-    if ((!comes && message.nlmsg_type != RTM_DELROUTE) || !parseIpv4Route(message, route) ||
-        !(isDefault(route) || tellsOfLink(route))) {
+    const Route &route = news.route;
+    if (!isDefault(route) && !tellsOfLink(route)) {
         return;
     }
-    if (comes && (message.nlmsg_flags & NLM_F_REPLACE) != 0) {
-        eraseReplaced(route.identity);
+    if (news.replaces) {
+        eraseReplaced(route);
     }
-    if (comes) {
-        add(route, 0);
+    if (news.comes) {
+        fillRoute(route, 0);
     } else if (isDefault(route)) {
         std::erase_if(defaults_, [&](const Default &other) { return leadSameWay(other.route, route); });
     } else {
-        for (const Ipv4Hop &hop : route.hops) {
-            onLinks_.erase(OnLink{route.identity.destination, route.identity.length, hop.ifIndex, route.identity.table,
-                                  route.identity.metric, route.identity.tos});
+        for (const RouteNexthop &hop : route.nexthops) {
+            onLinks_.erase(onLinkOf(route, hop));
         }
     }
     listed_ = false;
@@ -157,14 +157,15 @@ void Ipv4RouteTable::apply(const nlmsghdr &message)
 
 // Routes that one has replaced are not announced. Of several with one identity (`ip route append`) it replaces the
 // first one, and the message does not say which that was.
-void Ipv4RouteTable::eraseReplaced(const Ipv4Route::Identity &identity)
+void Ipv4RouteTable::eraseReplaced(const Route &route)
 {
     const std::size_t defaults =
-        std::erase_if(defaults_, [&](const Default &each) { return each.route.identity == identity; });
+        std::erase_if(defaults_, [&](const Default &each) { return sameIdentity(each.route, route); });
+    const auto prefix = static_cast<std::uint32_t>(route.destination.low);
     std::vector<OnLink> replaced;
-    onLinks_.eachFrom(OnLink{identity.destination, identity.length, 0, 0, 0, 0}, [&](const OnLink &row) {
-        const bool here = row.prefix == identity.destination && row.length == identity.length;
-        if (here && row.table == identity.table && row.metric == identity.metric && row.tos == identity.tos) {
+    onLinks_.eachFrom(OnLink{prefix, route.length, 0, 0, 0, 0, 0, false}, [&](const OnLink &row) {
+        const bool here = row.prefix == prefix && row.length == route.length;
+        if (here && row.table == route.table && row.metric == route.metric && row.tos == route.tos) {
             replaced.push_back(row);
         }
         return here;
@@ -175,6 +176,48 @@ void Ipv4RouteTable::eraseReplaced(const Ipv4Route::Identity &identity)
     if (defaults + replaced.size() > 1 && uncertain_) {
         uncertain_();
     }
+}
+
+void Ipv4RouteTable::linkDown(std::uint32_t ifIndex, LinkLoss loss)
+{
+    onLinks_.eraseIf(
+        [&](const OnLink &row) { return row.ifIndex == ifIndex && !(row.local && loss == LinkLoss::down); });
+    std::erase_if(defaults_, [&](Default &each) {
+        bool leadsThere = false;
+        bool left = false;
+        for (RouteNexthop &hop : each.route.nexthops) {
+            leadsThere = leadsThere || hop.ifIndex == ifIndex;
+            hop.dead = hop.dead || hop.ifIndex == ifIndex;
+            left = left || !hop.dead;
+        }
+        return each.route.nexthopId == 0 && leadsThere && (!left || loss == LinkLoss::gone);
+    });
+    listed_ = false;
+}
+
+void Ipv4RouteTable::linkUp(std::uint32_t ifIndex)
+{
+    for (Default &each : defaults_) {
+        for (RouteNexthop &hop : each.route.nexthops) {
+            hop.dead = hop.dead && hop.ifIndex != ifIndex;
+        }
+    }
+    listed_ = false;
+}
+
+void Ipv4RouteTable::addressGone(std::uint32_t address)
+{
+    onLinks_.eraseIf([&](const OnLink &row) { return row.ownAddress == address; });
+    std::erase_if(defaults_, [&](const Default &each) { return each.route.ownAddress == address; });
+    listed_ = false;
+}
+
+void Ipv4RouteTable::nexthopsGone(const std::vector<std::uint32_t> &ids)
+{
+    std::erase_if(defaults_, [&](const Default &each) {
+        return std::find(ids.begin(), ids.end(), each.route.nexthopId) != ids.end();
+    });
+    listed_ = false;
 }
 
 } // namespace ipmib::platform

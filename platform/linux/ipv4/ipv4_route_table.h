@@ -3,10 +3,8 @@
 // looked at once and forgotten.
 #pragma once
 
-#include "addressing/nexthop_table.h"
-#include "core/mirror.h"
-#include "ipv4/ipv4_route.h"
 #include "ordered_table.h"
+#include "routes/route_feed.h"
 
 namespace ipmib::platform
 {
@@ -17,10 +15,10 @@ struct Ipv4Router {
     friend auto operator<=>(const Ipv4Router &, const Ipv4Router &) = default;
 };
 
-class Ipv4RouteTable : public KernelTable
+class Ipv4RouteTable : public RouteFeed, private RouteConsumer
 {
   public:
-    explicit Ipv4RouteTable(const NexthopTable &nexthops) : nexthops_(nexthops) {}
+    Ipv4RouteTable() : RouteFeed(AF_INET) { add(*this); }
 
     // Called when an announcement leaves open what becomes of some routes: the table has to be read again, in a moment.
     void onUncertain(std::function<void()> handler) { uncertain_ = std::move(handler); }
@@ -32,13 +30,6 @@ class Ipv4RouteTable : public KernelTable
     // Whether a route leads to the prefix without a gateway.
     bool isOnLink(std::uint32_t ifIndex, std::uint32_t prefix, std::uint32_t length) const;
 
-    const char *name() const override { return "IPv4 routes"; }
-    std::vector<unsigned> groups() const override { return {RTNLGRP_IPV4_ROUTE, RTNLGRP_IPV4_IFADDR}; }
-    RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
-
   private:
     struct OnLink {
         std::uint32_t prefix;
@@ -47,24 +38,33 @@ class Ipv4RouteTable : public KernelTable
         std::uint32_t table;
         std::uint32_t metric;
         std::uint32_t tos;
+        std::uint32_t ownAddress; // of packets that take the route; 0 for any
+        bool local;               // stays when the interface goes down
         friend auto operator<=>(const OnLink &, const OnLink &) = default;
     };
     using OnLinks = OrderedTable<OnLink, std::less<>>;
     struct Default {
-        Ipv4Route route;
+        Route route;
         Generation generation;
     };
 
-    void add(const Ipv4Route &route, Generation generation);
-    void eraseReplaced(const Ipv4Route::Identity &identity);
+    void fillRoute(const Route &route, Generation generation) override;
+    void sweepRoutes(Generation generation) override;
+    void applyNews(const RouteNews &news) override;
+    void linkDown(std::uint32_t ifIndex, LinkLoss loss) override;
+    void linkUp(std::uint32_t ifIndex) override;
+    void addressGone(std::uint32_t address) override;
+    void nexthopsGone(const std::vector<std::uint32_t> &ids) override;
+    void nexthopsChanged() override { listed_ = false; }
+
+    static OnLink onLinkOf(const Route &route, const RouteNexthop &hop);
+    void eraseReplaced(const Route &route);
     const std::vector<Ipv4Router> &routers();
 
-    const NexthopTable &nexthops_;
     std::vector<Default> defaults_; // a handful
     OnLinks onLinks_;
     std::vector<Ipv4Router> routers_; // made from the default routes when somebody asks
     bool listed_ = false;
-    std::uint64_t listedNexthops_ = 0;
     std::function<void()> uncertain_;
 };
 

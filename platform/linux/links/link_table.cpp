@@ -148,10 +148,6 @@ void LinkTable::tell(const Link &before, const Link *now)
     if (down_ && (now == nullptr || (wasUp && !isUp))) {
         down_(before.ifIndex);
     }
-    constexpr unsigned working = IFF_UP | IFF_RUNNING;
-    if (up_ && now != nullptr && (before.flags & working) != working && (now->flags & working) == working) {
-        up_(before.ifIndex);
-    }
 }
 
 } // namespace ipmib::platform

@@ -40,11 +40,9 @@ struct Link {
 class LinkTable : public KernelTable
 {
   public:
-    // Called when an interface has gone down or away, or has come up and works, with what the kernel may not announce
-    // row by row.
+    // Called when an interface has gone down or away, with what the kernel may not announce row by row.
     using Handler = std::function<void(std::uint32_t ifIndex)>;
     void onDown(Handler handler) { down_ = std::move(handler); }
-    void onUp(Handler handler) { up_ = std::move(handler); }
 
     // Null when there is none. Pointers are good until announcements are read.
     const Link *find(std::uint32_t ifIndex) const { return links_.find(ifIndex); }
@@ -87,7 +85,6 @@ class LinkTable : public KernelTable
     std::uint64_t relationsChangedMs_ = 0;
     std::uint64_t version_ = 0;
     Handler down_;
-    Handler up_;
 };
 
 // What an RTM_NEWLINK message says of a link; false when it is not about one.

@@ -1,0 +1,375 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The forwarding table of one version of IP: how routes come, change and go.
+#include "routes/forwarding_table.h"
+
+#include "core/boot_time.h"
+#include "core/log.h"
+
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+
+namespace ipmib::platform
+{
+
+ForwardingTable::ForwardingTable(std::uint8_t family, const NexthopTable &nexthops, const RouteTables &tables,
+                                 RouteLimit &limit)
+    : family_(family), nexthops_(nexthops), tables_(tables), limit_(limit), records_(RouteRecords::of(family))
+{
+}
+
+ForwardingTable::Named ForwardingTable::named(const Route &route) const
+{
+    Named result;
+    RouteClass &routeClass = result.routeClass;
+    routeClass.table = route.table;
+    routeClass.metric = route.metric;
+    routeClass.ownAddress = route.ownAddress;
+    routeClass.source = route.source;
+    routeClass.sourceLength = route.sourceLength;
+    routeClass.tos = route.tos;
+    routeClass.type = route.type;
+    routeClass.protocol = route.protocol;
+    routeClass.withinHost = family_ == AF_INET && (route.type == RTN_LOCAL || route.scope >= RT_SCOPE_HOST);
+    if (route.nexthopId != 0) {
+        result.hops = HopSet::ofObject(route.nexthopId);
+        return result;
+    }
+    std::vector<Hop> hops;
+    for (const RouteNexthop &nexthop : route.nexthops) {
+        hops.push_back({nexthop.gateway, nexthop.ifIndex, nexthop.gatewayFamily});
+    }
+    result.hops = HopSet::of(std::move(hops));
+    return result;
+}
+
+// Of IPv6 all routes with gateways are one multipath route, whose announcements tell of all its hops. Of IPv4 each
+// route stands for itself.
+bool ForwardingTable::together(const RouteClass &routeClass, const HopSet &hops) const
+{
+    return family_ == AF_INET6 && hops.object == 0 && hops.first.family != 0 && routeClass.protocol != RTPROT_RA &&
+           routeClass.protocol != RTPROT_REDIRECT;
+}
+
+std::vector<RouteRecord> ForwardingTable::rivals(const Route &route, const RouteClass &routeClass, bool together) const
+{
+    std::vector<RouteRecord> found;
+    RouteRecord record{route.destination, route.length, 0, 0, 0};
+    for (bool more = records_->atOrAfter(record, record);
+         more && record.destination == route.destination && record.length == route.length;
+         more = records_->after(record, record)) {
+        const RouteClass &other = classes_[record.routeClass];
+        if (other.sameIdentity(routeClass) && this->together(other, hops_[record.hops]) == together) {
+            found.push_back(record);
+        }
+    }
+    return found;
+}
+
+void ForwardingTable::fillRoute(const Route &route, Generation generation)
+{
+    if (generation != filling_) {
+        filling_ = generation;
+        discarded_ = false;
+    }
+    if (!shows(route)) {
+        return;
+    }
+    noteDeadLinks(route);
+    const Named now = named(route);
+    if (together(now.routeClass, now.hops)) {
+        eraseOthers(rivals(route, now.routeClass, true), now);
+    }
+    put(route, now);
+}
+
+void ForwardingTable::sweepRoutes(Generation generation)
+{
+    filling_ = generation;
+    records_->sweep(generation, [this](const RouteRecord &record) { forget(record); });
+    settled_ = generation;
+    ++version_;
+}
+
+void ForwardingTable::applyNews(const RouteNews &news)
+{
+    const Route &route = news.route;
+    if (!shows(route)) {
+        return;
+    }
+    const Named now = named(route);
+    if (!news.comes) {
+        take(route, now);
+        return;
+    }
+    noteDeadLinks(route);
+    if (news.replaces) {
+        replaceBy(route, now);
+    } else if (together(now.routeClass, now.hops)) {
+        eraseOthers(rivals(route, now.routeClass, true), now);
+    }
+    put(route, now);
+}
+
+// Of IPv6 routes the kernel replaces one of the same kind, a multipath route as a whole, and one of the other kind only
+// when there is none. Of several it replaces the first, and which that is it does not say.
+void ForwardingTable::replaceBy(const Route &route, const Named &now)
+{
+    const bool whole = together(now.routeClass, now.hops);
+    std::vector<RouteRecord> replaced = rivals(route, now.routeClass, whole);
+    if (replaced.empty() && family_ == AF_INET6) {
+        replaced = rivals(route, now.routeClass, !whole);
+    }
+    eraseOthers(replaced, now);
+    if (replaced.size() > 1) {
+        wantReading();
+    }
+}
+
+void ForwardingTable::eraseOthers(const std::vector<RouteRecord> &records, const Named &than)
+{
+    for (const RouteRecord &record : records) {
+        if (!(classes_[record.routeClass] == than.routeClass && hops_[record.hops] == than.hops)) {
+            erase(record);
+        }
+    }
+}
+
+void ForwardingTable::put(const Route &route, const Named &named)
+{
+    const RouteRecord record{route.destination, route.length, classes_.take(named.routeClass), hops_.take(named.hops),
+                             secondsSinceBoot()};
+    if (named.hops.object != 0) {
+        objectRows_.try_emplace(record.hops, rowsBehind(named.hops.object));
+    }
+    const std::uint64_t rows = rowsOf(record);
+    const bool fits = record.routeClass < RouteRecords::mostClasses && limit_.rows + rows <= limit_.most;
+    if (!fits && !has(record)) {
+        release(record);
+        discard(rows);
+        return;
+    }
+    ++version_;
+    if (records_->put(record, filling_)) {
+        rows_ += rows;
+        limit_.rows += rows;
+    } else {
+        release(record);
+    }
+}
+
+bool ForwardingTable::has(const RouteRecord &record) const
+{
+    RouteRecord found;
+    return records_->atOrAfter(record, found) && found.destination == record.destination &&
+           found.length == record.length && found.routeClass == record.routeClass && found.hops == record.hops;
+}
+
+void ForwardingTable::take(const Route &route, const Named &gone)
+{
+    if (together(gone.routeClass, gone.hops)) {
+        for (const RouteRecord &record : rivals(route, gone.routeClass, true)) {
+            takeHops(route, record, gone.hops);
+        }
+        return;
+    }
+    const RouteRecord record{route.destination, route.length, classes_.find(gone.routeClass), hops_.find(gone.hops), 0};
+    if (record.routeClass != RouteClasses::none && record.hops != HopSets::none && has(record)) {
+        erase(record);
+        return;
+    }
+    // One that has gone before, with its link; or one of which the kernel now says something else than when it came.
+    for (const RouteRecord &each : rivals(route, gone.routeClass, false)) {
+        if (hops_[each.hops] == gone.hops && classes_[each.routeClass].type == gone.routeClass.type) {
+            erase(each);
+            return;
+        }
+    }
+}
+
+void ForwardingTable::takeHops(const Route &route, const RouteRecord &record, const HopSet &gone)
+{
+    std::vector<Hop> left;
+    hops_[record.hops].each([&](const Hop &hop) {
+        if (gone.each([&](const Hop &other) { return other != hop; })) {
+            left.push_back(hop);
+        }
+        return true;
+    });
+    if (left.size() == hops_[record.hops].size()) {
+        return;
+    }
+    const Named rest{classes_[record.routeClass], HopSet::of(left)};
+    erase(record);
+    if (!left.empty()) {
+        put(route, rest);
+    }
+}
+
+bool ForwardingTable::erase(const RouteRecord &record)
+{
+    const bool erased = records_->erase(record);
+    if (erased) {
+        forget(record);
+    }
+    return erased;
+}
+
+void ForwardingTable::eraseIf(const std::function<bool(const RouteRecord &)> &leaves)
+{
+    records_->eraseIf([&](const RouteRecord &record) {
+        const bool leaving = leaves(record);
+        if (leaving) {
+            forget(record);
+        }
+        return leaving;
+    });
+}
+
+// A record has gone.
+void ForwardingTable::forget(const RouteRecord &record)
+{
+    const std::uint64_t rows = rowsOf(record);
+    rows_ -= rows;
+    limit_.rows -= rows;
+    ++version_;
+    release(record);
+    const std::uint64_t enough = limit_.most / 100 + 1;
+    if (discarded_ && limit_.rows + enough <= limit_.most) {
+        discarded_ = false;
+        wantReading();
+    }
+}
+
+void ForwardingTable::release(const RouteRecord &record)
+{
+    classes_.leave(record.routeClass);
+    if (hops_.uses(record.hops) == 1) {
+        objectRows_.erase(record.hops);
+    }
+    hops_.leave(record.hops);
+}
+
+void ForwardingTable::discard(std::uint64_t rows)
+{
+    discarded_ = true;
+    // What a later reading brings has been counted.
+    limit_.discards += settled_ == 0 || filling_ == settled_ ? rows : 0;
+    if (!std::exchange(limit_.said, true)) {
+        logWarning("routes: there are more than the %llu rows that the configuration allows; the rest is left out",
+                   static_cast<unsigned long long>(limit_.most));
+    }
+}
+
+void ForwardingTable::wantReading()
+{
+    if (uncertain_) {
+        uncertain_();
+    }
+}
+
+void ForwardingTable::noteDeadLinks(const Route &route)
+{
+    for (const RouteNexthop &nexthop : route.nexthops) {
+        if (nexthop.dead) {
+            deadLinks_.insert(nexthop.ifIndex);
+        } else if (!deadLinks_.empty()) {
+            deadLinks_.erase(nexthop.ifIndex);
+        }
+    }
+}
+
+void ForwardingTable::linkDown(std::uint32_t ifIndex, LinkLoss loss)
+{
+    deadLinks_.insert(ifIndex);
+    std::vector<bool> lost(hops_.end());
+    bool any = false;
+    hops_.each([&](std::uint32_t number, const HopSet &set) {
+        bool leadsThere = false;
+        bool alive = false;
+        set.each([&](const Hop &hop) {
+            leadsThere = leadsThere || hop.ifIndex == ifIndex;
+            alive = alive || deadLinks_.count(hop.ifIndex) == 0;
+            return true;
+        });
+        lost[number] = set.object == 0 && leadsThere && (!alive || loss == LinkLoss::gone);
+        any = any || lost[number];
+    });
+    if (loss == LinkLoss::gone) {
+        deadLinks_.erase(ifIndex); // another link may get this number
+    }
+    if (any) {
+        eraseIf([&](const RouteRecord &record) {
+            return lost[record.hops] && !(loss == LinkLoss::down && classes_[record.routeClass].withinHost);
+        });
+    }
+}
+
+void ForwardingTable::addressGone(std::uint32_t address)
+{
+    std::vector<bool> lost(classes_.end());
+    bool any = false;
+    classes_.each([&](std::uint32_t number, const RouteClass &routeClass) {
+        lost[number] = routeClass.ownAddress == address;
+        any = any || lost[number];
+    });
+    if (any) {
+        eraseIf([&](const RouteRecord &record) { return lost[record.routeClass]; });
+    }
+}
+
+void ForwardingTable::nexthopsGone(const std::vector<std::uint32_t> &ids)
+{
+    std::vector<bool> lost(hops_.end());
+    bool any = false;
+    for (const std::uint32_t id : ids) {
+        if (const std::uint32_t number = hops_.find(HopSet::ofObject(id)); number != HopSets::none) {
+            lost[number] = true;
+            any = true;
+        }
+    }
+    if (any) {
+        eraseIf([&](const RouteRecord &record) { return lost[record.hops]; });
+    }
+}
+
+void ForwardingTable::nexthopsChanged()
+{
+    objectsChanged_ = !objectRows_.empty();
+    ++version_;
+}
+
+std::uint64_t ForwardingTable::rowsBehind(std::uint32_t object) const
+{
+    std::uint64_t rows = 0;
+    nexthops_.eachHop(object, [&](const NexthopObject &) { ++rows; });
+    return rows;
+}
+
+std::uint64_t ForwardingTable::rowsOf(const RouteRecord &record) const
+{
+    const HopSet &hops = hops_[record.hops];
+    return hops.object == 0 ? hops.size() : objectRows_.at(record.hops);
+}
+
+std::uint64_t ForwardingTable::count()
+{
+    if (std::exchange(objectsChanged_, false)) {
+        for (auto &[number, rows] : objectRows_) {
+            const std::uint64_t now = rowsBehind(hops_[number].object);
+            const std::uint64_t users = hops_.uses(number);
+            rows_ = rows_ - users * rows + users * now;
+            limit_.rows = limit_.rows - users * rows + users * now;
+            rows = now;
+        }
+    }
+    return rows_;
+}
+
+std::size_t ForwardingTable::memory() const
+{
+    return records_->memory() + classes_.memory() + hops_.memory();
+}
+
+} // namespace ipmib::platform

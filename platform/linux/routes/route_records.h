@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The routes of one version of IP, by destination: one record each, as small as a million of them ask for.
+#pragma once
+
+#include "addressing/packed_address.h"
+#include "ordered_table.h"
+
+#include <functional>
+#include <memory>
+
+namespace ipmib::platform
+{
+
+// Ordered by destination, length, and then so that each record has a place of its own.
+struct RouteRecord {
+    PackedAddress destination; // of IPv4 a number below 2^32
+    std::uint8_t length;       // bits
+    std::uint32_t routeClass;  // below mostClasses
+    std::uint32_t hops;
+    std::uint32_t changed; // seconds since boot; no part of the order
+};
+
+class RouteRecords
+{
+  public:
+    static constexpr std::uint32_t mostClasses = 1u << 24;
+
+    // Of AF_INET, 16 octets a record, or AF_INET6, 28.
+    static std::unique_ptr<RouteRecords> of(std::uint8_t family);
+    virtual ~RouteRecords() = default;
+
+    virtual std::size_t size() const = 0;
+    virtual std::size_t memory() const = 0;
+    // The first one at the key or behind it; behind it. False for none. Key and record may be the same.
+    virtual bool atOrAfter(const RouteRecord &key, RouteRecord &found) const = 0;
+    virtual bool after(const RouteRecord &key, RouteRecord &found) const = 0;
+    // True when it was added. One that is there keeps its time.
+    virtual bool put(const RouteRecord &record, Generation generation) = 0;
+    virtual bool erase(const RouteRecord &record) = 0;
+    // In one pass; what is called must not look at the records.
+    virtual void eraseIf(const std::function<bool(const RouteRecord &)> &leaves) = 0;
+    virtual void sweep(Generation generation, const std::function<void(const RouteRecord &)> &gone) = 0;
+};
+
+} // namespace ipmib::platform
