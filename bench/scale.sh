@@ -49,7 +49,7 @@ scenario() {
     addresses/*) echo "{\"generate\": {\"interfaces\": {\"count\": 1, \"name\": \"xe\"}, \"addresses\": $2}}" ;;
     prefixes/*) # with an address in each
         awk -v number="$2" 'BEGIN { printf "{\"interfaces\": [{\"name\": \"xe0\", \"addresses\": ["
-                                    for (i = 1; i <= number; i++) printf "%s\"2001:db8:0:%x::1/64\"", i > 1 ? ", " : "", i
+                                    for (i = 1; i <= number; i++) printf "%s\"2001:db8:0:%x::1/64\"", (i > 1 ? ", " : ""), i
                                     print "]}]}" }' ;;
     *) echo "{\"generate\": {\"interfaces\": {\"count\": 64, \"name\": \"xe\"}, \"$1\": $2}}" ;;
     esac
