@@ -12,7 +12,8 @@ MergedSource::MergedSource(OidView root, std::vector<Source *> sources) : root_(
 {
     SubId lastColumn = 0;
     for (Source *source : sources) {
-        parts_.push_back({source, {}, {}, {}});
+        Part &part = parts_.emplace_back(Part{source, source->objects(), {}, {}, {}});
+        std::erase_if(part.objects, [this](const Oid &object) { return !isWithin(object.view(), root_.view()); });
     }
     for (const Oid &object : objects()) {
         if (object.size() > root_.size()) {
@@ -28,11 +29,7 @@ std::vector<Oid> MergedSource::objects() const
 {
     std::vector<Oid> names;
     for (const Part &part : parts_) {
-        for (const Oid &object : part.source->objects()) {
-            if (isWithin(object.view(), root_.view())) {
-                names.push_back(object);
-            }
-        }
+        names.insert(names.end(), part.objects.begin(), part.objects.end());
     }
     std::ranges::sort(names,
                       [](const Oid &left, const Oid &right) { return std::is_lt(compare(left.view(), right.view())); });
@@ -124,7 +121,7 @@ void MergedSource::chooseNext(const Variable &variable, Search &search)
             continue;
         }
         const Gap &gap = gapOf(parts_[i], variable.asked);
-        if (!isInGap(gap, variable.asked)) {
+        if (!isInGap(gap, variable.asked) && !passesOver(i, variable.asked)) {
             search.next = i;
             return;
         }
@@ -196,6 +193,19 @@ bool MergedSource::isInGap(const Gap &gap, OidView asked) const
 {
     return gap.packet == packet_ && std::is_gteq(compare(asked, gap.from)) &&
            (gap.toEnd || std::is_lt(compare(asked, gap.to)));
+}
+
+// Whether the source has no such column: its next one is all that it can answer with, and mostly too far behind.
+bool MergedSource::passesOver(std::size_t part, OidView asked)
+{
+    const std::vector<Oid> &objects = parts_[part].objects;
+    const auto behind = std::ranges::partition_point(
+        objects, [asked](const Oid &object) { return std::is_lteq(compare(object.view(), asked)); });
+    if (behind != objects.begin() && isWithin(asked, std::prev(behind)->view())) {
+        return false;
+    }
+    remember(part, asked, behind == objects.end() ? nullptr : &*behind);
+    return true;
 }
 
 void MergedSource::remember(std::size_t part, OidView asked, const Oid *next)

@@ -38,7 +38,8 @@ class MergedSource final : public Source
     };
     struct Part {
         Source *source;
-        std::vector<Gap> gaps; // one for each column
+        std::vector<Oid> objects; // below the root, ascending
+        std::vector<Gap> gaps;    // one for each column
         std::vector<Variable> asked;
         std::vector<std::size_t> variables; // whose they are
     };
@@ -55,6 +56,7 @@ class MergedSource final : public Source
     void take(std::size_t part, Variable &variable, Search &search, const Variable &answer);
     Gap &gapOf(Part &part, OidView asked);
     bool isInGap(const Gap &gap, OidView asked) const;
+    bool passesOver(std::size_t part, OidView asked);
     void remember(std::size_t part, OidView asked, const Oid *next);
 
     Oid root_;

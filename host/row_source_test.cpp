@@ -150,5 +150,26 @@ TEST(MergedSource, AWalkThroughTheRowsOfOneSourceAsksTheOtherOnceAPacket)
     EXPECT_EQ(text(variable.name.view()), "1.2.1.2.1");
 }
 
+TEST(MergedSource, ASourceWithoutTheColumnIsAskedOnlyAtItsEnd)
+{
+    Rows::Calls one;
+    Rows::Calls other;
+    RowSource<Rows> whole(entry().view(), Rows(rowsOf({1, 2, 3}), {columns[0]}, &one));
+    RowSource<Rows> rest(entry().view(), Rows(rowsOf({1, 2, 3}), {columns[1], columns[2]}, &other));
+    MergedSource merged(entry().view(), {&whole, &rest});
+    Oid asked = entry();
+    for (const char *next : {"1.2.1.1.1", "1.2.1.1.2", "1.2.1.1.3", "1.2.1.2.1", "1.2.1.2.2"}) {
+        merged.beginPacket();
+        Variable variable;
+        variable.asked = asked.view();
+        merged.getNext({&variable, 1}, entry().view());
+        ASSERT_EQ(text(variable.name.view()), next);
+        EXPECT_EQ(other.next, variable.name.view()[entry().size()] == 1 ? 0u : other.next);
+        asked = variable.name;
+    }
+    EXPECT_EQ(other.next, 2u);
+    EXPECT_EQ(one.next, 4u);
+}
+
 } // namespace
 } // namespace ipmib::host::testing
