@@ -25,9 +25,10 @@ def free_port(kind):
 
 
 class Agent:
-    """with Agent(program, "home-router") as agent: ... Its clock stands still, so that all answers agree."""
+    """with Agent(program, "home-router") as agent: ... A simulated device's clock stands still, so that all answers
+    agree. What is served may also be a scenario's file, or "linux", this machine."""
 
-    def __init__(self, program, scenario):
+    def __init__(self, program, served):
         self.port = free_port(socket.SOCK_DGRAM)
         self.target = f"127.0.0.1:{self.port}"
         self._folder = tempfile.TemporaryDirectory()
@@ -37,8 +38,10 @@ class Agent:
             file.write("rocommunity public 127.0.0.1\n")
         self._environment = dict(os.environ, SNMPCONFPATH=self.folder, SNMP_PERSISTENT_DIR=self.folder + "/persistent",
                                  MIBS="", NOTIFY_SOCKET=self.folder + "/notify")
-        self._words = [program, "-f", "-Lf", self.folder + "/log", "-C", "-c", configuration, "--platform",
-                       f"simulated:{root}/examples/{scenario}.json", "--at=0", "udp:" + self.target]
+        scenario = served if "/" in served else f"{root}/examples/{served}.json"
+        platform = ["linux"] if served == "linux" else ["simulated:" + scenario, "--at=0"]
+        self._words = [program, "-f", "-Lf", self.folder + "/log", "-C", "-c", configuration, "--platform", *platform,
+                       "udp:" + self.target]
 
     def __enter__(self):
         with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
@@ -53,9 +56,15 @@ class Agent:
         self._process.wait(patience)
         self._folder.cleanup()
 
-    def walk(self, oid):
-        """Instances and values as (identifier, type, text); octets in hexadecimal."""
-        result = subprocess.run(["snmpbulkwalk", "-v2c", "-cpublic", "-t10", "-One", "-Oxt", "-Cr50", self.target, oid],
+    def walk(self, oid, *how):
+        """Instances and values as (identifier, type, text); octets in hexadecimal. With GETBULK, unless it is said how."""
+        return self.rows(*(how or ("snmpbulkwalk", "-Cr50")), oid)
+
+    def rows(self, program, *words):
+        """What one of net-snmp's programs prints, when it is asked for this."""
+        options = [word for word in words if word.startswith("-")]
+        result = subprocess.run([program, "-v2c", "-cpublic", "-t10", "-One", "-Oxt", *options, self.target,
+                                 *(word for word in words if word not in options)],
                                 env=self._environment, capture_output=True, text=True, timeout=patience, check=True)
         rows = []
         for line in re.split(r"\n(?=\.)", result.stdout.strip()):
