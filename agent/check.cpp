@@ -11,6 +11,7 @@
 #include "net_snmp.h"
 #include "ownership_report.h"
 #include "platform_events.h"
+#include "route_limit.h"
 #include "snmp_library.h"
 #include "system_group.h"
 
@@ -130,6 +131,7 @@ bool check(const Options &options)
     tables::ServedDevice device(plugin);
     const std::vector<host::ServedTable> &tables = device.catalogue().tables();
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
+    const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     if (isSubagent) {
         passOverSystemGroup();
     } else {

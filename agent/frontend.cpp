@@ -3,6 +3,7 @@
 
 #include "frontend.h"
 
+#include "held_questions.h"
 #include "packet.h"
 #include "platform_events.h"
 #include "varbind.h"
@@ -22,6 +23,7 @@ class Frontend::Impl
 
     ~Impl()
     {
+        held_.release(nullptr);
         for (const ServedRegion &region : served_) {
             netsnmp_unregister_handler(region.registration);
         }
@@ -57,6 +59,7 @@ class Frontend::Impl
                                     root.size()) == 0;
         });
         if (found != served_.end()) {
+            held_.release(found->source);
             netsnmp_unregister_handler(found->registration);
             served_.erase(found);
         }
@@ -86,12 +89,40 @@ class Frontend::Impl
         netsnmp_handler_registration *registration;
     };
 
-    static int handle(netsnmp_mib_handler *handler, netsnmp_handler_registration *, netsnmp_agent_request_info *info,
-                      netsnmp_request_info *requests)
+    static int handle(netsnmp_mib_handler *handler, netsnmp_handler_registration *registration,
+                      netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
         const auto *region = static_cast<const ServedRegion *>(handler->myvoid);
-        region->frontend->answer(*region, info, requests);
+        if (region->frontend->held_.mustWait(*region->source)) {
+            region->frontend->hold(*region, *handler, registration, info, requests);
+        } else {
+            region->frontend->answer(*region, info, requests);
+        }
         return SNMP_ERR_NOERROR;
+    }
+
+    // The library takes up the packet again when none of its variables is delegated any more, unless whoever has sent
+    // it is gone by then.
+    void hold(const ServedRegion &region, netsnmp_mib_handler &handler, netsnmp_handler_registration *registration,
+              netsnmp_agent_request_info *info, netsnmp_request_info *requests)
+    {
+        netsnmp_delegated_cache *const packet =
+            netsnmp_create_delegated_cache(&handler, registration, info, requests, nullptr);
+        delegate(requests, 1);
+        held_.hold(*region.source, [this, &region, packet] {
+            if (netsnmp_handler_check_cache(packet) != nullptr) {
+                delegate(packet->requests, 0);
+                answer(region, packet->reqinfo, packet->requests);
+            }
+            netsnmp_free_delegated_cache(packet);
+        });
+    }
+
+    static void delegate(netsnmp_request_info *requests, int isDelegated)
+    {
+        for (; requests != nullptr; requests = requests->next) {
+            requests->delegated = isDelegated;
+        }
     }
 
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
@@ -217,6 +248,7 @@ class Frontend::Impl
     PlatformEvents platformEvents_;
     std::list<ServedRegion> served_; // handlers point into it
     std::vector<const host::ServedTable *> whole_;
+    HeldQuestions held_;
     // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.
     std::deque<Asked> asked_;
     std::vector<host::Variable> variables_;

@@ -6,6 +6,7 @@
 #include "log.h"
 #include "net_snmp.h"
 #include "ownership_report.h"
+#include "route_limit.h"
 #include "serve_settings.h"
 #include "varbind.h"
 
@@ -26,6 +27,7 @@ using namespace ipmib::agent;
 
 constexpr const char *fileType = "snmpd";
 constexpr const char *directive = "ipmibServe";
+constexpr const char *routesDirective = "ipmibRoutes";
 constexpr const char *platformDirective = "ipmibPlatform";
 constexpr const char *optionDirective = "ipmibPlatformOption";
 
@@ -78,7 +80,7 @@ bool agentHas(host::OidView root)
 class Object
 {
   public:
-    Object() : settings_(fileType, directive, nullptr)
+    Object() : settings_(fileType, directive, nullptr), routeLimit_(fileType, routesDirective)
     {
         register_config_handler(fileType, platformDirective, takePlatform, nullptr, "NAME[:ARGUMENT]");
         register_config_handler(fileType, optionDirective, takeOption, nullptr, "NAME[=VALUE]");
@@ -144,6 +146,7 @@ class Object
         for (const std::string &name : settings_.unknownNames(tables)) {
             snmp_log(LOG_ERR, "%s: there is no table \"%s\"\n", directive, name.c_str());
         }
+        routeLimit_.tell(plugin_->platform());
         frontend_.emplace(device_->catalogue());
         std::vector<Claim> claims;
         std::vector<const host::ServedTable *> all;
@@ -197,6 +200,7 @@ class Object
 
     GlobalSymbols symbols_;
     ServeSettings settings_;
+    RouteLimit routeLimit_;
     host::PluginOptions options_;
     unsigned alarm_ = 0;
     bool started_ = false;

@@ -12,6 +12,7 @@
 #include "log.h"
 #include "net_snmp.h"
 #include "pid_file.h"
+#include "route_limit.h"
 #include "serve_settings.h"
 #include "service_notify.h"
 #include "snmp_library.h"
@@ -50,8 +51,10 @@ void serveStandalone(const Options &options)
     host::Plugin plugin(options.plugin);
     tables::ServedDevice device(plugin);
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
+    const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     serveSystemGroup();
     library.readConfiguration();
+    routeLimit.tell(plugin.platform());
     const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
     const Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });

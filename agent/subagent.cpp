@@ -11,6 +11,7 @@
 #include "net_snmp.h"
 #include "pid_file.h"
 #include "platform_events.h"
+#include "route_limit.h"
 #include "service_notify.h"
 #include "snmp_library.h"
 #include "system_group.h"
@@ -31,8 +32,10 @@ void serveAsSubagent(const Options &options)
     host::Plugin plugin(options.plugin);
     tables::ServedDevice device(plugin);
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
+    const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     passOverSystemGroup();
     library.readConfiguration();
+    routeLimit.tell(plugin.platform());
     const PlatformEvents platformEvents(plugin.platform());
     endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);

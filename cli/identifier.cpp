@@ -103,6 +103,10 @@ bool readLinkLayerPart(std::string_view text, std::size_t part, host::RowKey &ke
 
 bool readAddressPart(Session &session, const std::string &text, std::size_t part, host::RowKey &key)
 {
+    if (text.empty()) { // none, as of a next hop
+        key.resizeOctets(part, 0);
+        return true;
+    }
     const std::size_t percent = text.find('%');
     in_addr ipv4;
     if (inet_pton(AF_INET, text.c_str(), &ipv4) == 1) {
@@ -137,7 +141,11 @@ void appendIndex(Session &session, const std::string &text, const MibTreeNode &n
     for (std::size_t i = 0; i < words.size(); ++i) {
         parts.push_back(*host::indexPart(*columns[i]));
         bool read = false;
-        if (parts.back().isOctets) {
+        if (parts.back().isObjectId) {
+            host::Oid identifier;
+            read = appendNumbers(words[i], identifier) && identifier.size() <= host::maxIndexIds;
+            key.setObjectId(i, read ? identifier.view() : host::OidView());
+        } else if (parts.back().isOctets) {
             read = readAddressPart(session, words[i], i, key);
         } else if (const auto number = readNumberPart(session, *columns[i], words[i])) {
             key.setNumber(i, *number);
@@ -164,7 +172,12 @@ std::string indexText(const Session &session, const MibTreeNode &node, host::Oid
     std::string text;
     for (std::size_t i = 0; i < parts.size(); ++i) {
         std::string part;
-        if (parts[i].isOctets) {
+        if (parts[i].isObjectId) {
+            part = numbersText(key.objectId(i).view());
+        } else if (parts[i].isOctets && key.octets(i).empty()) {
+            text += "[]";
+            continue;
+        } else if (parts[i].isOctets) {
             part = addressText(session, key.octets(i));
         } else if (isInterfaceNumber(*columns[i])) {
             part = session.interfaceName(key.number(i));

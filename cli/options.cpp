@@ -15,6 +15,8 @@ Shows the IP-MIB of this machine, or of a simulated device, without SNMP.
 
   show VIEW [INTERFACE]  a table, of all interfaces or of one; VIEW is neighbours, addresses, prefixes, routers,
                          interfaces, statistics, icmp or advertisements, or the beginning of such a word
+  show routes [PREFIX]   all routes, or those within a prefix
+  show route ADDRESS     the routes with the longest prefix that an address lies in
   show statistics NAME   all counters of an interface, or of the "system"
   watch statistics [NAME], watch interfaces, watch icmp
                          how much the counters grow a second, again and again

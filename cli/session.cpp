@@ -26,6 +26,15 @@ void Session::freshState()
     device_.catalogue().beginPacket();
 }
 
+// Rows that take a while to be read are waited for.
+void Session::begin(host::Source &source)
+{
+    constexpr int step = 10; // milliseconds
+    source.start();
+    while (!source.areRead() && wait(step)) {
+    }
+}
+
 void Session::get(std::span<host::Variable> variables)
 {
     for (host::Variable &variable : variables) {
@@ -44,7 +53,7 @@ void Session::get(std::span<host::Variable> variables)
         if (asked.empty()) {
             continue;
         }
-        table.source->start();
+        begin(*table.source);
         table.source->get(asked);
         for (std::size_t i = 0; i < asked.size(); ++i) {
             *whose[i] = asked[i];
@@ -62,7 +71,7 @@ void Session::getNext(std::span<host::Variable> variables, host::OidView region)
         }
         return;
     }
-    table->source->start();
+    begin(*table->source);
     table->source->getNext(variables, region);
 }
 
@@ -86,6 +95,18 @@ bool Session::wait(int milliseconds)
             platform->dispatch();
         }
     }
+}
+
+const IpmibRouteHooks *Session::routes()
+{
+    const IpmibPlatformHooks *platform = plugin_.platform();
+    const Object *number = tree().named("inetCidrRouteNumber");
+    const host::ServedTable *table = number == nullptr ? nullptr : tree().tableOf(number->oid.view());
+    if (platform == nullptr || table == nullptr) {
+        return nullptr;
+    }
+    begin(*table->source);
+    return platform->routes;
 }
 
 std::uint32_t Session::uptime() const

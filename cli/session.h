@@ -39,6 +39,9 @@ class Session
     // Lets the platform work, until so many milliseconds have passed or a signal has come; false for a signal.
     bool wait(int milliseconds);
 
+    // Null when the platform knows of none.
+    const IpmibRouteHooks *routes();
+
     // Seconds since the device's boot.
     std::uint32_t uptime() const;
 
@@ -51,6 +54,8 @@ class Session
     std::uint32_t interfaceIndex(std::string_view name);
 
   private:
+    void begin(host::Source &source);
+
     host::Plugin plugin_;
     tables::ServedDevice device_;
     Version shown_ = Version::both;

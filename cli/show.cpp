@@ -13,8 +13,8 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr const View *views[] = {&neighboursView, &addressesView,  &prefixesView,       &routersView,
-                                 &interfacesView, &statisticsView, &advertisementsView, &icmpView};
+constexpr const View *views[] = {&neighboursView, &addressesView,  &prefixesView,   &routersView,        &routesView,
+                                 &routeView,      &interfacesView, &statisticsView, &advertisementsView, &icmpView};
 
 std::string namesOf(const std::vector<const View *> &some)
 {
@@ -34,6 +34,10 @@ const View &viewNamed(const std::string &word)
     if (found.empty()) {
         throw host::UsageError("show: there is no view \"" + word + "\", but " +
                                namesOf({std::begin(views), std::end(views)}));
+    }
+    const auto exact = std::ranges::find(found, word, &View::name);
+    if (exact != found.end()) {
+        return **exact;
     }
     if (found.size() > 1) {
         throw host::UsageError("show: \"" + word + "\" may be " + namesOf(found));

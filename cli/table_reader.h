@@ -28,6 +28,8 @@ class TableReader
     TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns,
                 Rows rows = Rows::shown);
 
+    // The next row is the first one behind this instance, which need not be a row's, nor be complete.
+    void startBehind(host::OidView instance) { instance_.assign(instance); }
     // Goes on to the next row; false behind the last one. Throws std::runtime_error when the module's answer is
     // unusable.
     bool next();

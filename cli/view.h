@@ -35,6 +35,8 @@ extern const View neighboursView;
 extern const View addressesView;
 extern const View prefixesView;
 extern const View routersView;
+extern const View routesView; // all, or those within a prefix
+extern const View routeView;  // those by which an address is reached
 extern const View interfacesView;
 extern const View advertisementsView;
 extern const View statisticsView; // one row for each version and interface

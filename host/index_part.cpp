@@ -58,6 +58,10 @@ std::optional<IndexPart> indexPart(const MibTreeNode &column)
         part.hasFixedLength = isAddress || (part.low == part.high && ranges.size() == 1);
         return part;
     }
+    case MIB_TYPE_OID:
+        part.high = maxIndexIds;
+        part.isObjectId = true;
+        return part;
     default:
         return std::nullopt;
     }

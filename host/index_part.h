@@ -20,9 +20,11 @@ struct IndexPart {
     // What rows may hold: the values of a number, the lengths of octets.
     std::uint32_t low;
     std::uint32_t high;
+    bool isObjectId = false; // an identifier, of at most maxIndexIds sub-identifiers, with their number in front
 };
 
 inline constexpr std::size_t maxIndexParts = 8;
+inline constexpr std::size_t maxIndexIds = 32;
 
 using IndexParts = std::vector<IndexPart>;
 

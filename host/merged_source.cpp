@@ -45,6 +45,11 @@ void MergedSource::start()
     }
 }
 
+bool MergedSource::areRead() const
+{
+    return std::ranges::all_of(parts_, [](const Part &part) { return part.source->areRead(); });
+}
+
 void MergedSource::get(std::span<Variable> variables)
 {
     for (Variable &variable : variables) {

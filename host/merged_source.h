@@ -22,6 +22,7 @@ class MergedSource final : public Source
 
     std::vector<Oid> objects() const override;
     void start() override;
+    bool areRead() const override;
     // The sources are told by whoever owns them.
     void beginPacket() override { ++packet_; }
     void get(std::span<Variable> variables) override;

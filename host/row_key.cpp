@@ -4,9 +4,24 @@
 #include "row_key.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace ipmib::host
 {
+
+Oid RowKey::objectId(std::size_t part) const
+{
+    Oid identifier;
+    const std::span<SubId> ids = identifier.extend(numbers_[part]);
+    std::memcpy(ids.data(), octets_[part].data(), ids.size_bytes());
+    return identifier;
+}
+
+void RowKey::setObjectId(std::size_t part, OidView identifier)
+{
+    numbers_[part] = static_cast<std::uint32_t>(identifier.size());
+    std::memcpy(octets_[part].data(), identifier.data(), identifier.size_bytes());
+}
 
 bool isSame(const IndexParts &parts, const RowKey &left, const RowKey &right)
 {
@@ -23,6 +38,9 @@ bool appendKey(const IndexParts &parts, const RowKey &key, Oid &name)
 {
     for (std::size_t i = 0; i < parts.size(); ++i) {
         if (!parts[i].hasFixedLength && !name.append(key.number(i))) {
+            return false;
+        }
+        if (parts[i].isObjectId && !name.append(key.objectId(i).view())) {
             return false;
         }
         if (!parts[i].isOctets) {
@@ -54,6 +72,13 @@ bool readKey(const IndexParts &parts, OidView instance, RowKey &key)
             return false;
         }
         key.setNumber(i, number);
+        if (part.isObjectId) {
+            if (instance.size() < number) {
+                return false;
+            }
+            key.setObjectId(i, instance.first(number));
+            instance = instance.subspan(number);
+        }
         if (!part.isOctets) {
             continue;
         }

@@ -20,6 +20,8 @@ class RowKey
     std::uint32_t number(std::size_t part) const { return numbers_[part]; }
     std::span<const std::uint8_t> octets(std::size_t part) const { return {octets_[part].data(), numbers_[part]}; }
 
+    Oid objectId(std::size_t part) const;
+
     void setNumber(std::size_t part, std::uint32_t number) { numbers_[part] = number; }
     // The part's octets, to be filled; at most maxOidLength.
     std::span<std::uint8_t> resizeOctets(std::size_t part, std::uint32_t length)
@@ -28,10 +30,14 @@ class RowKey
         return {octets_[part].data(), length};
     }
 
+    // At most maxIndexIds sub-identifiers.
+    void setObjectId(std::size_t part, OidView identifier);
+
   private:
     // Only what has been set is initialised.
-    std::array<std::uint32_t, maxIndexParts> numbers_; // of octets: their length
-    std::array<std::array<std::uint8_t, maxOidLength>, maxIndexParts> octets_;
+    std::array<std::uint32_t, maxIndexParts> numbers_;                         // of octets: their length
+    std::array<std::array<std::uint8_t, maxOidLength>, maxIndexParts> octets_; // of an identifier: its numbers
+    static_assert(maxIndexIds * sizeof(SubId) <= maxOidLength);
 };
 
 bool isSame(const IndexParts &parts, const RowKey &left, const RowKey &right);

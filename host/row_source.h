@@ -67,6 +67,15 @@ concept StartedRows = requires(const Rows &rows)
     rows.start();
 };
 
+// Rows that take a while to be read once they have been started.
+template <class Rows>
+concept AwaitedRows = requires(const Rows &rows)
+{
+    {
+        rows.areRead()
+        } -> std::same_as<bool>;
+};
+
 // Which row and which column an identifier means, and what follows it. There is one row at hand at a time.
 class RowSourceBase : public Source
 {
@@ -131,6 +140,14 @@ class RowSource final : public RowSourceBase
         }
     }
 
+    bool areRead() const override
+    {
+        if constexpr (AwaitedRows<Rows>) {
+            return rows_.areRead();
+        }
+        return true;
+    }
+
   private:
     using Index = typename Rows::Index;
 
@@ -188,6 +205,13 @@ class ScalarRows
     void start() const requires requires(const Group &group) { group.start(); }
     {
         group_.start();
+    }
+    bool areRead() const
+    {
+        if constexpr (AwaitedRows<Group>) {
+            return group_.areRead();
+        }
+        return true;
     }
     std::span<const RowColumn<Row>> columns() const { return group_.columns(); }
     bool find(const Index &, Row &row) const { return group_.read(row); }

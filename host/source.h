@@ -62,6 +62,9 @@ class Source
     // Somebody is about to serve it. What costs something while nobody asks begins here; more than once is as good as
     // once. Throws std::runtime_error with one line for the user.
     virtual void start() {}
+    // Whether its rows have been read, since `start`. Before, it answers from those that there are by then; whoever
+    // serves it keeps questions back for a while.
+    virtual bool areRead() const { return true; }
     // A packet of requests begins: what was found out for the one before is forgotten.
     virtual void beginPacket() {}
 

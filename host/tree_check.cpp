@@ -13,6 +13,13 @@ namespace ipmib::host
 namespace
 {
 
+// Whether a request can carry the column as part of an index.
+bool isKeyPart(const MibTreeNode &column)
+{
+    const auto part = indexPart(column);
+    return part && !part->isObjectId;
+}
+
 constexpr std::size_t maxNodes = 100'000;
 constexpr std::uint32_t maxItems = 65'536;
 
@@ -135,7 +142,7 @@ class Check
             if (!column || column->pstParent != &entry) {
                 return fail(entry, "its index names a column that is not its own");
             }
-            if (table != 0 && (tableOf(column->ulParamId) != table || !indexPart(*column))) {
+            if (table != 0 && (tableOf(column->ulParamId) != table || !isKeyPart(*column))) {
                 return fail(entry,
                             "an index column has no parameter id of its table, or a syntax that no index can have");
             }

@@ -42,6 +42,22 @@ void setException(netsnmp_variable_list &variable, u_char exception)
 
 } // namespace
 
+const host::Source *Responder::awaited(const netsnmp_pdu &message) const
+{
+    if (message.command != getMessage && message.command != getNextMessage && message.command != getBulkMessage) {
+        return nullptr;
+    }
+    for (const netsnmp_variable_list *each = message.variables; each != nullptr; each = each->next_variable) {
+        host::Oid name;
+        assignOid(name, {each->name, each->name_length});
+        const std::size_t table = tableOf(name.view());
+        if (table < tables_.size() && !tables_[table]->source->areRead()) {
+            return tables_[table]->source;
+        }
+    }
+    return nullptr;
+}
+
 bool Responder::answer(netsnmp_pdu &message)
 {
     error_ = noError;

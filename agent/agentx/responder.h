@@ -20,6 +20,9 @@ class Responder
     // Only these tables are answered; ascending.
     void serve(std::vector<const host::ServedTable *> tables) { tables_ = std::move(tables); }
 
+    // The first source that the message asks and whose rows have not been read yet; null when there is none.
+    const host::Source *awaited(const netsnmp_pdu &message) const;
+
     // Turns a request into its response. False when there is none to send.
     bool answer(netsnmp_pdu &message);
 

@@ -59,6 +59,7 @@ void Session::start()
 void Session::leave()
 {
     clearAlarm();
+    held_.drop();
     if (isOpen()) {
         const Message message = makeMessage(closeMessage, sessionId_, ++packetId_);
         message->errstat = reasonShutdown;
@@ -94,6 +95,21 @@ void Session::received(netsnmp_pdu &message)
     } else if (message.command == closeMessage) {
         connection_.close();
         lost(sessionClosed);
+    } else {
+        answer(message);
+    }
+}
+
+void Session::answer(netsnmp_pdu &message)
+{
+    const host::Source *const awaited = responder_.awaited(message);
+    if (awaited != nullptr && held_.mustWait(*awaited)) {
+        const std::shared_ptr<netsnmp_pdu> kept(snmp_clone_pdu(&message), FreePdu());
+        held_.hold(*awaited, [this, kept] {
+            if (responder_.answer(*kept)) {
+                connection_.send(*kept);
+            }
+        });
     } else if (responder_.answer(message)) {
         connection_.send(message);
     }
@@ -115,6 +131,7 @@ void Session::receivedResponse(const netsnmp_pdu &response)
 void Session::lost(const std::string &reason)
 {
     const bool wasServing = state_ == State::serving;
+    held_.drop();
     responder_.serve({});
     state_ = State::apart;
     setAlarm(retrySeconds);

@@ -5,6 +5,7 @@
 
 #include "agent/agentx/connection.h"
 #include "agent/agentx/responder.h"
+#include "agent/held_questions.h"
 #include "agent/ownership_report.h"
 #include "agent/serve_settings.h"
 
@@ -49,6 +50,7 @@ class Session
 
     void connected();
     void received(netsnmp_pdu &message);
+    void answer(netsnmp_pdu &message);
     void receivedResponse(const netsnmp_pdu &response);
     void lost(const std::string &reason);
     void opened(const netsnmp_pdu &response);
@@ -80,6 +82,7 @@ class Session
     std::size_t claim_ = 0;
     std::string trouble_; // why nothing is served, as it was logged
     OwnershipReport report_;
+    HeldQuestions held_;
 };
 
 } // namespace ipmib::agent::agentx

@@ -22,6 +22,7 @@ class ForwardingScalars
     explicit ForwardingScalars(const IpmibRouteHooks &routes) : routes_(routes) {}
 
     void start() const { follow(routes_); }
+    bool areRead() const { return tables::areRead(routes_); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
     bool read(Row &row) const
     {

@@ -107,6 +107,7 @@ class RouteRows
     explicit RouteRows(const IpmibRouteHooks &routes) : routes_(routes) {}
 
     void start() const { follow(routes_); }
+    bool areRead() const { return tables::areRead(routes_); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
     bool find(const Index &index, Row &row) const
     {

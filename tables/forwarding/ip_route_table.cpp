@@ -33,6 +33,7 @@ class DestinationRows
     explicit DestinationRows(const IpmibRouteHooks &routes) : routes_(routes) {}
 
     void start() const { follow(routes_); }
+    bool areRead() const { return tables::areRead(routes_); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
     bool find(const Index &index, Row &row) const
     {

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// While there are any, an alarm looks whether the rows have been read.
+
+#include "held_questions.h"
+
+#include "net_snmp.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ipmib::agent
+{
+namespace
+{
+
+constexpr std::chrono::seconds longest{3}; // a client that asks five times, a second apart, still gets its answer
+constexpr timeval between{0, 10'000};
+
+} // namespace
+
+void HeldQuestions::hold(const host::Source &source, std::function<void()> answer)
+{
+    held_.push_back({&source, Clock::now() + longest, std::move(answer)});
+    setAlarm(true);
+}
+
+void HeldQuestions::release(const host::Source *source)
+{
+    releaseIf([source](const Held &each) { return source == nullptr || each.source == source; });
+}
+
+template <class Predicate>
+void HeldQuestions::releaseIf(Predicate isDue)
+{
+    const auto due = std::stable_partition(held_.begin(), held_.end(), std::not_fn(isDue));
+    std::vector<Held> released(std::make_move_iterator(due), std::make_move_iterator(held_.end()));
+    held_.erase(due, held_.end());
+    for (const Held &each : released) {
+        each.answer();
+    }
+    setAlarm(!held_.empty());
+}
+
+void HeldQuestions::setAlarm(bool on)
+{
+    if (on && alarm_ == 0) {
+        alarm_ = snmp_alarm_register_hr(
+            between, SA_REPEAT,
+            [](unsigned, void *self) {
+                static_cast<HeldQuestions *>(self)->releaseIf(
+                    [now = Clock::now()](const Held &each) { return each.source->areRead() || each.end <= now; });
+            },
+            this);
+    } else if (!on && alarm_ != 0) {
+        snmp_alarm_unregister(alarm_);
+        alarm_ = 0;
+    }
+}
+
+} // namespace ipmib::agent

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Questions for rows that have not been read yet: each is answered when they have been, or when its time is up, from
+// what there is by then. Nobody waits for that; other questions are answered meanwhile.
+#pragma once
+
+#include "host/source.h"
+
+#include <chrono>
+#include <functional>
+#include <vector>
+
+namespace ipmib::agent
+{
+
+class HeldQuestions
+{
+  public:
+    HeldQuestions() = default;
+    ~HeldQuestions() { setAlarm(false); }
+    HeldQuestions(const HeldQuestions &) = delete;
+    HeldQuestions &operator=(const HeldQuestions &) = delete;
+
+    // Whether a question for these rows is to be held: they have not been read, and there is room for one more.
+    bool mustWait(const host::Source &source) const { return !source.areRead() && held_.size() < most; }
+    // Calls `answer` later, once; before the source ends.
+    void hold(const host::Source &source, std::function<void()> answer);
+    // Has those for the rows of this source answered now; null stands for all sources.
+    void release(const host::Source *source);
+    // Nobody wants the answers any more.
+    void drop() { held_.clear(); }
+
+  private:
+    static constexpr std::size_t most = 1'000; // clients ask again and again
+    using Clock = std::chrono::steady_clock;
+    struct Held {
+        const host::Source *source;
+        Clock::time_point end;
+        std::function<void()> answer;
+    };
+
+    template <class Predicate>
+    void releaseIf(Predicate isDue);
+    void setAlarm(bool on);
+
+    std::vector<Held> held_;
+    unsigned alarm_ = 0;
+};
+
+} // namespace ipmib::agent
