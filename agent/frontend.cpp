@@ -112,10 +112,21 @@ class Frontend::Impl
         held_.hold(*region.source, [this, &region, packet] {
             if (netsnmp_handler_check_cache(packet) != nullptr) {
                 delegate(packet->requests, 0);
+                clearAnswers(*packet);
                 answer(region, packet->reqinfo, packet->requests);
             }
             netsnmp_free_delegated_cache(packet);
         });
+    }
+
+    // The library has given up what it saw unanswered of a get.
+    static void clearAnswers(const netsnmp_delegated_cache &packet)
+    {
+        for (netsnmp_request_info *request = packet.requests; request != nullptr; request = request->next) {
+            if (packet.reqinfo->mode == MODE_GET) {
+                request->requestvb->type = ASN_NULL;
+            }
+        }
     }
 
     static void delegate(netsnmp_request_info *requests, int isDelegated)

@@ -2,10 +2,12 @@
 // A device that never changes, as a platform library: a few rows in every table.
 //
 // Options: --log-packets writes a line for each packet that begins; --refuse makes the start fail; --wait-for=PIPE has
-// the start and each reload wait until somebody has written to the pipe.
+// the start and each reload wait until somebody has written to the pipe; --routes-read-after=NUMBER has routes read when
+// somebody has asked so often whether they are.
 
 #include "e2e/scripted_interfaces.h"
 #include "e2e/scripted_ipv4.h"
+#include "e2e/scripted_routes.h"
 #include "scripted/call_log.h"
 #include "scripted/world.h"
 
@@ -113,6 +115,8 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
             logsPackets = true;
         } else if (std::strcmp(name, "vanished-interface") == 0) {
             ipmib::e2e::letVanish(static_cast<std::uint32_t>(std::atoi(given->options[i].value)));
+        } else if (std::strcmp(name, "routes-read-after") == 0) {
+            ipmib::e2e::readRoutesAfter(std::strtoul(given->options[i].value, nullptr, 10));
         } else if (std::strcmp(name, "wait-for") == 0) {
             pipeToWaitFor = given->options[i].value;
             waitForPipe();
@@ -178,6 +182,7 @@ const IpmibPlatformHooks ipmib_platform_hooks = [] {
     hooks.reload = reload;
     hooks.interfaces = &ipmib::e2e::scriptedInterfaces;
     hooks.ipv4 = &ipmib::e2e::scriptedIpv4;
+    hooks.routes = &ipmib::e2e::scriptedRoutes;
     return hooks;
 }();
 }
