@@ -102,7 +102,7 @@ TEST_F(Ipv4Test, WhatIsAskedBetweenAndBeyondTheRowsIsAnsweredAsWell)
     for (const char *beyond : {".223.255.255.255", ".256", ".4294967295.1.1.1", ".223.255.255.255.1"}) {
         EXPECT_EQ(next(ifIndex + beyond), "." + ipAddrEntry + "3.127.0.0.1") << beyond;
     }
-    EXPECT_EQ(next(ipAddrEntry + "5.256"), "." + ipNetToMediaEntry + "1.2.0.0.0.1");
+    EXPECT_EQ(next(ipAddrEntry + "5.256"), ".1.3.6.1.2.1.4.21.1.1.10.0.0.0") << "routes are next";
 
     const std::string type = ipNetToMediaEntry + "4";
     EXPECT_EQ(next(type), "." + type + ".2.0.0.0.1");
@@ -115,7 +115,7 @@ TEST_F(Ipv4Test, WhatIsAskedBetweenAndBeyondTheRowsIsAnsweredAsWell)
         EXPECT_EQ(next(type + behind), "." + type + ".2147483647.192.0.2.9") << behind;
     }
     for (const char *beyond : {".2147483647.192.0.2.9", ".4294967295", ".2147483647.300.1.1.1.1.1"}) {
-        EXPECT_EQ(next(type + beyond), ".1.3.6.1.2.1.4.25.0") << beyond;
+        EXPECT_EQ(next(type + beyond), ".1.3.6.1.2.1.4.24.3.0") << beyond;
     }
 
     const Words answers = linesOf(snmp("snmpget", publicV2,
