@@ -2,8 +2,8 @@
 // A device that never changes, as a platform library: a few rows in every table.
 //
 // Options: --log-packets writes a line for each packet that begins; --refuse makes the start fail; --wait-for=PIPE has
-// the start and each reload wait until somebody has written to the pipe; --routes-read-after=NUMBER has routes read when
-// somebody has asked so often whether they are.
+// the start and each reload wait until somebody has written to the pipe; --routes-read-after=NUMBER has routes read
+// when somebody has asked so often whether they are.
 
 #include "e2e/scripted_interfaces.h"
 #include "e2e/scripted_ipv4.h"
