@@ -12,6 +12,7 @@
 #include "links/ip6_link.h"
 #include "links/link_table.h"
 #include "neighbours/neighbour_table.h"
+#include "routes/forwarding_table.h"
 
 #include <memory>
 
@@ -40,6 +41,8 @@ class Tables
         handlers.uncertain = [] {};
         handlers.rebuilt = [] {};
         routes_.connect(std::move(handlers));
+        routes_.add(forwarding_);
+        ipv4Routes_.add(ipv4Forwarding_);
     }
 
     void take(const nlmsghdr &message)
@@ -115,6 +118,16 @@ class Tables
             more = ipv4Addresses_.prefixAfter(ipv4Prefix, lastPrefix);
             require(!more || ipv4Prefix < lastPrefix, "IPv4 prefixes ascend");
         }
+        for (ForwardingTable *table : {&forwarding_, &ipv4Forwarding_}) {
+            std::uint64_t rows = 0;
+            IpmibRoute route{};
+            for (bool more = table->first(0, route); more; more = table->next(route.key, 0, route)) {
+                IpmibRoute found{};
+                require(table->find(route.key, 0, found), "a route is found by its key");
+                require(++rows <= table->count(), "routes ascend");
+            }
+            require(rows == table->count(), "the number of routes is that of a walk");
+        }
         neighbours_.each([](const Neighbour &row) { require(row.ifIndex != 0, "a neighbour is on an interface"); });
     }
 
@@ -168,6 +181,10 @@ class Tables
     Ipv4AddressTable ipv4Addresses_;
     Ipv4RouteTable ipv4Routes_;
     NeighbourTable ipv4Neighbours_{nobodyOnIpv4_};
+    RouteTables allTables_{true, {}};
+    RouteLimit limit_{256, 0, 0, false};
+    ForwardingTable forwarding_{AF_INET6, routes_.nexthops(), allTables_, limit_};
+    ForwardingTable ipv4Forwarding_{AF_INET, ipv4Routes_.nexthops(), allTables_, limit_};
     PrefixTable prefixes_{anycasts_, routes_};
     RouterList routers_;
     KernelTable *dumped_[6] = {&links_, &addresses_, &anycasts_, &routes_, &ipv4Addresses_, &ipv4Routes_};

@@ -70,6 +70,24 @@ void takeGateway(const Attributes<RTA_MAX> &attributes, std::uint8_t family, Rou
         addressIn(static_cast<const std::uint8_t *>(mnl_attr_get_payload(via)) + sizeof header, nexthop.gatewayFamily);
 }
 
+// Mixes a nest or a number into what stands for all that is not told apart otherwise.
+void mixIn(std::uint32_t &rest, const void *octets, std::size_t size)
+{
+    constexpr std::uint32_t prime = 16'777'619; // FNV-1a
+    for (std::size_t i = 0; i < size; ++i) {
+        rest = (rest ^ static_cast<const std::uint8_t *>(octets)[i]) * prime;
+    }
+}
+
+void mixIn(std::uint32_t &rest, const Attributes<RTA_MAX> &attributes)
+{
+    for (const std::size_t type : {RTA_METRICS, RTA_FLOW, RTA_ENCAP_TYPE, RTA_ENCAP}) {
+        if (const nlattr *attribute = attributes[type]; attribute != nullptr) {
+            mixIn(rest, mnl_attr_get_payload(attribute), mnl_attr_get_payload_len(attribute));
+        }
+    }
+}
+
 // The kernel tells what is left in ticks, a negative number when the route has lapsed and was not dropped yet.
 Deadline deadlineOf(const rta_cacheinfo &info, std::uint32_t now)
 {
@@ -104,6 +122,8 @@ bool parseRoute(const nlmsghdr &message, std::uint8_t family, std::uint32_t now,
     } else {
         route.tos = header.rtm_tos;
         route.ownAddress = static_cast<std::uint32_t>(addressOf(attributes[RTA_PREFSRC], family).low);
+        route.rest = header.rtm_scope;
+        mixIn(route.rest, attributes);
     }
     route.scope = header.rtm_scope;
     route.type = header.rtm_type;
@@ -119,6 +139,10 @@ bool parseRoute(const nlmsghdr &message, std::uint8_t family, std::uint32_t now,
             nexthop.ifIndex = static_cast<std::uint32_t>(hop.rtnh_ifindex);
             nexthop.dead = (hop.rtnh_flags & RTNH_F_DEAD) != 0;
             takeGateway(inner, family, nexthop);
+            if (family == AF_INET) {
+                mixIn(route.rest, &hop.rtnh_hops, sizeof hop.rtnh_hops);
+                mixIn(route.rest, inner);
+            }
             nexthops.push_back(nexthop);
         });
     } else if (attributes[RTA_OIF] != nullptr) {

@@ -36,6 +36,7 @@ struct Route {
     std::uint32_t table = 0;
     std::uint32_t metric = 0;
     std::uint32_t ownAddress = 0; // of IPv4: what packets that take it have as their source; 0 for none
+    std::uint32_t rest = 0;       // of IPv4: routes that differ in other ways have other numbers
     Deadline until;
     std::uint32_t nexthopId = 0;        // of a nexthop object; 0 for none
     std::vector<RouteNexthop> nexthops; // with a nexthop object only when the kernel is set to tell both

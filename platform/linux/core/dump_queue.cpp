@@ -183,6 +183,14 @@ void DumpQueue::finish(Rtnetlink::Read result)
         sendRequest();
         return;
     }
+    mirror.readAnnouncements(); // which are kept, but looked at
+    if (!interrupted_ && mirror.disturbed_ && attempt_ + 1 < disturbedDumps) {
+        ++attempt_;
+        mirror.goesOn_ = true;
+        reading_ = false;
+        begin();
+        return;
+    }
     if (!interrupted_) {
         mirror.table_.sweep(mirror.generation_);
         mirror.saidCannotRead_ = false;

@@ -82,6 +82,7 @@ void Mirror::readAnnouncements(unsigned most)
             const auto *bytes = reinterpret_cast<const std::byte *>(&message);
             held_.insert(held_.end(), bytes, bytes + message.nlmsg_len);
             held_.resize(NLMSG_ALIGN(held_.size()));
+            disturbed_ = disturbed_ || table_.disturbs(message);
         };
         switch (announcements_.readAnnouncements(take)) {
         case Rtnetlink::Read::rows:
@@ -150,6 +151,10 @@ void Mirror::dumpBegins()
     state_ = State::dumping;
     again_ = false;
     lostSince_ = false;
+    disturbed_ = false;
+    if (std::exchange(goesOn_, false)) {
+        return;
+    }
     generation_ = generation_ == std::numeric_limits<Generation>::max() ? 1 : static_cast<Generation>(generation_ + 1);
     readingBegan_ = Clock::now();
 }

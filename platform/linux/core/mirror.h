@@ -44,6 +44,9 @@ class KernelTable
     virtual void fill(const nlmsghdr &message, Generation generation) = 0;
     // All dumps of a reading have ended well: rows that do not have this generation are gone.
     virtual void sweep(Generation generation) = 0;
+    // Whether the kernel, when it announces this while it dumps the table, may have passed other rows over without
+    // marking the dump as interrupted.
+    virtual bool disturbs(const nlmsghdr &) const { return false; }
     // An announcement.
     virtual void apply(const nlmsghdr &message) = 0;
 };
@@ -118,6 +121,8 @@ class Mirror
     Rtnetlink announcements_;
     State state_ = State::live;
     bool again_ = false;
+    bool disturbed_ = false;    // the reading that is under way
+    bool goesOn_ = false;       // the next dump belongs to the same reading
     Generation generation_ = 0; // of the last reading
     std::vector<std::byte> held_;
     Timer calm_;
@@ -138,6 +143,7 @@ class DumpQueue
 {
   public:
     static constexpr unsigned attempts = 5;             // in a row, of a dump that is interrupted
+    static constexpr unsigned disturbedDumps = 3;       // that together make up a reading
     static constexpr unsigned retryMilliseconds = 1000; // until the next row of attempts
     // Between packets; one read takes a fifth of it.
     static constexpr std::chrono::microseconds longestPiece{500};

@@ -128,8 +128,8 @@ bool before(const IpmibRoute &a, const IpmibRoute &b)
 }
 
 // Rows that nothing else sets apart have equal keys by now: the second one and those behind it get numbers that no
-// interface has.
-void setApart(std::vector<IpmibRoute> &rows)
+// interface has. True when there were any.
+bool setApart(std::vector<IpmibRoute> &rows)
 {
     constexpr std::uint32_t beyondInterfaces = 1u << 24;
     const auto rest = [](const IpmibRoute &row) { return std::tie(row.if_index, row.type, row.protocol); };
@@ -138,13 +138,16 @@ void setApart(std::vector<IpmibRoute> &rows)
         return byKey != 0 ? byKey < 0 : rest(a) < rest(b);
     });
     std::vector<std::uint32_t> ranks(rows.size(), 0);
+    bool any = false;
     for (std::size_t i = 1; i < rows.size(); ++i) {
-        ranks[i] = order(rows[i - 1].key, rows[i].key) == 0 ? ranks[i - 1] + 1 : 0;
+        const bool same = order(rows[i - 1].key, rows[i].key) == 0;
+        ranks[i] = same ? ranks[i - 1] + 1 : 0;
+        any = any || same;
     }
     for (std::size_t i = 0; i < rows.size(); ++i) {
         rows[i].key.policy[IPMIB_ROUTE_POLICY_NUMBERS - 1] += ranks[i] * beyondInterfaces;
     }
-    std::sort(rows.begin(), rows.end(), before);
+    return any;
 }
 
 bool answer(const IpmibRoute &made, std::uint32_t now, IpmibRoute &row)
@@ -224,8 +227,7 @@ const std::vector<IpmibRoute> &ForwardingTable::group(const PackedAddress &desti
          more && record.destination == destination && record.length == length; more = records_->after(record, record)) {
         addRows(record, group_.rows);
     }
-    if (group_.rows.size() > 1) {
-        setApart(group_.rows);
+    while (group_.rows.size() > 1 && setApart(group_.rows)) {
     }
     return group_.rows;
 }

@@ -42,7 +42,7 @@ std::uint64_t RouteClass::hash() const
     hash = mixed(hash, std::uint64_t{table} << 32 | metric);
     hash = mixed(hash, std::uint64_t{ownAddress} << 32 | std::uint32_t{sourceLength} << 24 | std::uint32_t{tos} << 16 |
                            std::uint32_t{type} << 8 | protocol);
-    return mixed(hash, withinHost ? 1 : 0);
+    return mixed(hash, std::uint64_t{rest} << 1 | (withinHost ? 1 : 0));
 }
 
 } // namespace ipmib::platform

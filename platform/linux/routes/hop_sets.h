@@ -54,6 +54,7 @@ using HopSets = Interned<HopSet>;
 struct RouteClass {
     std::uint32_t table = 0;
     std::uint32_t metric = 0;
+    std::uint32_t rest = 0;       // routes that differ in other ways have other numbers
     std::uint32_t ownAddress = 0; // of IPv4: the address that packets have as their source; 0 for any
     PackedAddress source;         // where only packets from some sources take the route
     std::uint8_t sourceLength = 0;

@@ -70,6 +70,12 @@ class RouteFeed : public KernelTable
     void fill(const nlmsghdr &message, Generation generation) override;
     void sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
+    // The kernel goes on with a dump of IPv6 routes at a place that it has counted, which is another one when routes in
+    // front of it have gone.
+    bool disturbs(const nlmsghdr &message) const override
+    {
+        return family_ == AF_INET6 && message.nlmsg_type == RTM_DELROUTE;
+    }
 
   protected:
     // Whether the routes that the kernel made because a router advertised the prefix are dumped once more: nothing else

@@ -230,7 +230,8 @@ const char *const allKinds =
     "ip route add 192.0.2.0/24 via 10.0.0.2 metric 7; ip route add 192.0.2.0/24 via 10.0.1.2 tos 0x10;"
     "ip route add 198.51.100.0/24 nexthop via 10.0.0.3 nexthop via 10.0.1.3 weight 5 nexthop dev v2;"
     "ip route add 203.0.113.0/24 dev v1; ip route append 203.0.113.0/24 dev v2;"
-    "ip route append 203.0.113.0/24 via 10.0.2.9;"
+    "ip route append 203.0.113.0/24 via 10.0.2.9; ip route append 203.0.113.0/24 via 10.0.2.9 mtu 1400;"
+    "ip route append 203.0.113.0/24 via 10.0.2.9 proto bgp;"
     "ip route add 172.16.0.0/16 via inet6 fe80::7 dev v1; ip route add 172.17.0.0/16 via inet6 2001:db8:1::7 dev v1;"
     "ip route add blackhole 172.18.0.0/16; ip route add unreachable 172.19.0.0/16; ip route add prohibit 172.20.0.0/16;"
     "ip route add throw 172.21.0.0/16; ip route add 172.22.0.0/16 via 10.0.0.4 proto bgp;"
@@ -458,6 +459,28 @@ TEST_F(RoutesNetns, walksUnderTwentyThousandChangesAreWhole)
     waiter.join();
     std::remove(changes.c_str());
     expectWhatIpLists();
+}
+
+// A dump of IPv6 routes goes on at a place that the kernel has counted, when a route has come meanwhile. Where routes
+// in front of it have gone, as many behind it are passed over, and nothing marks the dump.
+TEST_F(RoutesNetns, routesThatADumpPassesOverStay)
+{
+    space_->run("seq 1 5000 | awk '{printf \"route add 2001:%x::/32 via 2001:db8::2\\n\", 8192 + $1}' | ip -batch -");
+    start();
+    mirrorOfIpv6().refresh();
+    int number = 0;
+    while ((*platform_)->routeDumps().readPiece()) {
+        if (number < 20) {
+            char command[120];
+            std::snprintf(command, sizeof command,
+                          "ip -6 route del 2001:%x::/32; ip -6 route add 2001:%x::/32 via 2001:db8::2", 0x2001 + number,
+                          0xf000 + number);
+            ++number;
+            space_->run(command);
+        }
+    }
+    ASSERT_EQ(number, 20);
+    settledAfter("true");
 }
 
 // The socket's buffer holds a few announcements: rows are what was last known until the storm has calmed, then one
