@@ -100,6 +100,7 @@ docs: build
 	@packaging/install_dependencies.sh test
 	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
 	@tests/docs/picture.py --programs build/bin --update docs/terminal.svg docs/terminal.commands
+	@tests/docs/counterparts.py --update
 	@tests/collectors/collectors_test.py --update build/sbin/ipmibd
 	@tests/collectors/exporter_test.py --update build/sbin/ipmibd
 

@@ -37,7 +37,8 @@ as agentaddress in the configuration, only the loopback addresses are listened o
 
 Lines of the configuration that say who serves a table, or all others:
 
-  serve TABLE|all auto   as a sub-agent: what the master lacks or serves less of (this is the default); else: serve it
+  serve TABLE|all auto   as a sub-agent: what the master lacks, and the tables of the IP-MIB; else: serve it; this is the
+                         default
   serve TABLE|all take   as a sub-agent: in the place of the master's own rows; else: serve it
   serve TABLE|all off    leave it alone
 )";

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A look is a registration with the agent's own priority, at the places where agents register a table; it is taken back
 // at once. The claim is one at the very place where the agent has its own: of a longer one the agent's would show
-// beside it, a shorter one would not count. Where the agent keeps what we lack, there is one for each column that we
-// serve.
+// beside it, a shorter one would not count.
 
 #include "ownership.h"
 
@@ -19,17 +18,36 @@ constexpr std::size_t columnsPlace = 2;
 
 } // namespace
 
-Claim::Claim(const host::ServedTable &table, Serve wish, WhenOff whenOff)
-    : table_(&table), wish_(wish), places_{table.identifier, table.inner}
+Claim::Claim(const host::ServedTable &table, Serve wish, WhenOff whenOff, Groups groups)
+    : table_(&table), wish_(wish), groups_(groups), places_{table.identifier, table.inner}
 {
     if (wish == Serve::off && whenOff == WhenOff::leaveAlone) {
         owner_ = Owner::off;
-    } else if (table.isOfGroup && wish == Serve::automatic) {
-        owner_ = Owner::agents; // agents register such scalars as a range, which a look does not find
     }
-    if (!table.isScalar()) {
+    if (table.isOfGroup) {
+        places_.insert(places_.begin(), host::Oid(table.place()));
+    } else if (!table.isScalar()) {
         places_.push_back(table.objects.front());
     }
+}
+
+void Claim::goWith(std::span<const Claim> decided)
+{
+    if (owner_ != Owner::undecided || !table_->isOfGroup || groups_ == Groups::oneByOne) {
+        return;
+    }
+    const auto first = std::ranges::find_if(decided, [this](const Claim &claim) {
+        return claim.isGroupOfAgent() && std::ranges::equal(claim.table_->place(), table_->place());
+    });
+    if (first != decided.end()) {
+        owner_ = first->owner_;
+        reason_ = first->reason_;
+    }
+}
+
+bool Claim::isGroupOfAgent() const
+{
+    return table_->isOfGroup && !agents_.empty() && std::ranges::equal(agents_.front().view(), table_->place());
 }
 
 std::optional<Claim::Attempt> Claim::next() const
@@ -49,10 +67,13 @@ void Claim::take(Answer answer, const std::string &reason)
         if (answer == Answer::granted) {
             stage_ = Stage::lookAway;
         } else if (answer == Answer::duplicate) {
-            if (place_ < columnsPlace) {
+            if (table_->isScalar() || place_ < columnsPlace) {
                 agents_.push_back(places_[place_]);
             } else { // it registers its columns one by one
                 agents_.insert(agents_.end(), table_->objects.begin(), table_->objects.end());
+            }
+            if (isGroupOfAgent()) {
+                place_ = places_.size(); // net-snmp would lose what lies below a longer one when it is taken back
             }
             lookOn();
         } else {
@@ -82,21 +103,21 @@ void Claim::take(Answer answer, const std::string &reason)
 void Claim::lookOn()
 {
     stage_ = Stage::look;
-    if (++place_ < places_.size()) {
+    if (place_ < places_.size() && ++place_ < places_.size()) {
         return;
     }
     if (wish_ == Serve::off) {
         owner_ = agents_.empty() ? Owner::off : Owner::agents;
         return;
     }
-    const bool inPart = !agents_.empty() && wish_ == Serve::automatic;
-    if (inPart && !table_->replacesColumns) {
+    if (!agents_.empty() && wish_ == Serve::automatic && !table_->isSuperior) {
         owner_ = Owner::agents;
         return;
     }
     stage_ = Stage::claim;
     place_ = 0;
-    places_ = inPart ? table_->objects : agents_.empty() ? std::vector{table_->identifier} : agents_;
+    const bool isOnItsOwn = agents_.empty() || (groups_ == Groups::oneByOne && isGroupOfAgent());
+    places_ = isOnItsOwn ? std::vector{table_->identifier} : agents_;
 }
 
 void Claim::lose(Owner owner)

@@ -5,6 +5,7 @@
 #include "host/catalogue.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace ipmib::agent
 
 // What the setting `serve TABLE ...` says.
 enum class Serve {
-    automatic, // what the agent lacks, or serves less of
+    automatic, // what the agent lacks, and tables of which ours have all rows of its
     take,      // in the agent's place
     off
 };
@@ -41,7 +42,16 @@ class Claim
     // A table that is off is left alone, or, to tell what the agent has in its place, looked for and no more.
     enum class WhenOff { leaveAlone, look };
 
-    Claim(const host::ServedTable &table, Serve wish, WhenOff whenOff = WhenOff::leaveAlone);
+    // Agents register the scalars of a group as one. A sub-agent takes that place as it is, since net-snmp loses what
+    // lies below a longer one when a sub-agent ends; within the agent's own process each has its own.
+    enum class Groups { asOne, oneByOne };
+
+    Claim(const host::ServedTable &table, Serve wish, WhenOff whenOff = WhenOff::leaveAlone,
+          Groups groups = Groups::asOne);
+
+    // To be called before the first attempt: a scalar whose group is one for the agent goes with the first of them,
+    // which is among the claims that are decided.
+    void goWith(std::span<const Claim> decided);
 
     struct Attempt {
         bool registering; // or taking back what was registered for a look
@@ -69,9 +79,11 @@ class Claim
 
     void lookOn();
     void lose(Owner owner);
+    bool isGroupOfAgent() const;
 
     const host::ServedTable *table_;
     Serve wish_;
+    Groups groups_;
     Stage stage_ = Stage::look;
     std::vector<host::Oid> places_; // of this stage, one after the other
     std::size_t place_ = 0;

@@ -18,8 +18,8 @@ using Answer = Claim::Answer;
 
 const host::ServedTable table = {
     "aTable", Oid{1, 3, 4}, Oid{1, 3, 4, 1}, Oid{1, 3, 4, 1}, {Oid{1, 3, 4, 1, 3}, Oid{1, 3, 4, 1, 5}}};
-// Of this one agents are known to serve only a part.
-const host::ServedTable partial = {"aTable", table.identifier, table.root, table.inner, table.objects, nullptr, true};
+// Of this one ours is known to have all rows that agents have.
+const host::ServedTable superior = {"aTable", table.identifier, table.root, table.inner, table.objects, nullptr, true};
 
 // An agent with registrations of this text: "1.3.4 127".
 struct Agent {
@@ -110,14 +110,17 @@ TEST(Claim, AnAgentThatRegistersItsColumnsOneByOneHasTheTable)
     EXPECT_EQ(agent.registered, (Places{"1.3.4.1.3 127", "1.3.4.1.5 127", "1.3.4.1.3 93", "1.3.4.1.5 93"}));
 }
 
-TEST(Claim, OfATableServedInPartOurColumnsReplaceTheAgents)
+TEST(Claim, ATableOfWhichOursHasAllRowsTakesTheAgentsPlace)
 {
     Agent agent{{"1.3.4 127"}};
-    EXPECT_EQ(agent.decide(partial, Serve::automatic).owner(), Owner::oursInstead);
-    EXPECT_EQ(agent.registered, (Places{"1.3.4 127", "1.3.4.1.3 93", "1.3.4.1.5 93"}));
+    EXPECT_EQ(agent.decide(superior, Serve::automatic).owner(), Owner::oursInstead);
+    EXPECT_EQ(agent.registered, (Places{"1.3.4 127", "1.3.4 93"}));
     Agent without{{}};
-    EXPECT_EQ(without.decide(partial, Serve::automatic).owner(), Owner::ours);
+    EXPECT_EQ(without.decide(superior, Serve::automatic).owner(), Owner::ours);
     EXPECT_EQ(without.registered, Places{"1.3.4 93"});
+    Agent beside{{"1.3.4 127", "1.3.4 93"}};
+    EXPECT_FALSE(beside.decide(superior, Serve::automatic).isFault());
+    EXPECT_EQ(textOf(beside.decide(superior, Serve::automatic)), "another sub-agent's");
 }
 
 TEST(Claim, AnotherOfOurKindIsLeftAloneAndIsAFaultWhenItWasToBeTaken)
@@ -133,9 +136,9 @@ TEST(Claim, AnotherOfOurKindIsLeftAloneAndIsAFaultWhenItWasToBeTaken)
 
 TEST(Claim, WhatWasGrantedIsGivenBackWhenTheRestIsNot)
 {
-    Agent agent{{"1.3.4 127", "1.3.4.1.5 93"}};
-    EXPECT_EQ(agent.decide(partial, Serve::automatic).owner(), Owner::others);
-    EXPECT_EQ(agent.registered, (Places{"1.3.4 127", "1.3.4.1.5 93"}));
+    Agent agent{{"1.3.4 127", "1.3.4.1 127", "1.3.4.1 93"}};
+    EXPECT_EQ(agent.decide(superior, Serve::automatic).owner(), Owner::others);
+    EXPECT_EQ(agent.registered, (Places{"1.3.4 127", "1.3.4.1 127", "1.3.4.1 93"}));
 }
 
 TEST(Claim, AnAgentThatDeniesIsAFault)
@@ -149,15 +152,57 @@ TEST(Claim, AnAgentThatDeniesIsAFault)
     }
 }
 
+host::ServedTable scalarOfGroup(host::SubId number)
+{
+    const Oid identifier{1, 3, 6, number};
+    host::ServedTable scalar = {"aGroup", identifier, identifier, Oid{1, 3, 6, number, 0}, {identifier}};
+    scalar.isOfGroup = true;
+    return scalar;
+}
+
 TEST(Claim, ScalarsOfAGroupStayTheAgentsUnlessTheyAreTaken)
 {
-    host::ServedTable scalar = {"aGroup", Oid{1, 3, 6}, Oid{1, 3, 6}, Oid{1, 3, 6, 0}, {Oid{1, 3, 6}}};
-    scalar.isOfGroup = true;
-    Agent agent{{}};
+    const host::ServedTable scalar = scalarOfGroup(1);
+    Agent agent{{"1.3.6 127"}};
     EXPECT_EQ(agent.decide(scalar, Serve::automatic).owner(), Owner::agents);
-    EXPECT_EQ(agent.registered, Places{});
-    EXPECT_EQ(agent.decide(scalar, Serve::take).owner(), Owner::ours);
-    EXPECT_EQ(agent.registered, Places{"1.3.6 93"});
+    EXPECT_EQ(agent.registered, Places{"1.3.6 127"});
+    EXPECT_EQ(agent.decide(scalar, Serve::take).owner(), Owner::oursInstead);
+    EXPECT_EQ(agent.registered, (Places{"1.3.6 127", "1.3.6 93"}));
+    Agent without{{}};
+    EXPECT_EQ(without.decide(scalar, Serve::automatic).owner(), Owner::ours);
+    EXPECT_EQ(without.registered, Places{"1.3.6.1 93"});
+}
+
+TEST(Claim, ScalarsOfAGroupThatIsOneForTheAgentGoWithTheFirst)
+{
+    const host::ServedTable scalars[] = {scalarOfGroup(1), scalarOfGroup(2)};
+    for (const Serve wish : {Serve::automatic, Serve::take}) {
+        Agent agent{{"1.3.6 127"}};
+        const Claim first = agent.decide(scalars[0], wish);
+        const Places then = agent.registered;
+        Claim second(scalars[1], wish);
+        second.goWith({&first, 1});
+        EXPECT_FALSE(second.next());
+        EXPECT_EQ(second.owner(), first.owner());
+        EXPECT_EQ(agent.registered, then);
+    }
+    Agent nobody{{}};
+    const Claim first = nobody.decide(scalars[0], Serve::take);
+    Claim second(scalars[1], Serve::take);
+    second.goWith({&first, 1});
+    EXPECT_TRUE(second.next()) << "it has a place of its own";
+}
+
+TEST(Claim, WithinTheAgentsProcessEachScalarHasAPlaceOfItsOwn)
+{
+    const host::ServedTable scalar = scalarOfGroup(1);
+    Agent agent{{"1.3.6 127"}};
+    Claim claim(scalar, Serve::take, Claim::WhenOff::leaveAlone, Claim::Groups::oneByOne);
+    while (const auto attempt = claim.next()) {
+        claim.take(agent.answer(*attempt));
+    }
+    EXPECT_EQ(claim.owner(), Owner::oursInstead);
+    EXPECT_EQ(agent.registered, (Places{"1.3.6 127", "1.3.6.1 93"}));
 }
 
 TEST(Claim, OffAsksForNothing)

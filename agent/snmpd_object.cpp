@@ -152,7 +152,8 @@ class Object
         std::vector<const host::ServedTable *> all;
         std::vector<const host::ServedTable *> ours;
         for (const host::ServedTable &table : tables) {
-            Claim &claim = claims.emplace_back(table, settings_.of(table));
+            Claim &claim =
+                claims.emplace_back(table, settings_.of(table), Claim::WhenOff::leaveAlone, Claim::Groups::oneByOne);
             while (const auto attempt = claim.next()) {
                 claim.take(attemptTo(table, *attempt), "snmpd does not register it");
             }

@@ -146,9 +146,13 @@ std::uint32_t Session::interfaceIndex(std::string_view name)
         return number;
     }
     const std::string shown = support::printable(name);
-    TableReader interfaces(*this, "ipIfStatsEntry", {"ipIfStatsHCInReceives"}, TableReader::Rows::all);
+    // A platform that leaves interface tables to somebody else has them in the traffic of IP alone.
+    const host::Object *own = tree().named("ifIndex");
+    const bool hasOwn = own != nullptr && own->isServed;
+    TableReader interfaces(*this, hasOwn ? "ifEntry" : "ipIfStatsEntry", {hasOwn ? "ifIndex" : "ipIfStatsHCInReceives"},
+                           TableReader::Rows::all);
     while (interfaces.next()) {
-        const std::uint32_t ifIndex = interfaces.key().number(1);
+        const std::uint32_t ifIndex = interfaces.key().number(hasOwn ? 0 : 1);
         if (interfaceName(ifIndex) == shown) {
             return ifIndex;
         }

@@ -3,6 +3,7 @@
 #include "catalogue.h"
 
 #include "merged_source.h"
+#include "rest_of_table.h"
 
 #include <algorithm>
 #include <set>
@@ -96,7 +97,7 @@ void Catalogue::addTable(const Object &above, const Object &object)
         table.inner.append(0);
     }
     table.objects = {object.oid};
-    table.replacesColumns = std::ranges::find(contents_.replacedColumns, table.name) != contents_.replacedColumns.end();
+    table.isSuperior = std::ranges::find(contents_.superior, table.name) != contents_.superior.end();
 }
 
 void Catalogue::nameByGroup(ServedTable &scalar) const
@@ -117,10 +118,15 @@ Source *Catalogue::sourceOf(const ServedTable &table)
             sources.push_back(source);
         }
     }
+    const auto rest = std::ranges::find(contents_.rests, table.name, &Contents::Rest::table);
+    if (rest != contents_.rests.end() && sources.front() == contents_.sources.front()) {
+        made_.push_back(std::make_unique<RestOfTable>(*sources.front(), table.root.view(), rest->from));
+        sources.front() = made_.back().get();
+    }
     if (sources.size() == 1) {
         return sources.front();
     }
-    return merged_.emplace_back(std::make_unique<MergedSource>(table.root.view(), sources)).get();
+    return made_.emplace_back(std::make_unique<MergedSource>(table.root.view(), sources)).get();
 }
 
 const Object *Catalogue::named(std::string_view name) const
@@ -165,7 +171,7 @@ void Catalogue::beginPacket()
     for (Source *source : contents_.sources) {
         source->beginPacket();
     }
-    for (const auto &source : merged_) {
+    for (const auto &source : made_) {
         source->beginPacket();
     }
 }

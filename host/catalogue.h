@@ -33,9 +33,9 @@ struct ServedTable {
     Oid inner;                // the table's entry, or the scalar's instance
     std::vector<Oid> objects; // what is served, one by one: the table's columns, or the scalar
     Source *source = nullptr;
-    // The agents in use have fewer rows of it than we do, but columns that we lack; so ours take their place column by
-    // column, unless the user says otherwise. Of other tables theirs stay.
-    bool replacesColumns = false;
+    // Ours has every row that the agents in use have, so it takes theirs' place unless the user says otherwise. Of
+    // other tables theirs stay.
+    bool isSuperior = false;
     bool isOfGroup = false;
 
     bool isScalar() const { return identifier.size() == root.size(); }
@@ -61,7 +61,14 @@ class Catalogue
         // Which answer for what is described. What several of them have is one table of all; of an instance that
         // several have, the first one's value counts.
         std::vector<Source *> sources = {};
-        std::vector<std::string_view> replacedColumns = {}; // the names of tables
+        std::vector<std::string_view> superior = {}; // the names of tables that are
+        // Tables of which the first source's rows count only from this first part of the index on: others have those in
+        // front of it as they are.
+        struct Rest {
+            std::string_view table;
+            SubId from;
+        };
+        std::vector<Rest> rests = {};
         // Nodes whose scalars are served under the node's name, but for those of the first source.
         std::vector<std::string_view> groups = {};
         std::vector<Capability> capabilities = {};
@@ -104,7 +111,7 @@ class Catalogue
     std::vector<Object> objects_;
     std::unordered_map<std::string_view, std::size_t> byName_;
     std::vector<ServedTable> tables_;
-    std::vector<std::unique_ptr<Source>> merged_;
+    std::vector<std::unique_ptr<Source>> made_; // of the sources
 };
 
 // How many names they go by.

@@ -2,6 +2,7 @@
 // For random sources of one table, rows in C++ and a module's, and random identifiers: what follows is what the sorted
 // union of their instances says, and a get finds exactly them, with the value of the first source that has it.
 #include "merged_source.h"
+#include "rest_of_table.h"
 
 #include "resolver.h"
 #include "testing/packets.h"
@@ -188,6 +189,36 @@ TEST(MergedProperty, agreesWithTheSortedUnionOfItsSources)
             }
             checkGetNext(merged, instances, random, expectValue);
             checkGet(merged, instances, random, expectValue, [](OidView) { return false; });
+        }
+    }
+}
+
+constexpr SubIdRange pairShape[] = {{1, 3}, {0, UINT32_MAX}};
+
+TEST(RestOfTableProperty, hasTheRowsFromOneNumberOn)
+{
+    Random random(15);
+    for (int number = 0; number < 300 && !HasFailure(); ++number) {
+        World world;
+        world.addRows<1, std::size(pairShape), pairShape>(random);
+        if (world.objects.empty()) {
+            continue;
+        }
+        const SubId from = 1 + random() % 4;
+        std::vector<Identifier> names;
+        for (const auto &[name, source] : world.instances) {
+            if (name[entry.size() + 1] >= from) {
+                names.push_back(name);
+            }
+        }
+        const Instances instances(world.objects, names);
+        const ExpectValue expectValue = [](OidView, const Value &value) { EXPECT_EQ(value.number, 1u); };
+        RestOfTable rest(*world.sources.front(), entry, from);
+        checkWalk(rest, instances, entry, expectValue);
+        for (int packet = 0; packet < 40 && !HasFailure(); ++packet) {
+            SCOPED_TRACE("world " + std::to_string(number) + ", packet " + std::to_string(packet));
+            checkGetNext(rest, instances, random, expectValue);
+            checkGet(rest, instances, random, expectValue, [](OidView) { return false; });
         }
     }
 }

@@ -74,6 +74,27 @@ std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const h
     return sources.take();
 }
 
+// Beside net-snmp's agent, which has rows of both versions of IP.
+std::vector<std::string_view> superiorTables(const IpmibPlatformHooks *platform)
+{
+    std::vector<std::string_view> names = {"ipv6InterfaceTable", "ipv6RouterAdvertTable"};
+    if (platform != nullptr && platform->ipv4 != nullptr) {
+        names.insert(names.end(), {"ipAddrTable", "ipNetToMediaTable"});
+    }
+    if (platform != nullptr && platform->ip != nullptr) {
+        names.insert(names.end(), {"ipv4InterfaceTable", "ipSystemStatsTable", "ipIfStatsTable", "ipAddressPrefixTable",
+                                   "ipAddressTable", "ipNetToPhysicalTable", "ipv6ScopeZoneIndexTable",
+                                   "ipDefaultRouterTable", "icmpStatsTable", "icmpMsgStatsTable"});
+    }
+    return names;
+}
+
+bool isCountedByInterface(const IpmibPlatformHooks *platform)
+{
+    return platform != nullptr && platform->interfaces != nullptr && platform->ip != nullptr &&
+           platform->ip->interface_counters != nullptr;
+}
+
 host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &descriptions,
                                      const std::vector<SourcePointer> &own)
 {
@@ -84,9 +105,11 @@ host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &d
         contents.sources.push_back(source.get());
     }
     contents.groups = {"ip", "ipForward", "icmp", "tcp", "udp"};
-    // net-snmp has the rows of IPv6 alone, with columns that no module answers for.
-    contents.replacedColumns = {"ipIfStatsTable"};
     contents.platform = plugin.platform();
+    contents.superior = superiorTables(contents.platform);
+    if (isCountedByInterface(contents.platform)) {
+        contents.rests = {{"ipIfStatsTable", IPMIB_IPV6}}; // modules have rows of IPv4 with zeros where nobody counts
+    }
     if (contents.platform != nullptr && contents.platform->interfaces != nullptr) {
         contents.capabilities = {{host::Oid{1, 3, 6, 1, 2, 1, 31}, "The MIB module to describe network interfaces"}};
     }

@@ -30,7 +30,7 @@ SourcePointer ipAddrTable(const IpmibIpv4Hooks &ipv4);
 SourcePointer ipNetToMediaTable(const IpmibIpv4Hooks &ipv4);
 std::vector<SourcePointer> ipInterfaceTables(const IpmibIpHooks &ip); // ipv4InterfaceTable, ipv6ScopeZoneIndexTable
 std::vector<SourcePointer> ipSystemStatsTable(const IpmibIpHooks &ip);
-SourcePointer ipIfStatsTable(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces);
+std::vector<SourcePointer> ipIfStatsTable(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces);
 SourcePointer ipAddressPrefixTable(const IpmibIpHooks &ip);
 SourcePointer ipAddressTable(const IpmibIpHooks &ip);
 SourcePointer ipNetToPhysicalTable(const IpmibIpHooks &ip);

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <span>
 
 namespace ipmib::agent::agentx
 {
@@ -181,7 +182,12 @@ void Session::opened(const netsnmp_pdu &response)
 void Session::claimOn()
 {
     for (; claim_ < claims_.size(); ++claim_) {
-        if (const auto attempt = claims_[claim_].next()) {
+        claims_[claim_].goWith(std::span(claims_).first(claim_));
+        const auto attempt = claims_[claim_].next();
+        if (!attempt && purpose_ == Purpose::serve && claims_[claim_].isOurs()) {
+            begin(claims_[claim_].table());
+        }
+        if (attempt) {
             Message message =
                 makeMessage(attempt->registering ? registerMessage : unregisterMessage, sessionId_, ++packetId_);
             message->priority = attempt->priority;
@@ -200,9 +206,6 @@ void Session::answered(const netsnmp_pdu &response)
                          : response.errstat == duplicateRegistration ? Answer::duplicate
                                                                      : Answer::refused,
                          textOfError(response.errstat));
-    if (purpose_ == Purpose::serve && claims_[claim_].isOurs()) {
-        begin(claims_[claim_].table());
-    }
     claimOn();
 }
 

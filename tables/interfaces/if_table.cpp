@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// ifTable. Columns that the standard has deprecated and nobody counts are left out.
+// ifTable. Of deprecated columns that nobody has a value for the one is served that the standard names for that.
 
 #include "tables/interfaces/interface_rows.h"
 #include "tables/tables.h"
@@ -17,6 +17,9 @@ std::uint64_t nonUnicast(const IpmibTraffic &way)
 {
     return way.multicast + way.broadcast;
 }
+
+constexpr std::uint64_t nothingQueued = 0;
+constexpr host::SubId nothingSpecific[] = {0, 0}; // zeroDotZero: the medium has no MIB of its own
 
 constexpr InterfaceColumn columns[] = {
     {1, [](const Row &row) { return integer(row.interface.if_index); }},                           // ifIndex
@@ -39,6 +42,8 @@ constexpr InterfaceColumn columns[] = {
     {18, [](const Row &row) { return counter32(nonUnicast(row.traffic.out)); }, traffic},          // ifOutNUcastPkts
     {19, [](const Row &row) { return counter32(row.traffic.out.discards); }, traffic},             // ifOutDiscards
     {20, [](const Row &row) { return counter32(row.traffic.out.errors); }, traffic},               // ifOutErrors
+    {21, [](const Row &) { return gauge(nothingQueued); }},                                        // ifOutQLen
+    {22, [](const Row &) { return objectId(nothingSpecific); }},                                   // ifSpecific
 };
 
 } // namespace

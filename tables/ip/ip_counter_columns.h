@@ -11,7 +11,6 @@ namespace ipmib::tables
 {
 
 struct CounterRow {
-    host::SubId version;
     host::SubId ifIndex; // 0 for the system
     IpmibIpCounters counters;
 };

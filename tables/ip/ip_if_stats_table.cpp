@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// ipIfStatsTable: the columns that modules leave out, of both versions of IP.
+// ipIfStatsTable: the rows of IPv4 where somebody counts it, and of those of IPv6 what modules leave out.
 
 #include "tables/ip/ip_counter_columns.h"
 #include "tables/tables.h"
@@ -14,39 +14,38 @@ constexpr host::SubId ipIfStatsEntry[] = {1, 3, 6, 1, 2, 1, 4, 31, 3, 1};
 constexpr host::SubId leftOutByModules[] = {13, 19, 35, 36, 37, 39, 40, 41, 42, 43, 44, 45, 46, 47};
 
 // A row for each interface whose traffic of this version somebody counts.
+template <host::SubId version>
 class InterfaceCounterRows
 {
   public:
     using Row = CounterRow;
     using Index = std::array<host::SubId, 2>;
-    static constexpr host::SubIdRange shape[] = {{IPMIB_IPV4, IPMIB_IPV6}, host::anyIfIndex};
+    static constexpr host::SubIdRange shape[2] = {host::only(version), host::anyIfIndex};
 
-    InterfaceCounterRows(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces)
-        : ip_(ip), interfaces_(interfaces), columns_(counterColumns(leftOutByModules))
+    InterfaceCounterRows(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces,
+                         std::vector<CounterColumn> columns)
+        : ip_(ip), interfaces_(interfaces), columns_(std::move(columns))
     {
     }
 
     std::span<const CounterColumn> columns() const { return columns_; }
     bool find(const Index &index, Row &row) const
     {
-        row.version = index[0];
         row.ifIndex = index[1];
-        return ip_.interface_counters(row.version, row.ifIndex, &row.counters) == 0;
+        return ip_.interface_counters(version, row.ifIndex, &row.counters) == 0;
     }
     bool next(const Index *behind, Row &row) const
     {
-        Index index = behind == nullptr ? Index{IPMIB_IPV4, 0} : *behind;
-        for (; index[0] <= IPMIB_IPV6; index = {index[0] + 1, 0}) {
-            for (IpmibInterface interface; interfaces_.next(index[1], &interface) == 0;) {
-                index[1] = interface.if_index;
-                if (find(index, row)) {
-                    return true;
-                }
+        IpmibInterface interface;
+        interface.if_index = behind == nullptr ? 0 : (*behind)[1];
+        while (interfaces_.next(interface.if_index, &interface) == 0) {
+            if (find({version, interface.if_index}, row)) {
+                return true;
             }
         }
         return false;
     }
-    Index indexOf(const Row &row) const { return {row.version, row.ifIndex}; }
+    Index indexOf(const Row &row) const { return {version, row.ifIndex}; }
 
   private:
     const IpmibIpHooks &ip_;
@@ -54,15 +53,24 @@ class InterfaceCounterRows
     std::vector<CounterColumn> columns_;
 };
 
+template <host::SubId version>
+SourcePointer rowsOf(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces, std::vector<CounterColumn> columns)
+{
+    using Rows = InterfaceCounterRows<version>;
+    return std::make_unique<host::RowSource<Rows>>(ipIfStatsEntry, Rows(ip, interfaces, std::move(columns)));
+}
+
 } // namespace
 
-SourcePointer ipIfStatsTable(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces)
+std::vector<SourcePointer> ipIfStatsTable(const IpmibIpHooks &ip, const IpmibInterfaceHooks &interfaces)
 {
-    if (ip.interface_counters == nullptr) {
-        return nullptr;
+    std::vector<SourcePointer> sources;
+    if (ip.interface_counters != nullptr) {
+        const auto all = counterColumns();
+        sources.push_back(rowsOf<IPMIB_IPV4>(ip, interfaces, {all.begin(), all.end()}));
+        sources.push_back(rowsOf<IPMIB_IPV6>(ip, interfaces, counterColumns(leftOutByModules)));
     }
-    return std::make_unique<host::RowSource<InterfaceCounterRows>>(ipIfStatsEntry,
-                                                                   InterfaceCounterRows(ip, interfaces));
+    return sources;
 }
 
 } // namespace ipmib::tables

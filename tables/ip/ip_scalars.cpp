@@ -4,6 +4,8 @@
 
 #include "tables/ip/hook_scalars.h"
 
+#include <algorithm>
+
 namespace ipmib::tables
 {
 namespace
@@ -61,6 +63,14 @@ constexpr host::RowColumn<InterfaceChanges> changes[] = {
     {38, unlocked},                                                      // ipv6RouterAdvertSpinLock
 };
 
+constexpr host::SubId ipTrafficStats[] = {1, 3, 6, 1, 2, 1, 4, 31};
+
+constexpr host::RowColumn<InterfaceChanges> trafficChanges[] = {
+    // Rows come and go with the interfaces that have IP.
+    {2,
+     [](const InterfaceChanges &row) { return ticks(std::max(row.ofIpv4, row.ofIpv6)); }}, // ipIfStatsTableLastChange
+};
+
 bool readSettings(const IpmibIpHooks &ip, IpmibIpSettings &row)
 {
     return ip.settings(IPMIB_IPV4, &row) == 0;
@@ -90,6 +100,7 @@ std::vector<SourcePointer> ipScalars(const IpmibIpHooks &ip)
     }
     if (ip.interfaces_changed != nullptr) {
         sources.push_back(scalarsOf<InterfaceChanges>(ipGroup, ip, readChanges, changes));
+        sources.push_back(scalarsOf<InterfaceChanges>(ipTrafficStats, ip, readChanges, trafficChanges));
     }
     return sources;
 }

@@ -160,9 +160,12 @@ void expectAdditionsAlone(const Words &before, const Words &after)
 {
     const std::set<Identifier> identifiers = identifiersOf(after);
     for (const std::string &row : before) {
+        if (row.find(".2.16.254.128.") != std::string::npos) {
+            continue; // link-local addresses, which ours has with their zone: see lossless_test.cpp
+        }
         EXPECT_TRUE(identifiers.contains(identifierOf(row))) << row;
     }
-    for (const char *table : {".1.3.6.1.2.1.4.30", ".1.3.6.1.2.1.4.39", ".1.3.6.1.2.1.4.31.3.1.3.1"}) {
+    for (const char *table : {".1.3.6.1.2.1.4.28", ".1.3.6.1.2.1.4.30", ".1.3.6.1.2.1.31.1.2"}) {
         EXPECT_TRUE(rowsBelow(before, table).empty()) << table;
         EXPECT_FALSE(rowsBelow(after, table).empty()) << table;
     }

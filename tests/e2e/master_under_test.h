@@ -51,7 +51,8 @@ class MasterTest : public AgentTest
     std::unique_ptr<Command> master_;
 };
 
-// What `auto` promises: every instance is still there, and what the master lacks is new.
+// What `auto` promises: every instance is still there, or another one that says the same, and what the master lacks is
+// new.
 void expectAdditionsAlone(const Words &before, const Words &after);
 
 inline constexpr const char *interfaceRow = "1.3.6.1.2.1.4.30.1.5.1"; // of the loopback, which the master has not

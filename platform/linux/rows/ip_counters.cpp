@@ -14,6 +14,9 @@ namespace
 constexpr std::uint32_t forwarding = 1;
 constexpr std::uint32_t notForwarding = 2;
 
+// ICMP types that the kernel counts whether they occur or not, as the icmp group does.
+constexpr unsigned countedByName[] = {0, 3, 4, 5, 8, 11, 12, 13, 14, 17, 18};
+
 // What the packet filter counts by interface; see accounting/.
 void fillFromAccounting(const IpMibIfStat &stat, IpmibIpCounters &counters)
 {
@@ -81,7 +84,13 @@ bool IpRows::interfaceCounters(std::uint32_t version, std::uint32_t ifIndex, Ipm
 bool IpRows::icmpCounters(std::uint32_t version, IpmibIcmpCounters &counters)
 {
     if (version == IPMIB_IPV4) {
-        return platform_.ipv4Counters().icmp(counters);
+        if (!platform_.ipv4Counters().icmp(counters)) {
+            return false;
+        }
+        for (const unsigned type : countedByName) {
+            counters.listed[type / 8] = static_cast<std::uint8_t>(counters.listed[type / 8] | 1U << type % 8);
+        }
+        return true;
     }
     const Snmp6Counters *read = platform_.systemCounters().read();
     if (read == nullptr) {
