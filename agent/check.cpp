@@ -6,6 +6,7 @@
 
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
+#include "comparison.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
 #include "net_snmp.h"
@@ -17,9 +18,10 @@
 
 #include "tables/served_device.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <set>
-#include <utility>
+#include <optional>
+#include <vector>
 
 namespace ipmib::agent
 {
@@ -69,43 +71,83 @@ bool readWithoutComplaint(SnmpLibrary &library)
 class OwnerList
 {
   public:
-    OwnerList() { print("TABLE", "IDENTIFIER", "OWNER"); }
-
-    void add(const host::ServedTable &table, const std::string &owner)
+    void add(const host::ServedTable &table, const std::string &owner,
+             const std::optional<Difference> &difference = std::nullopt)
     {
         const std::string identifier = host::textOf(table.place());
-        if (printed_.emplace(identifier, owner).second) {
-            print(table.name, identifier, owner);
+        const auto same = std::ranges::find_if(
+            lines_, [&](const Line &line) { return line.identifier == identifier && line.owner == owner; });
+        Line &line = same != lines_.end() ? *same : lines_.emplace_back(Line{table.name, identifier, owner, {}});
+        line.difference.gained += difference ? difference->gained : 0;
+        line.difference.lost += difference ? difference->lost : 0;
+        withDifference_ = withDifference_ || difference;
+    }
+
+    void print() const
+    {
+        print({"TABLE", "IDENTIFIER", "OWNER", {}}, "GAINED", "LOST");
+        for (const Line &line : lines_) {
+            print(line, std::to_string(line.difference.gained), std::to_string(line.difference.lost));
         }
     }
 
   private:
-    static void print(const char *table, const std::string &identifier, const std::string &owner)
+    struct Line {
+        std::string table;
+        std::string identifier;
+        std::string owner;
+        Difference difference;
+    };
+
+    void print(const Line &line, const std::string &gained, const std::string &lost) const
     {
-        std::printf("%-24s %-22s %s\n", table, identifier.c_str(), owner.c_str());
+        std::printf("%-24s %-22s ", line.table.c_str(), line.identifier.c_str());
+        if (withDifference_) {
+            std::printf("%7s %7s ", gained.c_str(), lost.c_str());
+        }
+        std::printf("%s\n", line.owner.c_str());
     }
 
-    std::set<std::pair<std::string, std::string>> printed_;
+    std::vector<Line> lines_;
+    bool withDifference_ = false;
 };
 
-bool printClaims(const agentx::Session &session, bool isAnotherRunning)
+// Of each table, in the catalogue's order; nothing when nobody is to be asked.
+std::vector<Difference> differences(host::Catalogue &catalogue, const std::string &ask)
+{
+    std::vector<Difference> found;
+    if (!ask.empty()) {
+        Comparison comparison(ask);
+        for (const host::ServedTable &table : catalogue.tables()) {
+            catalogue.beginPacket();
+            found.push_back(comparison.of(table));
+        }
+    }
+    return found;
+}
+
+bool printClaims(const agentx::Session &session, const std::vector<Difference> &differences, bool isAnotherRunning)
 {
     std::vector<Claim> faults;
     OwnerList owners;
-    for (const Claim &claim : session.claims()) {
+    for (std::size_t i = 0; i < session.claims().size(); ++i) {
+        const Claim &claim = session.claims()[i];
         const bool runs = claim.owner() == Owner::others && isAnotherRunning;
-        owners.add(claim.table(), runs ? "ours, of the ipmibd that runs" : textOf(claim));
+        owners.add(claim.table(), runs ? "ours, of the ipmibd that runs" : textOf(claim),
+                   differences.empty() ? std::nullopt : std::optional(differences[i]));
         if (claim.isFault() && !runs) {
             faults.push_back(claim);
         }
     }
+    owners.print();
     OwnershipReport("agentx", ServeSettings::directive).log(faults);
     return faults.empty();
 }
 
 bool checkSubagent(EventLoop &loop, tables::ServedDevice &device, const ServeSettings &settings,
-                   const agentx::Address &master)
+                   const agentx::Address &master, const std::string &ask)
 {
+    const std::vector<Difference> compared = differences(device.catalogue(), ask); // before there is a claim
     const PlatformEvents platformEvents(device.catalogue().platform());
     agentx::Session session(
         device.catalogue(), device.sysUpTime(), settings, master, [&] { loop.stop(); }, agentx::Session::Purpose::look);
@@ -115,7 +157,7 @@ bool checkSubagent(EventLoop &loop, tables::ServedDevice &device, const ServeSet
         snmp_log(LOG_ERR, "agentx: %s\n", session.trouble().c_str());
         return false;
     }
-    return printClaims(session, agentx::PresenceMark::isSet(master));
+    return printClaims(session, compared, agentx::PresenceMark::isSet(master));
 }
 
 } // namespace
@@ -139,12 +181,13 @@ bool check(const Options &options)
     }
     const bool good = readWithoutComplaint(library);
     if (isSubagent) {
-        return checkSubagent(loop, device, settings, master) && good;
+        return checkSubagent(loop, device, settings, master, options.ask) && good;
     }
     OwnerList owners;
     for (const host::ServedTable &table : tables) {
         owners.add(table, settings.of(table) == Serve::off ? "off" : "ours");
     }
+    owners.print();
     return good;
 }
 

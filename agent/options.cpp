@@ -25,6 +25,8 @@ Serves the IP-MIB over SNMP.
   -x ADDRESS             be a sub-agent of the AgentX master at this address: a path, unix:PATH, tcp:HOST:PORT or
                          tcp6:[ADDRESS]:PORT
       --check            read the configuration, print who serves which table, and exit: with 1 when something is wrong
+      --ask "WORDS"      with --check and -x: ask the agent, too, and print how many instances of each table would be
+                         gained and lost if it were ours; the words are those of snmpwalk: -v2c -c public localhost
       --platform NAME[:ARGUMENT]
                          where the facts come from (default: linux)
       --module PATH      the module to load (default: the one that ipmibd came with)
@@ -46,12 +48,13 @@ Lines of the configuration that say who serves a table, or all others:
 namespace
 {
 
-enum { checkOption = host::firstProgramOption };
+enum { checkOption = host::firstProgramOption, askOption };
 
 constexpr option longOptions[] = {
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, 'v'},
     {"check", no_argument, nullptr, checkOption},
+    {"ask", required_argument, nullptr, askOption},
     host::pluginOptions[0],
     host::pluginOptions[1],
     {nullptr, 0, nullptr, 0},
@@ -134,6 +137,9 @@ Options parseOptions(int argc, char *const *argv)
         case checkOption:
             options.action = Options::Action::check;
             break;
+        case askOption:
+            options.ask = optarg;
+            break;
         case 'h':
             options.action = Options::Action::help;
             return options;
@@ -149,6 +155,9 @@ Options parseOptions(int argc, char *const *argv)
     }
     if (!options.master.empty() && !options.listenOn.empty()) {
         throw host::UsageError("with -x there is nothing to listen on: " + options.listenOn.front());
+    }
+    if (!options.ask.empty() && (options.action != Options::Action::check || options.master.empty())) {
+        throw host::UsageError("--ask goes with --check and -x");
     }
     return options;
 }

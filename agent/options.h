@@ -21,6 +21,7 @@ struct Options {
     std::string configuration;         // -c, as it was given
     std::string pidFile;               // -p
     std::string master;                // -x
+    std::string ask;                   // --ask
     std::vector<std::string> listenOn; // the arguments
     host::PluginOptions plugin;
 };

@@ -4,6 +4,7 @@
 #include "e2e/master_under_test.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace ipmib::e2e
 {
@@ -210,6 +211,47 @@ TEST_F(SubagentTablesTest, CheckPrintsTheOwnersAndLeavesTheMasterAlone)
     EXPECT_EQ(ownerOf("ipAddressTable", beside), "ours, of the ipmibd that runs");
     EXPECT_TRUE(isThere(interfaceRow));
     stopSubagent();
+}
+
+TEST_F(SubagentTablesTest, CheckCountsWhatWouldBeGainedAndLost)
+{
+    const std::vector<Table> some = {{"ifTable", ".1.3.6.1.2.1.2.2"},
+                                     {"ipAddressTable", ".1.3.6.1.2.1.4.34"},
+                                     {"ipv6InterfaceTable", ".1.3.6.1.2.1.4.30"},
+                                     {"tcp", ".1.3.6.1.2.1.6"}};
+    const auto instancesOf = [](const Words &rows, const Table &table) {
+        std::set<Identifier> found = identifiersOf(rowsBelow(rows, table.identifier));
+        constexpr std::size_t scalar = 9;
+        std::erase_if(found, [&](const Identifier &row) { return table.name[0] == 't' && row.size() != scalar; });
+        return found;
+    };
+    startMaster();
+    const Words before = rows();
+    writeFile("check.conf", "");
+    const Result result = runAgent({agentProgram, "--check", "-C", "-c", path("check.conf"), "-x", socketPath(),
+                                    "--ask", "-v2c -c public " + address()});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    startSubagent("serve all take\n");
+    const Words after = rows();
+    for (const Table &table : some) {
+        const std::set<Identifier> theirs = instancesOf(before, table);
+        const std::set<Identifier> ours = instancesOf(after, table);
+        const auto missing = [](const std::set<Identifier> &from, const std::set<Identifier> &in) {
+            return std::to_string(std::ranges::count_if(from, [&](const auto &row) { return !in.contains(row); }));
+        };
+        std::istringstream told(ownerOf(table.name, result));
+        std::string gained;
+        std::string lost;
+        told >> gained >> lost;
+        EXPECT_EQ(gained, missing(ours, theirs)) << table.name;
+        EXPECT_EQ(lost, missing(theirs, ours)) << table.name;
+    }
+    stopSubagent();
+    const Result silent = runAgent({agentProgram, "--check", "-C", "-c", path("check.conf"), "-x", socketPath(),
+                                    "--ask", "-v2c -c nobody -t0.1 -r0 " + address()});
+    EXPECT_EQ(silent.status, 1);
+    EXPECT_NE(silent.errors.find("the agent does not answer what is below 1.3.6.1.2.1.2.1"), std::string::npos)
+        << silent.errors;
 }
 
 TEST_F(SubagentTablesTest, CheckFailsWithAReason)
