@@ -101,6 +101,8 @@ TEST_F(InterfacesTest, EveryColumnHasItsTypeAndItsPlace)
                                            ".1.3.6.1.2.1.2.2.1.18.2 = Counter32: 419",
                                            ".1.3.6.1.2.1.2.2.1.19.2 = Counter32: 211",
                                            ".1.3.6.1.2.1.2.2.1.20.2 = Counter32: 212",
+                                           ".1.3.6.1.2.1.2.2.1.21.2 = Gauge32: 0",
+                                           ".1.3.6.1.2.1.2.2.1.22.2 = OID: .0.0",
                                        }));
     EXPECT_EQ(ofTheSecond(ifMib), (Words{
                                       ".1.3.6.1.2.1.31.1.1.1.1.2 = STRING: \"eth0\"",
@@ -141,13 +143,13 @@ TEST_F(InterfacesTest, WhatIsAskedBetweenAndBeyondTheRowsIsAnsweredAsWell)
     EXPECT_EQ(next(ifEntry + "2.3"), "." + ifEntry + "3.1");
     EXPECT_EQ(next(ifEntry + "2.4294967295"), "." + ifEntry + "3.1");
     EXPECT_EQ(next("1.3.6.1.2.1.2.2"), "." + ifEntry + "1.1");
-    EXPECT_TRUE(next(ifEntry + "20.3").starts_with(".1.3.6.1.2.1.4."));
+    EXPECT_TRUE(next(ifEntry + "22.3").starts_with(".1.3.6.1.2.1.4."));
     EXPECT_TRUE(next(ifEntry + "4294967295").starts_with(".1.3.6.1.2.1.4."));
     EXPECT_EQ(next(ifXEntry + "19.3"), ".1.3.6.1.2.1.31.1.5.0");
 
     const Words answers =
         linesOf(snmp("snmpget", publicV2,
-                     {ifEntry + "2.4", ifEntry + "2.1.1", ifEntry + "2", ifEntry + "21.1", ifEntry + "0.1"})
+                     {ifEntry + "2.4", ifEntry + "2.1.1", ifEntry + "2", ifEntry + "23.1", ifEntry + "0.1"})
                     .output);
     ASSERT_EQ(answers.size(), 5u);
     for (std::size_t i = 0; i < answers.size(); ++i) {
@@ -165,8 +167,8 @@ TEST_F(InterfacesTest, AnInterfaceThatVanishesCostsTheWalkItsOwnRowAlone)
     stopAgent();
     for (const int edge : {1, 3}) {
         startAgent(everybody, {"--vanished-interface=" + std::to_string(edge)});
-        EXPECT_EQ(walk("snmpwalk", publicV2, {}, interfaces).size(), 1u + 3 * 9 + 2 * 11);
-        EXPECT_EQ(walk("snmpbulkwalk", publicV2, {}, interfaces).size(), 1u + 3 * 9 + 2 * 11);
+        EXPECT_EQ(walk("snmpwalk", publicV2, {}, interfaces).size(), 1u + 3 * 11 + 2 * 11);
+        EXPECT_EQ(walk("snmpbulkwalk", publicV2, {}, interfaces).size(), 1u + 3 * 11 + 2 * 11);
         const std::string read = snmp("snmpget", publicV2, {ifEntry + "10." + std::to_string(edge)}).output;
         EXPECT_NE(read.find("No Such Instance"), std::string::npos) << read;
         stopAgent();
