@@ -129,7 +129,7 @@ TEST(RouteRowsTest, anAddressMatchesTheLongestPrefixAndThereTheFirstRow)
 {
     Device device = deviceOf(severalKinds);
     const RouteRows rows(device);
-    EXPECT_EQ(matchOf(rows, {10, 0, 39, 255}), "24 type 3 metric 0");
+    EXPECT_EQ(matchOf(rows, {10, 0, 39, 255}), "24 type 4 metric 0");
     EXPECT_EQ(matchOf(rows, {10, 0, 40, 0}), "16 type 4 metric 0");
     EXPECT_EQ(matchOf(rows, {10, 1, 0, 0}), "8 type 5 metric 0");
     EXPECT_EQ(matchOf(rows, {11, 0, 0, 0}), "0 type 4 metric 50");

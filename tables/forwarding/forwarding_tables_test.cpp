@@ -32,7 +32,7 @@ constexpr const char *device = R"({
     { "destination": "10.0.0.0/8", "type": "blackhole" },
     { "destination": "10.0.0.0/16", "interface": "a", "via": "192.0.2.7", "tos": 8 },
     { "destination": "10.0.0.0/16", "interface": "a", "via": "192.0.2.7", "tos": 8, "table": 7, "metric": 4294967 },
-    { "destination": "10.0.0.0/16", "interface": "b", "via": "192.0.2.7", "tos": 8 },
+    { "destination": "10.0.0.0/16", "interface": "b", "via": "192.0.2.7", "tos": 8, "metric": 1 },
     { "destination": "10.0.0.0/16", "interface": "b", "via": "192.0.2.6", "tos": 16, "protocol": "ttdp" },
     {
       "destination": "10.1.0.0/24", "count": 30, "changed": 4000, "protocol": "bgp", "as": 4200000000,
@@ -223,7 +223,8 @@ TEST_F(ForwardingTablesTest, ipRouteTableHasTheFirstRouteOfEachDestination)
     }
     EXPECT_EQ(indexesOf(*table, ipRouteEntry), expected);
     checkRandomly(*table, ipRouteEntry);
-    EXPECT_EQ(get(*table, ipRouteEntry, 8, {10, 1, 3, 0}).number, 3u);
+    EXPECT_EQ(get(*table, ipRouteEntry, 8, {0, 0, 0, 0}).number, 1u);
+    EXPECT_EQ(get(*table, ipRouteEntry, 8, {10, 1, 3, 0}).number, 4u);
     EXPECT_EQ(get(*table, ipRouteEntry, 9, {10, 1, 3, 0}).number, 14u);
     EXPECT_EQ(get(*table, ipRouteEntry, 8, {255, 255, 255, 255}).number, 4u);
 }

@@ -28,8 +28,8 @@ constexpr Word protocols[] = {{"other", 1},       {"local", 2},      {"netmgmt",
 constexpr std::uint32_t local = 2;
 constexpr std::uint32_t management = 3;
 
-// The numbers of a policy.
-enum { tablePlace, metricPlace, tosPlace, interfacePlace };
+// The numbers of a policy, as the Linux platform has them; the interface is that of a route without a gateway.
+enum { tablePlace, tosPlace, metricPlace, interfacePlace };
 
 RouteDestination readDestination(const Value &value)
 {
@@ -98,9 +98,10 @@ void readNextHop(Object &object, RouteWay &way, const Device &device)
     }
     way.route.type = IPMIB_ROUTE_LOCAL;
     way.route.if_index = interface->ifIndex;
-    way.route.key.policy[interfacePlace] = interface->ifIndex;
     if (const auto via = object.find("via")) {
         readGateway(*via, way);
+    } else {
+        way.route.key.policy[interfacePlace] = interface->ifIndex;
     }
 }
 
