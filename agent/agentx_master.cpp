@@ -28,6 +28,20 @@ int agentx_check_packet(u_char *packet, size_t length);
 int handle_master_agentx_packet(int operation, netsnmp_session *session, int requestId, netsnmp_pdu *pdu, void *magic);
 }
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+
+// The library loses the timeout of a region that it registers for a sub-agent.
+const char *__lsan_default_suppressions()
+{
+    return "leak:register_agentx_list\n";
+}
+const char *__lsan_default_options()
+{
+    return "print_suppressions=0";
+}
+#endif
+
 namespace ipmib::agent
 {
 
