@@ -34,6 +34,8 @@ double millisecondsSince(Clock::time_point start)
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
+constexpr unsigned interfaces = 256;
+
 // Changes routes as fast as the kernel takes them: nobody waits for an answer.
 class Changes
 {
@@ -43,7 +45,8 @@ class Changes
     {
         for (unsigned i = from; i < from + count; ++i) {
             const std::uint32_t destination = htonl((20u << 24) + (i << 8));
-            const std::uint32_t gateway = htonl((10u << 24) + i % hops + 2);
+            const unsigned hop = i % hops;
+            const std::uint32_t gateway = htonl((10u << 24) + (hop % interfaces << 16) + hop / interfaces + 2);
             change(type, AF_INET, 24, &destination, &gateway, sizeof destination);
         }
     }
@@ -53,7 +56,8 @@ class Changes
             std::uint8_t destination[16];
             PackedAddress{(std::uint64_t{0x2001'1000} << 32) + (std::uint64_t{i} << 16), 0}.copyTo(destination);
             std::uint8_t gateway[16];
-            PackedAddress{std::uint64_t{0xfd00} << 48, i % hops + 2}.copyTo(gateway);
+            const unsigned hop = i % hops;
+            PackedAddress{(std::uint64_t{0xfd00} << 48) + hop % interfaces, hop / interfaces + 2}.copyTo(gateway);
             change(type, AF_INET6, 48, destination, gateway, sizeof destination);
         }
     }
@@ -128,10 +132,13 @@ int main(int argc, char **argv)
     const unsigned ipv6 = number(2, 230'000);
     const unsigned hops = std::max(1u, number(3, 50'000));
     const unsigned storm = number(4, 200'000);
-    const char *const interfaces = "ip link set lo up; ip link add br0 type bridge; ip link set br0 up;"
-                                   "ip addr add 10.0.0.1/8 dev br0; ip addr add fd00::1/64 dev br0 nodad";
+    // The kernel looks through all next hops on an interface for each route that comes.
+    const std::string addInterfaces = "ip link set lo up; for i in $(seq 0 " + std::to_string(interfaces - 1) +
+                                      "); do h=$(printf %x $i); echo link add b$i type bridge; echo link set b$i up; "
+                                      "echo addr add 10.$i.0.1/16 dev b$i;"
+                                      "echo addr add fd00:0:0:$h::1/64 dev b$i nodad; done | ip -batch -";
     Changes changes;
-    if (unshare(CLONE_NEWNET) != 0 || std::system(interfaces) != 0 || !changes.open()) {
+    if (unshare(CLONE_NEWNET) != 0 || std::system(addInterfaces.c_str()) != 0 || !changes.open()) {
         std::fprintf(stderr, "bench_live_routes: cannot make a network namespace\n");
         return EXIT_FAILURE;
     }

@@ -225,10 +225,14 @@ class OrderedTable
             Chunk &chunk = *chunks_[at];
             std::size_t count = 0;
             for (std::size_t i = 0; i < chunk.count; ++i) {
-                if (!leaves(chunk.rows[i], chunk.generations[i])) {
-                    chunk.rows[count] = chunk.rows[i];
-                    chunk.generations[count++] = chunk.generations[i];
+                if (leaves(chunk.rows[i], chunk.generations[i])) {
+                    continue;
                 }
+                if (count != i) {
+                    chunk.rows[count] = chunk.rows[i];
+                    chunk.generations[count] = chunk.generations[i];
+                }
+                ++count;
             }
             chunk.count = count;
             size_ += count;

@@ -145,8 +145,8 @@ class DumpQueue
     static constexpr unsigned attempts = 5;             // in a row, of a dump that is interrupted
     static constexpr unsigned disturbedDumps = 3;       // that together make up a reading
     static constexpr unsigned retryMilliseconds = 1000; // until the next row of attempts
-    // Between packets; one read takes a fifth of it.
-    static constexpr std::chrono::microseconds longestPiece{500};
+    // Between packets, before the last read, which takes a third of it.
+    static constexpr std::chrono::microseconds longestPiece{300};
 
     std::string start(EventLoop &loop);
     void stop();
