@@ -173,14 +173,15 @@ TEST_F(SubagentTablesTest, TheLogSaysWhatBecomesOfTheMastersRows)
 {
     startMaster();
     startSubagent("serve ifTable take\nserve ipNetToPhysicalTable off\n");
-    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 17 of 28 tables"), 1u);
+    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 32 tables"), 1u);
     EXPECT_EQ(timesLogged("agentx: our rows replace the master's (\"serve TABLE off\" leaves it its own): ifTable, "
                           "ipAddrTable, ipNetToMediaTable, ipSystemStatsTable, ipIfStatsTable, ipAddressPrefixTable, "
                           "ipAddressTable, ipv6ScopeZoneIndexTable, ipDefaultRouterTable, icmpStatsTable, "
                           "icmpMsgStatsTable"),
               1u);
     EXPECT_EQ(timesLogged("agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): "
-                          "ifNumber, ip, ipv6IpForwarding, ipv6IpDefaultHopLimit, ipIfStatsTableLastChange, icmp, "
+                          "ifNumber, ip, ipRouteTable, ipCidrRouteTable, ipForward, inetCidrRouteTable, "
+                          "ipv6IpForwarding, ipv6IpDefaultHopLimit, ipIfStatsTableLastChange, icmp, "
                           "tcp, udp, ifXTable, ifTableLastChange"),
               1u);
     stopSubagent();
