@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <map>
 
@@ -477,6 +478,53 @@ TEST(AddressesNetns, lostAnnouncementsMakeTheTableBeReadAgain)
 }
 
 // Between packets the platform gives its host back its time; a packet has all that was announced.
+// The link-local address of an interface, as text; empty for none.
+std::string linkLocalOf(std::uint32_t ifIndex, FullAddressRecord &record)
+{
+    record = FullAddressRecord{};
+    char text[INET6_ADDRSTRLEN] = "";
+    if (IP6Mib_GetLinkLocalFullAddr(ifIndex, &record) == 0) {
+        inet_ntop(AF_INET6, record.address, text, sizeof text);
+    }
+    return text;
+}
+
+TEST(AddressesNetns, aLinkLocalAddressThatWasAskedForIsStillTheOneOfNow)
+{
+    IPMIB_NEEDS_NAMESPACES();
+    const Namespace space;
+    space.run("ip link add d0 type bridge; ip link set d0 addrgenmode none; ip link set d0 up; ip addr add fe80::1/64 "
+              "dev d0 nodad");
+    const std::uint32_t ifIndex = indexOf(space, "d0");
+    PlatformInside platform(space);
+    FullAddressRecord record;
+    const auto becomes = [&](const std::string &expected) {
+        const auto isNow = [&] {
+            platform->beginPacket();
+            return linkLocalOf(ifIndex, record) == expected && linkLocalOf(ifIndex, record) == expected;
+        };
+        return platform.waitFor(isNow, std::chrono::seconds(10));
+    };
+    EXPECT_TRUE(becomes("fe80::1"));
+    const std::uint32_t created = record.created_s;
+    platform->uptimeBegan(0);
+    EXPECT_TRUE(becomes("fe80::1"));
+    EXPECT_EQ(record.created_s, created);
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    platform->uptimeBegan(static_cast<std::uint64_t>(now.tv_sec) * 1'000 + 999);
+    EXPECT_TRUE(becomes("fe80::1"));
+    EXPECT_EQ(record.created_s, 0u) << "it was there before sysUpTime began";
+    space.run("ip addr add fe80::2/64 dev d0 nodad; ip addr del fe80::1/64 dev d0");
+    EXPECT_TRUE(becomes("fe80::2"));
+    space.run("ip addr del fe80::2/64 dev d0");
+    EXPECT_TRUE(becomes(""));
+    space.run("ip addr add fe80::3/64 dev d0 nodad");
+    EXPECT_TRUE(becomes("fe80::3"));
+    space.run("ip link del d0");
+    EXPECT_TRUE(becomes(""));
+}
+
 TEST(AddressesNetns, aTurnBetweenPacketsIsShort)
 {
     IPMIB_NEEDS_NAMESPACES();

@@ -85,7 +85,7 @@ void LinkTable::fill(const nlmsghdr &message, Generation generation)
 void LinkTable::sweep(Generation generation)
 {
     for (const Link &gone : links_.sweep(generation)) {
-        left(gone);
+        reportLoss(gone);
     }
     filled_ = true;
 }
@@ -101,7 +101,7 @@ void LinkTable::apply(const nlmsghdr &message)
     } else if (const Link *known = links_.find(link.ifIndex); message.nlmsg_type == RTM_DELLINK && known != nullptr) {
         const Link gone = *known;
         links_.erase(gone.ifIndex);
-        left(gone);
+        reportLoss(gone);
     }
 }
 
@@ -117,15 +117,15 @@ void LinkTable::put(Link link, Generation generation)
     }
     const Link before = *known;
     links_.put(link, generation);
-    tell(before, &link);
+    reportChange(before, &link);
 }
 
-void LinkTable::left(const Link &gone)
+void LinkTable::reportLoss(const Link &gone)
 {
     list_.erase(gone.ifIndex);
     rowsChangedMs_ = filled_ ? monotonicMilliseconds() : 0;
     ++version_;
-    tell(gone, nullptr);
+    reportChange(gone, nullptr);
 }
 
 void LinkTable::complete(Link &link, const Link *before)
@@ -138,7 +138,7 @@ void LinkTable::complete(Link &link, const Link *before)
     }
 }
 
-void LinkTable::tell(const Link &before, const Link *now)
+void LinkTable::reportChange(const Link &before, const Link *now)
 {
     if (now != nullptr && (before.lower != now->lower || before.master != now->master)) {
         relationsChangedMs_ = monotonicMilliseconds();

@@ -74,9 +74,9 @@ class LinkTable : public KernelTable
 
     // Adds what the kernel does not say, from what was known of the link, if anything.
     void complete(Link &link, const Link *before);
-    void tell(const Link &before, const Link *now);
+    void reportChange(const Link &before, const Link *now);
     void put(Link link, Generation generation);
-    void left(const Link &gone);
+    void reportLoss(const Link &gone);
 
     Links links_;
     InterfaceList list_;  // the same ones
