@@ -95,7 +95,7 @@ class Order:
             if is_settled:
                 break
         self.assertEqual(wrong, [])
-        self.assertGreater(number, 400)
+        self.assertGreater(number, 300)
 
 
 class OfASimulatedDevice(Order, unittest.TestCase):
