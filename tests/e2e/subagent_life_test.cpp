@@ -95,7 +95,9 @@ TEST_F(SubagentLifeTest, AMasterThatHungIsServedAgain)
     EXPECT_FALSE(isThere(interfaceRow));
     master().signal(SIGCONT);
     expectRows();
-    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 32 tables"), 1u);
+    EXPECT_TRUE(eventually([&] {
+        return timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 32 tables") == 1;
+    })) << agent().output();
     stopSubagent();
 }
 
