@@ -32,11 +32,11 @@ int handle_master_agentx_packet(int operation, netsnmp_session *session, int req
 #include <sanitizer/lsan_interface.h>
 
 // The library loses the timeout of a region that it registers for a sub-agent.
-const char *__lsan_default_suppressions()
+__attribute__((visibility("default"))) const char *__lsan_default_suppressions()
 {
     return "leak:register_agentx_list\n";
 }
-const char *__lsan_default_options()
+__attribute__((visibility("default"))) const char *__lsan_default_options()
 {
     return "print_suppressions=0";
 }

@@ -6,6 +6,7 @@
 #include "varbind.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <sstream>
@@ -47,6 +48,7 @@ Comparison::Comparison(const std::string &words)
         throw std::runtime_error("--ask needs the options and the address that snmpwalk takes, not \"" + words + "\"");
     }
     session_ = snmp_sess_open(&wanted);
+    std::free(wanted.community); // a copy of the word
     if (session_ == nullptr) {
         throw std::runtime_error("cannot ask \"" + words + "\": " + snmp_api_errstring(snmp_errno));
     }

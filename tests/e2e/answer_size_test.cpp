@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <utility>
 
 namespace ipmib::e2e
 {
@@ -224,13 +225,12 @@ class AnswerSizeTest : public AgentTest
                                NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD, NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE}) {
             netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, part, 1);
         }
-        init_snmp("answer_size_test");
+        if (!std::exchange(isLibraryStarted, true)) { // which loses memory when it starts again
+            init_snmp("answer_size_test");
+        }
     }
-    void TearDown() override
-    {
-        snmp_shutdown("answer_size_test");
-        AgentTest::TearDown();
-    }
+    static void TearDownTestSuite() { snmp_shutdown("answer_size_test"); }
+    static inline bool isLibraryStarted = false;
 
     static std::string textOf(const Asker &asker, std::size_t size, const Question &question)
     {
