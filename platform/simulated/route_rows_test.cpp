@@ -40,9 +40,10 @@ constexpr const char *severalKinds = R"({
   ]
 })";
 
-std::vector<std::uint32_t> placeOf(const IpmibRouteKey &key)
+// Signed, for GCC 12 compares lists of unsigned numbers wrongly on big-endian processors.
+std::vector<std::int64_t> placeOf(const IpmibRouteKey &key)
 {
-    std::vector<std::uint32_t> place{key.version};
+    std::vector<std::int64_t> place{key.version};
     place.insert(place.end(), std::begin(key.destination), std::end(key.destination));
     place.push_back(key.prefix_length);
     place.insert(place.end(), std::begin(key.policy), std::end(key.policy));

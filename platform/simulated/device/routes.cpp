@@ -16,10 +16,10 @@ namespace
 std::strong_ordering compareWays(const IpmibRouteKey &a, const IpmibRouteKey &b)
 {
     const auto rank = [](const IpmibRouteKey &key) { return std::tie(key.next_hop_type, key.next_hop_size); };
-    if (const auto order = std::lexicographical_compare_three_way(std::begin(a.policy), std::end(a.policy),
-                                                                  std::begin(b.policy), std::end(b.policy));
-        order != 0) {
-        return order;
+    // std::lexicographical_compare_three_way of GCC 12 looks at the first number alone on big-endian processors.
+    const auto [mine, others] = std::mismatch(std::begin(a.policy), std::end(a.policy), std::begin(b.policy));
+    if (mine != std::end(a.policy)) {
+        return *mine <=> *others;
     }
     if (const auto order = rank(a) <=> rank(b); order != 0) {
         return order;
