@@ -144,19 +144,9 @@ void AgentxMaster::forgetConfiguration()
 
 AgentxMaster::AgentxMaster(const std::vector<std::string> &addresses)
 {
-    try {
-        for (const std::string &address : addresses) {
-            open(address);
-        }
-    } catch (...) {
-        close();
-        throw;
+    for (const std::string &address : addresses) {
+        open(address);
     }
-}
-
-AgentxMaster::~AgentxMaster()
-{
-    close();
 }
 
 void AgentxMaster::open(const std::string &address)
@@ -200,15 +190,7 @@ void AgentxMaster::open(const std::string &address)
     if (added == nullptr) {
         fail(snmp_api_errstring(snmp_errno));
     }
-    sessions_.push_back(added);
-}
-
-void AgentxMaster::close()
-{
-    for (netsnmp_session *session : sessions_) {
-        snmp_close(session);
-    }
-    sessions_.clear();
+    sessions_.add(added);
 }
 
 } // namespace ipmib::agent

@@ -2,7 +2,7 @@
 // Other programs' tables beside ours: the library's AgentX master, on sockets at which no sub-agent is waited for.
 #pragma once
 
-#include "net_snmp.h"
+#include "library_sessions.h"
 
 #include <string>
 #include <vector>
@@ -16,9 +16,6 @@ class AgentxMaster
     // Listens at each of these, written as for snmpd's agentXSocket, with the permissions that the configuration says.
     // Throws std::runtime_error that names the address and the reason, also when another master is there.
     explicit AgentxMaster(const std::vector<std::string> &addresses);
-    ~AgentxMaster();
-    AgentxMaster(const AgentxMaster &) = delete;
-    AgentxMaster &operator=(const AgentxMaster &) = delete;
 
     // Where the configuration wants a master; nowhere unless it says "master agentx".
     static std::vector<std::string> addressesOfConfiguration();
@@ -27,9 +24,8 @@ class AgentxMaster
 
   private:
     void open(const std::string &address);
-    void close();
 
-    std::vector<netsnmp_session *> sessions_;
+    LibrarySessions sessions_;
 };
 
 } // namespace ipmib::agent

@@ -121,13 +121,8 @@ int receive(int operation, netsnmp_session *session, int requestId, netsnmp_pdu 
 
 Listeners::Listeners(const std::vector<std::string> &addresses)
 {
-    try {
-        for (const std::string &address : addresses) {
-            open(address);
-        }
-    } catch (...) {
-        close();
-        throw;
+    for (const std::string &address : addresses) {
+        open(address);
     }
     if (!addresses.empty()) {
         return;
@@ -146,11 +141,6 @@ Listeners::Listeners(const std::vector<std::string> &addresses)
     if (!refused.empty()) {
         snmp_log(LOG_WARNING, "%s, going on without it\n", refused.c_str());
     }
-}
-
-Listeners::~Listeners()
-{
-    close();
 }
 
 void Listeners::open(const std::string &address)
@@ -183,15 +173,7 @@ void Listeners::open(const std::string &address)
     if (added == nullptr) {
         fail(snmp_api_errstring(snmp_errno));
     }
-    sessions_.push_back(added);
-}
-
-void Listeners::close()
-{
-    for (netsnmp_session *session : sessions_) {
-        snmp_close(session);
-    }
-    sessions_.clear();
+    sessions_.add(added);
 }
 
 } // namespace ipmib::agent
