@@ -477,7 +477,6 @@ TEST(AddressesNetns, lostAnnouncementsMakeTheTableBeReadAgain)
     expectWhatIpSays(space);
 }
 
-// Between packets the platform gives its host back its time; a packet has all that was announced.
 // The link-local address of an interface, as text; empty for none.
 std::string linkLocalOf(std::uint32_t ifIndex, FullAddressRecord &record)
 {
@@ -525,6 +524,7 @@ TEST(AddressesNetns, aLinkLocalAddressThatWasAskedForIsStillTheOneOfNow)
     EXPECT_TRUE(becomes(""));
 }
 
+// Between packets the platform gives its host back its time; a packet has all that was announced.
 TEST(AddressesNetns, aTurnBetweenPacketsIsShort)
 {
     IPMIB_NEEDS_NAMESPACES();
