@@ -3,16 +3,16 @@
 // message behind the other. As on the wire, a message of several parts belongs to a dump, and NLMSG_DONE ends the dump.
 #include "bytes.h"
 
-#include "addressing/address_table.h"
-#include "addressing/prefix_table.h"
-#include "addressing/router_list.h"
+#include "addresses/address_table.h"
+#include "addresses/ipv4_address_table.h"
+#include "addresses/prefix_table.h"
 #include "core/datagram.h"
-#include "ipv4/ipv4_address_table.h"
-#include "ipv4/ipv4_route_table.h"
 #include "links/ip6_link.h"
 #include "links/link_table.h"
 #include "neighbours/neighbour_table.h"
 #include "routes/forwarding_table.h"
+#include "routes/ipv4_route_table.h"
+#include "routes/router_list.h"
 
 #include <memory>
 

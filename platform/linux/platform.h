@@ -3,7 +3,7 @@
 #pragma once
 
 #include "accounting/ipv4_accounting.h"
-#include "addressing/addressing.h"
+#include "addressing.h"
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
 #include "core/event_loop.h"
@@ -12,7 +12,7 @@
 #include "core/uptime.h"
 #include "counters/ipv4_counters.h"
 #include "counters/system_counters.h"
-#include "ipv4/ipv4.h"
+#include "ipv4.h"
 #include "links/ip6_link.h"
 #include "links/link_speed.h"
 #include "links/link_table.h"

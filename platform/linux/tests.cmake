@@ -4,7 +4,7 @@
 ipmib_test(platform_linux_test
     SOURCES core/proc_file_test.cpp core/rtnetlink_test.cpp core/uptime_test.cpp counters/counter_layout_test.cpp
             counters/ipv4_counter_text_test.cpp counters/snmp6_text_test.cpp hooks_test.cpp
-            ipv4/ipv4_address_table_test.cpp links/link_parse_test.cpp
+            addresses/ipv4_address_table_test.cpp links/link_parse_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(links_netns_test
@@ -20,7 +20,7 @@ ipmib_test(accounting_netns_test
                    accounting/ipv4_rows_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
 
-ipmib_test(ip_netns_test SOURCES ipv4/ipv4_netns_test.cpp rows/ip_counters_netns_test.cpp
+ipmib_test(ip_netns_test SOURCES ipv4_netns_test.cpp rows/ip_counters_netns_test.cpp
                    rows/ip_tables_netns_test.cpp rows/link_tables_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
 
@@ -36,12 +36,12 @@ if(IPMIB_BUILD_TESTS)
 endif()
 
 ipmib_test(addressing_netns_test
-    SOURCES addressing/addresses_netns_test.cpp addressing/prefixes_netns_test.cpp
-            addressing/routers_netns_test.cpp addressing/test_rows.cpp
+    SOURCES addresses/addresses_netns_test.cpp addresses/prefixes_netns_test.cpp
+            routes/routers_netns_test.cpp addresses/test_rows.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns)
 
 ipmib_test(addressing_test
-    SOURCES addressing/messages_test.cpp addressing/prefix_table_test.cpp routes/forwarding_table_test.cpp
+    SOURCES addresses/messages_test.cpp addresses/prefix_table_test.cpp routes/forwarding_table_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(routes_netns_test SOURCES routes/routes_netns_test.cpp

@@ -3,7 +3,7 @@
 // `ip` lists, row by row.
 #include "live_agent.h"
 
-#include "addressing/test_radvd.h"
+#include "addresses/test_radvd.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

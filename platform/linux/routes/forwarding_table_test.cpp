@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What a forwarding table costs, and what its parts do for any sequence of changes.
-#include "addressing/test_messages.h"
+#include "addresses/test_messages.h"
 #include "routes/forwarding_table.h"
 
 #include <ipmib/platform_ip.h>

@@ -2,7 +2,7 @@
 // Where routes lead: sets of next hops, each kept once however many routes share it.
 #pragma once
 
-#include "addressing/packed_address.h"
+#include "addresses/packed_address.h"
 #include "routes/interned.h"
 
 #include <compare>

@@ -4,10 +4,10 @@
 // addresses. All of it comes over one socket, so that it is in the order in which it happened.
 #pragma once
 
-#include "addressing/nexthop_table.h"
-#include "addressing/route_message.h"
+#include "addresses/ipv4_address_table.h"
 #include "core/mirror.h"
-#include "ipv4/ipv4_address_table.h"
+#include "routes/nexthop_table.h"
+#include "routes/route_message.h"
 
 #include <functional>
 #include <vector>

@@ -2,7 +2,7 @@
 // The routes of one version of IP, by destination: one record each, as small as a million of them ask for.
 #pragma once
 
-#include "addressing/packed_address.h"
+#include "addresses/packed_address.h"
 #include "ordered_table.h"
 
 #include <functional>

@@ -2,12 +2,12 @@
 // What tables outside the module say of IP on this system: each function is the one of IpmibIpHooks that its name says.
 #pragma once
 
-#include "addressing/packed_address.h"
+#include "addresses/ipv4_address_table.h"
+#include "addresses/packed_address.h"
 #include "core/proc_file.h"
-#include "ipv4/ipv4_address_table.h"
-#include "ipv4/ipv4_route_table.h"
 #include "links/link_table.h"
 #include "neighbour_rows.h"
+#include "routes/ipv4_route_table.h"
 
 #include <ipmib/platform_ip.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // IPv6 addresses: the global ones by address, and the main link-local one of each interface.
-#include "addressing/address_origin.h"
+#include "addresses/address_origin.h"
 #include "services/service.h"
 
 #include <linux/if_addr.h>

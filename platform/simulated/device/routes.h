@@ -3,7 +3,7 @@
 // in common is kept once.
 #pragma once
 
-#include "addressing/packed_address.h"
+#include "addresses/packed_address.h"
 
 #include <ipmib/platform_ip.h>
 #include <ipmib/platform_routes.h>

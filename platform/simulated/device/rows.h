@@ -2,8 +2,8 @@
 // The rows of a simulated device's tables, and their orders.
 #pragma once
 
-#include "addressing/packed_address.h"
-#include "addressing/prefix_key.h"
+#include "addresses/packed_address.h"
+#include "addresses/prefix_key.h"
 #include "core/codes.h"
 #include "neighbour_rows.h"
 #include "ordered_table.h"

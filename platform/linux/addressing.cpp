@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The IPv6 addresses, prefixes and default routers of this network namespace, as services see them.
+#include "addressing.h"
+
+#include "core/boot_time.h"
+
+#include <linux/rtnetlink.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace ipmib::platform
+{
+
+std::string Addressing::start(EventLoop &loop, int receiveBuffer)
+{
+    connect();
+    for (Mirror *mirror : {&addressMirror_, &anycastMirror_}) {
+        if (const std::string error = mirror->start(loop, receiveBuffer); !error.empty()) {
+            return error;
+        }
+    }
+    return routeMirror_.start(loop, receiveBuffer, RouteFeed::piecesAtStart);
+}
+
+void Addressing::connect()
+{
+    constexpr std::uint8_t wholeAddress = 128;
+    addresses_.onChange([this](const Address *before, const Address *now) { prefixes_.addressChanged(before, now); });
+    anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
+        prefixes_.update({ifIndex, address, wholeAddress});
+    });
+
+    RouteTable::Handlers handlers;
+    handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
+    handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
+    handlers.defaultsChanged = [this] { routersChanged_ = true; };
+    handlers.anycastChanged = [this](const PackedAddress &address, std::uint32_t ifIndex, bool joined) {
+        applyAnycast(address, ifIndex, joined);
+    };
+    handlers.uncertain = [this] { routeMirror_.refreshSoon(); };
+    handlers.mayBeAdvertised = [this](const PrefixKey &key) { return prefixes_.mayBeAdvertised(key); };
+    handlers.rebuilt = [this] { anycastMirror_.refresh(); }; // whose announcements are among those of the routes
+    routes_.connect(std::move(handlers));
+}
+
+void Addressing::applyAnycast(const PackedAddress &address, std::uint32_t ifIndex, bool joined)
+{
+    constexpr std::uint64_t tick = 10; // ms
+    if (joined) {
+        anycasts_.joined(address, ifIndex, static_cast<std::uint32_t>(monotonicMilliseconds() / tick));
+    } else {
+        anycasts_.left(address, ifIndex);
+    }
+    if (anycastMirror_.refreshing()) {
+        anycastMirror_.refresh(); // what is being read may be older
+    }
+}
+
+bool Addressing::programFormed(const Address &address) const
+{
+    bool learned = false;
+    routes_.eachOnLink(address.prefix(),
+                       [&](const OnLinkRoute &route) { learned = learned || route.protocol == RTPROT_RA; });
+    return learned;
+}
+
+bool Addressing::isOfAllRouters(const Anycast &anycast)
+{
+    constexpr std::uint8_t wholeAddress = 128;
+    return prefixes().anycastLength(anycast.address, anycast.ifIndex) < wholeAddress;
+}
+
+const RouterList &Addressing::routers()
+{
+    constexpr std::uint64_t shortestRest = 100; // ms
+    constexpr std::uint64_t restRatio = 100;    // long tables take longer to read, and are read less often
+
+    listRouters();
+    if (std::exchange(routersAsked_, true)) {
+        return routers_;
+    }
+    const std::uint64_t begin = millisecondsSinceBoot();
+    if (begin >= nextReadMs_ && routers_.hasLearned()) {
+        routes_.readLearnedDefaults(requests_);
+        ++kernelReads_;
+        const std::uint64_t end = millisecondsSinceBoot();
+        nextReadMs_ = begin + std::max(shortestRest, (end - begin) * restRatio);
+        listRouters();
+    }
+    return routers_;
+}
+
+void Addressing::listRouters()
+{
+    if (routersChanged_) {
+        routersChanged_ = false;
+        routers_.rebuild(routes_.defaults(), routes_.nexthops());
+    }
+}
+
+} // namespace ipmib::platform
