@@ -117,13 +117,13 @@ nlohmann::json addressIn(const Namespace &space, const std::string &device, cons
     return {};
 }
 
-// Two whole seconds that were read one after the other.
+// Two whole seconds that were read one after the other, perhaps on a machine that has much else to do.
 void expectSameSeconds(std::uint32_t row, std::int64_t listed)
 {
     if (row == forEver || listed == forEver) {
         EXPECT_EQ(row, listed);
     } else {
-        EXPECT_NEAR(row, static_cast<double>(listed), 1.0);
+        EXPECT_NEAR(row, static_cast<double>(listed), 10.0);
     }
 }
 
