@@ -34,15 +34,16 @@ fi
 cp -r "$example" "$work/with-make"
 export PKG_CONFIG_PATH="$libraries/pkgconfig" PKG_CONFIG_SYSROOT_DIR=
 prefix=$(pkg-config --variable=prefix ipmib)
-make -s -C "$work/with-make" PKG_CONFIG="pkg-config --define-variable=prefix=$work/usr"
+make -s -C "$work/with-make" PKG_CONFIG="pkg-config --define-variable=prefix=$work/usr" \
+    platform_one_interface.so platform_tables.so
 moduledir=$(pkg-config --define-variable=prefix="$work/usr" --variable=moduledir ipmib)
 ls "$moduledir/libipmib.so"
 echo "configured for $prefix"
 
-for platform in one_interface "$work/with-make/platform_one_interface.so"; do
+for platform in one_interface "$work/with-make/platform_one_interface.so" "$work/with-cmake/build/platform_tables.so"; do
     "$work/usr/bin/ipmib-portcheck" --platform "$platform" >"$work/report" || {
         cat "$work/report"
         exit 1
     }
-    "$work/usr/bin/ipmibctl" --platform "$platform" show addresses | grep '2001:db8::1/64'
+    "$work/usr/bin/ipmibctl" --platform "$platform" show addresses | grep -E '2001:db8:(1:)?:1/64'
 done

@@ -28,6 +28,9 @@ class Lines
         for (const std::string &fact : report.facts) {
             send(lineFact + support::printable(fact));
         }
+        for (const std::string &row : report.rows) {
+            send(lineRow + support::printable(row));
+        }
         for (const Finding &finding : report.broken) {
             send(lineBroken + std::to_string(static_cast<unsigned>(finding.promise)) + fieldEnd + finding.service +
                  fieldEnd + support::printable(finding.seen));
@@ -68,7 +71,7 @@ Report checkTwice(const Chapter &chapter, Probe &probe, host::Plugin &plugin)
 
 Report failure(Promise promise, const std::string &what, const std::string &seen)
 {
-    return {{{promise, what, seen}}, {}};
+    return {{{promise, what, seen}}, {}, {}};
 }
 
 std::string join(const std::vector<std::string> &names)

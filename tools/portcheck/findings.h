@@ -32,6 +32,7 @@ struct Finding {
 struct Report {
     std::vector<Finding> broken;
     std::vector<std::string> facts;
+    std::vector<std::string> rows; // "prefix if_index=2 prefix=2001:db8:: length=64 ..."
 
     bool breaks(Promise promise) const;
     // For people.

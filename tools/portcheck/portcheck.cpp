@@ -141,6 +141,9 @@ class Supervisor
         case lineFact:
             report_.facts.push_back(rest);
             break;
+        case lineRow:
+            report_.rows.push_back(rest);
+            break;
         case lineBroken: {
             const std::size_t service = rest.find(fieldEnd) + 1;
             const std::size_t seen = rest.find(fieldEnd, service) + 1;

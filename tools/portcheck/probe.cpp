@@ -2,7 +2,7 @@
 // Calls the services as the module does.
 #include "probe.h"
 
-#include <arpa/inet.h>
+#include <algorithm>
 
 namespace ipmib::portcheck
 {
@@ -10,12 +10,6 @@ namespace ipmib::portcheck
 std::string callText(const char *service, std::uint32_t number)
 {
     return std::string(service) + "(" + std::to_string(number) + ")";
-}
-
-std::string addressText(const std::uint8_t *address)
-{
-    char text[INET6_ADDRSTRLEN];
-    return inet_ntop(AF_INET6, address, text, sizeof text);
 }
 
 std::uint32_t swapped(std::uint32_t number)
@@ -28,6 +22,34 @@ void Probe::beginPacket()
     if (hooks_ != nullptr && hooks_->begin_packet != nullptr) {
         doing("the hook begin_packet");
         hooks_->begin_packet();
+    }
+}
+
+std::size_t Probe::brokenCount(Promise promise) const
+{
+    return static_cast<std::size_t>(std::count_if(report_.broken.begin(), report_.broken.end(),
+                                                  [promise](const Finding &one) { return one.promise == promise; }));
+}
+
+void Probe::row(const char *kind, const Items &items)
+{
+    report_.rows.push_back(kind + std::string(" ") + textOf(items));
+}
+
+void Probe::expectSteady(const std::string &call, const std::string &who, const std::function<void()> &askOther,
+                         const std::function<Items()> &ask)
+{
+    for (int tries = 0; tries < 3; ++tries) { // what is asked for may be changing
+        askOther();
+        const Items behindOther = ask();
+        const std::string difference = differenceOf(behindOther, ask());
+        if (difference.empty()) {
+            return;
+        }
+        if (tries == 2) {
+            broken(Promise::steady, call,
+                   who + ": asked twice, its " + difference + ": something is left from the row before");
+        }
     }
 }
 
@@ -58,9 +80,9 @@ bool Probe::configuration(std::uint32_t ifIndex, NdIfConfigInfo &info)
                 [&](NdIfConfigInfo *filled) { return services_.ND_GetIfConfigInfo(ifIndex, filled); });
 }
 
-bool Probe::hasIdentifier(std::uint32_t ifIndex)
+bool Probe::identifier(std::uint32_t ifIndex, std::array<std::uint8_t, 8> &identifier)
 {
-    std::array<std::uint8_t, 8> identifier{};
+    identifier = {};
     return fill(callText("IP6Mib_GetIFID", ifIndex), identifier,
                 [&](std::array<std::uint8_t, 8> *filled) { return services_.IP6Mib_GetIFID(ifIndex, filled->data()); });
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "findings.h"
+#include "items.h"
 #include "services.h"
 #include "watch.h"
 
@@ -12,15 +13,15 @@
 #include <array>
 #include <chrono>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <utility>
 
 namespace ipmib::portcheck
 {
 
-// "IF_IsValidIfIndex(3)", "2001:db8::1".
+// "IF_IsValidIfIndex(3)".
 std::string callText(const char *service, std::uint32_t number);
-std::string addressText(const std::uint8_t *address);
 
 std::uint32_t swapped(std::uint32_t number);
 
@@ -42,12 +43,15 @@ class Probe
         report_.broken.push_back({promise, std::move(service), std::move(seen)});
     }
     std::size_t brokenCount() const { return report_.broken.size(); }
+    std::size_t brokenCount(Promise promise) const;
     // What was told before stays.
     void forgetSince(std::size_t count)
     {
         report_.broken.erase(report_.broken.begin() + static_cast<std::ptrdiff_t>(count), report_.broken.end());
     }
     void fact(std::string text) { report_.facts.push_back(std::move(text)); }
+    // A row, as --rows prints it: "prefix", and what it says.
+    void row(const char *kind, const Items &items);
     Report takeReport() { return std::exchange(report_, {}); }
     void doing(std::string_view what) { watch_.step(what); }
 
@@ -76,11 +80,16 @@ class Probe
         return succeeded;
     }
 
+    // Asks twice for one thing, right behind something else that is asked for, and then again: the answers agree, or
+    // the platform gives out what it has left from the other.
+    void expectSteady(const std::string &call, const std::string &who, const std::function<void()> &askOther,
+                      const std::function<Items()> &ask);
+
     bool isValid(std::uint32_t ifIndex);
     bool linkLocal(std::uint32_t ifIndex, FullAddressRecord &record);
     bool hasLinkLocalRow(std::uint32_t ifIndex);
     bool configuration(std::uint32_t ifIndex, NdIfConfigInfo &info);
-    bool hasIdentifier(std::uint32_t ifIndex);
+    bool identifier(std::uint32_t ifIndex, std::array<std::uint8_t, 8> &identifier);
     std::uint32_t secondsSinceBoot();
 
   private:

@@ -22,5 +22,7 @@ std::vector<FullAddressRecord> addressesOf(Probe &probe);
 
 enum RouterClass : std::uint32_t { linkLocalRouters = 2, globalRouters = 14 };
 std::vector<GatewayRecord> routersOf(Probe &probe, RouterClass routerClass);
+// Of both classes, without a word of what is wrong with them.
+std::vector<GatewayRecord> routersQuietly(Probe &probe);
 
 } // namespace ipmib::portcheck

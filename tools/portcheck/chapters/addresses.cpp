@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Addresses: the list of those outside fe80::/10, the link-local one of each interface, and the prefix of each.
 #include "chapters.h"
+#include "judge.h"
 #include "listing.h"
 #include "prefix_mask.h"
 #include "rows.h"
+
+#include <map>
 
 namespace ipmib::portcheck
 {
@@ -14,140 +17,240 @@ namespace
 constexpr std::uint32_t defaultVrf = 0;
 constexpr std::uint32_t globalKind = 14;
 
+using PrefixesByInterface = std::map<std::uint32_t, std::vector<FullPrefixRecord>>;
+
+std::string prefixText(const std::uint8_t *prefix, std::uint32_t length)
+{
+    return addressText(prefix) + "/" + std::to_string(length);
+}
+
 std::string addressWithLength(const FullAddressRecord &record)
 {
-    return addressText(record.address) + "/" + std::to_string(record.prefix_length);
+    return prefixText(record.address, record.prefix_length);
 }
 
 // What holds for global and for link-local ones.
-void lookAtRecord(Probe &probe, const std::string &call, const FullAddressRecord &record, std::uint32_t now)
+void lookAtRecord(Probe &probe, const std::string &call, const FullAddressRecord &record)
 {
-    if (record.lead != 0) {
-        probe.broken(Promise::addressLead, call, addressWithLength(record) + ": it is " + std::to_string(record.lead));
-    }
-    if (record.created_s > now + 1 || record.last_changed_s > now + 1 || record.last_changed_s < record.created_s) {
+    Judge judge(probe, call, addressWithLength(record));
+    judge.field(
+        Promise::addressLead, "lead", record.lead, [](std::uint32_t value) { return value == 0; }, "0");
+    judge.code(Promise::addressCodes, "origin", record.origin);
+    judge.code(Promise::addressCodes, "flags", record.flags);
+    judge.code(Promise::addressCodes, "state", record.state);
+    const std::uint32_t now = probe.secondsSinceBoot();
+    judge.time(Promise::addressTimes, "created_s", record.created_s, now);
+    judge.time(Promise::addressTimes, "last_changed_s", record.last_changed_s, now);
+    if (record.last_changed_s < record.created_s && record.created_s <= now + 1) {
         probe.broken(Promise::addressTimes, call,
-                     addressWithLength(record) + ": created at " + std::to_string(record.created_s) + ", changed at " +
-                         std::to_string(record.last_changed_s) + ", and now is " + std::to_string(now));
+                     addressWithLength(record) + ": last_changed_s is " + std::to_string(record.last_changed_s) +
+                         ", before created_s, " + std::to_string(record.created_s));
     }
 }
 
-void look(Probe &probe, const FullAddressRecord &record, std::uint32_t now)
+void look(Probe &probe, const FullAddressRecord &record)
 {
     const std::string call = "IP6Mib_GetNextAddrInVrf";
     if (isLinkLocal(record.address)) {
         probe.broken(Promise::addressesOutsideLinkLocal, call, addressWithLength(record));
     }
-    if (!probe.isValid(record.if_index)) {
-        probe.broken(Promise::addressInterface, call,
-                     addressWithLength(record) + ": ifIndex " + std::to_string(record.if_index) +
-                         (probe.isValid(swapped(record.if_index)) ? ", an existing one in the wrong byte order" : ""));
-    }
-    lookAtRecord(probe, call, record, now);
+    Judge judge(probe, call, addressWithLength(record));
+    judge.field(
+        Promise::addressInterface, "if_index", record.if_index,
+        [&probe](std::uint32_t value) { return probe.isValid(value); }, "the ifIndex of an existing interface");
+    judge.field(
+        Promise::addressLength, "prefix_length", record.prefix_length, [](std::uint32_t value) { return value <= 128; },
+        "0 to 128");
+    lookAtRecord(probe, call, record);
 }
 
-Listing<FullAddressRecord> listingOf(Probe &probe)
+FoundRow rowOf(bool succeeded, const FullAddressRecord &record)
+{
+    return succeeded ? FoundRow(ListedRow::of(Key::of(record.address), record)) : FoundRow();
+}
+
+Listing listingOf(Probe &probe)
 {
     const Services &services = probe.services();
-    Listing<FullAddressRecord> listing;
+    Listing listing;
     listing.what = "addresses";
     listing.firstCall = "IP6Mib_GetFirstAddrInVrf";
     listing.nextCall = "IP6Mib_GetNextAddrInVrf";
+    listing.exactCall = "IP6Mib_GetAddrFullInfoInVrf";
     listing.ascend = Promise::addressesAscend;
     listing.move = Promise::addressesMove;
     listing.begin = Promise::addressesBegin;
     listing.follow = Promise::addressesFollow;
-    listing.first = [&probe, &services](FullAddressRecord &row) {
-        row = {};
-        return probe.fill("IP6Mib_GetFirstAddrInVrf", row, [&](FullAddressRecord *filled) {
+    listing.exactly = Promise::addressExact;
+    listing.first = [&probe, &services] {
+        FullAddressRecord record{};
+        const bool found = probe.fill("IP6Mib_GetFirstAddrInVrf", record, [&](FullAddressRecord *filled) {
             return services.IP6Mib_GetFirstAddrInVrf(defaultVrf, globalKind, filled);
         });
+        return rowOf(found, record);
     };
-    listing.next = [&probe, &services](const Key &key, FullAddressRecord &row) {
-        row = {};
-        std::memcpy(row.address, key.address, sizeof row.address);
-        return probe.fill("IP6Mib_GetNextAddrInVrf behind " + addressText(key.address), row,
-                          [&](FullAddressRecord *filled) {
-                              return services.IP6Mib_GetNextAddrInVrf(defaultVrf, globalKind, filled);
-                          });
+    listing.next = [&probe, &services](const Key &key) {
+        FullAddressRecord record{};
+        std::memcpy(record.address, key.address, sizeof record.address);
+        const bool found = probe.fill("IP6Mib_GetNextAddrInVrf behind " + addressText(key.address), record,
+                                      [&](FullAddressRecord *filled) {
+                                          return services.IP6Mib_GetNextAddrInVrf(defaultVrf, globalKind, filled);
+                                      });
+        return rowOf(found, record);
     };
-    listing.keyOf = [](const FullAddressRecord &row) { return Key::of(row.address); };
+    listing.exact = [&probe, &services](const Key &key) {
+        FullAddressRecord record{};
+        const bool found = probe.fill(
+            "IP6Mib_GetAddrFullInfoInVrf of " + addressText(key.address), record, [&](FullAddressRecord *filled) {
+                return services.IP6Mib_GetAddrFullInfoInVrf(defaultVrf, key.address, -1, filled);
+            });
+        return rowOf(found, record);
+    };
     listing.text = [](const Key &key) { return addressText(key.address); };
-    listing.look = [&probe, now = probe.secondsSinceBoot()](const FullAddressRecord &row) { look(probe, row, now); };
+    listing.items = [](const ListedRow &row) { return itemsOf(row.as<FullAddressRecord>()); };
+    listing.look = [&probe](const ListedRow &row) { look(probe, row.as<FullAddressRecord>()); };
     return listing;
 }
 
-void checkExact(Probe &probe, const FullAddressRecord &listed)
+void checkPrefix(Probe &probe, const FullAddressRecord &record, const PrefixesByInterface &prefixes)
 {
-    FullAddressRecord found{};
-    const bool succeeded = probe.fill(
-        "IP6Mib_GetAddrFullInfoInVrf of " + addressText(listed.address), found, [&](FullAddressRecord *filled) {
-            return probe.services().IP6Mib_GetAddrFullInfoInVrf(defaultVrf, listed.address, -1, filled);
-        });
-    if (!succeeded || found.if_index != listed.if_index ||
-        std::memcmp(found.address, listed.address, sizeof found.address) != 0) {
-        probe.broken(Promise::addressExact, "IP6Mib_GetAddrFullInfoInVrf",
-                     addressWithLength(listed) + (succeeded ? ": it answers another record" : ": it fails"));
+    const auto onInterface = prefixes.find(record.if_index);
+    if (record.prefix_length > 128 || onInterface == prefixes.end()) {
+        if (record.prefix_length <= 128 && probe.isValid(record.if_index)) {
+            probe.broken(Promise::addressInterface, "IF_GetNextIfIndexByIfSelect",
+                         addressWithLength(record) + ": ifIndex " + std::to_string(record.if_index) +
+                             " exists and is not in the standard selection: it is left out, or out of order");
+        }
+        return;
     }
-}
-
-void checkPrefix(Probe &probe, const FullAddressRecord &record)
-{
-    std::uint8_t prefix[16];
-    std::memcpy(prefix, record.address, sizeof prefix);
-    maskTo(prefix, record.prefix_length);
-    for (const FullPrefixRecord &listed : prefixesOf(probe, record.if_index)) {
-        if (std::memcmp(listed.prefix, prefix, sizeof prefix) == 0 &&
-            ipmib_be32_get(listed.length) == record.prefix_length) {
+    std::uint8_t wanted[16];
+    std::memcpy(wanted, record.address, sizeof wanted);
+    maskTo(wanted, record.prefix_length);
+    const Key key = Key::of(wanted, record.prefix_length);
+    std::string passed;
+    for (const FullPrefixRecord &listed : onInterface->second) {
+        const Key listedKey = Key::of(listed.prefix, ipmib_be32_get(listed.length));
+        if (listedKey == key) {
             return;
+        }
+        if (key < listedKey && passed.empty()) {
+            passed = prefixText(listed.prefix, ipmib_be32_get(listed.length));
         }
     }
     probe.broken(Promise::addressHasPrefix, "IP6CFG_GetNextFullPrefix",
                  "interface " + std::to_string(record.if_index) + " has " + addressWithLength(record) + ", and no " +
-                     addressText(prefix) + "/" + std::to_string(record.prefix_length));
+                     prefixText(wanted, record.prefix_length) + " for a prefix_length of " +
+                     std::to_string(record.prefix_length) +
+                     (passed.empty() ? std::string(": it is not listed, or the list ends early")
+                                     : ", and the walk goes on to " + passed +
+                                           ": it is not listed, or it is out of order and stands behind that"));
 }
 
 void checkLinkLocal(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord &record)
 {
     const std::string call = callText("IP6Mib_GetLinkLocalFullAddr", ifIndex);
-    if (!isLinkLocal(record.address) || record.if_index != ifIndex) {
+    if (!isLinkLocal(record.address)) {
         probe.broken(Promise::linkLocalAddress, call,
                      "it answers " + addressWithLength(record) + " of interface " + std::to_string(record.if_index));
     }
-    if (record.prefix_length != 10) {
-        probe.broken(Promise::linkLocalLength, call, addressWithLength(record));
-    }
+    Judge judge(probe, call, addressWithLength(record));
+    judge.field(
+        Promise::linkLocalAddress, "if_index", record.if_index,
+        [ifIndex](std::uint32_t value) { return value == ifIndex; },
+        "the interface asked for, " + std::to_string(ifIndex));
+    judge.field(
+        Promise::linkLocalLength, "prefix_length", record.prefix_length,
+        [](std::uint32_t value) { return value == 10; }, "10");
     if (!probe.hasLinkLocalRow(ifIndex)) {
         probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex),
                      "it fails, and " + addressText(record.address) + " is there");
     }
-    lookAtRecord(probe, call, record, probe.secondsSinceBoot());
+    lookAtRecord(probe, call, record);
+    probe.row("address", itemsOf(record));
+}
+
+// Addresses that there may be: those of 128 bits that have a prefix, the interface's identifier behind each prefix, and
+// those that differ from one of these in the last byte.
+std::vector<Key> maybeAddresses(Probe &probe, const PrefixesByInterface &prefixes, const std::vector<ListedRow> &rows)
+{
+    constexpr std::size_t most = 8;
+    std::vector<Key> maybe;
+    for (const auto &[ifIndex, onInterface] : prefixes) {
+        FullAddressRecord linkLocal;
+        const bool hasLinkLocal = probe.linkLocal(ifIndex, linkLocal);
+        for (std::size_t i = 0; i < std::min(onInterface.size(), most); ++i) {
+            Key key = Key::of(onInterface[i].prefix);
+            if (ipmib_be32_get(onInterface[i].length) > 64) {
+                maybe.push_back(key);
+                continue;
+            }
+            if (hasLinkLocal) {
+                std::memcpy(key.address + 8, linkLocal.address + 8, 8);
+                maybe.push_back(key);
+                std::memset(key.address + 8, 0, 8);
+            }
+            addKeysAround(key, maybe);
+        }
+    }
+    for (std::size_t i = 0; i < rows.size(); i += rows.size() / most + 1) {
+        addKeysAround(rows[i].key, maybe);
+    }
+    maybe.erase(std::remove_if(maybe.begin(), maybe.end(), [](const Key &key) { return isLinkLocal(key.address); }),
+                maybe.end());
+    return maybe;
+}
+
+PrefixesByInterface prefixesQuietly(Probe &probe, const std::vector<std::uint32_t> &interfaces)
+{
+    const std::size_t before = probe.brokenCount();
+    PrefixesByInterface prefixes;
+    for (const std::uint32_t ifIndex : interfaces) {
+        prefixes[ifIndex] = prefixesOf(probe, ifIndex);
+    }
+    probe.forgetSince(before); // what is wrong with them stands in their chapter
+    return prefixes;
 }
 
 } // namespace
 
 std::vector<FullAddressRecord> addressesOf(Probe &probe)
 {
-    return rowsOf(listingOf(probe), probe);
+    std::vector<FullAddressRecord> addresses;
+    for (const ListedRow &row : rowsOf(listingOf(probe), probe)) {
+        addresses.push_back(row.as<FullAddressRecord>());
+    }
+    return addresses;
 }
 
 void checkAddresses(Probe &probe, host::Resolver &)
 {
-    const auto addresses = checkedRowsOf(listingOf(probe), probe);
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::standard);
+    const Listing listing = listingOf(probe);
+    const std::vector<ListedRow> rows = checkedRowsOf(listing, probe);
+    const PrefixesByInterface prefixes = prefixesQuietly(probe, interfaces);
     constexpr std::size_t lookedUp = 500;
-    for (std::size_t i = 0; i < addresses.size(); i += addresses.size() / lookedUp + 1) {
-        checkExact(probe, addresses[i]);
-        checkPrefix(probe, addresses[i]);
+    for (std::size_t i = 0; i < rows.size(); i += rows.size() / lookedUp + 1) {
+        checkPrefix(probe, rows[i].as<FullAddressRecord>(), prefixes);
+    }
+    checkHidden(listing, rows, maybeAddresses(probe, prefixes, rows), probe);
+    for (const ListedRow &row : rows) {
+        probe.row("address", listing.items(row));
     }
     std::size_t linkLocal = 0;
-    for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::standard)) {
+    for (std::size_t place = 0; place < interfaces.size(); ++place) {
+        const std::uint32_t ifIndex = interfaces[place];
         FullAddressRecord record;
-        if (probe.linkLocal(ifIndex, record)) {
-            ++linkLocal;
-            checkLinkLocal(probe, ifIndex, record);
+        if (!probe.linkLocal(ifIndex, record)) {
+            continue;
         }
+        ++linkLocal;
+        checkLinkLocal(probe, ifIndex, record);
+        probe.expectSteady(
+            "IP6Mib_GetLinkLocalFullAddr", "interface " + std::to_string(ifIndex),
+            [&] { probe.linkLocal(interfaces[(place + 1) % interfaces.size()], record); },
+            [&] { return probe.linkLocal(ifIndex, record) ? itemsOf(record) : Items(); });
     }
-    probe.fact("addresses: " + std::to_string(addresses.size()) + ", link-local ones: " + std::to_string(linkLocal));
+    probe.fact("addresses: " + std::to_string(rows.size()) + ", link-local ones: " + std::to_string(linkLocal));
 }
 
 } // namespace ipmib::portcheck

@@ -3,6 +3,9 @@
 #include "chapters.h"
 #include "rows.h"
 
+#include <algorithm>
+#include <map>
+
 namespace ipmib::portcheck
 {
 
@@ -12,117 +15,197 @@ namespace
 constexpr std::uint32_t wholeSystem = 0x8000;
 constexpr std::uint32_t familyIp6 = 10;
 
-bool ipv4Of(Probe &probe, std::uint32_t ifIndex, IpMibIfStat &stat)
+// The counters of one call; empty when it fails.
+Items ipv4Of(Probe &probe, std::uint32_t ifIndex)
 {
-    stat = {};
+    IpMibIfStat stat{};
     return probe.fill(callText("IP_GetMibIfStat", ifIndex), stat,
-                      [&](IpMibIfStat *filled) { return probe.services().IP_GetMibIfStat(ifIndex, filled); });
+                      [&](IpMibIfStat *filled) { return probe.services().IP_GetMibIfStat(ifIndex, filled); })
+               ? itemsOf(stat)
+               : Items();
 }
 
-bool ipv6Of(Probe &probe, std::uint32_t ifIndex, Ip6MibStat &stat)
+Items ipv6Of(Probe &probe, std::uint32_t ifIndex)
 {
-    stat = {};
+    Ip6MibStat stat{};
     return probe.fill(callText("IP6_GetIfStat", ifIndex), stat,
-                      [&](Ip6MibStat *filled) { return probe.services().IP6_GetIfStat(ifIndex, familyIp6, filled); });
+                      [&](Ip6MibStat *filled) { return probe.services().IP6_GetIfStat(ifIndex, familyIp6, filled); })
+               ? itemsOf(stat)
+               : Items();
 }
 
-bool ipv6OfSystem(Probe &probe, Ip6MibStat &stat)
+Items ipv6OfSystem(Probe &probe)
 {
-    stat = {};
+    Ip6MibStat stat{};
     return probe.fill("IP6_GetMibStat", stat,
-                      [&](Ip6MibStat *filled) { return probe.services().IP6_GetMibStat(wholeSystem, filled); });
+                      [&](Ip6MibStat *filled) { return probe.services().IP6_GetMibStat(wholeSystem, filled); })
+               ? itemsOf(stat)
+               : Items();
 }
 
-std::vector<std::uint64_t> wideOf(const Ip6MibStat &stat)
+Items icmpOfSystem(Probe &probe)
 {
-    return {stat.in_receives,  stat.in_forwarded, stat.out_forwarded, stat.out_transmits,
-            stat.out_requests, stat.in_octets,    stat.out_octets};
+    Icmp6MibStat stat{};
+    probe.fill("ICMP6_GetMibStat", stat, [&](Icmp6MibStat *filled) {
+        probe.services().ICMP6_GetMibStat(filled);
+        return 0;
+    });
+    return itemsOf(stat);
 }
 
-std::vector<std::uint64_t> wideOf(const IpMibIfStat &stat)
+// What was counted by one call, for comparisons with what the others have counted.
+struct Counted {
+    std::string call;
+    Items counters;
+};
+
+// No machine has counted so much; in another order of the bytes it would be little.
+bool isSwappedWide(std::uint64_t counter)
 {
-    return {stat.in_receives,   stat.out_transmits,  stat.in_octets,     stat.out_octets,  stat.out_requests,
-            stat.in_mcast_pkts, stat.out_mcast_pkts, stat.out_forwarded, stat.in_discards, stat.out_discards};
+    return counter >> 56 != 0 && __builtin_bswap64(counter) < (std::uint64_t{1} << 40);
 }
 
-// No machine has counted so much; in another order of the bytes, or of the two words, it would be little.
-bool looksDisordered(std::uint64_t counter)
+// The upper word is what the lower one should be.
+bool hasSwappedWords(std::uint64_t counter)
 {
-    const std::uint64_t otherBytes = __builtin_bswap64(counter);
-    const std::uint64_t otherWords = (counter << 32) | (counter >> 32);
-    return counter >> 56 != 0 ? otherBytes < (std::uint64_t{1} << 40)
-                              : counter > UINT32_MAX && otherWords <= UINT32_MAX;
+    return counter > UINT32_MAX && (counter & UINT32_MAX) == 0;
 }
 
-void lookAtOrder(Probe &probe, const std::string &call, const std::vector<std::uint64_t> &counters)
+bool isSwappedNarrow(std::uint64_t counter)
 {
-    std::size_t counted = 0;
-    std::size_t disordered = 0;
-    std::uint64_t example = 0;
-    for (const std::uint64_t counter : counters) {
-        counted += counter != 0;
-        if (looksDisordered(counter)) {
-            ++disordered;
-            example = counter;
+    return counter >> 24 != 0 && swapped(static_cast<std::uint32_t>(counter)) <= UINT16_MAX;
+}
+
+void tellOrder(Probe &probe, const Counted &counted, const Item &counter, std::uint64_t other, const char *parts)
+{
+    probe.broken(Promise::countersInMachineOrder, counted.call,
+                 counter.name + " is " + counter.text + ": it is " + std::to_string(other) +
+                     ", the right one in the wrong " + parts + " order");
+}
+
+// More packets than any 64-bit counter of the platform has seen.
+std::uint64_t packetsOf(const std::vector<Counted> &all)
+{
+    std::uint64_t most = 0;
+    for (const Counted &counted : all) {
+        for (const Item &item : counted.counters) {
+            const bool isRight = item.bytes == 8 && !isSwappedWide(item.number) && !hasSwappedWords(item.number);
+            if (isRight && item.name.find("octets") == std::string::npos) {
+                most = std::max(most, item.number);
+            }
         }
     }
-    if (disordered != 0 && disordered == counted) {
-        probe.broken(Promise::countersInMachineOrder, call,
-                     "every counter looks as if its bytes or words were swapped, like " + std::to_string(example));
+    return most;
+}
+
+// A 32-bit counter in the wrong order is a number like any other, but not when nobody has seen so many packets, nor
+// when it is so in two records.
+void lookAtOrder(Probe &probe, const std::vector<Counted> &all)
+{
+    const std::uint64_t packets = packetsOf(all);
+    std::map<std::string, unsigned> suspected;
+    for (const Counted &counted : all) {
+        for (const Item &item : counted.counters) {
+            suspected[item.name] += item.bytes == 4 && isSwappedNarrow(item.number);
+        }
+    }
+    for (const Counted &counted : all) {
+        for (const Item &item : counted.counters) {
+            const std::uint64_t value = item.number;
+            if (item.bytes == 8 && isSwappedWide(value)) {
+                tellOrder(probe, counted, item, __builtin_bswap64(value), "byte");
+            } else if (item.bytes == 8 && hasSwappedWords(value)) {
+                tellOrder(probe, counted, item, value >> 32, "word");
+            } else if (item.bytes == 4) {
+                const std::uint32_t other = swapped(static_cast<std::uint32_t>(value));
+                const bool isBeyond = value > packets && (isSwappedNarrow(value) ||
+                                                          (value / 4 > packets && other <= packets && other != 0));
+                if (isBeyond || (isSwappedNarrow(value) && suspected[item.name] > 1)) {
+                    tellOrder(probe, counted, item, other, "byte");
+                }
+            }
+        }
     }
 }
 
-void lookAtGrowth(Probe &probe, const std::string &call, const std::vector<std::uint64_t> &before,
-                  const std::vector<std::uint64_t> &after)
+// 32-bit counters begin again behind their highest number.
+void lookAtGrowth(Probe &probe, const std::string &call, const Items &before, const Items &after)
 {
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        if (after[i] < before[i]) {
+    for (std::size_t i = 0; i < before.size() && i < after.size(); ++i) {
+        const std::uint64_t lost = before[i].number - after[i].number;
+        const bool wrapped = before[i].bytes == 4 && lost > UINT32_MAX / 2;
+        if (after[i].number < before[i].number && !wrapped) {
             probe.broken(Promise::countersGrow, call,
-                         "a 64-bit counter went from " + std::to_string(before[i]) + " back to " +
-                             std::to_string(after[i]));
-            return;
+                         after[i].name + " went from " + before[i].text + " back to " + after[i].text +
+                             ": it fell, or is left from the record before");
         }
     }
 }
 
-template <typename Stat, typename Read>
-void checkOne(Probe &probe, const std::string &call, Promise promise, Read read)
+// Reads the counters behind those of something else, again, and behind something else once more: what is left from a
+// record before cannot have grown each time.
+void checkOne(Probe &probe, std::vector<Counted> &all, const std::string &call, Promise promise,
+              const std::function<Items()> &read, const std::function<void()> &readOther)
 {
-    Stat before;
-    Stat after;
-    if (!read(before) || !read(after)) {
+    readOther();
+    const Items first = read();
+    const Items second = read();
+    readOther();
+    const Items third = read();
+    if (first.empty() || second.empty() || third.empty()) {
         probe.broken(promise, call, "it fails");
         return;
     }
-    lookAtOrder(probe, call, wideOf(after));
-    lookAtGrowth(probe, call, wideOf(before), wideOf(after));
+    const std::size_t before = probe.brokenCount();
+    lookAtGrowth(probe, call, first, second);
+    if (probe.brokenCount() == before) {
+        lookAtGrowth(probe, call, second, third);
+    }
+    all.push_back({call, third});
 }
 
 } // namespace
 
 void checkCounters(Probe &probe, host::Resolver &)
 {
-    for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::standard)) {
-        checkOne<IpMibIfStat>(probe, callText("IP_GetMibIfStat", ifIndex), Promise::ipv4Counters,
-                              [&](IpMibIfStat &stat) { return ipv4Of(probe, ifIndex, stat); });
-        checkOne<Ip6MibStat>(probe, callText("IP6_GetIfStat", ifIndex), Promise::ipv6Counters,
-                             [&](Ip6MibStat &stat) { return ipv6Of(probe, ifIndex, stat); });
+    std::vector<Counted> all;
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::standard);
+    for (std::size_t place = 0; place < interfaces.size(); ++place) {
+        const std::uint32_t ifIndex = interfaces[place];
+        const std::uint32_t other = interfaces[(place + 1) % interfaces.size()];
+        checkOne(
+            probe, all, callText("IP_GetMibIfStat", ifIndex), Promise::ipv4Counters,
+            [&] { return ipv4Of(probe, ifIndex); }, [&] { ipv4Of(probe, other); });
+        checkOne(
+            probe, all, callText("IP6_GetIfStat", ifIndex), Promise::ipv6Counters,
+            [&] { return ipv6Of(probe, ifIndex); }, [&] { ipv6Of(probe, other); });
     }
-    IpMibIfStat ipv4;
-    if (ipv4Of(probe, 0, ipv4)) {
+    if (!ipv4Of(probe, 0).empty()) {
         probe.broken(Promise::noCountersOfNone, "IP_GetMibIfStat", "it succeeds for ifIndex 0");
     }
-    Ip6MibStat ipv6;
-    if (ipv6Of(probe, 0, ipv6)) {
+    if (!ipv6Of(probe, 0).empty()) {
         probe.broken(Promise::noCountersOfNone, "IP6_GetIfStat", "it succeeds for ifIndex 0");
     }
-    checkOne<Ip6MibStat>(probe, "IP6_GetMibStat", Promise::systemCounters,
-                         [&](Ip6MibStat &stat) { return ipv6OfSystem(probe, stat); });
-    Icmp6MibStat icmp{};
-    probe.fill("ICMP6_GetMibStat", icmp, [&](Icmp6MibStat *filled) {
-        probe.services().ICMP6_GetMibStat(filled);
-        return 0;
-    });
+    checkOne(
+        probe, all, "IP6_GetMibStat", Promise::systemCounters, [&] { return ipv6OfSystem(probe); },
+        [&] {
+            if (!interfaces.empty()) {
+                ipv6Of(probe, interfaces.front());
+            }
+        });
+    checkOne(
+        probe, all, "ICMP6_GetMibStat", Promise::systemCounters, [&] { return icmpOfSystem(probe); }, [] {});
+    lookAtOrder(probe, all);
+    for (const Counted &counted : all) {
+        Items items = counted.counters;
+        items.erase(std::remove_if(items.begin(), items.end(),
+                                   [](const Item &item) {
+                                       return item.number == 0 && item.name.find("_type_") != std::string::npos;
+                                   }),
+                    items.end());
+        items.insert(items.begin(), {"of", counted.call});
+        probe.row("counters", items);
+    }
 }
 
 } // namespace ipmib::portcheck

@@ -4,6 +4,8 @@
 #include "listing.h"
 #include "rows.h"
 
+#include <algorithm>
+
 namespace ipmib::portcheck
 {
 
@@ -72,25 +74,39 @@ const char *nameOf(Selection selection)
     return selection == Selection::standard ? "the standard selection" : "the interfaces with neighbours";
 }
 
-Listing<std::uint32_t> listingOf(Iteration &iteration, Selection selection)
+FoundRow rowOf(std::uint32_t ifIndex)
 {
-    Listing<std::uint32_t> listing;
+    Key key;
+    key.number = ifIndex;
+    return ifIndex != 0 ? FoundRow(ListedRow::of(key, ifIndex)) : FoundRow();
+}
+
+Listing listingOf(Iteration &iteration, Selection selection)
+{
+    Listing listing;
     listing.what = nameOf(selection);
     listing.firstCall = "IF_GetFirstIfIndexByIfSelect";
     listing.nextCall = "IF_GetNextIfIndexByIfSelect";
     listing.ascend = listing.move = Promise::interfacesAscend;
     listing.begin = Promise::interfacesBegin;
     listing.follow = Promise::interfacesFollow;
-    listing.first = [&iteration](std::uint32_t &row) { return (row = iteration.first()) != 0; };
-    listing.next = [&iteration](const Key &key, std::uint32_t &row) { return (row = iteration.next(key.number)) != 0; };
-    listing.keyOf = [](const std::uint32_t &row) {
-        Key key;
-        key.number = row;
-        return key;
-    };
+    listing.first = [&iteration] { return rowOf(iteration.first()); };
+    listing.next = [&iteration](const Key &key) { return rowOf(iteration.next(key.number)); };
     listing.text = [](const Key &key) { return "ifIndex " + std::to_string(key.number); };
-    listing.look = [](const std::uint32_t &) {};
+    listing.items = [](const ListedRow &row) {
+        return Items{{"if_index", std::to_string(row.key.number), row.key.number, sizeof row.key.number}};
+    };
+    listing.look = [](const ListedRow &) {};
     return listing;
+}
+
+std::vector<std::uint32_t> ifIndexesOf(const std::vector<ListedRow> &rows)
+{
+    std::vector<std::uint32_t> interfaces;
+    for (const ListedRow &row : rows) {
+        interfaces.push_back(row.key.number);
+    }
+    return interfaces;
 }
 
 // An ifIndex of a few bits shifted to the wrong end of the word.
@@ -108,8 +124,8 @@ void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
         }
         if (looksSwapped(ifIndex)) {
             probe.broken(Promise::ifIndexInMachineOrder, "IF_GetNextIfIndexByIfSelect",
-                         "ifIndex " + std::to_string(ifIndex) + " would be " + std::to_string(swapped(ifIndex)) +
-                             " in the other byte order");
+                         "ifIndex " + std::to_string(ifIndex) + " is " + std::to_string(swapped(ifIndex)) +
+                             ", the right one in the wrong byte order");
         }
     }
     const std::uint32_t beyond = interfaces.empty() ? 1 : interfaces.back() + 1;
@@ -126,14 +142,14 @@ void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
 std::vector<std::uint32_t> interfacesOf(Probe &probe, Selection selection)
 {
     Iteration iteration(probe, selection);
-    return rowsOf(listingOf(iteration, selection), probe);
+    return ifIndexesOf(rowsOf(listingOf(iteration, selection), probe));
 }
 
 void checkInterfaces(Probe &probe, host::Resolver &)
 {
     for (const Selection selection : {Selection::standard, Selection::withNeighbours}) {
         Iteration iteration(probe, selection);
-        const auto interfaces = checkedRowsOf(listingOf(iteration, selection), probe);
+        const auto interfaces = ifIndexesOf(checkedRowsOf(listingOf(iteration, selection), probe));
         checkExistence(probe, interfaces);
         if (interfacesOf(probe, selection) != interfaces) {
             probe.broken(Promise::interfacesStay, "IF_GetNextIfIndexByIfSelect",

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // IPv6 on an interface: identifier, timers, advertisement settings, hop limit, MTU.
 #include "chapters.h"
+#include "judge.h"
 #include "rows.h"
 
 namespace ipmib::portcheck
@@ -9,27 +10,115 @@ namespace ipmib::portcheck
 namespace
 {
 
-void lookAtTimer(Probe &probe, std::uint32_t ifIndex, const char *timer, std::uint32_t milliseconds)
+constexpr std::uint32_t hour = 3600 * 1000; // milliseconds: neighbour discovery knows no longer time
+
+// Seconds of a router that advertises; 0 where nothing is advertised.
+void lookAtAdvertisements(Judge &judge, const NdIfConfigInfo &info)
 {
-    constexpr std::uint32_t hour = 3600 * 1000; // neighbour discovery knows no longer one
-    if (milliseconds > hour) {
-        const std::uint32_t other = swapped(milliseconds);
-        probe.broken(Promise::timers, callText("ND_GetIfConfigInfo", ifIndex),
-                     std::string("the ") + timer + " time is " + std::to_string(milliseconds) +
-                         (other <= hour ? ", which would be " + std::to_string(other) + " in the other byte order"
-                                        : std::string()));
+    const bool advertises = (info.flags & ND_FLAG_SEND_ADVERTS) != 0;
+    const auto within = [advertises](std::uint32_t lowest, std::uint32_t highest) {
+        return
+            [=](std::uint32_t value) { return (value == 0 && !advertises) || (value >= lowest && value <= highest); };
+    };
+    judge.field(Promise::advertisements, "max_interval_s", info.max_interval_s, within(4, 1800), "4 to 1800");
+    judge.field(Promise::advertisements, "min_interval_s", info.min_interval_s, within(3, 1350), "3 to 1350");
+    judge.field(
+        Promise::advertisements, "default_lifetime_s", info.default_lifetime_s,
+        [](std::uint32_t value) { return value <= 65535; }, "0, or 4 to 9000");
+    if ((info.flags & ND_FLAG_LIFETIME_VALID) != 0) {
+        judge.field(
+            Promise::advertisements, "default_lifetime_s", info.default_lifetime_s,
+            [](std::uint32_t value) { return value == 0 || (value >= 4 && value <= 9000) || value > 65535; },
+            "0, or 4 to 9000");
+    }
+    judge.code(Promise::advertisements, "flags", info.flags);
+}
+
+void lookAtIntervals(Probe &probe, const std::string &call, const NdIfConfigInfo &info)
+{
+    if (info.min_interval_s > info.max_interval_s && info.min_interval_s <= 1350 && info.max_interval_s != 0) {
+        probe.broken(Promise::advertisements, call,
+                     "min_interval_s is " + std::to_string(info.min_interval_s) + ", more than max_interval_s, " +
+                         std::to_string(info.max_interval_s));
     }
 }
 
-void lookAtAdvertisements(Probe &probe, std::uint32_t ifIndex, const NdIfConfigInfo &info)
+void lookAtConfiguration(Probe &probe, std::uint32_t ifIndex, const NdIfConfigInfo &info)
 {
-    constexpr std::uint32_t longest = 1800; // seconds
-    if ((info.flags & ND_FLAG_SEND_ADVERTS) != 0 &&
-        (info.min_interval_s > info.max_interval_s || info.max_interval_s > longest)) {
-        probe.broken(Promise::advertisements, callText("ND_GetIfConfigInfo", ifIndex),
-                     "the intervals are " + std::to_string(info.min_interval_s) + " to " +
-                         std::to_string(info.max_interval_s));
+    const std::string call = callText("ND_GetIfConfigInfo", ifIndex);
+    Judge judge(probe, call, "interface " + std::to_string(ifIndex));
+    const auto isTimer = [](std::uint32_t value) { return value <= hour; };
+    judge.field(Promise::timers, "reachable_ms", info.reachable_ms, isTimer, "an hour or less");
+    judge.field(Promise::timers, "retransmit_ms", info.retransmit_ms, isTimer, "an hour or less");
+    lookAtAdvertisements(judge, info);
+    lookAtIntervals(probe, call, info);
+}
+
+Items mtuOf(Probe &probe, std::uint32_t ifIndex)
+{
+    std::uint32_t mtu = 0;
+    const bool known = probe.fill(callText("IP6_GetIfMTU", ifIndex), mtu, [&](std::uint32_t *filled) {
+        return probe.services().IP6_GetIfMTU(ifIndex, filled);
+    });
+    return known ? Items{{"mtu", std::to_string(mtu), mtu, sizeof mtu}} : Items();
+}
+
+void checkMtu(Probe &probe, std::uint32_t ifIndex)
+{
+    const Items mtu = mtuOf(probe, ifIndex);
+    if (!mtu.empty()) {
+        Judge(probe, callText("IP6_GetIfMTU", ifIndex), "interface " + std::to_string(ifIndex))
+            .field(
+                Promise::mtu, "mtu", static_cast<std::uint32_t>(mtu.front().number),
+                [](std::uint32_t value) { return value > 0 && value < 0x01000000; }, "a link's size in bytes");
     }
+}
+
+Items identifierOf(Probe &probe, std::uint32_t ifIndex)
+{
+    std::array<std::uint8_t, 8> identifier{};
+    return probe.identifier(ifIndex, identifier)
+               ? Items{{"identifier", bytesText(identifier.data(), identifier.size())}}
+               : Items();
+}
+
+// A link-local address ends in the identifier, or in another one; it does not end in zeros.
+void checkIdentifier(Probe &probe, std::uint32_t ifIndex, const std::array<std::uint8_t, 8> &identifier)
+{
+    FullAddressRecord linkLocal;
+    if (identifier == std::array<std::uint8_t, 8>{} && probe.linkLocal(ifIndex, linkLocal)) {
+        probe.broken(Promise::identifiers, callText("IP6Mib_GetIFID", ifIndex),
+                     "interface " + std::to_string(ifIndex) +
+                         ": identifier is all zeros, and the link-local address is " + addressText(linkLocal.address));
+    }
+}
+
+Items configurationOf(Probe &probe, std::uint32_t ifIndex)
+{
+    NdIfConfigInfo info;
+    return probe.configuration(ifIndex, info) ? itemsOf(info) : Items();
+}
+
+// What the three services say of an interface does not depend on the one that was asked for before.
+void checkSteady(Probe &probe, std::uint32_t ifIndex, std::uint32_t other)
+{
+    const std::string who = "interface " + std::to_string(ifIndex);
+    const auto check = [&](const char *service, Items (*ask)(Probe &, std::uint32_t)) {
+        probe.expectSteady(
+            service, who, [&] { ask(probe, other); }, [&] { return ask(probe, ifIndex); });
+    };
+    check("IP6Mib_GetIFID", identifierOf);
+    check("ND_GetIfConfigInfo", configurationOf);
+    check("IP6_GetIfMTU", mtuOf);
+}
+
+void tellRow(Probe &probe, std::uint32_t ifIndex)
+{
+    Items items{{"if_index", std::to_string(ifIndex), ifIndex, sizeof ifIndex}};
+    for (const Items &more : {identifierOf(probe, ifIndex), mtuOf(probe, ifIndex), configurationOf(probe, ifIndex)}) {
+        items.insert(items.end(), more.begin(), more.end());
+    }
+    probe.row("interface", items);
 }
 
 } // namespace
@@ -39,29 +128,32 @@ void checkIpv6Interfaces(Probe &probe, host::Resolver &)
     std::size_t withIdentifier = 0;
     std::size_t configured = 0;
     const Services &services = probe.services();
-    for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::standard)) {
-        withIdentifier += probe.hasIdentifier(ifIndex);
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::standard);
+    for (std::size_t place = 0; place < interfaces.size(); ++place) {
+        const std::uint32_t ifIndex = interfaces[place];
+        std::array<std::uint8_t, 8> identifier{};
+        if (probe.identifier(ifIndex, identifier)) {
+            ++withIdentifier;
+            checkIdentifier(probe, ifIndex, identifier);
+        }
         FullAddressRecord main{};
         probe.fill(callText("IP6ADDR_DRVK_GetMainLLA", ifIndex), main,
                    [&](FullAddressRecord *filled) { return services.IP6ADDR_DRVK_GetMainLLA(ifIndex, filled); });
         NdIfConfigInfo info;
         if (probe.configuration(ifIndex, info)) {
             ++configured;
-            lookAtTimer(probe, ifIndex, "reachable", info.reachable_ms);
-            lookAtTimer(probe, ifIndex, "retransmit", info.retransmit_ms);
-            lookAtAdvertisements(probe, ifIndex, info);
+            lookAtConfiguration(probe, ifIndex, info);
         }
-        std::uint32_t mtu = 0;
-        const bool known = probe.fill(callText("IP6_GetIfMTU", ifIndex), mtu,
-                                      [&](std::uint32_t *filled) { return services.IP6_GetIfMTU(ifIndex, filled); });
-        if (known && mtu >= 0x01000000) {
-            probe.broken(Promise::mtu, callText("IP6_GetIfMTU", ifIndex), "it answers " + std::to_string(mtu));
-        }
+        checkMtu(probe, ifIndex);
+        checkSteady(probe, ifIndex, interfaces[(place + 1) % interfaces.size()]);
+        tellRow(probe, ifIndex);
     }
     probe.doing("ND_GetHopLimit");
-    if (const std::uint32_t limit = services.ND_GetHopLimit(); limit > 255) {
-        probe.broken(Promise::hopLimit, "ND_GetHopLimit", "it answers " + std::to_string(limit));
-    }
+    const std::uint32_t limit = services.ND_GetHopLimit();
+    Judge(probe, "ND_GetHopLimit", "the system")
+        .field(
+            Promise::hopLimit, "hop limit", limit, [](std::uint32_t value) { return value <= 255; }, "0 to 255");
+    probe.row("system", {{"hop_limit", std::to_string(limit), limit, sizeof limit}});
     probe.fact("IPv6 on interfaces: " + std::to_string(withIdentifier) + " identifiers, " + std::to_string(configured) +
                " configurations");
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Neighbours: the two lists of each interface, and the exact lookup of each entry.
 #include "chapters.h"
+#include "judge.h"
 #include "listing.h"
 #include "rows.h"
 
@@ -20,51 +21,24 @@ void look(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode, const Neighbo
     if (isLinkLocal(entry.address) != (mode == withinLinkLocal)) {
         probe.broken(Promise::neighbourMode, call, who + " in mode " + std::to_string(mode));
     }
-    const std::uint32_t entered = ipmib_be32_get(entry.if_index);
-    if (entered != ifIndex) {
-        probe.broken(Promise::neighbourInterface, call,
-                     who + ": the entry's ifIndex reads " + std::to_string(entered) +
-                         (swapped(entered) == ifIndex ? ", the right one in the wrong byte order" : ""));
-    }
-    const std::uint32_t type = ipmib_be32_get(entry.type);
-    const std::uint32_t state = ipmib_be32_get(entry.state);
+    Judge judge(probe, call, who);
+    judge.field(
+        Promise::neighbourInterface, "if_index", ipmib_be32_get(entry.if_index),
+        [ifIndex](std::uint32_t value) { return value == ifIndex; },
+        "the interface asked for, " + std::to_string(ifIndex));
     // One less than what is reported: 2 dynamic, 3 static; 0 would be reported as "other".
-    if (type > 4 || state < 1 || state > 7) {
-        probe.broken(Promise::neighbourCodes, call,
-                     who + ": type " + std::to_string(type) + ", state " + std::to_string(state));
-    }
-    if (ipmib_be32_get(entry.last_updated_s) > now + 1) {
-        probe.broken(Promise::neighbourTime, call,
-                     who + " was updated at " + std::to_string(ipmib_be32_get(entry.last_updated_s)) + ", and now is " +
-                         std::to_string(now));
-    }
+    judge.field(
+        Promise::neighbourCodes, "type", ipmib_be32_get(entry.type), [](std::uint32_t value) { return value <= 4; },
+        "0 to 4");
+    judge.field(
+        Promise::neighbourCodes, "state", ipmib_be32_get(entry.state),
+        [](std::uint32_t value) { return value >= 1 && value <= 7; }, "1 to 7");
+    judge.time(Promise::neighbourTime, "last_updated_s", ipmib_be32_get(entry.last_updated_s), now);
 }
 
-Listing<NeighbourEntry> listingOf(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode)
+FoundRow rowOf(bool succeeded, const NeighbourEntry &entry)
 {
-    Listing<NeighbourEntry> listing;
-    listing.what = "neighbours of interface " + std::to_string(ifIndex) + ", mode " + std::to_string(mode);
-    listing.nextCall = "ND_GetNextNetToPhysicalTable";
-    listing.ascend = Promise::neighboursAscend;
-    listing.move = Promise::neighboursMove;
-    listing.begin = listing.follow = Promise::neighboursFollow;
-    if (mode == withinLinkLocal) {
-        listing.start = Key::of(linkLocalStart);
-    }
-    listing.next = [&probe, ifIndex, mode](const Key &key, NeighbourEntry &row) {
-        row = {};
-        row.if_index = ipmib_be32(ifIndex);
-        std::memcpy(row.address, key.address, sizeof row.address);
-        return probe.fill(
-            "ND_GetNextNetToPhysicalTable behind " + addressText(key.address), row,
-            [&](NeighbourEntry *filled) { return probe.services().ND_GetNextNetToPhysicalTable(mode, filled); });
-    };
-    listing.keyOf = [](const NeighbourEntry &row) { return Key::of(row.address); };
-    listing.text = [](const Key &key) { return addressText(key.address); };
-    listing.look = [&probe, ifIndex, mode, now = probe.secondsSinceBoot()](const NeighbourEntry &row) {
-        look(probe, ifIndex, mode, row, now);
-    };
-    return listing;
+    return succeeded ? FoundRow(ListedRow::of(Key::of(entry.address), entry)) : FoundRow();
 }
 
 bool findExactly(Probe &probe, std::uint32_t ifIndex, const std::uint8_t *address, std::uintptr_t length,
@@ -76,27 +50,85 @@ bool findExactly(Probe &probe, std::uint32_t ifIndex, const std::uint8_t *addres
     });
 }
 
-void checkExact(Probe &probe, std::uint32_t ifIndex, const NeighbourEntry &listed)
+FoundRow findNext(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode, const std::uint8_t *address)
 {
-    const auto anywhere = reinterpret_cast<std::uintptr_t>(&listed); // in one place the module passes an address
-    for (const std::uintptr_t length : {std::uintptr_t{16}, std::uintptr_t{20}, anywhere}) {
+    NeighbourEntry entry{};
+    entry.if_index = ipmib_be32(ifIndex);
+    std::memcpy(entry.address, address, sizeof entry.address);
+    const bool found =
+        probe.fill("ND_GetNextNetToPhysicalTable behind " + addressText(address), entry,
+                   [&](NeighbourEntry *filled) { return probe.services().ND_GetNextNetToPhysicalTable(mode, filled); });
+    return rowOf(found, entry);
+}
+
+Listing listingOf(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode)
+{
+    Listing listing;
+    listing.what = "neighbours of interface " + std::to_string(ifIndex) + ", mode " + std::to_string(mode);
+    listing.nextCall = "ND_GetNextNetToPhysicalTable";
+    listing.exactCall = "ND_GetNetToPhysicalTable";
+    listing.ascend = Promise::neighboursAscend;
+    listing.move = Promise::neighboursMove;
+    listing.begin = listing.follow = Promise::neighboursFollow;
+    listing.exactly = Promise::neighbourExact;
+    if (mode == withinLinkLocal) {
+        listing.start = Key::of(linkLocalStart);
+    }
+    listing.next = [&probe, ifIndex, mode](const Key &key) { return findNext(probe, ifIndex, mode, key.address); };
+    listing.exact = [&probe, ifIndex](const Key &key) {
+        NeighbourEntry entry;
+        return rowOf(findExactly(probe, ifIndex, key.address, sizeof key.address, entry), entry);
+    };
+    listing.text = [](const Key &key) { return addressText(key.address); };
+    listing.items = [](const ListedRow &row) { return itemsOf(row.as<NeighbourEntry>()); };
+    listing.look = [&probe, ifIndex, mode, now = probe.secondsSinceBoot()](const ListedRow &row) {
+        look(probe, ifIndex, mode, row.as<NeighbourEntry>(), now);
+    };
+    return listing;
+}
+
+// In one place the module passes 20, in one an address.
+void checkLastArgument(Probe &probe, std::uint32_t ifIndex, const ListedRow &row)
+{
+    const auto anywhere = reinterpret_cast<std::uintptr_t>(&row);
+    for (const std::uintptr_t length : {std::uintptr_t{20}, anywhere}) {
         NeighbourEntry found;
-        if (!findExactly(probe, ifIndex, listed.address, length, found) ||
-            std::memcmp(found.address, listed.address, sizeof found.address) != 0 ||
-            found.if_index.raw != listed.if_index.raw) {
+        if (!findExactly(probe, ifIndex, row.key.address, length, found) ||
+            std::memcmp(found.address, row.key.address, sizeof found.address) != 0) {
             probe.broken(Promise::neighbourExact, "ND_GetNetToPhysicalTable",
-                         "interface " + std::to_string(ifIndex) + ", " + addressText(listed.address) +
-                             (length == anywhere ? " with an address as the last argument" : ""));
+                         "interface " + std::to_string(ifIndex) + ", " + addressText(row.key.address) + " with " +
+                             (length == anywhere ? "an address" : "20") + " as the last argument");
             return;
         }
     }
+}
+
+// Neighbours that there may be: the default routers, and addresses that differ from a listed one in the last byte.
+std::vector<Key> maybeNeighbours(const std::vector<ListedRow> &rows, const std::vector<GatewayRecord> &routers,
+                                 std::uint32_t ifIndex, NeighbourMode mode)
+{
+    std::vector<Key> maybe;
+    for (const GatewayRecord &router : routers) {
+        if (ipmib_be32_get(router.if_index) == ifIndex && isLinkLocal(router.address) == (mode == withinLinkLocal)) {
+            maybe.push_back(Key::of(router.address));
+        }
+    }
+    constexpr std::size_t most = 8;
+    for (std::size_t i = 0; i < rows.size(); i += rows.size() / most + 1) {
+        addKeysAround(rows[i].key, maybe);
+    }
+    return maybe;
 }
 
 } // namespace
 
 std::vector<NeighbourEntry> neighboursOf(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode)
 {
-    return rowsOf(listingOf(probe, ifIndex, mode), probe);
+    std::vector<NeighbourEntry> entries;
+    for (const ListedRow &row : rowsOf(listingOf(probe, ifIndex, mode), probe)) {
+        entries.push_back(row.as<NeighbourEntry>());
+    }
+    return entries;
 }
 
 void checkNeighbours(Probe &probe, host::Resolver &)
@@ -104,13 +136,24 @@ void checkNeighbours(Probe &probe, host::Resolver &)
     constexpr std::uint8_t nobody[16] = {0x20, 0x01, 0x0D, 0xB8, 0xFF, 0xFF, 0xFF, 0xFF,
                                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE};
     std::size_t count = 0;
-    for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::withNeighbours)) {
+    const std::vector<GatewayRecord> routers = routersQuietly(probe);
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::withNeighbours);
+    for (std::size_t place = 0; place < interfaces.size(); ++place) {
+        const std::uint32_t ifIndex = interfaces[place];
         for (const NeighbourMode mode : {outsideLinkLocal, withinLinkLocal}) {
-            const auto entries = checkedRowsOf(listingOf(probe, ifIndex, mode), probe);
-            count += entries.size();
+            Listing listing = listingOf(probe, ifIndex, mode);
+            listing.elsewhere = [&] {
+                findNext(probe, interfaces[(place + 1) % interfaces.size()], mode, listing.start.address);
+            };
+            const auto rows = checkedRowsOf(listing, probe);
+            count += rows.size();
+            checkHidden(listing, rows, maybeNeighbours(rows, routers, ifIndex, mode), probe);
             constexpr std::size_t lookedUp = 1000;
-            for (std::size_t i = 0; i < entries.size(); i += entries.size() / lookedUp + 1) {
-                checkExact(probe, ifIndex, entries[i]);
+            for (std::size_t i = 0; i < rows.size(); i += rows.size() / lookedUp + 1) {
+                checkLastArgument(probe, ifIndex, rows[i]);
+            }
+            for (const ListedRow &row : rows) {
+                probe.row("neighbour", listing.items(row));
             }
         }
         NeighbourEntry entry;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Prefixes of each interface.
 #include "chapters.h"
+#include "judge.h"
 #include "listing.h"
 #include "prefix_mask.h"
 #include "rows.h"
@@ -27,34 +28,67 @@ void look(Probe &probe, std::uint32_t ifIndex, const FullPrefixRecord &record, s
     if (isLinkLocal(record.prefix)) {
         probe.broken(Promise::prefixesOutsideLinkLocal, call, which);
     }
-    const std::uint32_t entered = ipmib_be32_get(record.if_index);
-    if (entered != ifIndex) {
-        probe.broken(Promise::prefixInterface, call,
-                     which + ": the record's ifIndex reads " + std::to_string(entered) +
-                         (swapped(entered) == ifIndex ? ", the right one in the wrong byte order" : ""));
-    }
-    if (length > 128) {
+    Judge judge(probe, call, which);
+    judge.field(
+        Promise::prefixInterface, "if_index", ipmib_be32_get(record.if_index),
+        [ifIndex](std::uint32_t value) { return value == ifIndex; },
+        "the interface asked for, " + std::to_string(ifIndex));
+    judge.field(
+        Promise::prefixLength, "length", length, [](std::uint32_t value) { return value <= 128; }, "0 to 128");
+    if (length <= 128 && !isMasked(record.prefix, length)) {
         probe.broken(Promise::prefixLength, call,
-                     which + (swapped(length) <= 128
-                                  ? ", which is " + std::to_string(swapped(length)) + " in the other byte order"
-                                  : ""));
-    } else if (!isMasked(record.prefix, length)) {
-        probe.broken(Promise::prefixLength, call, which + " has bits behind its length");
+                     which + ": length is " + std::to_string(length) + ", and the prefix has bits behind its length");
+    }
+    judge.code(Promise::prefixCodes, "origin", ipmib_be32_get(record.origin));
+    if ((record.flags & 0x0F) != 0) { // bits that no standard has given a meaning
+        probe.broken(Promise::prefixCodes, call,
+                     which + ": flags is " + std::to_string(record.flags) +
+                         ", not 128 (on-link), 64 (autonomous) or both");
     }
     const std::uint32_t preferred = ipmib_be32_get(record.preferred_s);
     const std::uint32_t valid = ipmib_be32_get(record.valid_s);
-    if (preferred > valid || ipmib_be32_get(record.learned_at_s) > now + 1) {
+    judge.lifetime(Promise::prefixTimes, "valid_s", valid);
+    judge.lifetime(Promise::prefixTimes, "preferred_s", preferred);
+    if (preferred > valid) {
         probe.broken(Promise::prefixTimes, call,
-                     which + " is preferred for " + std::to_string(preferred) + " and valid for " +
-                         std::to_string(valid) + " seconds, learned at " +
-                         std::to_string(ipmib_be32_get(record.learned_at_s)) + "; now is " + std::to_string(now));
+                     which + ": preferred_s is " + std::to_string(preferred) + ", longer than valid_s, " +
+                         std::to_string(valid));
     }
+    judge.time(Promise::prefixTimes, "learned_at_s", ipmib_be32_get(record.learned_at_s), now);
 }
 
-Listing<FullPrefixRecord> listingOf(Probe &probe, std::uint32_t ifIndex)
+FoundRow rowOf(bool succeeded, const FullPrefixRecord &record)
 {
-    const Services &services = probe.services();
-    Listing<FullPrefixRecord> listing;
+    return succeeded ? FoundRow(ListedRow::of(Key::of(record.prefix, ipmib_be32_get(record.length)), record))
+                     : FoundRow();
+}
+
+FoundRow findFirst(Probe &probe, std::uint32_t ifIndex)
+{
+    FullPrefixRecord record{};
+    const bool found =
+        probe.fill(callText("IP6CFG_GetFirstFullPrefix", ifIndex), record, [&](FullPrefixRecord *filled) {
+            return probe.services().IP6CFG_GetFirstFullPrefix(ifIndex, anyPrefix, filled);
+        });
+    return rowOf(found, record);
+}
+
+FoundRow findNext(Probe &probe, std::uint32_t ifIndex, const Key &key)
+{
+    FullPrefixRecord record{};
+    record.if_index = ipmib_be32(ifIndex);
+    std::memcpy(record.prefix, key.address, sizeof record.prefix);
+    record.length = ipmib_be32(key.number);
+    const bool found = probe.fill("IP6CFG_GetNextFullPrefix behind " + prefixText(key.address, key.number), record,
+                                  [&](FullPrefixRecord *filled) {
+                                      return probe.services().IP6CFG_GetNextFullPrefix(ifIndex, anyPrefix, filled);
+                                  });
+    return rowOf(found, record);
+}
+
+Listing listingOf(Probe &probe, std::uint32_t ifIndex)
+{
+    Listing listing;
     listing.what = "prefixes of interface " + std::to_string(ifIndex);
     listing.firstCall = "IP6CFG_GetFirstFullPrefix";
     listing.nextCall = "IP6CFG_GetNextFullPrefix";
@@ -62,25 +96,13 @@ Listing<FullPrefixRecord> listingOf(Probe &probe, std::uint32_t ifIndex)
     listing.move = Promise::prefixesMove;
     listing.begin = Promise::prefixesBegin;
     listing.follow = Promise::prefixesFollow;
-    listing.first = [&probe, &services, ifIndex](FullPrefixRecord &row) {
-        row = {};
-        return probe.fill(callText("IP6CFG_GetFirstFullPrefix", ifIndex), row, [&](FullPrefixRecord *filled) {
-            return services.IP6CFG_GetFirstFullPrefix(ifIndex, anyPrefix, filled);
-        });
-    };
-    listing.next = [&probe, &services, ifIndex](const Key &key, FullPrefixRecord &row) {
-        row = {};
-        row.if_index = ipmib_be32(ifIndex);
-        std::memcpy(row.prefix, key.address, sizeof row.prefix);
-        row.length = ipmib_be32(key.number);
-        return probe.fill(
-            "IP6CFG_GetNextFullPrefix behind " + prefixText(key.address, key.number), row,
-            [&](FullPrefixRecord *filled) { return services.IP6CFG_GetNextFullPrefix(ifIndex, anyPrefix, filled); });
-    };
-    listing.keyOf = [](const FullPrefixRecord &row) { return Key::of(row.prefix, ipmib_be32_get(row.length)); };
+    listing.keys = Promise::prefixLength;
+    listing.first = [&probe, ifIndex] { return findFirst(probe, ifIndex); };
+    listing.next = [&probe, ifIndex](const Key &key) { return findNext(probe, ifIndex, key); };
     listing.text = [](const Key &key) { return prefixText(key.address, key.number); };
-    listing.look = [&probe, ifIndex, now = probe.secondsSinceBoot()](const FullPrefixRecord &row) {
-        look(probe, ifIndex, row, now);
+    listing.items = [](const ListedRow &row) { return itemsOf(row.as<FullPrefixRecord>()); };
+    listing.look = [&probe, ifIndex, now = probe.secondsSinceBoot()](const ListedRow &row) {
+        look(probe, ifIndex, row.as<FullPrefixRecord>(), now);
     };
     return listing;
 }
@@ -89,11 +111,13 @@ Listing<FullPrefixRecord> listingOf(Probe &probe, std::uint32_t ifIndex)
 
 std::vector<FullPrefixRecord> prefixesOf(Probe &probe, std::uint32_t ifIndex)
 {
-    const Listing<FullPrefixRecord> listing = listingOf(probe, ifIndex);
-    std::vector<FullPrefixRecord> prefixes = rowsOf(listing, probe);
-    FullPrefixRecord first;
-    if (listing.first(first) && listing.keyOf(first) == listing.start) {
-        prefixes.insert(prefixes.begin(), first); // ::/0, which follows no key
+    const Listing listing = listingOf(probe, ifIndex);
+    std::vector<FullPrefixRecord> prefixes;
+    if (const FoundRow first = listing.first(); first && first->key == listing.start) {
+        prefixes.push_back(first->as<FullPrefixRecord>()); // ::/0, which follows no key
+    }
+    for (const ListedRow &row : rowsOf(listing, probe)) {
+        prefixes.push_back(row.as<FullPrefixRecord>());
     }
     return prefixes;
 }
@@ -101,8 +125,15 @@ std::vector<FullPrefixRecord> prefixesOf(Probe &probe, std::uint32_t ifIndex)
 void checkPrefixes(Probe &probe, host::Resolver &)
 {
     std::size_t count = 0;
-    for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::standard)) {
-        count += checkedRowsOf(listingOf(probe, ifIndex), probe).size();
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::standard);
+    for (std::size_t place = 0; place < interfaces.size(); ++place) {
+        Listing listing = listingOf(probe, interfaces[place]);
+        listing.elsewhere = [&] { findFirst(probe, interfaces[(place + 1) % interfaces.size()]); };
+        const auto rows = checkedRowsOf(listing, probe);
+        count += rows.size();
+        for (const ListedRow &row : rows) {
+            probe.row("prefix", listing.items(row));
+        }
     }
     probe.fact("prefixes: " + std::to_string(count));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Default routers of both classes.
 #include "chapters.h"
+#include "judge.h"
 #include "listing.h"
 #include "rows.h"
 
@@ -38,82 +39,160 @@ void look(Probe &probe, RouterClass routerClass, const GatewayRecord &record, st
     if (isLinkLocal(record.address) != (routerClass == linkLocalRouters)) {
         probe.broken(Promise::routerClass, call, which + " in class " + std::to_string(routerClass));
     }
-    const std::uint32_t ifIndex = ipmib_be32_get(record.if_index);
-    if (!probe.isValid(ifIndex)) {
-        probe.broken(Promise::routerInterface, call,
-                     which + (probe.isValid(swapped(ifIndex)) ? ", an existing one in the wrong byte order" : ""));
-    }
-    if (ipmib_be32_get(record.lead) >> 16 != 0) {
-        probe.broken(Promise::routerLead, call, which);
-    }
-    if (ipmib_be32_get(record.learned_at_s) > now + 1) {
-        probe.broken(Promise::routerTime, call,
-                     which + " was learned at " + std::to_string(ipmib_be32_get(record.learned_at_s)) +
-                         ", and now is " + std::to_string(now));
-    }
+    Judge judge(probe, call, which);
+    judge.field(
+        Promise::routerInterface, "if_index", ipmib_be32_get(record.if_index),
+        [&probe](std::uint32_t value) { return probe.isValid(value); }, "the ifIndex of an existing interface");
+    judge.field(
+        Promise::routerLead, "lead", ipmib_be32_get(record.lead), [](std::uint32_t value) { return value >> 16 == 0; },
+        "below 65536");
+    judge.field(
+        Promise::routerCodes, "flags", ipmib_be32_get(record.flags),
+        [](std::uint32_t value) {
+            constexpr std::uint32_t reserved = 0x10000000; // as a preference
+            const bool looksSwapped = value >> 24 == 0 && (value == 0x08 || value == 0x10 || value == 0x18);
+            return (value & 0x18000000) != reserved && !looksSwapped;
+        },
+        "with a preference of 0 (medium), 0x08 (high) or 0x18 (low) in its first byte");
+    judge.field(
+        Promise::routerLifetime, "lifetime_s", ipmib_be32_get(record.lifetime_s),
+        [](std::uint32_t value) { return value <= UINT16_MAX; }, "0 to 65535");
+    judge.time(Promise::routerTime, "learned_at_s", ipmib_be32_get(record.learned_at_s), now);
 }
 
-Listing<GatewayRecord> listingOf(Probe &probe, RouterClass routerClass)
+FoundRow rowOf(bool succeeded, const GatewayRecord &record)
+{
+    return succeeded ? FoundRow(ListedRow::of(keyOf(record), record)) : FoundRow();
+}
+
+FoundRow findExactly(Probe &probe, const char *service, decltype(Services::IP6Mib_GetGatewayByKey) lookup,
+                     const Key &key)
+{
+    const GatewayKey asked = gatewayKey(key);
+    GatewayRecord record{};
+    const bool found = probe.fill(std::string(service) + " of " + routerText(key), record,
+                                  [&](GatewayRecord *filled) { return lookup(&asked, filled); });
+    return rowOf(found, record);
+}
+
+Listing listingOf(Probe &probe, RouterClass routerClass)
 {
     const Services &services = probe.services();
-    Listing<GatewayRecord> listing;
+    Listing listing;
     listing.what = "default routers of class " + std::to_string(routerClass);
     listing.firstCall = "IP6Mib_GetFirstGatewayInVrf";
     listing.nextCall = "IP6Mib_GetNextGatewayInVrf";
+    listing.exactCall = "IP6Mib_GetGatewayByKey";
     listing.ascend = Promise::routersAscend;
     listing.move = Promise::routersMove;
     listing.begin = Promise::routersBegin;
     listing.follow = Promise::routersFollow;
-    listing.first = [&probe, &services, routerClass](GatewayRecord &row) {
-        row = {};
-        return probe.fill(callText("IP6Mib_GetFirstGatewayInVrf", routerClass), row, [&](GatewayRecord *filled) {
-            return services.IP6Mib_GetFirstGatewayInVrf(defaultVrf, routerClass, filled);
-        });
+    listing.exactly = Promise::routerExact;
+    listing.keys = Promise::routerInterface;
+    listing.first = [&probe, &services, routerClass] {
+        GatewayRecord record{};
+        const bool found =
+            probe.fill(callText("IP6Mib_GetFirstGatewayInVrf", routerClass), record, [&](GatewayRecord *filled) {
+                return services.IP6Mib_GetFirstGatewayInVrf(defaultVrf, routerClass, filled);
+            });
+        return rowOf(found, record);
     };
-    listing.next = [&probe, &services, routerClass](const Key &key, GatewayRecord &row) {
-        row = {};
+    listing.next = [&probe, &services, routerClass](const Key &key) {
+        GatewayRecord record{};
         const GatewayKey behind = gatewayKey(key);
-        return probe.fill("IP6Mib_GetNextGatewayInVrf behind " + routerText(key), row, [&](GatewayRecord *filled) {
-            return services.IP6Mib_GetNextGatewayInVrf(defaultVrf, routerClass, &behind, filled);
-        });
+        const bool found =
+            probe.fill("IP6Mib_GetNextGatewayInVrf behind " + routerText(key), record, [&](GatewayRecord *filled) {
+                return services.IP6Mib_GetNextGatewayInVrf(defaultVrf, routerClass, &behind, filled);
+            });
+        return rowOf(found, record);
     };
-    listing.keyOf = keyOf;
+    listing.exact = [&probe](const Key &key) {
+        return findExactly(probe, "IP6Mib_GetGatewayByKey", probe.services().IP6Mib_GetGatewayByKey, key);
+    };
+    listing.insteadOf = [&probe](const Key &key) {
+        for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::withNeighbours)) {
+            if (findExactly(probe, "IP6Mib_GetGatewayByKey", probe.services().IP6Mib_GetGatewayByKey,
+                            Key::of(key.address, ifIndex))) {
+                return ", and succeeds for an if_index of " + std::to_string(ifIndex);
+            }
+        }
+        return std::string();
+    };
     listing.text = routerText;
-    listing.look = [&probe, routerClass, now = probe.secondsSinceBoot()](const GatewayRecord &row) {
-        look(probe, routerClass, row, now);
+    listing.items = [](const ListedRow &row) { return itemsOf(row.as<GatewayRecord>()); };
+    listing.look = [&probe, routerClass, now = probe.secondsSinceBoot()](const ListedRow &row) {
+        look(probe, routerClass, row.as<GatewayRecord>(), now);
     };
     return listing;
 }
 
-void checkExact(Probe &probe, const GatewayRecord &listed, const char *service,
-                decltype(Services::IP6Mib_GetGatewayByKey) lookup)
+// The second service of the same answer.
+void checkSecondExact(Probe &probe, const ListedRow &row)
 {
-    const GatewayKey key = gatewayKey(keyOf(listed));
-    GatewayRecord found{};
-    const bool succeeded = probe.fill(std::string(service) + " of " + routerText(keyOf(listed)), found,
-                                      [&](GatewayRecord *filled) { return lookup(&key, filled); });
-    if (!succeeded || !(keyOf(found) == keyOf(listed))) {
+    const char *service = "IP6ADDR_DRVK_GetGatewayByKey";
+    const FoundRow found = findExactly(probe, service, probe.services().IP6ADDR_DRVK_GetGatewayByKey, row.key);
+    if (!found || !(found->key == row.key)) {
         probe.broken(Promise::routerExact, service,
-                     routerText(keyOf(listed)) + (succeeded ? ": it answers another record" : ": it fails"));
+                     routerText(row.key) + (found ? ": it answers another record" : ": it fails"));
     }
+}
+
+// Default routers that there may be: every neighbour, and those that are listed on another interface.
+std::vector<Key> maybeRouters(Probe &probe, RouterClass routerClass, const std::vector<ListedRow> &rows)
+{
+    constexpr std::size_t most = 500; // of an interface
+    std::vector<Key> maybe;
+    for (const std::uint32_t ifIndex : interfacesOf(probe, Selection::withNeighbours)) {
+        for (const ListedRow &row : rows) {
+            maybe.push_back(Key::of(row.key.address, ifIndex));
+        }
+        const auto neighbours =
+            neighboursOf(probe, ifIndex, routerClass == linkLocalRouters ? withinLinkLocal : outsideLinkLocal);
+        for (std::size_t i = 0; i < std::min(neighbours.size(), most); ++i) {
+            maybe.push_back(Key::of(neighbours[i].address, ifIndex));
+        }
+    }
+    for (std::size_t i = 0; i < rows.size(); i += rows.size() / 8 + 1) {
+        addKeysAround(rows[i].key, maybe);
+    }
+    return maybe;
 }
 
 // How many routers the class has.
 std::size_t checkClass(Probe &probe, RouterClass routerClass)
 {
-    const std::vector<GatewayRecord> routers = checkedRowsOf(listingOf(probe, routerClass), probe);
-    for (const GatewayRecord &router : routers) {
-        checkExact(probe, router, "IP6Mib_GetGatewayByKey", probe.services().IP6Mib_GetGatewayByKey);
-        checkExact(probe, router, "IP6ADDR_DRVK_GetGatewayByKey", probe.services().IP6ADDR_DRVK_GetGatewayByKey);
+    const Listing listing = listingOf(probe, routerClass);
+    const std::vector<ListedRow> rows = checkedRowsOf(listing, probe);
+    for (const ListedRow &row : rows) {
+        checkSecondExact(probe, row);
+        probe.row("router", listing.items(row));
     }
-    return routers.size();
+    const std::size_t before = probe.brokenCount();
+    const std::vector<Key> maybe = maybeRouters(probe, routerClass, rows);
+    probe.forgetSince(before); // what is wrong with neighbours stands in their chapter
+    checkHidden(listing, rows, maybe, probe);
+    return rows.size();
 }
 
 } // namespace
 
 std::vector<GatewayRecord> routersOf(Probe &probe, RouterClass routerClass)
 {
-    return rowsOf(listingOf(probe, routerClass), probe);
+    std::vector<GatewayRecord> routers;
+    for (const ListedRow &row : rowsOf(listingOf(probe, routerClass), probe)) {
+        routers.push_back(row.as<GatewayRecord>());
+    }
+    return routers;
+}
+
+std::vector<GatewayRecord> routersQuietly(Probe &probe)
+{
+    const std::size_t before = probe.brokenCount();
+    std::vector<GatewayRecord> routers = routersOf(probe, globalRouters);
+    const std::vector<GatewayRecord> others = routersOf(probe, linkLocalRouters);
+    routers.insert(routers.end(), others.begin(), others.end());
+    probe.forgetSince(before);
+    return routers;
 }
 
 void checkRouters(Probe &probe, host::Resolver &)

@@ -22,7 +22,10 @@ class Expected
     explicit Expected(Probe &probe) : probe_(probe)
     {
         interfaces_ = interfacesOf(probe, Selection::standard);
-        rows_["ipv6InterfaceTable"] = count([this](std::uint32_t ifIndex) { return probe_.hasIdentifier(ifIndex); });
+        rows_["ipv6InterfaceTable"] = count([this](std::uint32_t ifIndex) {
+            std::array<std::uint8_t, 8> identifier;
+            return probe_.identifier(ifIndex, identifier);
+        });
         rows_["ipSystemStatsTable"] = rows_["icmpStatsTable"] = 1;
         rows_["icmpMsgStatsTable"] = 21; // the types that the module serves
         rows_["ipIfStatsTable"] = 2 * interfaces_.size();
@@ -95,7 +98,8 @@ host::Oid rootOf(const host::Resolver::Region &region, const MibTreeNode &column
 using Look = std::function<void(const host::Variable &)>;
 
 // How many rows a walk of one column shows.
-std::size_t walk(Probe &probe, host::Resolver &resolver, const char *table, host::OidView column, const Look &look)
+std::size_t walk(Probe &probe, host::Resolver &resolver, const char *table, const char *columnName,
+                 host::OidView column, const Look &look)
 {
     host::Oid asked{column};
     std::size_t rows = 0;
@@ -107,7 +111,8 @@ std::size_t walk(Probe &probe, host::Resolver &resolver, const char *table, host
         if (variable.status != host::Status::ok) {
             if (variable.status == host::Status::genErr) {
                 probe.broken(Promise::tableAnswers, table,
-                             "row " + std::to_string(rows + 1) + " of a walk is a genErr");
+                             std::string(columnName) + " of row " + std::to_string(rows + 1) +
+                                 " of a walk is a genErr: its value leaves its range or type");
             }
             break;
         }
@@ -117,18 +122,42 @@ std::size_t walk(Probe &probe, host::Resolver &resolver, const char *table, host
     return rows;
 }
 
-void checkGet(Probe &probe, host::Resolver &resolver, const char *table, host::OidView name)
+// All columns of a row that a walk has shown in one request, as a manager asks for them.
+void checkGet(Probe &probe, host::Resolver &resolver, const host::Resolver::Region &region, host::OidView row)
 {
-    host::Variable variable;
-    variable.asked = name;
-    probe.doing(std::string("a get of ") + table + " through the module");
-    resolver.get({&variable, 1});
-    if (variable.status != host::Status::ok) {
-        std::string index;
-        for (const host::SubId subId : name) {
-            index += (index.empty() ? "" : ".") + std::to_string(subId);
+    const std::string table = region.node->pstParent->pszName;
+    const std::size_t columnPlace = region.root.view().size();
+    std::vector<host::Oid> names;
+    std::vector<const MibTreeNode *> columns;
+    for (const MibTreeNode *column = region.node->pstFirstChild; column != nullptr; column = column->pstNextSibling) {
+        if (isReadable(*column)) {
+            columns.push_back(column);
+            host::Oid name = rootOf(region, *column);
+            for (const host::SubId subId : row.subspan(columnPlace + 1)) {
+                name.append(subId);
+            }
+            names.push_back(name);
         }
-        probe.broken(Promise::tableGets, table, index + " was shown by the walk, and a get does not find it");
+    }
+    std::vector<host::Variable> variables(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        variables[i].asked = names[i].view();
+    }
+    probe.doing("a get of " + table + " through the module");
+    resolver.get(variables);
+    std::string index;
+    for (const host::SubId subId : row.subspan(columnPlace + 1)) {
+        index += "." + std::to_string(subId);
+    }
+    for (std::size_t i = 0; i < variables.size(); ++i) {
+        const std::string column = columns[i]->pszName;
+        if (variables[i].status == host::Status::genErr) {
+            probe.broken(Promise::tableAnswers, table,
+                         column + index + " is a genErr: its value leaves its range or type");
+        } else if (variables[i].status != host::Status::ok && columns[i] == columnOf(*region.node, nullptr)) {
+            probe.broken(Promise::tableGets, table,
+                         column + index + " was shown by the walk, and a get does not find it");
+        }
     }
 }
 
@@ -137,9 +166,9 @@ void checkTable(Probe &probe, host::Resolver &resolver, const host::Resolver::Re
     const char *table = region.node->pstParent->pszName;
     const MibTreeNode *column = columnOf(*region.node, nullptr);
     const std::size_t rows =
-        walk(probe, resolver, table, rootOf(region, *column).view(), [&](const host::Variable &row) {
+        walk(probe, resolver, table, column->pszName, rootOf(region, *column).view(), [&](const host::Variable &row) {
             const host::Oid name = row.name;
-            checkGet(probe, resolver, table, name.view());
+            checkGet(probe, resolver, region, name.view());
         });
     if (rows != longestWalk && rows != expected.rowsOf(table)) {
         probe.broken(Promise::tableComplete, table,
@@ -153,17 +182,18 @@ void checkTable(Probe &probe, host::Resolver &resolver, const host::Resolver::Re
 void checkPointers(Probe &probe, host::Resolver &resolver, const host::Resolver::Region &region)
 {
     const MibTreeNode *column = columnOf(*region.node, "ipAddressPrefix");
-    walk(probe, resolver, "ipAddressTable", rootOf(region, *column).view(), [&](const host::Variable &row) {
-        const auto pointer = row.value.objectId;
-        if (pointer.size() >= 2 && pointer[pointer.size() - 1] == 0 && pointer[pointer.size() - 2] == 0) {
-            const host::OidView name = row.name.view();
-            std::uint8_t address[16] = {};
-            for (std::size_t i = 0; i < sizeof address && 12 + i < name.size(); ++i) {
-                address[i] = static_cast<std::uint8_t>(name[12 + i]);
-            }
-            probe.broken(Promise::pointers, "ipAddressTable", "that of " + addressText(address) + " ends in 0.0");
-        }
-    });
+    walk(probe, resolver, "ipAddressTable", column->pszName, rootOf(region, *column).view(),
+         [&](const host::Variable &row) {
+             const auto pointer = row.value.objectId;
+             if (pointer.size() >= 2 && pointer[pointer.size() - 1] == 0 && pointer[pointer.size() - 2] == 0) {
+                 const host::OidView name = row.name.view();
+                 std::uint8_t address[16] = {};
+                 for (std::size_t i = 0; i < sizeof address && 12 + i < name.size(); ++i) {
+                     address[i] = static_cast<std::uint8_t>(name[12 + i]);
+                 }
+                 probe.broken(Promise::pointers, "ipAddressTable", "that of " + addressText(address) + " ends in 0.0");
+             }
+         });
 }
 
 } // namespace

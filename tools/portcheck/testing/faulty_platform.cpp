@@ -1,500 +1,413 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// A small device that keeps every promise, and on request breaks one: `--platform PATH:FAULT`.
+// The simulated platform with one mistake in it, which the environment variable MISTAKE names:
+//
+//   RECORD.FIELD:bytes    the field is in the wrong byte order (words: its two words are)
+//   RECORD.FIELD:one      it is one more than it should be
+//   RECORD.FIELD:stale    it is that of the record that was given out before
+//   RECORD.FIELD:empty    it is not filled
+//   RECORD.FIELD:=NUMBER  it is this number
+//   LIST:repeats          the second row follows itself
+//   LIST:unsorted         the last two rows are in the wrong order, and "next" is the first that is greater
+//   LIST:disordered       the same, and "next" is what stands behind the key
+//   LIST:ends             the last row is never reached
+//   LIST:endless          behind the last row comes the first
+//   LIST:forgets          nothing follows a key that is no row's
+//   LIST:lacks            the second row is not listed
+//   LIST:first            the first row is the second
+//   LIST:mixed            it holds rows that belong to the link-local ones, or to the others
+//   fails SERVICE         the service answers "not found"; of those with an interface, for interface 3
+//   anything else         what it says, see below
+//
+// It lies in front of the simulated platform: it answers in its place, and asks it for what is right.
+#include "wrong_fields.h"
+#include "wrong_lists.h"
+
 #include <ipmib/message.h>
 #include <ipmib/platform.h>
-#include <ipmib/platform_hooks.h>
 
+#include <dlfcn.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
-#include <iterator>
 #include <string>
+
+using namespace ipmib::portcheck;
 
 namespace
 {
 
-std::string fault;
+// The service of this name that the simulated platform has.
+#define SIMULATED(name)                                                                                                \
+    ([] {                                                                                                              \
+        static auto *const found = reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name));                         \
+        return found;                                                                                                  \
+    }())
 
-bool has(const char *name)
+// The right rows.
+
+Rows<NeighbourEntry> neighbours(std::uint32_t ifIndex, std::uint32_t mode)
 {
-    return fault == name;
-}
-
-using Address = std::uint8_t[16];
-
-struct Row {
-    std::uint32_t ifIndex;
-    Address address;
-    std::uint32_t length;
-};
-
-constexpr std::uint32_t interfaces[] = {2, 3, 7};
-constexpr Row prefixes[] = {
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1}, 64},
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 2}, 64},
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 3}, 64},
-    {3, {0x20, 0x01, 0x0D, 0xB8, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 128},
-};
-constexpr Row addresses[] = {
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 64},
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 64},
-    {3, {0x20, 0x01, 0x0D, 0xB8, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 128},
-};
-constexpr Row linkLocals[] = {
-    {2, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 10},
-    {3, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 10},
-    {7, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9}, 10},
-};
-constexpr Row neighbours[] = {
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x10}, 0},
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x20}, 0},
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x30}, 0},
-    {2, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x10}, 0},
-    {2, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x20}, 0},
-};
-constexpr Row routers[] = {
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x10}, 0},
-    {2, {0x20, 0x01, 0x0D, 0xB8, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x20}, 0},
-    {2, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x10}, 0},
-    {3, {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x10}, 0},
-};
-unsigned selections = 0;
-constexpr std::uint32_t now = 5000; // when the library was loaded
-
-bool isLinkLocal(const std::uint8_t *address)
-{
-    return address[0] == 0xFE && (address[1] & 0xC0) == 0x80;
-}
-
-int compare(const std::uint8_t *left, const std::uint8_t *right)
-{
-    return std::memcmp(left, right, sizeof(Address));
-}
-
-std::uint32_t inOtherOrder(std::uint32_t value)
-{
-    return __builtin_bswap32(value);
-}
-
-std::uint32_t answer(bool found)
-{
-    return found ? 0 : RC_NO_MORE;
-}
-
-bool isInterface(std::uint32_t ifIndex)
-{
-    return std::find(std::begin(interfaces), std::end(interfaces), ifIndex) != std::end(interfaces);
-}
-
-template <std::size_t count>
-const Row *find(const Row (&rows)[count], std::uint32_t ifIndex, const std::uint8_t *address)
-{
-    for (const Row &row : rows) {
-        if (row.ifIndex == ifIndex && compare(row.address, address) == 0) {
-            return &row;
-        }
+    Rows<NeighbourEntry> rows;
+    NeighbourEntry entry{};
+    entry.if_index = ipmib_be32(ifIndex);
+    while (SIMULATED(ND_GetNextNetToPhysicalTable)(mode, &entry) == 0) {
+        rows.push_back({Key::of(entry.address), entry});
     }
-    return nullptr;
+    return rows;
 }
 
-void fill(const Row &row, FullPrefixRecord *record)
+Rows<FullPrefixRecord> prefixes(std::uint32_t ifIndex)
 {
-    *record = {};
-    record->if_index = ipmib_be32(has("swapped-prefix-interface") ? inOtherOrder(row.ifIndex) : row.ifIndex);
-    std::memcpy(record->prefix, row.address, sizeof record->prefix);
-    record->prefix[15] = has("unmasked-prefix") ? 1 : record->prefix[15];
-    record->length = ipmib_be32(row.length);
-    record->origin = ipmib_be32(2);
-    record->valid_s = ipmib_be32(7200);
-    record->preferred_s = ipmib_be32(has("prefix-lifetimes") ? 7201 : 3600);
-}
-
-void fill(const Row &row, FullAddressRecord *record)
-{
-    *record = {};
-    record->if_index = has("swapped-address-interface") ? inOtherOrder(row.ifIndex) : row.ifIndex;
-    std::memcpy(record->address, row.address, sizeof record->address);
-    record->prefix_length = row.length;
-    record->created_s = has("address-in-ticks") ? now * 100 : 10;
-    record->last_changed_s = record->created_s + 10;
-    record->lead = has("leading-field") ? 1 : 0;
-}
-
-void fill(const Row &row, NeighbourEntry *entry)
-{
-    *entry = {};
-    entry->if_index = ipmib_be32(has("swapped-neighbour-interface") ? inOtherOrder(row.ifIndex) : row.ifIndex);
-    std::memcpy(entry->address, row.address, sizeof entry->address);
-    entry->type = ipmib_be32(2);
-    entry->state = ipmib_be32(has("neighbour-state") ? 0 : 1);
-    entry->last_updated_s = ipmib_be32(has("neighbour-in-ticks") ? now * 100 : now - 100);
-}
-
-void fill(const Row &row, GatewayRecord *gateway)
-{
-    *gateway = {};
-    gateway->if_index = ipmib_be32(has("swapped-router-interface") ? inOtherOrder(row.ifIndex) : row.ifIndex);
-    std::memcpy(gateway->address, row.address, sizeof gateway->address);
-    gateway->lead = ipmib_be32(has("router-lead") ? 0x10000 : 0);
-    gateway->lifetime_s = ipmib_be32(1800);
-    gateway->learned_at_s = ipmib_be32(has("router-in-ticks") ? now * 100 : now - 10);
-}
-
-bool isBehind(const Row &row, const std::uint8_t *address, std::uint32_t number, std::uint32_t keyNumber)
-{
-    const int order = compare(row.address, address);
-    return order != 0 ? order > 0 : number > keyNumber;
-}
-
-int start(const IpmibPlatformHost *host, char *, size_t)
-{
-    fault = host->argument;
-    if (has("crash-at-start")) {
-        std::abort();
+    Rows<FullPrefixRecord> rows;
+    FullPrefixRecord record{};
+    for (std::uint32_t result = SIMULATED(IP6CFG_GetFirstFullPrefix)(ifIndex, -1, &record); result == 0;
+         result = SIMULATED(IP6CFG_GetNextFullPrefix)(ifIndex, -1, &record)) {
+        rows.push_back({Key::of(record.prefix, ipmib_be32_get(record.length)), record});
     }
-    return 0;
+    return rows;
 }
 
-int descriptor()
+Rows<FullAddressRecord> addresses()
 {
-    return -1;
+    Rows<FullAddressRecord> rows;
+    FullAddressRecord record{};
+    for (std::uint32_t result = SIMULATED(IP6Mib_GetFirstAddrInVrf)(0, 14, &record); result == 0;
+         result = SIMULATED(IP6Mib_GetNextAddrInVrf)(0, 14, &record)) {
+        rows.push_back({Key::of(record.address), record});
+    }
+    return rows;
 }
 
-void nothing() {}
+Rows<GatewayRecord> routers(std::uint32_t gatewayClass)
+{
+    Rows<GatewayRecord> rows;
+    GatewayRecord record{};
+    GatewayKey key{};
+    for (std::uint32_t result = SIMULATED(IP6Mib_GetFirstGatewayInVrf)(0, gatewayClass, &record); result == 0;
+         result = SIMULATED(IP6Mib_GetNextGatewayInVrf)(0, gatewayClass, &key, &record)) {
+        rows.push_back({Key::of(record.address, ipmib_be32_get(record.if_index)), record});
+        key.if_index = record.if_index;
+        std::memcpy(key.address, record.address, sizeof key.address);
+    }
+    return rows;
+}
+
+Rows<std::uint32_t> interfaces(IfSelection *selection, std::uintptr_t iterator)
+{
+    Rows<std::uint32_t> rows;
+    for (std::uint32_t ifIndex = SIMULATED(IF_GetFirstIfIndexByIfSelect)(selection, iterator); ifIndex != 0;
+         ifIndex = SIMULATED(IF_GetNextIfIndexByIfSelect)(selection, iterator, ifIndex)) {
+        Key key;
+        key.number = ifIndex;
+        rows.push_back({key, ifIndex});
+    }
+    return rows;
+}
 
 } // namespace
 
 extern "C" {
+#pragma GCC visibility push(default)
 
-extern __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
-const IpmibPlatformHooks ipmib_platform_hooks = [] {
-    IpmibPlatformHooks hooks{};
-    hooks.size = sizeof(IpmibPlatformHooks);
-    hooks.start = start;
-    hooks.stop = nothing;
-    hooks.descriptor = descriptor;
-    hooks.dispatch = nothing;
-    hooks.begin_packet = nothing;
-    hooks.reload = nothing;
-    return hooks;
-}();
-
-std::uint32_t IP6_DaemonCheck(std::uint32_t)
+std::uint32_t IP6_DaemonCheck(std::uint32_t one)
 {
-    return has("service-down") ? 1 : 0;
-}
-std::uint32_t IP_DaemonCheck(std::uint32_t)
-{
-    return 0;
+    return has("service-down") ? 1 : SIMULATED(IP6_DaemonCheck)(one);
 }
 
-std::uint32_t IF_Select_Init(std::uint32_t, IfSelection *selection)
+// --- Interfaces
+
+namespace
+{
+unsigned selections = 0;
+}
+
+std::uint32_t IF_Select_Init(std::uint32_t kind, IfSelection *selection)
 {
     ++selections;
     if (has("writes-too-far")) {
         volatile std::uint8_t *const bytes = selection->bytes;
         bytes[sizeof *selection + 8] = 1;
     }
-    return 0;
+    return SIMULATED(IF_Select_Init)(kind, selection);
 }
-std::uint32_t IF_SelectType_Set(std::uint32_t, IfSelection *)
-{
-    return 0;
-}
-std::uint32_t IF_SelectTypeSetGroup(std::uint32_t, IfSelection *)
-{
-    return 0;
-}
-std::uint32_t IF_SelectCondition_Set(std::uint32_t, IfSelection *)
-{
-    return 0;
-}
+
 std::uintptr_t IF_IteratorInitialize()
 {
-    return has("no-iterator") ? 0 : 1;
+    return has("no-iterator") ? 0 : SIMULATED(IF_IteratorInitialize)();
 }
-std::uint32_t IF_IteratorFinalize(std::uintptr_t *)
+
+std::uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, std::uintptr_t iterator, std::uint32_t ifIndex)
 {
-    return 0;
+    std::uint32_t next = 0;
+    if (const std::string kind = mistakeIn("interfaces"); !kind.empty()) {
+        Rows<std::uint32_t> rows = interfaces(selection, iterator);
+        Key key;
+        key.number = ifIndex;
+        answer(nextIn(rows, key, Key(), kind), &next);
+    } else if (!(has("fickle-selection") && selections % 2 == 0 && ifIndex >= 3)) {
+        next = SIMULATED(IF_GetNextIfIndexByIfSelect)(selection, iterator, ifIndex);
+    }
+    return spoiled("ifIndex", &next, next == 0), next;
 }
-std::uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *, std::uintptr_t)
+
+std::uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, std::uintptr_t iterator)
 {
-    return has("other-first-interface") ? interfaces[1] : interfaces[0];
+    if (has("interfaces:first")) {
+        return interfaces(selection, iterator)[1].record;
+    }
+    return IF_GetNextIfIndexByIfSelect(selection, iterator, 0);
 }
-std::uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *, std::uintptr_t, std::uint32_t ifIndex)
-{
-    if (has("fickle-selection") && selections % 2 == 0 && ifIndex >= 3) {
-        return 0;
-    }
-    if (has("descending-interfaces") && ifIndex == 3) {
-        return 2;
-    }
-    if (has("forgets-removed-interfaces") && ifIndex != 0 && !isInterface(ifIndex)) {
-        return 0;
-    }
-    const std::uint32_t *next = std::upper_bound(std::begin(interfaces), std::end(interfaces), ifIndex);
-    return next == std::end(interfaces) ? 0 : has("swapped-interfaces") ? inOtherOrder(*next) : *next;
-}
+
 std::uint32_t IF_IsValidIfIndex(std::uint32_t ifIndex)
 {
     if (has("denies-interface") && ifIndex == 7) {
         return 0;
     }
-    return has("knows-every-interface") || isInterface(ifIndex) ? 1 : 0;
+    return has("knows-every-interface") ? 1 : SIMULATED(IF_IsValidIfIndex)(ifIndex);
 }
 
-std::uint32_t IP6_GetMibStat(std::uint32_t, Ip6MibStat *stat)
+// --- Counters
+
+std::uint32_t IP6_GetMibStat(std::uint32_t what, Ip6MibStat *stat)
 {
-    stat->in_receives = 12345;
-    return answer(!has("no-system-counters"));
+    return fails("IP6_GetMibStat") ? RC_NOT_FOUND : SPOILED(Ip6MibStat, stat, SIMULATED(IP6_GetMibStat)(what, stat));
 }
-std::uint32_t IP6_GetIfStat(std::uint32_t ifIndex, std::uint32_t, Ip6MibStat *stat)
+
+std::uint32_t IP6_GetIfStat(std::uint32_t ifIndex, std::uint32_t family, Ip6MibStat *stat)
 {
     static std::uint64_t falling = 1000000;
-    stat->in_receives = has("swapped-counters") ? __builtin_bswap64(50) : 50;
-    stat->in_octets = has("backward-counters") ? falling-- : stat->in_receives;
-    if (ifIndex == 0) {
-        return answer(has("counters-of-none"));
+    if (ifIndex == 0 && has("counters-of-none")) {
+        return 0;
     }
-    return answer(isInterface(ifIndex) && !(has("no-ipv6-counters") && ifIndex == 3));
+    if (fails("IP6_GetIfStat") && ifIndex == 3) {
+        return RC_NOT_FOUND;
+    }
+    const std::uint32_t result = SIMULATED(IP6_GetIfStat)(ifIndex, family, stat);
+    if (has("backward-counters")) {
+        stat->in_octets = falling--;
+    }
+    return SPOILED(Ip6MibStat, stat, result);
 }
+
 std::uint32_t IP_GetMibIfStat(std::uint32_t ifIndex, IpMibIfStat *stat)
 {
-    stat->in_receives = has("swapped-words") ? std::uint64_t{70} << 32 : 70;
-    return answer(isInterface(ifIndex) && !(has("no-ipv4-counters") && ifIndex == 3));
+    if (fails("IP_GetMibIfStat") && ifIndex == 3) {
+        return RC_NOT_FOUND;
+    }
+    return SPOILED(IpMibIfStat, stat, SIMULATED(IP_GetMibIfStat)(ifIndex, stat));
 }
+
 std::uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
 {
     while (has("hangs")) {
         pause();
     }
-    stat->counter[ICMP6_STAT_IN_MSGS] = 9;
-    return 0;
+    return SPOILED(Icmp6MibStat, stat, SIMULATED(ICMP6_GetMibStat)(stat));
 }
+
+// --- IPv6 on an interface
 
 std::uint32_t ND_GetHopLimit()
 {
-    return has("swapped-hop-limit") ? inOtherOrder(64) : 64;
+    std::uint32_t limit = SIMULATED(ND_GetHopLimit)();
+    return spoiled("hopLimit", &limit, 0), limit;
 }
+
 std::uint32_t ND_GetIfConfigInfo(std::uint32_t ifIndex, NdIfConfigInfo *info)
 {
-    info->reachable_ms = has("swapped-timers") ? inOtherOrder(30000) : 30000;
-    info->retransmit_ms = 1000;
-    info->max_interval_s = 600;
-    info->min_interval_s = has("intervals") ? 601 : 200;
-    info->flags = ND_FLAG_SEND_ADVERTS;
-    return answer(isInterface(ifIndex));
+    return SPOILED(NdIfConfigInfo, info, SIMULATED(ND_GetIfConfigInfo)(ifIndex, info));
 }
+
 std::uint32_t IP6Mib_GetIFID(std::uint32_t ifIndex, std::uint8_t *identifier)
 {
     if (has("crashes")) {
         std::abort();
     }
-    identifier[7] = static_cast<std::uint8_t>(ifIndex);
-    return answer(isInterface(ifIndex));
+    const std::uint32_t result = SIMULATED(IP6Mib_GetIFID)(ifIndex, identifier);
+    if (result == 0) {
+        spoil("identifier", identifier, 8);
+    }
+    return result;
 }
-std::uint32_t IP6ADDR_DRVK_GetMainLLA(std::uint32_t ifIndex, FullAddressRecord *record)
+
+std::uint32_t IP6_GetIfMTU(std::uint32_t ifIndex, std::uint32_t *mtu)
 {
-    return IP6Mib_GetLinkLocalFullAddr(ifIndex, record);
+    return spoiled("mtu", mtu, SIMULATED(IP6_GetIfMTU)(ifIndex, mtu));
 }
-std::uint32_t IP6_GetIfMTU(std::uint32_t, std::uint32_t *mtu)
-{
-    *mtu = has("swapped-mtu") ? inOtherOrder(1500) : 1500;
-    return 0;
-}
+
+// --- Neighbours
 
 std::uint32_t ND_GetNetToPhysicalTable(std::uint32_t ifIndex, const std::uint8_t *address, NeighbourEntry *entry,
                                        std::uintptr_t length)
 {
-    const Row *row = find(neighbours, ifIndex, address);
-    if (row == nullptr || (has("neighbour-lookup-by-length") && length != sizeof(Address))) {
-        return answer(has("invents-neighbours"));
-    }
-    fill(*row, entry);
-    return 0;
-}
-std::uint32_t ND_GetNextNetToPhysicalTable(std::uint32_t mode, NeighbourEntry *entry)
-{
-    const NeighbourEntry key = *entry;
-    const std::uint32_t ifIndex = ipmib_be32_get(key.if_index);
-    if (has("stands-still-at-neighbour") && compare(key.address, neighbours[1].address) == 0) {
-        return 0;
-    }
-    if (has("unordered-neighbours") && mode == 1 && compare(key.address, neighbours[2].address) == 0) {
-        fill(neighbours[1], entry);
-        return 0;
-    }
-    constexpr Address zero = {};
-    constexpr Address linkLocalStart = {0xFE, 0x80};
-    const bool isStart = compare(key.address, zero) == 0 || compare(key.address, linkLocalStart) == 0;
-    if (has("forgets-removed-neighbours") && !isStart && find(neighbours, ifIndex, key.address) == nullptr) {
-        return RC_NO_MORE;
-    }
-    for (const Row &row : neighbours) {
-        const bool isWanted = has("ignores-mode") || isLinkLocal(row.address) == (mode == 2);
-        if (isWanted && row.ifIndex == ifIndex && isBehind(row, key.address, 0, 0)) {
-            fill(row, entry);
-            return 0;
-        }
-    }
-    return RC_NO_MORE;
-}
-
-std::uint32_t IP6CFG_GetFirstFullPrefix(std::uint32_t ifIndex, std::int32_t, FullPrefixRecord *record)
-{
-    if (has("other-first-prefix") && ifIndex == 2) {
-        fill(prefixes[1], record);
-        return 0;
-    }
-    *record = {};
-    return IP6CFG_GetNextFullPrefix(ifIndex, -1, record);
-}
-std::uint32_t IP6CFG_GetNextFullPrefix(std::uint32_t ifIndex, std::int32_t, FullPrefixRecord *record)
-{
-    const FullPrefixRecord key = *record;
-    const std::uint32_t length = ipmib_be32_get(key.length);
-    if (has("stands-still-at-prefix") && compare(key.prefix, prefixes[1].address) == 0) {
-        return 0;
-    }
-    if (has("unordered-prefixes") && compare(key.prefix, prefixes[2].address) == 0) {
-        fill(prefixes[0], record);
-        return 0;
-    }
-    if (has("forgets-removed-prefixes") && length % 64 != 0) {
-        return RC_NO_MORE;
-    }
-    for (const Row &row : prefixes) {
-        const bool isHidden = has("address-without-prefix") && &row == &prefixes[1];
-        if (row.ifIndex == ifIndex && !isHidden && isBehind(row, key.prefix, row.length, length)) {
-            fill(row, record);
-            return 0;
-        }
-    }
-    constexpr Row withinLinkLocal = {3, {0xFE, 0x80}, 64};
-    if (has("link-local-prefix") && ifIndex == 3 && isBehind(withinLinkLocal, key.prefix, 64, length)) {
-        fill(withinLinkLocal, record);
-        return 0;
-    }
-    return RC_NO_MORE;
-}
-
-std::uint32_t IP6Addr_GetLinkLocalAddr(std::uint32_t ifIndex, LinkLocalBuffer *)
-{
-    return answer(isInterface(ifIndex) && !has("link-local-without-row"));
-}
-std::uint32_t IP6Mib_GetFirstAddrInVrf(std::uint32_t, std::uint32_t, FullAddressRecord *record)
-{
-    if (has("other-first-address")) {
-        fill(addresses[1], record);
-        return 0;
-    }
-    *record = {};
-    return IP6Mib_GetNextAddrInVrf(0, 14, record);
-}
-std::uint32_t IP6Mib_GetNextAddrInVrf(std::uint32_t, std::uint32_t, FullAddressRecord *record)
-{
-    const FullAddressRecord key = *record;
-    if (has("stands-still-at-address") && compare(key.address, addresses[1].address) == 0) {
-        return 0;
-    }
-    if (has("unordered-addresses") && compare(key.address, addresses[2].address) == 0) {
-        fill(addresses[0], record);
-        return 0;
-    }
-    for (const Row &row : addresses) {
-        if (isBehind(row, key.address, 0, 0)) {
-            fill(row, record);
-            return 0;
-        }
-    }
-    if (has("link-local-among-addresses") && isBehind(linkLocals[0], key.address, 0, 0)) {
-        fill(linkLocals[0], record);
-        return 0;
-    }
-    return RC_NO_MORE;
-}
-std::uint32_t IP6Mib_GetAddrFullInfoInVrf(std::uint32_t, const std::uint8_t *address, std::int32_t,
-                                          FullAddressRecord *record)
-{
-    for (const Row &row : addresses) {
-        if (compare(row.address, address) == 0 && !has("no-exact-address")) {
-            fill(row, record);
-            return 0;
-        }
-    }
-    return RC_NOT_FOUND;
-}
-std::uint32_t IP6Mib_GetLinkLocalFullAddr(std::uint32_t ifIndex, FullAddressRecord *record)
-{
-    for (const Row &row : linkLocals) {
-        if (row.ifIndex == ifIndex) {
-            fill(row, record);
-            record->prefix_length = has("link-local-length") ? 64 : 10;
-            record->address[0] = has("global-as-link-local") ? 0x20 : record->address[0];
-            return 0;
-        }
-    }
-    return RC_NOT_FOUND;
-}
-
-std::uint32_t IP6Mib_GetFirstGatewayInVrf(std::uint32_t, std::uint32_t gatewayClass, GatewayRecord *gateway)
-{
-    if (has("other-first-router") && gatewayClass == 2) {
-        fill(routers[3], gateway);
-        return 0;
-    }
-    const GatewayKey zero{};
-    return IP6Mib_GetNextGatewayInVrf(0, gatewayClass, &zero, gateway);
-}
-std::uint32_t IP6Mib_GetNextGatewayInVrf(std::uint32_t, std::uint32_t gatewayClass, const GatewayKey *key,
-                                         GatewayRecord *gateway)
-{
-    const std::uint32_t ifIndex = ipmib_be32_get(key->if_index);
-    if (has("unordered-routers") && gatewayClass == 2 && ifIndex == 3) {
-        fill(routers[2], gateway);
-        return 0;
-    }
-    if (has("stands-still-at-router") && gatewayClass == 2 && ifIndex == 3) {
-        fill(routers[3], gateway);
-        return 0;
-    }
-    if (has("forgets-removed-routers") && ifIndex != 0 && find(routers, ifIndex, key->address) == nullptr) {
-        return RC_NO_MORE;
-    }
-    for (const Row &row : routers) {
-        const bool isWanted = has("ignores-router-class") || isLinkLocal(row.address) == (gatewayClass == 2);
-        if (isWanted && isBehind(row, key->address, row.ifIndex, ifIndex)) {
-            fill(row, gateway);
-            return 0;
-        }
-    }
-    return RC_NO_MORE;
-}
-std::uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gateway)
-{
-    const Row *row = find(routers, ipmib_be32_get(key->if_index), key->address);
-    if (row == nullptr) {
+    if (has("neighbour-lookup-by-length") && length != 16) {
         return RC_NOT_FOUND;
     }
-    fill(*row, gateway);
-    return 0;
-}
-#ifndef WITHOUT_ONE_SERVICE
-std::uint32_t IP6ADDR_DRVK_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gateway)
-{
-    return has("no-exact-router") ? RC_NOT_FOUND : IP6Mib_GetGatewayByKey(key, gateway);
-}
-#endif
-
-std::uint32_t TIME_GetSystemBootTime(std::uint32_t *seconds, std::uint32_t *)
-{
-    static const std::time_t loaded = std::time(nullptr);
-    const auto passed = static_cast<std::uint32_t>(std::time(nullptr) - loaded);
-    *seconds = now + passed * (has("clock-in-milliseconds") ? 1000 : 1);
-    return 0;
+    const std::uint32_t result = SIMULATED(ND_GetNetToPhysicalTable)(ifIndex, address, entry, length);
+    if (result != 0 && has("invents-neighbours")) {
+        return 0;
+    }
+    return SPOILED(NeighbourEntry, entry, result);
 }
 
+std::uint32_t ND_GetNextNetToPhysicalTable(std::uint32_t mode, NeighbourEntry *entry)
+{
+    const std::string kind = mistakeIn("neighbours");
+    if (kind.empty()) {
+        return SPOILED(NeighbourEntry, entry, SIMULATED(ND_GetNextNetToPhysicalTable)(mode, entry));
+    }
+    constexpr std::uint8_t linkLocal[16] = {0xFE, 0x80};
+    const std::uint32_t ifIndex = ipmib_be32_get(entry->if_index);
+    Rows<NeighbourEntry> rows = neighbours(ifIndex, mode);
+    if (kind == "mixed") {
+        rows = mixed(neighbours(ifIndex, 1), neighbours(ifIndex, 2));
+    }
+    const Key start = mode == 2 ? Key::of(linkLocal) : Key();
+    return answer(nextIn(rows, Key::of(entry->address), start, kind), entry);
+}
+
+// --- Prefixes and addresses
+
+std::uint32_t IP6CFG_GetNextFullPrefix(std::uint32_t ifIndex, std::int32_t any, FullPrefixRecord *record)
+{
+    const std::string kind = mistakeIn("prefixes");
+    std::uint32_t result;
+    if (kind.empty()) {
+        result = SIMULATED(IP6CFG_GetNextFullPrefix)(ifIndex, any, record);
+    } else {
+        Rows<FullPrefixRecord> rows = prefixes(ifIndex);
+        if (kind == "mixed" && !rows.empty()) {
+            rows.push_back(rows.back());
+            std::memcpy(rows.back().record.prefix, "\xFE\x80\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 16);
+            rows.back().key = Key::of(rows.back().record.prefix, ipmib_be32_get(rows.back().record.length));
+        }
+        result = answer(nextIn(rows, Key::of(record->prefix, ipmib_be32_get(record->length)), Key(), kind), record);
+    }
+    if (result == 0 && has("unmasked-prefix")) {
+        record->prefix[15] |= 1;
+    }
+    return SPOILED(FullPrefixRecord, record, result);
+}
+
+std::uint32_t IP6CFG_GetFirstFullPrefix(std::uint32_t ifIndex, std::int32_t any, FullPrefixRecord *record)
+{
+    if (Rows<FullPrefixRecord> rows = prefixes(ifIndex); has("prefixes:first") && rows.size() > 1) {
+        return answer(&rows[1], record);
+    }
+    *record = {};
+    return IP6CFG_GetNextFullPrefix(ifIndex, any, record);
+}
+
+std::uint32_t IP6Addr_GetLinkLocalAddr(std::uint32_t ifIndex, LinkLocalBuffer *buffer)
+{
+    return fails("IP6Addr_GetLinkLocalAddr") ? RC_NOT_FOUND : SIMULATED(IP6Addr_GetLinkLocalAddr)(ifIndex, buffer);
+}
+
+std::uint32_t IP6Mib_GetNextAddrInVrf(std::uint32_t vrf, std::uint32_t kindOfAddress, FullAddressRecord *record)
+{
+    const std::string kind = mistakeIn("addresses");
+    if (kind.empty()) {
+        return SPOILED(FullAddressRecord, record, SIMULATED(IP6Mib_GetNextAddrInVrf)(vrf, kindOfAddress, record));
+    }
+    Rows<FullAddressRecord> rows = addresses();
+    FullAddressRecord linkLocal{};
+    if (kind == "mixed" && SIMULATED(IP6Mib_GetLinkLocalFullAddr)(2, &linkLocal) == 0) {
+        rows.push_back({Key::of(linkLocal.address), linkLocal});
+        sort(rows);
+    }
+    return answer(nextIn(rows, Key::of(record->address), Key(), kind), record);
+}
+
+std::uint32_t IP6Mib_GetFirstAddrInVrf(std::uint32_t vrf, std::uint32_t kind, FullAddressRecord *record)
+{
+    if (has("addresses:first")) {
+        return answer(&addresses()[1], record);
+    }
+    *record = {};
+    return IP6Mib_GetNextAddrInVrf(vrf, kind, record);
+}
+
+std::uint32_t IP6Mib_GetAddrFullInfoInVrf(std::uint32_t vrf, const std::uint8_t *address, std::int32_t any,
+                                          FullAddressRecord *record)
+{
+    if (fails("IP6Mib_GetAddrFullInfoInVrf")) {
+        return RC_NOT_FOUND;
+    }
+    return SPOILED(FullAddressRecord, record, SIMULATED(IP6Mib_GetAddrFullInfoInVrf)(vrf, address, any, record));
+}
+
+std::uint32_t IP6Mib_GetLinkLocalFullAddr(std::uint32_t ifIndex, FullAddressRecord *record)
+{
+    const std::uint32_t result = SIMULATED(IP6Mib_GetLinkLocalFullAddr)(ifIndex, record);
+    record->prefix_length = has("link-local-length") ? 64 : record->prefix_length;
+    record->address[0] = has("global-as-link-local") ? 0x20 : record->address[0];
+    record->if_index = has("link-local-of-another") ? 3 : record->if_index;
+    return result;
+}
+
+// --- Default routers
+
+std::uint32_t IP6Mib_GetNextGatewayInVrf(std::uint32_t vrf, std::uint32_t gatewayClass, const GatewayKey *key,
+                                         GatewayRecord *record)
+{
+    const std::string kind = mistakeIn("routers");
+    if (kind.empty()) {
+        return SPOILED(GatewayRecord, record, SIMULATED(IP6Mib_GetNextGatewayInVrf)(vrf, gatewayClass, key, record));
+    }
+    Rows<GatewayRecord> rows = kind == "mixed" ? mixed(routers(2), routers(14)) : routers(gatewayClass);
+    return answer(nextIn(rows, Key::of(key->address, ipmib_be32_get(key->if_index)), Key(), kind), record);
+}
+
+std::uint32_t IP6Mib_GetFirstGatewayInVrf(std::uint32_t vrf, std::uint32_t gatewayClass, GatewayRecord *record)
+{
+    if (has("routers:first")) {
+        return answer(&routers(gatewayClass)[1], record);
+    }
+    const GatewayKey zero{};
+    return IP6Mib_GetNextGatewayInVrf(vrf, gatewayClass, &zero, record);
+}
+
+std::uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *record)
+{
+    return fails("IP6Mib_GetGatewayByKey")
+               ? RC_NOT_FOUND
+               : SPOILED(GatewayRecord, record, SIMULATED(IP6Mib_GetGatewayByKey)(key, record));
+}
+
+std::uint32_t IP6ADDR_DRVK_GetGatewayByKey(const GatewayKey *key, GatewayRecord *record)
+{
+    return fails("IP6ADDR_DRVK_GetGatewayByKey")
+               ? RC_NOT_FOUND
+               : SPOILED(GatewayRecord, record, SIMULATED(IP6ADDR_DRVK_GetGatewayByKey)(key, record));
+}
+
+// --- Time
+
+std::uint32_t TIME_GetSystemBootTime(std::uint32_t *seconds, std::uint32_t *other)
+{
+    static std::uint32_t loaded = 0;
+    const std::uint32_t result = SIMULATED(TIME_GetSystemBootTime)(seconds, other);
+    if (has("clock-in-milliseconds")) {
+        loaded = loaded == 0 ? *seconds : loaded;
+        *seconds = loaded + (*seconds - loaded) * 1000;
+    }
+    return result;
+}
+
+#pragma GCC visibility pop
 } // extern "C"
+
+namespace
+{
+
+struct AtLoad {
+    AtLoad()
+    {
+        if (has("crash-at-start")) {
+            std::abort();
+        }
+    }
+} const atLoad;
+
+} // namespace

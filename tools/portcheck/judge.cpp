@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Judges the fields of one record.
+#include "judge.h"
+
+namespace ipmib::portcheck
+{
+
+namespace
+{
+
+constexpr std::uint32_t day = 86400;
+constexpr std::uint32_t longestUsual = 400 * day;
+
+// Lifetimes are whole hours or days when they are long, and few are longer than a year. What counts down, or is long
+// on purpose, passes.
+bool isSwappedLifetime(std::uint32_t value)
+{
+    const std::uint32_t other = swapped(value);
+    if (value == UINT32_MAX || value % 3600 == 0 || other > longestUsual) {
+        return false;
+    }
+    return other % day == 0 || (value > longestUsual && (other <= UINT16_MAX || other % 60 == 0));
+}
+
+} // namespace
+
+void Judge::field(Promise promise, const char *name, std::uint32_t value,
+                  const std::function<bool(std::uint32_t)> &fits, const std::string &rule)
+{
+    if (!fits(value)) {
+        tell(promise, name, value, rule, fits(swapped(value)));
+    }
+}
+
+void Judge::code(Promise promise, const char *name, std::uint32_t value)
+{
+    if (value >> 24 != 0 && swapped(value) <= UINT16_MAX) {
+        tell(promise, name, value, "one of the codes of records.h", true);
+    }
+}
+
+void Judge::time(Promise promise, const char *name, std::uint32_t value, std::uint32_t now)
+{
+    field(
+        promise, name, value, [now](std::uint32_t seconds) { return seconds <= now + 1; },
+        "a second since boot that has been (now is " + std::to_string(now) + ")");
+}
+
+void Judge::lifetime(Promise promise, const char *name, std::uint32_t value)
+{
+    if (isSwappedLifetime(value)) {
+        tell(promise, name, value, "a number of seconds that anybody advertises", true);
+    }
+}
+
+void Judge::tell(Promise promise, const char *name, std::uint32_t value, const std::string &rule, bool isSwapped)
+{
+    probe_.broken(
+        promise, call_,
+        who_ + ": " + name + " is " + std::to_string(value) + ", not " + rule +
+            (isSwapped ? ": it is " + std::to_string(swapped(value)) + ", the right one in the wrong byte order" : ""));
+}
+
+} // namespace ipmib::portcheck
