@@ -44,19 +44,6 @@ bool isWithinBounds(const MibRangeItem &range, const MibSyntax &syntax, std::uin
     return number32 >= range.lLow && number32 <= range.lHigh;
 }
 
-bool isAllowed(const MibSyntax &syntax, std::uint64_t number)
-{
-    if (const auto labels = labelsOf(syntax); !labels.empty()) {
-        return std::any_of(labels.begin(), labels.end(), [number](const MibEnumItem &label) {
-            return static_cast<std::uint32_t>(label.lValue) == number;
-        });
-    }
-    const auto ranges = rangesOf(syntax);
-    return ranges.empty() || std::any_of(ranges.begin(), ranges.end(), [&syntax, number](const MibRangeItem &range) {
-               return isWithinBounds(range, syntax, number);
-           });
-}
-
 } // namespace
 
 std::span<const MibRangeItem> rangesOf(const MibSyntax &syntax)
@@ -75,6 +62,19 @@ std::span<const MibEnumItem> labelsOf(const MibSyntax &syntax)
         return {};
     }
     return {static_cast<const MibEnumItem *>(restriction->pstEnums->pItems), restriction->ulCount};
+}
+
+bool isAllowed(const MibSyntax &syntax, std::uint64_t number)
+{
+    if (const auto labels = labelsOf(syntax); !labels.empty()) {
+        return std::any_of(labels.begin(), labels.end(), [number](const MibEnumItem &label) {
+            return static_cast<std::uint32_t>(label.lValue) == number;
+        });
+    }
+    const auto ranges = rangesOf(syntax);
+    return ranges.empty() || std::any_of(ranges.begin(), ranges.end(), [&syntax, number](const MibRangeItem &range) {
+               return isWithinBounds(range, syntax, number);
+           });
 }
 
 std::optional<Value> checkedValue(const MibSyntax &syntax, const ReplyValue &value)

@@ -18,6 +18,9 @@ std::span<const MibRangeItem> rangesOf(const MibSyntax &syntax);
 // The named numbers; empty when it has none.
 std::span<const MibEnumItem> labelsOf(const MibSyntax &syntax);
 
+// Whether a number, or a number of octets, is one of the named numbers, or within the ranges.
+bool isAllowed(const MibSyntax &syntax, std::uint64_t number);
+
 // The module's value as it leaves on the wire; empty when its type, range, label or length is not what the syntax
 // declares.
 std::optional<Value> checkedValue(const MibSyntax &syntax, const ReplyValue &value);

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What is answered for what there is not.
+#include "rules.h"
+
+namespace ipmib::agentcheck
+{
+namespace
+{
+
+constexpr host::SubId noColumn = 4711;
+constexpr host::SubId noInstance = 2147483646;
+const Name behindAll{2, 39, 4294967295};
+
+std::string textOf(const Answer &answer)
+{
+    if (answer.error != noError) {
+        return errorText(answer.error) + ", at " + std::to_string(answer.errorIndex);
+    }
+    return answer.variables.empty() ? "no variables" : textOf(answer.variables.front().value);
+}
+
+void checkGet(Check &check, const Name &name, Rule rule)
+{
+    const Tag wanted = rule == Rule::noSuchObject ? Tag::noSuchObject : Tag::noSuchInstance;
+    if (check.exchange.version() != Version::v1) {
+        const Answer answer = check.exchange.rawGet(name);
+        if (answer.isThere &&
+            (answer.error != noError || answer.variables.size() != 1 || answer.variables.front().value.tag != wanted)) {
+            check.report.broken(rule, name, "GET finds " + textOf(answer));
+        }
+    }
+}
+
+bool isNoSuchName(const Answer &answer)
+{
+    return answer.error == noSuchName && answer.errorIndex == 1;
+}
+
+void checkGetVersion1(Check &check, Exchange *exchange, const Name &name)
+{
+    if (exchange == nullptr) {
+        return;
+    }
+    const Answer answer = exchange->rawGet(name);
+    if (answer.isThere && !isNoSuchName(answer)) {
+        check.report.broken(Rule::noSuchName, name, "GET in SNMPv1 finds " + textOf(answer));
+    }
+}
+
+void checkEnd(Check &check, Exchange *version1)
+{
+    if (check.exchange.version() != Version::v1) {
+        const Answer answer = check.exchange.rawGetNext(behindAll);
+        const bool isRight = answer.error == noError && answer.variables.size() == 1 &&
+                             answer.variables.front().value.tag == Tag::endOfMibView &&
+                             answer.variables.front().name == behindAll;
+        if (answer.isThere && !isRight) {
+            check.report.broken(Rule::endOfMibView, behindAll, "GETNEXT finds " + textOf(answer));
+        }
+    }
+    if (version1 != nullptr) {
+        const Answer answer = version1->rawGetNext(behindAll);
+        if (answer.isThere && !isNoSuchName(answer)) {
+            check.report.broken(Rule::noSuchName, behindAll, "GETNEXT in SNMPv1 finds " + textOf(answer));
+        }
+    }
+}
+
+} // namespace
+
+void checkAbsent(Check &check)
+{
+    Exchange *version1 = check.exchange.version() == Version::v1 ? &check.exchange : check.version1;
+    for (const auto &[region, walk] : check.walks) {
+        if (walk.values.empty()) {
+            continue;
+        }
+        const Name &there = walk.values.begin()->first;
+        const Name object = nameOf(*region->objectOf(there));
+        for (const Name &name : {extended(object, std::vector<host::SubId>{noInstance}),
+                                 extended(there, std::vector<host::SubId>{noInstance})}) {
+            checkGet(check, name, Rule::noSuchInstance);
+            checkGetVersion1(check, version1, name);
+        }
+        const Name nobodys = extended(region->root, std::vector<host::SubId>{noColumn, 1});
+        checkGet(check, nobodys, Rule::noSuchObject);
+        checkGetVersion1(check, version1, nobodys);
+        // A Counter64 is not there for SNMPv1.
+        for (const auto &[name, value] : walk.values) {
+            if (value.tag == Tag::counter64) {
+                checkGetVersion1(check, version1, name);
+                break;
+            }
+        }
+    }
+    checkEnd(check, version1);
+}
+
+} // namespace ipmib::agentcheck

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The rules in groups, a file each. All look at one agent's regions, which have been walked once before.
+#pragma once
+
+#include "walks.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+
+namespace ipmib::agentcheck
+{
+
+struct Settings {
+    std::size_t rows = 200; // of a column
+    bool mayWrite = false;
+};
+
+struct Check {
+    const Settings &settings;
+    const Objects &objects;
+    Report &report;
+    Exchange &exchange;
+    Exchange *version1;      // the same agent in SNMPv1; null where there is nothing to compare
+    std::uint64_t startedAt; // in sysUpTime
+    std::map<const Region *, Walk> walks{};
+
+    // Empty for a region that is not looked at.
+    const Walk &walked(std::string_view region) const;
+    // The value in the walk; null when there is none.
+    const Value *value(const Name &name) const;
+    // What GET finds now; empty for an exception.
+    std::optional<Value> now(const Name &name);
+    std::optional<std::uint64_t> upTime();
+};
+
+struct Fault {
+    Rule rule;
+    std::string seen;
+};
+
+// Rows change while they are looked at, so that what does not fit together may have been right twice: reports a fault
+// that each of several looks finds.
+void reportWhenSure(Check &check, const Name &name, const std::function<std::optional<Fault>()> &look);
+
+void checkValues(Check &check);
+void checkIndexes(Check &check);
+void checkSameRows(Check &check);
+void checkPointers(Check &check);
+void checkInterfaces(Check &check);
+void checkCounts(Check &check);
+void checkCounters(Check &check);
+void checkTimes(Check &check);
+void checkAbsent(Check &check);
+void checkWrites(Check &check);
+
+} // namespace ipmib::agentcheck

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Each value by itself: its type, its range, and that it may be read at all.
+#include "rules.h"
+
+#include "host/syntax.h"
+
+#include <algorithm>
+
+namespace ipmib::agentcheck
+{
+namespace
+{
+
+std::string rangesText(const MibTreeNode &node)
+{
+    std::string text;
+    for (const MibRangeItem &range : host::rangesOf(*node.pstSyntax)) {
+        text += (text.empty() ? "" : " or ") + std::to_string(range.lLow) + " to " + std::to_string(range.lHigh);
+    }
+    return text;
+}
+
+void checkValue(Report &report, const MibTreeNode &node, const Name &name, const Value &value)
+{
+    if (node.ulAccess == MIB_ACCESS_NOT_ACCESSIBLE) {
+        report.broken(Rule::accessible, name, "has a value");
+        return;
+    }
+    constexpr std::size_t addressLength = 4;
+    const Tag declared = tagOf(node);
+    if (value.tag != declared || (declared == Tag::ipAddress && value.octets.size() != addressLength)) {
+        report.broken(Rule::type, name, textOf(value.tag) + " " + textOf(value) + ", not " + textOf(declared));
+        return;
+    }
+    const std::uint64_t number = declared == Tag::octets ? value.octets.size() : value.number;
+    if (host::isAllowed(*node.pstSyntax, number)) {
+        return;
+    }
+    if (!host::labelsOf(*node.pstSyntax).empty()) {
+        report.broken(Rule::label, name, textOf(value) + " has no name");
+    } else {
+        report.broken(Rule::range, name, textOf(value) + ", not " + rangesText(node));
+    }
+}
+
+} // namespace
+
+void checkValues(Check &check)
+{
+    for (const auto &[region, walk] : check.walks) {
+        for (const auto &[name, value] : walk.values) {
+            checkValue(check.report, *region->objectOf(name)->node, name, value);
+        }
+    }
+}
+
+} // namespace ipmib::agentcheck

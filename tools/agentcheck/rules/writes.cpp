@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Writes, which have to be allowed: the value that an instance has is written to it again.
+#include "rules.h"
+
+namespace ipmib::agentcheck
+{
+namespace
+{
+
+bool isWritable(const MibTreeNode &node)
+{
+    return node.ulAccess == MIB_ACCESS_READ_WRITE || node.ulAccess == MIB_ACCESS_READ_CREATE;
+}
+
+// Each write changes it: TestAndIncr.
+bool isLock(const MibTreeNode &node)
+{
+    return std::string_view(node.pszName).ends_with("SpinLock");
+}
+
+bool isRefusal(Version version, long error)
+{
+    return version == Version::v1 ? error == noSuchName || error == readOnly
+                                  : error == notWritable || error == noAccess || error == authorizationError;
+}
+
+void checkWrite(Check &check, const MibTreeNode &node, const Variable &variable)
+{
+    const Answer answer = check.exchange.set(variable);
+    if (!answer.isThere) {
+        return;
+    }
+    if (!isWritable(node)) {
+        if (!isRefusal(check.exchange.version(), answer.error)) {
+            check.report.broken(Rule::notWritable, variable.name,
+                                answer.error == noError ? "was written" : "is refused with " + errorText(answer.error));
+        }
+    } else if (answer.error == noError && !isCounter(variable.value.tag)) {
+        reportWhenSure(check, variable.name, [&]() -> std::optional<Fault> {
+            const auto value = check.now(variable.name);
+            return value == variable.value
+                       ? std::nullopt
+                       : std::optional(Fault{Rule::written, "is " + (value ? textOf(*value) : "gone") + ", though " +
+                                                                textOf(variable.value) + " was written"});
+        });
+    }
+}
+
+} // namespace
+
+void checkWrites(Check &check)
+{
+    if (!check.settings.mayWrite) {
+        return;
+    }
+    for (const auto &[region, walk] : check.walks) {
+        for (const host::Object *object : region->objects) {
+            const auto first = walk.values.lower_bound(nameOf(*object)); // one instance of each is enough
+            if (first != walk.values.end() && region->objectOf(first->first) == object && !isLock(*object->node)) {
+                checkWrite(check, *object->node, {first->first, first->second});
+            }
+        }
+    }
+}
+
+} // namespace ipmib::agentcheck
