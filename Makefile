@@ -28,7 +28,7 @@
 sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
 # Those that tests/docs compares.
-transcripts = docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
+transcripts = docs/agentcheck.md docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
 
 build:
 	@packaging/install_dependencies.sh run build
@@ -101,6 +101,7 @@ docs: build
 	@tests/docs/transcript.py --programs build/bin --update $(transcripts)
 	@tests/docs/picture.py --programs build/bin --update docs/terminal.svg docs/terminal.commands
 	@tests/docs/counterparts.py --update
+	@tools/agentcheck/testing/agents_test.py --update build/sbin/ipmibd build/bin/ipmib-agentcheck build/lib/ipmib/ipmib_snmpd.so
 	@tests/collectors/collectors_test.py --update build/sbin/ipmibd
 	@tests/collectors/exporter_test.py --update build/sbin/ipmibd
 

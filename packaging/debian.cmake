@@ -56,8 +56,8 @@ The IPv6 side of the IP-MIB (RFC 4293) as a plug-in that an SNMP agent loads.
 
 This package contains what it takes to bring the plug-in to another device, or
 another plug-in to the same agent: the headers, files for pkg-config and CMake,
-and ipmib-portcheck, which says in words which promise a device's services
-break.")
+ipmib-portcheck, which says in words which promise a device's services break,
+and ipmib-agentcheck, which does the same for any agent, over SNMP.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libipmib (= ${package_version})")
 
 # Beside the files: the lists and scripts of the daemon's package.

@@ -3,6 +3,7 @@
 #include "rules.h"
 
 #include <algorithm>
+#include <span>
 
 namespace ipmib::agentcheck
 {
@@ -30,28 +31,55 @@ const host::Object *wideOne(const Objects &objects, const host::Object &low)
     return nullptr;
 }
 
-void checkHalves(Check &check, const host::Object &wide, const Name &name)
+struct Halves {
+    Name low;
+    Name wide;
+};
+
+// Each wide one between two of the other, all in one packet.
+std::vector<std::optional<Fault>> faultsOf(Check &check, std::span<const Halves> halves)
 {
-    const host::Object *low = lowerHalf(check.objects, wide);
-    if (low == nullptr) {
-        return;
+    std::vector<Name> names;
+    for (const Halves &one : halves) {
+        names.insert(names.end(), {one.low, one.wide, one.low});
     }
-    const Name half = extended(nameOf(*low), instanceOf(name, wide));
-    reportWhenSure(check, half, [&]() -> std::optional<Fault> {
-        // The wide one is between two of the other, all in one packet.
-        const auto found = check.exchange.get({half, name, half});
-        if (!std::ranges::all_of(found, [](const auto &one) { return one && isCounter(one->value.tag); })) {
-            return std::nullopt;
+    const auto found = check.exchange.get(names);
+    std::vector<std::optional<Fault>> faults(halves.size());
+    for (std::size_t i = 0; i < halves.size(); ++i) {
+        const auto *three = &found[3 * i];
+        if (!std::all_of(three, three + 3, [](const auto &one) { return one && isCounter(one->value.tag); })) {
+            continue;
         }
-        const auto first = static_cast<std::uint32_t>(found[0]->value.number);
-        const auto between = static_cast<std::uint32_t>(found[1]->value.number) - first;
-        const auto last = static_cast<std::uint32_t>(found[2]->value.number) - first;
-        if (between <= last) {
-            return std::nullopt;
+        const auto first = static_cast<std::uint32_t>(three[0]->value.number);
+        const auto between = static_cast<std::uint32_t>(three[1]->value.number) - first;
+        const auto last = static_cast<std::uint32_t>(three[2]->value.number) - first;
+        if (between > last) {
+            faults[i] = Fault{Rule::lowHalf, "is " + textOf(three[0]->value) + ", and " +
+                                                 check.objects.text(halves[i].wide) + " is " + textOf(three[1]->value)};
         }
-        return Fault{Rule::lowHalf, "is " + textOf(found[0]->value) + ", and " + check.objects.text(name) + " is " +
-                                        textOf(found[1]->value)};
-    });
+    }
+    return faults;
+}
+
+void checkHalves(Check &check, const Region &region, const Walk &walk)
+{
+    constexpr std::size_t atOnce = 4;
+    std::vector<Halves> all;
+    for (const auto &[name, value] : walk.values) {
+        const host::Object &object = *region.objectOf(name);
+        if (const host::Object *low = lowerHalf(check.objects, object); low != nullptr && isCounter(value.tag)) {
+            all.push_back({extended(nameOf(*low), instanceOf(name, object)), name});
+        }
+    }
+    for (std::size_t begin = 0; begin < all.size(); begin += atOnce) {
+        const auto some = std::span(all).subspan(begin, std::min(atOnce, all.size() - begin));
+        const auto faults = faultsOf(check, some);
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            if (faults[i]) {
+                reportWhenSure(check, some[i].low, [&] { return faultsOf(check, some.subspan(i, 1)).front(); });
+            }
+        }
+    }
 }
 
 // The time of the last discontinuity of the counters of a row; empty when there is none.
@@ -64,16 +92,14 @@ Name discontinuityOf(const Objects &objects, const Region &region, const host::O
     return time == nullptr ? Name() : extended(nameOf(*time), instanceOf(name, object));
 }
 
-bool isFallen(const Value &before, const Value &after, bool hasWide)
+bool isFallen(const Objects &objects, const host::Object &object, const Value &before, const Value &after)
 {
-    if (before.tag != after.tag) {
+    if (before.tag != after.tag || after.number >= before.number) {
         return false;
     }
-    if (before.tag == Tag::counter64) {
-        return after.number < before.number;
-    }
     // What is less may have wrapped; where it may do so between two looks, there is one of 64 bits.
-    return !hasWide && static_cast<std::uint32_t>(after.number - before.number) > UINT32_MAX / 2;
+    return before.tag == Tag::counter64 || (static_cast<std::uint32_t>(after.number - before.number) > UINT32_MAX / 2 &&
+                                            wideOne(objects, object) == nullptr);
 }
 
 void checkFalls(Check &check, const Region &region, const Walk &walk)
@@ -95,10 +121,9 @@ void checkFalls(Check &check, const Region &region, const Walk &walk)
                 if (earlier == before.end()) {
                     continue;
                 }
-                const bool hasWide = wideOne(check.objects, *object) != nullptr;
                 const Name discontinuity = discontinuityOf(check.objects, region, *object, found->name);
                 const Value *told = check.value(discontinuity);
-                if (isFallen(earlier->second, found->value, hasWide) &&
+                if (isFallen(check.objects, *object, earlier->second, found->value) &&
                     (told == nullptr || check.now(discontinuity) == *told)) {
                     check.report.broken(Rule::falls, found->name,
                                         "was " + textOf(earlier->second) + ", is " + textOf(found->value));
@@ -120,11 +145,7 @@ void checkCounters(Check &check)
     }
     for (const auto &[region, walk] : check.walks) {
         checkFalls(check, *region, walk);
-        for (const auto &[name, value] : walk.values) {
-            if (value.tag == Tag::counter64) {
-                checkHalves(check, *region->objectOf(name), name);
-            }
-        }
+        checkHalves(check, *region, walk);
     }
 }
 

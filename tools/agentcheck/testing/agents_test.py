@@ -1,0 +1,172 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""ipmib-agentcheck finds nothing wrong with ipmibd, whatever it serves and wherever it runs; beside snmpd and inside it, only
+what is snmpd's own; and what it finds wrong with Debian's snmpd stands in docs/agentcheck.md.
+
+    agents_test.py [--update] IPMIBD IPMIB-AGENTCHECK OBJECT     with --update the document is written anew
+"""
+import json
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))))
+document = root + "/docs/agentcheck.md"
+BEGIN, END = "<!-- what ipmib-agentcheck finds wrong with snmpd -->\n```\n", "```\n<!-- end -->\n"
+INSIDE = "IPMIB_TEST_NAMESPACE"
+TARGET = "127.0.0.1:1161"
+SNMPD = "/usr/sbin/snmpd"
+PATIENCE = 60
+COMMANDS = """
+link set lo up
+link add left address 02:00:5e:00:53:01 type veth peer name right address 02:00:5e:00:53:02
+link set left up
+link set right up
+address add 192.0.2.1/24 dev left
+address add 192.0.2.129/25 dev right
+address add 2001:db8::1/64 dev left nodad
+address add 2001:db8:1::1/64 dev right nodad
+neighbour add 192.0.2.2 lladdr 02:00:5e:00:53:03 nud permanent dev left
+neighbour add 2001:db8::2 lladdr 02:00:5e:00:53:03 nud permanent dev left
+route add default via 192.0.2.2
+route add default via 2001:db8::2
+"""
+V2C = ("-v2c", "-cpublic")
+V3 = ("-v3", "-uu", "-lauthPriv", "-aSHA", "-Apassword1", "-xAES", "-Xpassword2")
+LAST = "1.3.6.1.2.1.31.1.4"  # of what ipmibd serves, and snmpd does not
+
+if __name__ == "__main__":
+    update = "--update" in sys.argv
+    ipmibd, agentcheck, snmpd_object = map(os.path.abspath, sys.argv[-3:])
+
+
+class Agents:
+    """with Agents() as agents: ... Those that were started end with it."""
+
+    def __enter__(self):
+        self._folder = tempfile.TemporaryDirectory()
+        self.folder = self._folder.name
+        self.environment = dict(os.environ, MIBS="", SNMPCONFPATH=self.folder, SNMP_PERSISTENT_DIR=self.folder + "/state")
+        self.processes = []
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self.processes):
+            process.terminate()
+            process.wait(PATIENCE)
+        self._folder.cleanup()
+
+    def start(self, program, configuration, *words):
+        path = f"{self.folder}/{len(self.processes)}.conf"
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(configuration)
+        self.processes.append(subprocess.Popen([program, "-f", "-Lf", path + ".log", "-C", "-c", path, *words],
+                                               env=self.environment))
+
+    def snmpd(self, configuration):
+        self.start(SNMPD, "rwcommunity public\n" + configuration, "-I", "-smux,mteTrigger,mteTriggerConf", "udp:" + TARGET)
+
+    def wait(self, until):
+        """Until there is something below that identifier."""
+        ask = ["snmpgetnext", "-v2c", "-cpublic", "-t0.5", "-r0", "-On", TARGET, until]
+        end = time.monotonic() + PATIENCE
+        while f".{until}." not in subprocess.run(ask, env=self.environment, capture_output=True, text=True, check=False).stdout:
+            assert time.monotonic() < end, f"nobody has {until}"
+            time.sleep(0.1)
+
+    def findings(self, *words, until="1.3.6.1.2.1.1.3"):
+        """What is wrong, writes included, once there is something below that identifier."""
+        self.wait(until)
+        result = subprocess.run([agentcheck, "--rate=1000000", "--write", "--json", *(words or V2C), TARGET],
+                                env=self.environment, capture_output=True, text=True, timeout=600, check=False)
+        assert result.returncode in (0, 1), result.stderr
+        found = json.loads(result.stdout)["findings"]
+        assert bool(found) == (result.returncode == 1)
+        return found
+
+
+def names(findings):
+    return {(each["rule"], each["name"]) for each in findings}
+
+
+class Ipmibd(unittest.TestCase):
+    maxDiff = None
+
+    def test_on_linux_in_each_version(self):
+        with Agents() as agents:
+            agents.start(ipmibd, "rwcommunity public\ncreateUser u SHA password1 AES password2\nrwuser u\n", "udp:" + TARGET)
+            for words in (V2C, ("-v1", "-cpublic"), V3):
+                self.assertEqual(agents.findings(*words), [])
+
+    def test_simulated(self):
+        for name in ("home-router", "unsteady-access", "failing-services", "datacentre-edge"):
+            with self.subTest(name), Agents() as agents:
+                agents.start(ipmibd, "rwcommunity public\n", "--platform", f"simulated:{root}/examples/{name}.json",
+                             "udp:" + TARGET)
+                self.assertEqual(agents.findings(*V2C, "--rows=12"), [])
+
+    def beside(self, serve, until):
+        with Agents() as agents:
+            agents.snmpd(f"master agentx\nagentXSocket {agents.folder}/master\n")
+            agents.start(ipmibd, serve, "-x", agents.folder + "/master")
+            return agents.findings(until=until)
+
+    def inside(self, serve, until):
+        with Agents() as agents:
+            agents.snmpd(f"dlmod ipmib {snmpd_object}\n{serve}")
+            return agents.findings(until=until)
+
+    def test_in_place_of_all_of_snmpds_tables(self):
+        self.assertEqual(self.beside("serve all take\n", LAST), [])
+        # There snmpd answers for columns that its tables have not.
+        self.assertLessEqual(names(self.inside("ipmibServe all take\n", LAST)),
+                             {("noSuchObject", f"{table}Entry.4711.1") for table in ("ipAddr", "ipRoute", "ipNetToMedia")})
+
+    def test_beside_snmpd_and_inside_it_only_what_is_its_own_is_wrong(self):
+        with Agents() as agents:
+            agents.snmpd("")
+            of_snmpd = names(agents.findings())
+        for findings in (self.beside("", "1.3.6.1.2.1.4.30"), self.inside("", "1.3.6.1.2.1.4.30")):
+            self.assertLessEqual(names(findings), of_snmpd)
+
+
+class Snmpd(unittest.TestCase):
+    """Instances are those of this machine, rules are the same everywhere."""
+
+    maxDiff = None
+
+    def test_what_is_wrong_stands_in_the_document(self):
+        with open(document, encoding="utf-8") as file:
+            before, rest = file.read().split(BEGIN)
+        told, after = rest.split(END)
+        with Agents() as agents:
+            agents.snmpd("")
+            agents.wait("1.3.6.1.2.1.4.34")
+            text = subprocess.run([agentcheck, "--rate=1000000", *V2C, TARGET], env=agents.environment,
+                                  capture_output=True, text=True, timeout=600, check=False).stdout
+        found = text[text.index("BROKEN") :]
+        if update:
+            with open(document, "w", encoding="utf-8") as file:
+                file.write(before + BEGIN + found + END + after)
+        else:
+            self.assertEqual(re.findall("^BROKEN.*", found, re.M), re.findall("^BROKEN.*", told, re.M),
+                             "make docs writes it anew")
+
+
+if __name__ == "__main__":
+    alone = ["unshare", "-rn"]
+    if INSIDE not in os.environ:
+        if subprocess.run([*alone, "true"], capture_output=True, check=False).returncode != 0:
+            print("skipped: needs a network namespace")
+            sys.exit(77)
+        os.environ[INSIDE] = "yes"
+        os.execvp(alone[0], [*alone, sys.executable, *sys.argv])
+    for scope in ("all", "default"):
+        with open(f"/proc/sys/net/ipv6/conf/{scope}/accept_dad", "w", encoding="ascii") as settings:
+            settings.write("0")
+    subprocess.run(["ip", "-batch", "-"], input=COMMANDS, text=True, check=True)
+    unittest.main(argv=sys.argv[:1] + (["Snmpd"] if update else []))
