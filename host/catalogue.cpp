@@ -2,6 +2,7 @@
 // Put together once, at the start: trees into one list, and each source's objects into tables.
 #include "catalogue.h"
 
+#include "index_part.h"
 #include "merged_source.h"
 #include "rest_of_table.h"
 
@@ -120,7 +121,8 @@ Source *Catalogue::sourceOf(const ServedTable &table)
     }
     const auto rest = std::ranges::find(contents_.rests, table.name, &Contents::Rest::table);
     if (rest != contents_.rests.end() && sources.front() == contents_.sources.front()) {
-        made_.push_back(std::make_unique<RestOfTable>(*sources.front(), table.root.view(), rest->from));
+        const bool isWholeIndex = columnsOf(*find(table.root.view())->node->pstIndex).size() == 1;
+        made_.push_back(std::make_unique<RestOfTable>(*sources.front(), table.root.view(), rest->number, isWholeIndex));
         sources.front() = made_.back().get();
     }
     if (sources.size() == 1) {

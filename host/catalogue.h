@@ -62,11 +62,11 @@ class Catalogue
         // several have, the first one's value counts.
         std::vector<Source *> sources = {};
         std::vector<std::string_view> superior = {}; // the names of tables that are
-        // Tables of which the first source's rows count only from this first part of the index on: others have those in
-        // front of it as they are.
+        // Tables of which the first source's rows count only where the index begins with this number, or has no others:
+        // other sources have the rest as it is, and it need not be asked for that.
         struct Rest {
             std::string_view table;
-            SubId from;
+            SubId number;
         };
         std::vector<Rest> rests = {};
         // Nodes whose scalars are served under the node's name, but for those of the first source.

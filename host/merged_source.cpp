@@ -1,12 +1,23 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The successor is the smallest of the sources' answers. A source that is known to have nothing up to some identifier
-// is not asked while others have something in front of it, so a walk through the rows of one source asks only that.
+// The successor is the smallest of the sources' answers. A source that has nothing up to some identifier, as far as is
+// known, is not asked while others have something in front of it: a walk through the rows of one source asks only that.
 #include "merged_source.h"
 
 #include <algorithm>
 
 namespace ipmib::host
 {
+namespace
+{
+
+// Of the same instance the first source's value counts.
+bool isInFront(OidView left, std::size_t leftPart, OidView right, std::size_t rightPart)
+{
+    const auto order = compare(left, right);
+    return std::is_lt(order) || (std::is_eq(order) && leftPart < rightPart);
+}
+
+} // namespace
 
 MergedSource::MergedSource(OidView root, std::vector<Source *> sources) : root_(root)
 {
@@ -113,30 +124,52 @@ void MergedSource::getNext(std::span<Variable> variables, OidView region)
     }
 }
 
-// One that nothing is known of, or else the one that may have the smallest instance, unless a smaller one is found.
+// The one that may have the smallest instance, unless a smaller one is found.
 void MergedSource::chooseNext(const Variable &variable, Search &search)
 {
     search.next = Search::none;
     if (variable.status == Status::genErr) {
         return;
     }
-    const Gap *nearest = nullptr;
+    const auto isAsked = [&search](std::size_t part) { return (search.asked >> part & 1) != 0; };
+    if (search.found == Search::none) {
+        std::size_t unknown = 0;
+        for (std::size_t i = 0; i < parts_.size(); ++i) {
+            if (!isAsked(i) && !isInGap(gapOf(parts_[i], variable.asked), variable.asked)) {
+                ++unknown;
+                search.next = i;
+            }
+        }
+        if (unknown == 1) {
+            return; // it comes first, or hardly ever not
+        }
+        search.next = Search::none;
+    }
+    OidView nearest;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
-        if ((search.asked >> i & 1) != 0) {
-            continue;
-        }
-        const Gap &gap = gapOf(parts_[i], variable.asked);
-        if (!isInGap(gap, variable.asked) && !passesOver(i, variable.asked)) {
-            search.next = i;
-            return;
-        }
-        const bool mayCount = !gap.toEnd && (nearest == nullptr || std::is_lt(compare(gap.to, nearest->to))) &&
-                              (search.found == Search::none || std::is_lteq(compare(gap.to, variable.name.view())));
-        if (mayCount) {
-            nearest = &gap;
+        const auto lowest = isAsked(i) ? std::nullopt : lowestBehind(i, variable.asked);
+        if (lowest && (search.next == Search::none || std::is_lt(compare(*lowest, nearest))) &&
+            (search.found == Search::none || isInFront(*lowest, i, variable.name.view(), search.found))) {
+            nearest = *lowest;
             search.next = i;
         }
     }
+}
+
+// Nothing when the source has none.
+std::optional<OidView> MergedSource::lowestBehind(std::size_t part, OidView asked)
+{
+    const Gap &gap = gapOf(parts_[part], asked);
+    if (!isInGap(gap, asked)) {
+        if (!parts_[part].source->lowestBehind(asked, lowest_)) {
+            remember(part, asked, nullptr);
+        } else if (std::ranges::equal(lowest_.view(), asked)) {
+            return asked;
+        } else {
+            remember(part, asked, &lowest_);
+        }
+    }
+    return gap.toEnd ? std::nullopt : std::optional<OidView>(gap.to);
 }
 
 void MergedSource::ask(std::size_t number, std::span<Variable> variables, OidView region)
@@ -175,8 +208,7 @@ void MergedSource::take(std::size_t part, Variable &variable, Search &search, co
         return;
     }
     if (search.found != Search::none) {
-        const auto order = compare(answer.name.view(), variable.name.view());
-        if (std::is_gt(order) || (std::is_eq(order) && part > search.found)) {
+        if (!isInFront(answer.name.view(), part, variable.name.view(), search.found)) {
             remember(part, variable.asked, &answer.name);
             return;
         }
@@ -198,19 +230,6 @@ bool MergedSource::isInGap(const Gap &gap, OidView asked) const
 {
     return gap.packet == packet_ && std::is_gteq(compare(asked, gap.from)) &&
            (gap.toEnd || std::is_lt(compare(asked, gap.to)));
-}
-
-// Whether the source has no such column: its next one is all that it can answer with, and mostly too far behind.
-bool MergedSource::passesOver(std::size_t part, OidView asked)
-{
-    const std::vector<Oid> &objects = parts_[part].objects;
-    const auto behind = std::ranges::partition_point(
-        objects, [asked](const Oid &object) { return std::is_lteq(compare(object.view(), asked)); });
-    if (behind != objects.begin() && isWithin(asked, std::prev(behind)->view())) {
-        return false;
-    }
-    remember(part, asked, behind == objects.end() ? nullptr : &*behind);
-    return true;
 }
 
 void MergedSource::remember(std::size_t part, OidView asked, const Oid *next)

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -29,8 +30,8 @@ class MergedSource final : public Source
     void getNext(std::span<Variable> variables, OidView region) override;
 
   private:
-    // A source has nothing behind `from` and in front of `to`, or up to the end of the region: learned from an answer
-    // that another source had a smaller one for, and good for the packet.
+    // A source has nothing behind `from` and in front of `to`, or up to the end of the region: it said so, or gave an
+    // answer that another source had a smaller one for. Good for the packet.
     struct Gap {
         std::uint64_t packet = 0;
         bool toEnd = false;
@@ -57,7 +58,7 @@ class MergedSource final : public Source
     void take(std::size_t part, Variable &variable, Search &search, const Variable &answer);
     Gap &gapOf(Part &part, OidView asked);
     bool isInGap(const Gap &gap, OidView asked) const;
-    bool passesOver(std::size_t part, OidView asked);
+    std::optional<OidView> lowestBehind(std::size_t part, OidView asked);
     void remember(std::size_t part, OidView asked, const Oid *next);
 
     Oid root_;
@@ -66,6 +67,7 @@ class MergedSource final : public Source
     ByteStore store_;
     std::uint64_t packet_ = 1;
     Oid region_; // for which the gaps hold
+    Oid lowest_;
 };
 
 } // namespace ipmib::host

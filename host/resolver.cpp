@@ -69,6 +69,16 @@ class Resolver::Impl
         }
     }
 
+    bool lowestBehind(OidView asked, Oid &lowest)
+    {
+        if (leaves_.leafOf(asked) < leaves_.size()) {
+            lowest.assign(asked);
+            return true;
+        }
+        const std::size_t next = leaves_.leafAfter(asked);
+        return next < leaves_.size() && lowest.assign(leaves_[next].name);
+    }
+
     void getNext(std::span<Variable> variables, OidView region)
     {
         begin();
@@ -229,6 +239,11 @@ std::vector<Oid> Resolver::objects() const
 void Resolver::get(std::span<Variable> variables)
 {
     impl_->get(variables);
+}
+
+bool Resolver::lowestBehind(OidView asked, Oid &lowest)
+{
+    return impl_->lowestBehind(asked, lowest);
 }
 
 void Resolver::getNext(std::span<Variable> variables, OidView region)

@@ -38,6 +38,7 @@ class Resolver : public Source
     std::vector<Oid> objects() const override;
     // Columns of one row share one request to the module, and so one snapshot.
     void get(std::span<Variable> variables) override;
+    bool lowestBehind(OidView asked, Oid &lowest) override;
     void getNext(std::span<Variable> variables, OidView region) override;
 
     // How many requests the module has been sent, for measurements.

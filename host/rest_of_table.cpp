@@ -14,21 +14,51 @@ std::vector<Oid> RestOfTable::objects() const
     return names;
 }
 
-bool RestOfTable::isLeftOut(OidView instance) const
+bool RestOfTable::isLeftOut(OidView name) const
 {
     const std::size_t first = entry_.size() + 1; // behind the column
-    return instance.size() > first && isWithin(instance, entry_.view()) && instance[first] < from_;
+    return isOfColumn(name) && name.size() > first && name[first] != number_;
+}
+
+Oid RestOfTable::inFrontOfRows(SubId column) const
+{
+    Oid place(entry_);
+    place.append(column);
+    place.append(isWholeIndex_ ? number_ - 1 : number_);
+    return place;
 }
 
 Oid RestOfTable::behindLeftOut(OidView asked) const
 {
     const std::size_t first = entry_.size() + 1;
-    if (!isWithin(asked, entry_.view()) || (asked.size() != first && !isLeftOut(asked))) {
+    if (!isOfColumn(asked) || (asked.size() > first && asked[first] == number_)) {
         return Oid(asked);
     }
-    Oid place(asked.first(first));
-    place.append(from_);
-    return place;
+    const SubId column = asked[entry_.size()];
+    const bool isBehindRows = asked.size() > first && asked[first] > number_;
+    if (isBehindRows && column == UINT32_MAX) {
+        return Oid(asked);
+    }
+    return inFrontOfRows(isBehindRows ? column + 1 : column);
+}
+
+bool RestOfTable::lowestBehind(OidView asked, Oid &lowest)
+{
+    const std::size_t first = entry_.size() + 1;
+    Oid place = behindLeftOut(asked);
+    if (isWholeIndex_ && isOfColumn(asked) && asked.size() > first && asked[first] == number_ &&
+        asked[entry_.size()] != UINT32_MAX) {
+        place = inFrontOfRows(asked[entry_.size()] + 1); // its only row there is not behind itself
+    }
+    if (!source_.lowestBehind(place.view(), lowest)) {
+        return false;
+    }
+    if (isOfColumn(lowest.view()) && (lowest.size() == first || lowest.view()[first] < number_)) {
+        place.assign(lowest.view().first(first));
+        place.append(number_);
+        lowest = place;
+    }
+    return true;
 }
 
 void RestOfTable::get(std::span<Variable> variables)

@@ -3,6 +3,7 @@
 #include "row_index.h"
 
 #include <algorithm>
+#include <array>
 
 namespace ipmib::host
 {
@@ -97,6 +98,33 @@ bool indexBelow(IndexShape shape, OidView instance, bool smaller, std::span<SubI
         instance = instance.subspan(1);
     }
     return !smaller || !instance.empty() || lower(shape, shape.size(), index);
+}
+
+bool appendLowestBehind(IndexShape shape, OidView instance, Oid &name)
+{
+    std::array<SubId, maxIndexPlaces> begin; // what the instance has in common with indexes
+    std::array<SubId, maxIndexPlaces> high;
+    std::size_t size = 0;
+    Places places(shape);
+    for (std::size_t i = 0; i < shape.size(); ++i) {
+        if (!places.isPresent(i)) {
+            continue;
+        }
+        if (instance.empty() || instance.front() < shape[i].low) {
+            return name.append(OidView(begin).first(size)) && name.append(shape[i].low);
+        }
+        if (instance.front() > shape[i].high) {
+            break;
+        }
+        begin[size] = instance.front();
+        high[size++] = shape[i].high;
+        places.pass(i, instance.front());
+        instance = instance.subspan(1);
+    }
+    while (size > 0 && begin[size - 1] == high[size - 1]) {
+        --size;
+    }
+    return size > 0 && name.append(OidView(begin).first(size - 1)) && name.append(begin[size - 1] + 1);
 }
 
 bool appendIndex(IndexShape shape, OidView index, Oid &name)

@@ -42,6 +42,9 @@ bool readIndex(IndexShape shape, OidView instance, std::span<SubId> index);
 // The greatest index that is not greater than the instance, which may be anything, or that is smaller. False when there
 // is none: every row stands behind the instance.
 bool indexBelow(IndexShape shape, OidView instance, bool smaller, std::span<SubId> index);
+// Appends what no index behind the instance, which may be anything, is in front of: the first places of the least that
+// could be. False when there can be none.
+bool appendLowestBehind(IndexShape shape, OidView instance, Oid &name);
 // False when the identifier would grow too long.
 bool appendIndex(IndexShape shape, OidView index, Oid &name);
 

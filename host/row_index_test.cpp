@@ -74,6 +74,13 @@ TEST(RowIndex, EveryIndexIsBehindWhatItsIdentifierIsBehind)
         }
         ASSERT_GT(rows.size(), 4u);
         for (const Numbers &instance : all) {
+            Oid lowest;
+            const bool canFollow = appendLowestBehind(shape, instance, lowest);
+            EXPECT_TRUE(!canFollow || std::is_gt(compare(lowest.view(), instance)));
+            for (const auto &[identifier, places] : rows) {
+                EXPECT_EQ(canFollow && std::is_gteq(compare(identifier, lowest.view())),
+                          std::is_gt(compare(identifier, instance)));
+            }
             for (const bool smaller : {false, true}) {
                 Numbers index(shape.size());
                 const bool has = indexBelow(shape, instance, smaller, index);

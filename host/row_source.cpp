@@ -83,7 +83,7 @@ void RowSourceBase::getNext(std::span<Variable> variables, OidView region)
         startNext(variable, region);
     }
     while (takeRow()) {
-        const bool found = findNext(row_.front());
+        const Found found = findNext(row_.front());
         for (const Pending &each : row_) {
             answerNext(each, found, region);
         }
@@ -111,23 +111,47 @@ void RowSourceBase::startNext(Variable &variable, OidView region)
                         isColumn ? behindRoot.subspan(1) : OidView(), isColumn && isBefore});
 }
 
-// Whether there is a row behind. Rows that do not ascend are a fault of theirs, and end the column.
-bool RowSourceBase::findNext(const Pending &from)
+bool RowSourceBase::lowestBehind(OidView asked, Oid &lowest)
+{
+    OidView instance;
+    auto column = columns().begin();
+    if (isWithin(asked, root_.view())) {
+        const OidView behindRoot = asked.subspan(root_.size());
+        const SubId number = behindRoot.empty() ? 0 : behindRoot.front();
+        column = std::ranges::lower_bound(columns(), number);
+        if (!behindRoot.empty() && column != columns().end() && *column == number) {
+            instance = behindRoot.subspan(1);
+        }
+    } else if (std::is_gt(compare(asked, root_.view()))) {
+        return false;
+    }
+    for (; column != columns().end(); ++column, instance = {}) {
+        lowest.assign(root_.view());
+        lowest.append(*column);
+        if (appendLowestBehind(shape_, instance, lowest)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Rows that do not ascend are a fault of theirs, and end the column.
+RowSourceBase::Found RowSourceBase::findNext(const Pending &from)
 {
     Places below;
     const OidView behind = OidView(below).first(shape_.size());
     const bool hasBelow = !from.instance.empty() && indexBelow(shape_, from.instance, from.inclusive, below);
     if (!next(hasBelow ? &behind : nullptr)) {
-        return false;
+        return hasBelow ? Found::noneBehind : Found::noneAtAll;
     }
     readIndexOfRow(rowIndex_);
-    return !hasBelow || std::is_gt(compare(rowIndex(), behind));
+    return !hasBelow || std::is_gt(compare(rowIndex(), behind)) ? Found::row : Found::noneBehind;
 }
 
-void RowSourceBase::answerNext(Pending pending, bool found, OidView region)
+void RowSourceBase::answerNext(Pending pending, Found found, OidView region)
 {
-    if (!found) {
-        if (++pending.column < columns().size()) {
+    if (found != Found::row) {
+        if (found == Found::noneBehind && ++pending.column < columns().size()) {
             pending_.push_back({pending.variable, pending.column, {}, false});
         }
         return;

@@ -83,6 +83,7 @@ class RowSourceBase : public Source
     std::vector<Oid> objects() const override;
     void get(std::span<Variable> variables) override;
     void getNext(std::span<Variable> variables, OidView region) override;
+    bool lowestBehind(OidView asked, Oid &lowest) override;
 
   protected:
     RowSourceBase(OidView root, IndexShape shape) : root_(root), shape_(shape) {}
@@ -103,11 +104,12 @@ class RowSourceBase : public Source
         bool inclusive;
     };
     using Places = std::array<SubId, maxIndexPlaces>;
+    enum class Found : std::uint8_t { row, noneBehind, noneAtAll };
 
     void startNext(Variable &variable, OidView region);
     bool takeRow();
-    bool findNext(const Pending &from);
-    void answerNext(Pending pending, bool found, OidView region);
+    Found findNext(const Pending &from);
+    void answerNext(Pending pending, Found found, OidView region);
     void setValue(Variable &variable, const Value &value);
     OidView rowIndex() const { return OidView(rowIndex_).first(shape_.size()); }
 

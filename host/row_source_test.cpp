@@ -73,6 +73,18 @@ TEST(RowSource, LooksOnceForEachRowOfAPacket)
     }
 }
 
+TEST(RowSource, ATableWithoutRowsIsAskedForOnesOnce)
+{
+    Rows::Calls calls;
+    RowSource<Rows> source(entry().view(), Rows(rowsOf({}), columns, &calls));
+    Variable variable;
+    const Oid asked = entry();
+    variable.asked = asked.view();
+    source.getNext({&variable, 1}, entry().view());
+    EXPECT_EQ(variable.status, Status::endOfRegion);
+    EXPECT_EQ(calls.next, 1u);
+}
+
 TEST(RowSource, GoesOnToTheNextRowWhenOneHasVanished)
 {
     std::vector<SortedRow> rows = rowsOf({3, 5, 9});
@@ -120,12 +132,12 @@ TEST(MergedSource, AWalkThroughTheRowsOfOneSourceAsksTheOtherOnceAPacket)
 {
     Rows::Calls one;
     Rows::Calls other;
-    RowSource<Rows> low(entry().view(), Rows(rowsOf({1, 2, 3, 4, 5, 6}), columns, &one));
+    RowSource<Rows> low(entry().view(), Rows(rowsOf({2, 4, 6, 8, 10, 12}), columns, &one));
     RowSource<Rows> high(entry().view(), Rows(rowsOf({100, 101, 102}), columns, &other));
     MergedSource merged(entry().view(), {&low, &high});
     Oid asked = namesOf({{1, 0}}).front();
     merged.beginPacket();
-    for (SubId row = 1; row <= 6; ++row) {
+    for (SubId row = 2; row <= 12; row += 2) {
         Variable variable;
         variable.asked = asked.view();
         merged.getNext({&variable, 1}, entry().view());
@@ -142,12 +154,46 @@ TEST(MergedSource, AWalkThroughTheRowsOfOneSourceAsksTheOtherOnceAPacket)
         asked = variable.name;
     }
     EXPECT_EQ(other.next, 4u);
-    EXPECT_LE(one.next, 8u) << "none behind 6 in this column, then the first of the next one, once";
+    EXPECT_LE(one.next, 8u) << "none behind 12 in this column, then the first of the next one, once";
     merged.beginPacket();
     Variable variable;
     variable.asked = asked.view();
     merged.getNext({&variable, 1}, entry().view());
-    EXPECT_EQ(text(variable.name.view()), "1.2.1.2.1");
+    EXPECT_EQ(text(variable.name.view()), "1.2.1.2.2");
+}
+
+// Of a table with a row of each version of IP each packet looks at the row that it is answered with.
+TEST(MergedSource, ASourceWhoseRowsMustStandBehindIsNotAsked)
+{
+    static constexpr SubIdRange firstShape[] = {only(1)};
+    static constexpr SubIdRange secondShape[] = {only(2)};
+    using First = SortedRows<1, firstShape>;
+    using Second = SortedRows<1, secondShape>;
+    First::Calls one;
+    Second::Calls other;
+    RowSource<First> first(entry().view(), First(rowsOf({1}), {columns[0], columns[1]}, &one));
+    RowSource<Second> second(entry().view(), Second(rowsOf({2}), {columns[0], columns[1]}, &other));
+    MergedSource merged(entry().view(), {&second, &first});
+    Oid asked = entry();
+    for (const char *next : {"1.2.1.1.1", "1.2.1.1.2", "1.2.1.2.1", "1.2.1.2.2"}) {
+        merged.beginPacket();
+        one = {};
+        other = {};
+        Variable variable;
+        variable.asked = asked.view();
+        merged.getNext({&variable, 1}, entry().view());
+        ASSERT_EQ(text(variable.name.view()), next);
+        EXPECT_EQ(variable.name.view().back() == 1 ? other.next : one.next, 0u) << next;
+        asked = variable.name;
+    }
+    merged.beginPacket();
+    one = {};
+    other = {};
+    Variable variable;
+    variable.asked = asked.view();
+    merged.getNext({&variable, 1}, entry().view());
+    EXPECT_EQ(variable.status, Status::endOfRegion);
+    EXPECT_EQ(one.next + other.next, 0u);
 }
 
 TEST(MergedSource, ASourceWithoutTheColumnIsAskedOnlyAtItsEnd)

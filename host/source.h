@@ -73,6 +73,13 @@ class Source
     // The same for the successors. Only instances within the region count; a variable that lies before the region asks
     // for the region's first instance, which may be the region's root itself.
     virtual void getNext(std::span<Variable> variables, OidView region) = 0;
+    // An identifier that no successor of this one is in front of, as far as that can be told without looking at rows:
+    // of several sources, one whose answer cannot be the smallest need not be asked. False when none can follow.
+    virtual bool lowestBehind(OidView asked, Oid &lowest)
+    {
+        lowest.assign(asked);
+        return true;
+    }
 };
 
 } // namespace ipmib::host

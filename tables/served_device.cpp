@@ -108,7 +108,14 @@ host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &d
     contents.platform = plugin.platform();
     contents.superior = superiorTables(contents.platform);
     if (isCountedByInterface(contents.platform)) {
-        contents.rests = {{"ipIfStatsTable", IPMIB_IPV6}}; // modules have rows of IPv4 with zeros where nobody counts
+        // modules have rows of IPv4 with zeros where nobody counts
+        contents.rests.push_back({"ipIfStatsTable", IPMIB_IPV6});
+    }
+    if (contents.platform != nullptr && contents.platform->ip != nullptr) {
+        // modules have rows of IPv6 alone
+        contents.rests.insert(
+            contents.rests.end(),
+            {{"ipSystemStatsTable", IPMIB_IPV6}, {"icmpStatsTable", IPMIB_IPV6}, {"icmpMsgStatsTable", IPMIB_IPV6}});
     }
     if (contents.platform != nullptr && contents.platform->interfaces != nullptr) {
         contents.capabilities = {{host::Oid{1, 3, 6, 1, 2, 1, 31}, "The MIB module to describe network interfaces"}};

@@ -41,6 +41,24 @@ void expectSuccessor(const Variable &variable, const Identifier *expected, const
 
 } // namespace
 
+namespace
+{
+
+// What a source says of its successor without looking must hold.
+void checkLowest(Source &source, const Instances &instances, OidView asked)
+{
+    const Identifier *expected = instances.after(asked, {});
+    Oid lowest;
+    const bool canFollow = source.lowestBehind(asked, lowest);
+    if (expected != nullptr) {
+        EXPECT_TRUE(canFollow) << "after " << text(asked);
+        EXPECT_TRUE(std::is_lteq(compare(lowest.view(), *expected)))
+            << "after " << text(asked) << " follows " << text(*expected) << ", in front of " << text(lowest.view());
+    }
+}
+
+} // namespace
+
 void checkGetNext(Source &source, const Instances &instances, Random &random, const ExpectValue &expectValue)
 {
     const auto packet = randomPacket(instances, random);
@@ -52,6 +70,7 @@ void checkGetNext(Source &source, const Instances &instances, Random &random, co
         // Before the region, its root may be an instance itself.
         const bool isBefore = std::is_lt(compare(variable.asked, region)) && instances.has(region);
         expectSuccessor(variable, isBefore ? &region : instances.after(variable.asked, region), expectValue);
+        checkLowest(source, instances, variable.asked);
     }
 }
 

@@ -192,6 +192,7 @@ typedef struct IpmibIpHooks {
     int (*follow)(uint32_t rows, char *error, size_t capacity);
 
     int (*settings)(uint32_t version, IpmibIpSettings *settings);
+    /* `counted` holds the counters that are wanted, by bits, when it is called; others may be missing in the answer. */
     int (*system_counters)(uint32_t version, IpmibIpCounters *counters);
     /* None when nothing counts this version by interface: a missing row is better than a false zero. */
     int (*interface_counters)(uint32_t version, uint32_t if_index, IpmibIpCounters *counters);

@@ -164,6 +164,7 @@ TEST(Hooks, rowsOfIpAreThereBetweenStartAndStop)
     expectNothing();
     ASSERT_EQ(start("", {{"router-anycast", ""}}).error, "");
     EXPECT_EQ(ip.settings(IPMIB_IPV4, &settings), 0);
+    counters.counted = 0;
     EXPECT_EQ(ip.system_counters(IPMIB_IPV4, &counters), 0);
     EXPECT_EQ(ip.tcp_counters(&tcp), 0);
     ASSERT_EQ(ip.next_stack(0, 0, &stack), 0);

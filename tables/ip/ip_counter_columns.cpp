@@ -16,61 +16,67 @@ bool isCounted(const CounterRow &row)
 }
 
 template <unsigned counter>
-Cell narrow(const CounterRow &row)
+constexpr CounterColumn narrow(host::SubId number)
 {
-    return isCounted<counter>(row) ? counter32(row.counters.value[counter]) : Cell();
+    return {
+        number,
+        [](const CounterRow &row) { return isCounted<counter>(row) ? counter32(row.counters.value[counter]) : Cell(); },
+        1U << counter};
 }
 
 template <unsigned counter>
-Cell wide(const CounterRow &row)
+constexpr CounterColumn wide(host::SubId number)
 {
-    return isCounted<counter>(row) ? counter64(row.counters.value[counter]) : Cell();
+    return {
+        number,
+        [](const CounterRow &row) { return isCounted<counter>(row) ? counter64(row.counters.value[counter]) : Cell(); },
+        1U << counter};
 }
 
 constexpr CounterColumn columns[] = {
-    {3, narrow<IPMIB_IP_IN_RECEIVES>},                 // InReceives
-    {4, wide<IPMIB_IP_IN_RECEIVES>},                   // HCInReceives
-    {5, narrow<IPMIB_IP_IN_OCTETS>},                   // InOctets
-    {6, wide<IPMIB_IP_IN_OCTETS>},                     // HCInOctets
-    {7, narrow<IPMIB_IP_IN_HDR_ERRORS>},               // InHdrErrors
-    {8, narrow<IPMIB_IP_IN_NO_ROUTES>},                // InNoRoutes
-    {9, narrow<IPMIB_IP_IN_ADDR_ERRORS>},              // InAddrErrors
-    {10, narrow<IPMIB_IP_IN_UNKNOWN_PROTOS>},          // InUnknownProtos
-    {11, narrow<IPMIB_IP_IN_TRUNCATED_PKTS>},          // InTruncatedPkts
-    {12, narrow<IPMIB_IP_IN_FORW_DATAGRAMS>},          // InForwDatagrams
-    {13, wide<IPMIB_IP_IN_FORW_DATAGRAMS>},            // HCInForwDatagrams
-    {14, narrow<IPMIB_IP_REASM_REQDS>},                // ReasmReqds
-    {15, narrow<IPMIB_IP_REASM_OKS>},                  // ReasmOKs
-    {16, narrow<IPMIB_IP_REASM_FAILS>},                // ReasmFails
-    {17, narrow<IPMIB_IP_IN_DISCARDS>},                // InDiscards
-    {18, narrow<IPMIB_IP_IN_DELIVERS>},                // InDelivers
-    {19, wide<IPMIB_IP_IN_DELIVERS>},                  // HCInDelivers
-    {20, narrow<IPMIB_IP_OUT_REQUESTS>},               // OutRequests
-    {21, wide<IPMIB_IP_OUT_REQUESTS>},                 // HCOutRequests
-    {22, narrow<IPMIB_IP_OUT_NO_ROUTES>},              // OutNoRoutes
-    {23, narrow<IPMIB_IP_OUT_FORW_DATAGRAMS>},         // OutForwDatagrams
-    {24, wide<IPMIB_IP_OUT_FORW_DATAGRAMS>},           // HCOutForwDatagrams
-    {25, narrow<IPMIB_IP_OUT_DISCARDS>},               // OutDiscards
-    {26, narrow<IPMIB_IP_OUT_FRAG_REQDS>},             // OutFragReqds
-    {27, narrow<IPMIB_IP_OUT_FRAG_OKS>},               // OutFragOKs
-    {28, narrow<IPMIB_IP_OUT_FRAG_FAILS>},             // OutFragFails
-    {29, narrow<IPMIB_IP_OUT_FRAG_CREATES>},           // OutFragCreates
-    {30, narrow<IPMIB_IP_OUT_TRANSMITS>},              // OutTransmits
-    {31, wide<IPMIB_IP_OUT_TRANSMITS>},                // HCOutTransmits
-    {32, narrow<IPMIB_IP_OUT_OCTETS>},                 // OutOctets
-    {33, wide<IPMIB_IP_OUT_OCTETS>},                   // HCOutOctets
-    {34, narrow<IPMIB_IP_IN_MCAST_PKTS>},              // InMcastPkts
-    {35, wide<IPMIB_IP_IN_MCAST_PKTS>},                // HCInMcastPkts
-    {36, narrow<IPMIB_IP_IN_MCAST_OCTETS>},            // InMcastOctets
-    {37, wide<IPMIB_IP_IN_MCAST_OCTETS>},              // HCInMcastOctets
-    {38, narrow<IPMIB_IP_OUT_MCAST_PKTS>},             // OutMcastPkts
-    {39, wide<IPMIB_IP_OUT_MCAST_PKTS>},               // HCOutMcastPkts
-    {40, narrow<IPMIB_IP_OUT_MCAST_OCTETS>},           // OutMcastOctets
-    {41, wide<IPMIB_IP_OUT_MCAST_OCTETS>},             // HCOutMcastOctets
-    {42, narrow<IPMIB_IP_IN_BCAST_PKTS>},              // InBcastPkts
-    {43, wide<IPMIB_IP_IN_BCAST_PKTS>},                // HCInBcastPkts
-    {44, narrow<IPMIB_IP_OUT_BCAST_PKTS>},             // OutBcastPkts
-    {45, wide<IPMIB_IP_OUT_BCAST_PKTS>},               // HCOutBcastPkts
+    narrow<IPMIB_IP_IN_RECEIVES>(3),                   // InReceives
+    wide<IPMIB_IP_IN_RECEIVES>(4),                     // HCInReceives
+    narrow<IPMIB_IP_IN_OCTETS>(5),                     // InOctets
+    wide<IPMIB_IP_IN_OCTETS>(6),                       // HCInOctets
+    narrow<IPMIB_IP_IN_HDR_ERRORS>(7),                 // InHdrErrors
+    narrow<IPMIB_IP_IN_NO_ROUTES>(8),                  // InNoRoutes
+    narrow<IPMIB_IP_IN_ADDR_ERRORS>(9),                // InAddrErrors
+    narrow<IPMIB_IP_IN_UNKNOWN_PROTOS>(10),            // InUnknownProtos
+    narrow<IPMIB_IP_IN_TRUNCATED_PKTS>(11),            // InTruncatedPkts
+    narrow<IPMIB_IP_IN_FORW_DATAGRAMS>(12),            // InForwDatagrams
+    wide<IPMIB_IP_IN_FORW_DATAGRAMS>(13),              // HCInForwDatagrams
+    narrow<IPMIB_IP_REASM_REQDS>(14),                  // ReasmReqds
+    narrow<IPMIB_IP_REASM_OKS>(15),                    // ReasmOKs
+    narrow<IPMIB_IP_REASM_FAILS>(16),                  // ReasmFails
+    narrow<IPMIB_IP_IN_DISCARDS>(17),                  // InDiscards
+    narrow<IPMIB_IP_IN_DELIVERS>(18),                  // InDelivers
+    wide<IPMIB_IP_IN_DELIVERS>(19),                    // HCInDelivers
+    narrow<IPMIB_IP_OUT_REQUESTS>(20),                 // OutRequests
+    wide<IPMIB_IP_OUT_REQUESTS>(21),                   // HCOutRequests
+    narrow<IPMIB_IP_OUT_NO_ROUTES>(22),                // OutNoRoutes
+    narrow<IPMIB_IP_OUT_FORW_DATAGRAMS>(23),           // OutForwDatagrams
+    wide<IPMIB_IP_OUT_FORW_DATAGRAMS>(24),             // HCOutForwDatagrams
+    narrow<IPMIB_IP_OUT_DISCARDS>(25),                 // OutDiscards
+    narrow<IPMIB_IP_OUT_FRAG_REQDS>(26),               // OutFragReqds
+    narrow<IPMIB_IP_OUT_FRAG_OKS>(27),                 // OutFragOKs
+    narrow<IPMIB_IP_OUT_FRAG_FAILS>(28),               // OutFragFails
+    narrow<IPMIB_IP_OUT_FRAG_CREATES>(29),             // OutFragCreates
+    narrow<IPMIB_IP_OUT_TRANSMITS>(30),                // OutTransmits
+    wide<IPMIB_IP_OUT_TRANSMITS>(31),                  // HCOutTransmits
+    narrow<IPMIB_IP_OUT_OCTETS>(32),                   // OutOctets
+    wide<IPMIB_IP_OUT_OCTETS>(33),                     // HCOutOctets
+    narrow<IPMIB_IP_IN_MCAST_PKTS>(34),                // InMcastPkts
+    wide<IPMIB_IP_IN_MCAST_PKTS>(35),                  // HCInMcastPkts
+    narrow<IPMIB_IP_IN_MCAST_OCTETS>(36),              // InMcastOctets
+    wide<IPMIB_IP_IN_MCAST_OCTETS>(37),                // HCInMcastOctets
+    narrow<IPMIB_IP_OUT_MCAST_PKTS>(38),               // OutMcastPkts
+    wide<IPMIB_IP_OUT_MCAST_PKTS>(39),                 // HCOutMcastPkts
+    narrow<IPMIB_IP_OUT_MCAST_OCTETS>(40),             // OutMcastOctets
+    wide<IPMIB_IP_OUT_MCAST_OCTETS>(41),               // HCOutMcastOctets
+    narrow<IPMIB_IP_IN_BCAST_PKTS>(42),                // InBcastPkts
+    wide<IPMIB_IP_IN_BCAST_PKTS>(43),                  // HCInBcastPkts
+    narrow<IPMIB_IP_OUT_BCAST_PKTS>(44),               // OutBcastPkts
+    wide<IPMIB_IP_OUT_BCAST_PKTS>(45),                 // HCOutBcastPkts
     {46, [](const CounterRow &) { return ticks(0); }}, // DiscontinuityTime: they count from the start on
     {47, [](const CounterRow &) { return gauge(0); }}, // RefreshRate: each packet sees them as they are
 };

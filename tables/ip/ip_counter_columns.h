@@ -13,11 +13,13 @@ namespace ipmib::tables
 struct CounterRow {
     host::SubId ifIndex; // 0 for the system
     IpmibIpCounters counters;
+    std::uint64_t wanted; // of the counters, by bits; the others may be missing
 };
 
 using CounterColumn = host::RowColumn<CounterRow>;
 
-// All of them, ascending.
+// All of them, ascending. What a column needs is the counter's bit.
+static_assert(IPMIB_IP_COUNTERS <= 32);
 std::span<const CounterColumn> counterColumns();
 // Those with these numbers.
 std::vector<CounterColumn> counterColumns(std::span<const host::SubId> numbers);

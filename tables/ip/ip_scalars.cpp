@@ -20,29 +20,33 @@ constexpr host::RowColumn<IpmibIpSettings> settings[] = {
 };
 
 template <unsigned counter>
-Cell counted(const IpmibIpCounters &counters)
+constexpr host::RowColumn<IpmibIpCounters> counted(host::SubId number)
 {
-    return (counters.counted >> counter & 1) != 0 ? counter32(counters.value[counter]) : Cell();
+    return {number,
+            [](const IpmibIpCounters &counters) {
+                return (counters.counted >> counter & 1) != 0 ? counter32(counters.value[counter]) : Cell();
+            },
+            1U << counter};
 }
 
 constexpr host::RowColumn<IpmibIpCounters> counters[] = {
-    {3, counted<IPMIB_IP_IN_RECEIVES>},       // ipInReceives
-    {4, counted<IPMIB_IP_IN_HDR_ERRORS>},     // ipInHdrErrors
-    {5, counted<IPMIB_IP_IN_ADDR_ERRORS>},    // ipInAddrErrors
-    {6, counted<IPMIB_IP_IN_FORW_DATAGRAMS>}, // ipForwDatagrams
-    {7, counted<IPMIB_IP_IN_UNKNOWN_PROTOS>}, // ipInUnknownProtos
-    {8, counted<IPMIB_IP_IN_DISCARDS>},       // ipInDiscards
-    {9, counted<IPMIB_IP_IN_DELIVERS>},       // ipInDelivers
-    {10, counted<IPMIB_IP_OUT_REQUESTS>},     // ipOutRequests
-    {11, counted<IPMIB_IP_OUT_DISCARDS>},     // ipOutDiscards
-    {12, counted<IPMIB_IP_OUT_NO_ROUTES>},    // ipOutNoRoutes
-    {14, counted<IPMIB_IP_REASM_REQDS>},      // ipReasmReqds
-    {15, counted<IPMIB_IP_REASM_OKS>},        // ipReasmOKs
-    {16, counted<IPMIB_IP_REASM_FAILS>},      // ipReasmFails
-    {17, counted<IPMIB_IP_OUT_FRAG_OKS>},     // ipFragOKs
-    {18, counted<IPMIB_IP_OUT_FRAG_FAILS>},   // ipFragFails
-    {19, counted<IPMIB_IP_OUT_FRAG_CREATES>}, // ipFragCreates
-    {23, counted<IPMIB_IP_ROUTING_DISCARDS>}, // ipRoutingDiscards
+    counted<IPMIB_IP_IN_RECEIVES>(3),       // ipInReceives
+    counted<IPMIB_IP_IN_HDR_ERRORS>(4),     // ipInHdrErrors
+    counted<IPMIB_IP_IN_ADDR_ERRORS>(5),    // ipInAddrErrors
+    counted<IPMIB_IP_IN_FORW_DATAGRAMS>(6), // ipForwDatagrams
+    counted<IPMIB_IP_IN_UNKNOWN_PROTOS>(7), // ipInUnknownProtos
+    counted<IPMIB_IP_IN_DISCARDS>(8),       // ipInDiscards
+    counted<IPMIB_IP_IN_DELIVERS>(9),       // ipInDelivers
+    counted<IPMIB_IP_OUT_REQUESTS>(10),     // ipOutRequests
+    counted<IPMIB_IP_OUT_DISCARDS>(11),     // ipOutDiscards
+    counted<IPMIB_IP_OUT_NO_ROUTES>(12),    // ipOutNoRoutes
+    counted<IPMIB_IP_REASM_REQDS>(14),      // ipReasmReqds
+    counted<IPMIB_IP_REASM_OKS>(15),        // ipReasmOKs
+    counted<IPMIB_IP_REASM_FAILS>(16),      // ipReasmFails
+    counted<IPMIB_IP_OUT_FRAG_OKS>(17),     // ipFragOKs
+    counted<IPMIB_IP_OUT_FRAG_FAILS>(18),   // ipFragFails
+    counted<IPMIB_IP_OUT_FRAG_CREATES>(19), // ipFragCreates
+    counted<IPMIB_IP_ROUTING_DISCARDS>(23), // ipRoutingDiscards
 };
 
 struct InterfaceChanges {
@@ -78,6 +82,10 @@ bool readSettings(const IpmibIpHooks &ip, IpmibIpSettings &row)
 
 bool readCounters(const IpmibIpHooks &ip, IpmibIpCounters &row)
 {
+    row.counted = 0;
+    for (const auto &column : counters) {
+        row.counted |= column.needs; // which are wanted
+    }
     return ip.system_counters(IPMIB_IPV4, &row) == 0;
 }
 

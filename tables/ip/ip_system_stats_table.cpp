@@ -24,11 +24,21 @@ class SystemRows : public VersionIndex<version>
     SystemRows(const IpmibIpHooks &ip, std::vector<CounterColumn> columns) : ip_(ip), columns_(std::move(columns)) {}
 
     std::span<const CounterColumn> columns() const { return columns_; }
-    bool find(const Index &, Row &row) const { return ip_.system_counters(version, &row.counters) == 0; }
+    bool find(const Index &, Row &row) const { return read(row, 0); }
     bool next(const Index *behind, Row &row) const { return behind == nullptr && find({}, row); }
+    bool complete(Row &row, unsigned needs) const
+    {
+        return ((row.counters.counted | row.wanted) & needs) != 0 || read(row, row.wanted | needs);
+    }
     Index indexOf(const Row &) const { return {version}; }
 
   private:
+    bool read(Row &row, std::uint64_t wanted) const
+    {
+        row.counters.counted = row.wanted = wanted;
+        return ip_.system_counters(version, &row.counters) == 0;
+    }
+
     const IpmibIpHooks &ip_;
     std::vector<CounterColumn> columns_;
 };

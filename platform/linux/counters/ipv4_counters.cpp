@@ -16,6 +16,15 @@ void setCounted(IpmibIpCounters &counters, unsigned which, std::uint64_t value)
     counters.counted |= std::uint64_t{1} << which;
 }
 
+void addCounted(IpmibIpCounters &counters, const Text::Values &values)
+{
+    for (unsigned which = 0; which < IPMIB_IP_COUNTERS; ++which) {
+        if (values.there[which]) {
+            setCounted(counters, which, values.value[which]);
+        }
+    }
+}
+
 } // namespace
 
 bool Ipv4Counters::read(ProcFile &file, Ipv4CounterText &text, Ipv4CounterText::Values &values, bool &fresh)
@@ -38,15 +47,9 @@ bool Ipv4Counters::ip(IpmibIpCounters &counters)
     if (!readSnmp()) {
         return false;
     }
-    const bool more = readNetstat();
+    const std::uint64_t wanted = counters.counted;
     counters = IpmibIpCounters{};
-    for (unsigned which = 0; which < IPMIB_IP_COUNTERS; ++which) {
-        if (snmpValues_.there[which]) {
-            setCounted(counters, which, snmpValues_.value[which]);
-        } else if (more && netstatValues_.there[which]) {
-            setCounted(counters, which, netstatValues_.value[which]);
-        }
-    }
+    addCounted(counters, snmpValues_);
     const auto &value = counters.value;
     // The kernel counts what it forwards when it goes out.
     setCounted(counters, IPMIB_IP_IN_FORW_DATAGRAMS, value[IPMIB_IP_OUT_FORW_DATAGRAMS]);
@@ -56,6 +59,9 @@ bool Ipv4Counters::ip(IpmibIpCounters &counters)
     setCounted(counters, IPMIB_IP_OUT_FRAG_REQDS, value[IPMIB_IP_OUT_FRAG_OKS] + value[IPMIB_IP_OUT_FRAG_FAILS]);
     // Linux keeps no cache of routes that it could drop for want of room.
     setCounted(counters, IPMIB_IP_ROUTING_DISCARDS, 0);
+    if ((wanted & ~counters.counted) != 0 && readNetstat()) {
+        addCounted(counters, netstatValues_);
+    }
     return true;
 }
 

@@ -100,6 +100,8 @@ class IpCountersNetns : public testing::Test
     std::optional<PlatformInside> platform_;
 };
 
+constexpr std::uint64_t everyCounter = ~std::uint64_t{0}; // is wanted
+
 void expectCounters(const IpmibIpCounters &counters, const std::map<unsigned, std::uint64_t> &expected)
 {
     for (unsigned which = 0; which < IPMIB_IP_COUNTERS; ++which) {
@@ -115,6 +117,7 @@ TEST_F(IpCountersNetns, ofTheSystemAreTheKernelsForBothVersions)
     IpmibIpCounters ipv4;
     IpmibIpCounters ipv6;
     Kernel kernel = still([&] {
+        ipv4.counted = everyCounter;
         ASSERT_TRUE(ip().systemCounters(IPMIB_IPV4, ipv4));
         ASSERT_TRUE(ip().systemCounters(IPMIB_IPV6, ipv6));
     });
@@ -292,9 +295,11 @@ TEST_F(IpCountersNetns, aPacketOfRequestsIsAnsweredFromOneReading)
 {
     (*platform_)->beginPacket();
     IpmibIpCounters before;
+    before.counted = everyCounter;
     ASSERT_TRUE(ip().systemCounters(IPMIB_IPV4, before));
     here_->run("ping -q -c 1 127.0.0.1 >/dev/null");
     IpmibIpCounters again;
+    again.counted = everyCounter;
     IpmibIcmpCounters icmp;
     ASSERT_TRUE(ip().systemCounters(IPMIB_IPV4, again));
     ASSERT_TRUE(ip().icmpCounters(IPMIB_IPV4, icmp));
@@ -304,6 +309,22 @@ TEST_F(IpCountersNetns, aPacketOfRequestsIsAnsweredFromOneReading)
     (*platform_)->beginPacket();
     ASSERT_TRUE(ip().systemCounters(IPMIB_IPV4, again));
     EXPECT_GE(again.value[IPMIB_IP_IN_RECEIVES], before.value[IPMIB_IP_IN_RECEIVES] + 2);
+}
+
+TEST_F(IpCountersNetns, aFileThatHasNoneOfTheCountersWantedIsNotRead)
+{
+    const auto readsFor = [this](std::uint64_t wanted) {
+        (*platform_)->beginPacket();
+        const std::uint64_t before = (*platform_)->ipv4Counters().kernelReads();
+        IpmibIpCounters counters;
+        counters.counted = wanted;
+        EXPECT_TRUE(ip().systemCounters(IPMIB_IPV4, counters));
+        EXPECT_EQ(counters.counted & wanted, wanted);
+        return (*platform_)->ipv4Counters().kernelReads() - before;
+    };
+    EXPECT_EQ(readsFor(0), 1u) << "whether there is a row";
+    EXPECT_EQ(readsFor(1U << IPMIB_IP_IN_RECEIVES | 1U << IPMIB_IP_OUT_FRAG_REQDS), 1u);
+    EXPECT_EQ(readsFor(1U << IPMIB_IP_IN_RECEIVES | 1U << IPMIB_IP_IN_OCTETS), 2u);
 }
 
 TEST_F(IpCountersNetns, settingsAreThoseOfTheKernelAsTheyAreNow)
