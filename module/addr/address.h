@@ -28,13 +28,22 @@ inline bool isLinkLocal(const std::uint8_t *address)
     return address[0] == 0xFE && (address[1] & 0xC0) == 0x80;
 }
 
+// Negative, 0 or positive. The search for the next link-local address compares those of all interfaces, so this is no
+// call of memcmp.
 inline int compareAddresses(const std::uint8_t *left, const std::uint8_t *right)
 {
-    return std::memcmp(left, right, addressSize);
+    for (std::uint32_t at = 0; at < addressSize; at += sizeof(std::uint32_t)) {
+        const std::uint32_t ofLeft = ipmib_be32_read(left + at);
+        const std::uint32_t ofRight = ipmib_be32_read(right + at);
+        if (ofLeft != ofRight) {
+            return ofLeft < ofRight ? -1 : 1;
+        }
+    }
+    return 0;
 }
 inline bool sameAddress(const std::uint8_t *left, const std::uint8_t *right)
 {
-    return compareAddresses(left, right) == 0;
+    return std::memcmp(left, right, addressSize) == 0; // which compilers know how to do in place
 }
 inline bool isZero(const std::uint8_t *address)
 {
