@@ -14,8 +14,8 @@ class Ipv4Counters
   public:
     void newPacket() { freshSnmp_ = freshNetstat_ = false; }
 
-    // False when the kernel does not say. Of `ip` the counters whose bits are set in `counted`, and others as they come:
-    // /proc/net/netstat takes the kernel longer than the rest together, and has few that are asked for alone.
+    // False when the kernel does not say. Of `ip` those counters whose bits are set in `counted`, and others as they
+    // come: /proc/net/netstat takes the kernel longer than all else, and has few that are asked for alone.
     bool ip(IpmibIpCounters &counters);
     bool icmp(IpmibIcmpCounters &counters);
     bool tcp(IpmibTcpCounters &counters);
