@@ -8,8 +8,8 @@
 // In a network namespace of its own, which ends with the process; needs root. The socket's buffer is that of a process
 // without capabilities.
 #include "platform.h"
+#include "route_changes.h"
 
-#include <arpa/inet.h>
 #include <sched.h>
 #include <time.h>
 
@@ -27,59 +27,13 @@ namespace
 {
 
 using namespace ipmib::platform;
+using ipmib::bench::RouteChanges;
 using Clock = std::chrono::steady_clock;
 
 double millisecondsSince(Clock::time_point start)
 {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
-
-constexpr unsigned interfaces = 256;
-
-// Changes routes as fast as the kernel takes them: nobody waits for an answer.
-class Changes
-{
-  public:
-    bool open() { return socket_.open(); }
-    void ipv4(std::uint16_t type, unsigned from, unsigned count, unsigned hops)
-    {
-        for (unsigned i = from; i < from + count; ++i) {
-            const std::uint32_t destination = htonl((20u << 24) + (i << 8));
-            const unsigned hop = i % hops;
-            const std::uint32_t gateway = htonl((10u << 24) + (hop % interfaces << 16) + hop / interfaces + 2);
-            change(type, AF_INET, 24, &destination, &gateway, sizeof destination);
-        }
-    }
-    void ipv6(std::uint16_t type, unsigned count, unsigned hops)
-    {
-        for (unsigned i = 0; i < count; ++i) {
-            std::uint8_t destination[16];
-            PackedAddress{(std::uint64_t{0x2001'1000} << 32) + (std::uint64_t{i} << 16), 0}.copyTo(destination);
-            std::uint8_t gateway[16];
-            const unsigned hop = i % hops;
-            PackedAddress{(std::uint64_t{0xfd00} << 48) + hop % interfaces, hop / interfaces + 2}.copyTo(gateway);
-            change(type, AF_INET6, 48, destination, gateway, sizeof destination);
-        }
-    }
-
-  private:
-    void change(std::uint16_t type, std::uint8_t family, std::uint8_t length, const void *destination,
-                const void *gateway, std::size_t size)
-    {
-        RtnetlinkRequest request(type, type == RTM_NEWROUTE ? NLM_F_CREATE : 0);
-        auto &header = request.family<rtmsg>();
-        header.rtm_family = family;
-        header.rtm_dst_len = length;
-        header.rtm_table = RT_TABLE_MAIN;
-        header.rtm_protocol = RTPROT_BGP;
-        header.rtm_type = RTN_UNICAST;
-        mnl_attr_put(request.message(), RTA_DST, size, destination);
-        mnl_attr_put(request.message(), RTA_GATEWAY, size, gateway);
-        socket_.send(request);
-    }
-
-    Rtnetlink socket_;
-};
 
 std::string statusOf(const char *name)
 {
@@ -133,11 +87,12 @@ int main(int argc, char **argv)
     const unsigned hops = std::max(1u, number(3, 50'000));
     const unsigned storm = number(4, 200'000);
     // The kernel looks through all next hops on an interface for each route that comes.
-    const std::string addInterfaces = "ip link set lo up; for i in $(seq 0 " + std::to_string(interfaces - 1) +
+    const std::string addInterfaces = "ip link set lo up; for i in $(seq 0 " +
+                                      std::to_string(RouteChanges::interfaces - 1) +
                                       "); do h=$(printf %x $i); echo link add b$i type bridge; echo link set b$i up; "
                                       "echo addr add 10.$i.0.1/16 dev b$i;"
                                       "echo addr add fd00:0:0:$h::1/64 dev b$i nodad; done | ip -batch -";
-    Changes changes;
+    RouteChanges changes;
     if (unshare(CLONE_NEWNET) != 0 || std::system(addInterfaces.c_str()) != 0 || !changes.open()) {
         std::fprintf(stderr, "bench_live_routes: cannot make a network namespace\n");
         return EXIT_FAILURE;

@@ -164,7 +164,8 @@ class Tables
     {
         for (KernelTable *table : dumped_) { // not neighbours, whose end asks the kernel, which is not there
             if (complete) {
-                table->sweep(generation_);
+                while (!table->sweep(generation_)) {
+                }
             }
         }
         ++generation_;

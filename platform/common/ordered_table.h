@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -149,7 +150,7 @@ class OrderedTable
     template <class Leaves>
     void eraseIf(Leaves leaves)
     {
-        eraseEach([&](const Row &row, Generation) { return leaves(row); });
+        eraseEach(0, chunks_.size(), [&](const Row &row, Generation) { return leaves(row); });
     }
 
     // Takes out all rows that were not put with this generation. Returns them, in order.
@@ -175,13 +176,28 @@ class OrderedTable
     template <class Gone>
     void sweep(Generation generation, Gone gone)
     {
-        eraseEach([&](const Row &row, Generation last) {
+        eraseEach(0, chunks_.size(), [&](const Row &row, Generation last) {
             const bool leaves = last != generation;
             if (leaves) {
                 gone(row);
             }
             return leaves;
         });
+    }
+
+    // One piece of such a pass over all rows: some `rows` of them from `from` on (nothing: from the first one), and
+    // takes out those for which leaves(row, generation) says so. Where the next piece begins; nothing at the end.
+    template <class Leaves>
+    std::optional<Row> eraseSome(const std::optional<Row> &from, std::size_t rows, Leaves leaves)
+    {
+        const std::size_t begin = from ? chunkOf([&](const Row &row) { return less_(row, *from); }) : 0;
+        const std::size_t end = std::min(begin + rows / capacity + 1, chunks_.size());
+        std::optional<Row> next;
+        if (end < chunks_.size()) {
+            next = chunks_[end]->rows[0];
+        }
+        eraseEach(std::min(begin, end), end, leaves);
+        return next;
     }
 
     // Calls visit(row) for each row in order.
@@ -215,13 +231,13 @@ class OrderedTable
         Generation generations[capacity];
     };
 
+    // Of the chunks from `begin` to `end`.
     template <class Leaves>
-    void eraseEach(Leaves leaves)
+    void eraseEach(std::size_t begin, std::size_t end, Leaves leaves)
     {
-        std::size_t kept = 0; // chunks
-        size_ = 0;
+        std::size_t kept = begin; // chunks
         last_ = {};
-        for (std::size_t at = 0; at < chunks_.size(); ++at) {
+        for (std::size_t at = begin; at < end; ++at) {
             Chunk &chunk = *chunks_[at];
             std::size_t count = 0;
             for (std::size_t i = 0; i < chunk.count; ++i) {
@@ -234,13 +250,14 @@ class OrderedTable
                 }
                 ++count;
             }
+            size_ -= chunk.count - count;
             chunk.count = count;
-            size_ += count;
             if (count != 0 && (kept == 0 || !moveInto(*chunks_[kept - 1], chunk))) {
                 std::swap(chunks_[kept++], chunks_[at]);
             }
         }
-        chunks_.resize(kept);
+        chunks_.erase(chunks_.begin() + static_cast<std::ptrdiff_t>(kept),
+                      chunks_.begin() + static_cast<std::ptrdiff_t>(end));
     }
 
     // Of two chunks in a row, when the rows of both leave room in one.

@@ -5,6 +5,7 @@
 #include "addresses/address_table.h"
 #include "addresses/anycast_table.h"
 #include "addresses/prefix_table.h"
+#include "counters/system_counters.h"
 #include "routes/route_table.h"
 #include "routes/router_list.h"
 
@@ -14,8 +15,8 @@ namespace ipmib::platform
 class Addressing
 {
   public:
-    Addressing(DumpQueue &dumps, DumpQueue &routeDumps, Rtnetlink &requests)
-        : dumps_(dumps), routeDumps_(routeDumps), requests_(requests)
+    Addressing(DumpQueue &dumps, DumpQueue &routeDumps, Rtnetlink &requests, SystemCounters &counters)
+        : dumps_(dumps), routeDumps_(routeDumps), requests_(requests), counters_(counters)
     {
     }
 
@@ -38,8 +39,8 @@ class Addressing
     // Whether a router has joined it because it is one: the address of all routers of a prefix of its interface.
     bool isOfAllRouters(const Anycast &anycast);
     RouteFeed &routeFeed() { return routes_; }
-    // With lifetimes of now: asks the kernel at most every tenth of a second, only while there are learned routers, and
-    // with the first question of a packet, so that all answers of a packet agree.
+    // With lifetimes of now: asks the kernel when an advertisement has come, at most every tenth of a second, only
+    // while there are learned routers, and with the first question of a packet, so that all answers of a packet agree.
     const RouterList &routers();
     void newPacket() { routersAsked_ = false; }
 
@@ -53,10 +54,12 @@ class Addressing
     void connect();
     void applyAnycast(const PackedAddress &address, std::uint32_t ifIndex, bool joined);
     void listRouters();
+    bool advertisementCame();
 
     DumpQueue &dumps_;
     DumpQueue &routeDumps_;
     Rtnetlink &requests_;
+    SystemCounters &counters_;
     AddressTable addresses_;
     AnycastTable anycasts_;
     RouteTable routes_;
@@ -67,7 +70,9 @@ class Addressing
     Mirror addressMirror_{addresses_, dumps_};
     Mirror anycastMirror_{anycasts_, dumps_};
     Mirror routeMirror_{routes_, routeDumps_};
-    std::uint64_t nextReadMs_ = 0; // since boot
+    std::uint64_t nextReadMs_ = 0;                // since boot
+    std::optional<std::uint64_t> advertisements_; // that had been counted before the last reading
+    bool readOnceMore_ = false;
     std::uint64_t kernelReads_ = 0;
 };
 

@@ -79,6 +79,7 @@ class Platform
     std::string followIpv4() { return followRows(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_NEIGHBOURS); }
     std::string followRows(std::uint32_t rows) { return ipv4_.follow(rows, loop_, receiveBuffer_); }
     std::string followRoutes() { return ipv4_.followRoutes(loop_, receiveBuffer_); }
+    EventLoop &loop() { return loop_; }
     Ipv4 &ipv4() { return ipv4_; }
     // For tables outside the module.
     IpRows &ip() { return ip_; }
@@ -128,13 +129,13 @@ class Platform
     LinkTable links_;
     Mirror linkMirror_{links_, dumps_};
     Rtnetlink requests_;
-    Addressing addressing_{dumps_, routeDumps_, requests_};
+    SystemCounters systemCounters_;
+    Addressing addressing_{dumps_, routeDumps_, requests_, systemCounters_};
     Neighbours neighbours_{dumps_, AF_INET6};
     Ipv4 ipv4_{dumps_, routeDumps_};
     Ip6LinkReader ip6Links_{requests_};
     LinkTrafficReader linkTraffic_{requests_};
     LinkSpeeds linkSpeeds_;
-    SystemCounters systemCounters_;
     Ipv4Counters ipv4Counters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     Ipv4Accounting ipv4Accounting_;

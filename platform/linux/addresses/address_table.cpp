@@ -75,7 +75,7 @@ void AddressTable::fill(const nlmsghdr &message, Generation generation)
     }
 }
 
-void AddressTable::sweep(Generation generation)
+bool AddressTable::sweep(Generation generation)
 {
     linkLocals_.sweep(generation);
     for (const Address &gone : globals_.sweep(generation)) {
@@ -85,6 +85,7 @@ void AddressTable::sweep(Generation generation)
     }
     ++version_;
     ++linkLocalVersion_;
+    return true;
 }
 
 void AddressTable::apply(const nlmsghdr &message)

@@ -45,7 +45,7 @@ class AddressTable : public KernelTable
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_IFADDR}; }
     RtnetlinkRequest dump(std::size_t which) override;
     void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
+    bool sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:

@@ -56,11 +56,12 @@ void AnycastTable::fill(const nlmsghdr &message, Generation generation)
     }
 }
 
-void AnycastTable::sweep(Generation generation)
+bool AnycastTable::sweep(Generation generation)
 {
     for (const Anycast &gone : rows_.sweep(generation)) {
         tellChange(gone);
     }
+    return true;
 }
 
 } // namespace ipmib::platform

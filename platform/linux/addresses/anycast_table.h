@@ -37,7 +37,7 @@ class AnycastTable : public KernelTable
     std::vector<unsigned> groups() const override { return {}; }
     RtnetlinkRequest dump(std::size_t which) override;
     void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
+    bool sweep(Generation generation) override;
     void apply(const nlmsghdr &) override {}
 
   private:

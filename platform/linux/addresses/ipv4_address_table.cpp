@@ -112,12 +112,13 @@ void Ipv4AddressTable::fill(const nlmsghdr &message, Generation generation)
     }
 }
 
-void Ipv4AddressTable::sweep(Generation generation)
+bool Ipv4AddressTable::sweep(Generation generation)
 {
     for (const Ipv4Address &gone : rows_.sweep(generation)) {
         leaveOrders(gone);
     }
     ++version_;
+    return true;
 }
 
 void Ipv4AddressTable::apply(const nlmsghdr &message)

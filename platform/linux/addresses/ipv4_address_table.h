@@ -89,7 +89,7 @@ class Ipv4AddressTable : public KernelTable
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV4_IFADDR}; }
     RtnetlinkRequest dump(std::size_t which) override;
     void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
+    bool sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:

@@ -19,17 +19,17 @@ namespace
 constexpr int answerTimeout = 5000; // ms
 constexpr int receiveBuffer = 1024 * 1024;
 
-// A kernel without the table (IPv6 switched off) has no rows of it.
+// A kernel without the table (IPv6 switched off, a routing table that nobody has used) has no rows of it.
 bool meansEmpty(int error)
 {
-    return error == EOPNOTSUPP || error == EAFNOSUPPORT;
+    return error == EOPNOTSUPP || error == EAFNOSUPPORT || error == ENOENT;
 }
 } // namespace
 
 std::string DumpQueue::start(EventLoop &loop)
 {
     loop_ = &loop;
-    const bool timers = soon_.open(loop, [this] { begin(); }) && retry_.open(loop, [this] {
+    const bool timers = soon_.open(loop, [this] { readPieces(); }) && retry_.open(loop, [this] {
         for (Mirror *mirror : std::exchange(later_, {})) {
             mirror->refresh();
         }
@@ -49,6 +49,7 @@ void DumpQueue::stop()
     waiting_.clear();
     later_.clear();
     reading_ = false;
+    sweeping_ = false;
 }
 
 bool DumpQueue::openSocket()
@@ -57,12 +58,7 @@ bool DumpQueue::openSocket()
         lastError_ = socket_.error();
         return false;
     }
-    const auto readPieces = [this] {
-        const auto end = std::chrono::steady_clock::now() + longestPiece;
-        while (readPiece() && std::chrono::steady_clock::now() < end) {
-        }
-    };
-    if (!loop_->watch(socket_.descriptor(), EventLoop::Work::background, readPieces)) {
+    if (!loop_->watch(socket_.descriptor(), EventLoop::Work::background, [this] { readPieces(); })) {
         lastError_ = std::string("watch: ") + std::strerror(errno);
         socket_.close();
         return false;
@@ -93,10 +89,21 @@ void DumpQueue::remove(Mirror &mirror)
     if (reading_ && waiting_.front() == &mirror) {
         waiting_.pop_front();
         reading_ = false;
+        sweeping_ = false;
         closeSocket();
         begin();
     } else {
         std::erase(waiting_, &mirror);
+    }
+}
+
+void DumpQueue::readPieces()
+{
+    const auto end = std::chrono::steady_clock::now() + longestPiece;
+    while (readPiece() && std::chrono::steady_clock::now() < end) {
+    }
+    if (sweeping_) {
+        soon_.arm(0);
     }
 }
 
@@ -156,6 +163,10 @@ bool DumpQueue::readPiece()
     if (!reading_) {
         return false;
     }
+    if (sweeping_) {
+        sweep();
+        return !idle();
+    }
     Mirror &mirror = *waiting_.front();
     const Rtnetlink::Read result =
         socket_.read([&](const nlmsghdr &message) { mirror.table_.fill(message, mirror.generation_); });
@@ -192,9 +203,8 @@ void DumpQueue::finish(Rtnetlink::Read result)
         return;
     }
     if (!interrupted_) {
-        mirror.table_.sweep(mirror.generation_);
-        mirror.saidCannotRead_ = false;
-        end(true);
+        sweeping_ = true;
+        soon_.arm(0); // no descriptor becomes readable for it
         return;
     }
     ++timesInterrupted_;
@@ -205,6 +215,16 @@ void DumpQueue::finish(Rtnetlink::Read result)
     }
     tryAgainLater(mirror, "the table changed during each of " + std::to_string(attempts) + " readings");
     end(false);
+}
+
+void DumpQueue::sweep()
+{
+    Mirror &mirror = *waiting_.front();
+    if (mirror.table_.sweep(mirror.generation_)) {
+        sweeping_ = false;
+        mirror.saidCannotRead_ = false;
+        end(true);
+    }
 }
 
 void DumpQueue::fail()

@@ -70,6 +70,9 @@ void Mirror::refreshSoon()
 
 void Mirror::readAnnouncements(unsigned most)
 {
+    if (state_ != State::dumping && !applyHeld(std::min(most, announcementsPerTurn))) {
+        return;
+    }
     for (unsigned i = 0; i < most; ++i) {
         if (state_ == State::dumping && held_.size() >= mostHeld) {
             return;
@@ -99,14 +102,27 @@ void Mirror::readAnnouncements(unsigned most)
     }
 }
 
-void Mirror::applyHeld()
+// Until the last one has been applied the rows are what the reading has brought. False when some are left for later.
+bool Mirror::applyHeld(unsigned most)
 {
-    const std::vector<std::byte> held = std::exchange(held_, {});
-    auto left = static_cast<int>(held.size());
-    for (auto *message = reinterpret_cast<const nlmsghdr *>(held.data()); holdsMessage(message, left);
-         message = mnl_nlmsg_next(message, &left)) {
+    auto left = static_cast<int>(held_.size() - heldFrom_);
+    const auto *message = reinterpret_cast<const nlmsghdr *>(held_.data() + heldFrom_);
+    for (; most > 0 && holdsMessage(message, left); --most) {
         table_.apply(*message);
+        message = mnl_nlmsg_next(message, &left);
     }
+    if (left > 0) {
+        heldFrom_ = held_.size() - static_cast<std::size_t>(left);
+        catchesUp_ = catchesUp_ || catchUp_.open(*loop_, [this] { readAnnouncements(announcementsPerTurn); });
+        if (catchesUp_) {
+            catchUp_.arm(0);
+            return false;
+        }
+        return applyHeld(UINT_MAX);
+    }
+    held_ = {};
+    heldFrom_ = 0;
+    return true;
 }
 
 void Mirror::lost()
@@ -146,7 +162,7 @@ void Mirror::readWhenCalm()
 void Mirror::dumpBegins()
 {
     state_ = State::waiting; // also when it follows an interrupted one
-    applyHeld();
+    applyHeld(UINT_MAX);
     readAnnouncements(); // what is older than the dump must not be applied to it
     state_ = State::dumping;
     again_ = false;
@@ -165,8 +181,7 @@ void Mirror::dumpEnds(bool well)
     timesRead_ += well ? 1 : 0;
     ++timesEnded_;
     readingTook_ = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - readingBegan_);
-    applyHeld();
-    readAnnouncements();
+    readAnnouncements(announcementsPerTurn);
     if (lostSince_) {
         readWhenCalm();
     } else if (well) {

@@ -42,8 +42,9 @@ class KernelTable
 
     // A message of a dump: its rows come in, or are changed, and have this generation.
     virtual void fill(const nlmsghdr &message, Generation generation) = 0;
-    // All dumps of a reading have ended well: rows that do not have this generation are gone.
-    virtual void sweep(Generation generation) = 0;
+    // All dumps of a reading have ended well: rows that do not have this generation are gone. Called until it is true,
+    // packets between: a large table does this in pieces.
+    virtual bool sweep(Generation generation) = 0;
     // Whether the kernel, when it announces this while it dumps the table, may have passed other rows over without
     // marking the dump as interrupted.
     virtual bool disturbs(const nlmsghdr &) const { return false; }
@@ -82,7 +83,7 @@ class Mirror
     // For tests and the log: how often the table was read, and how often announcements were lost.
     unsigned timesRead() const { return timesRead_; }
     unsigned timesLost() const { return timesLost_; }
-    bool refreshing() const { return state_ != State::live || calm_.armed(); }
+    bool refreshing() const { return state_ != State::live || calm_.armed() || !held_.empty(); }
     // How often a reading ended, well or not.
     unsigned timesEnded() const { return timesEnded_; }
 
@@ -95,8 +96,7 @@ class Mirror
     static constexpr unsigned announcementsPerRead = 100'000;
     // Between packets: well below a millisecond.
     static constexpr unsigned announcementsPerTurn = 200;
-    // Octets of announcements that are kept while the table is read: some 5,000, which are applied in 5 ms. Others wait
-    // in the socket.
+    // Octets of announcements that are kept while the table is read: some 5,000. Others wait in the socket.
     static constexpr std::size_t mostHeld = 512 * 1024;
     // Without a loss, until the table is read again: a part of what that takes.
     static constexpr std::chrono::milliseconds longestCalm{200};
@@ -107,7 +107,7 @@ class Mirror
     static constexpr std::chrono::milliseconds longestStorm{10'000};
 
     void readAnnouncements(unsigned most);
-    void applyHeld();
+    bool applyHeld(unsigned most);
     void lost();
     void readWhenCalm();
 
@@ -125,6 +125,9 @@ class Mirror
     bool goesOn_ = false;       // the next dump belongs to the same reading
     Generation generation_ = 0; // of the last reading
     std::vector<std::byte> held_;
+    std::size_t heldFrom_ = 0; // those before have been applied
+    Timer catchUp_;            // with what is held; opened when it is first needed
+    bool catchesUp_ = false;
     Timer calm_;
     bool storm_ = false;     // since a loss, until a reading ends without another one
     bool lostSince_ = false; // the reading began
@@ -159,7 +162,8 @@ class DumpQueue
     // answer, when a dump failed or could not begin, is one line for the user.
     std::string runToEnd(unsigned pieces = UINT_MAX);
     bool idle() const { return waiting_.empty(); }
-    // One read of the dump that is under way; false when there was nothing to read.
+    // One read of the dump that is under way, or one piece of the sweep behind it; false when there was nothing to
+    // read.
     bool readPiece();
     // For tests: dumps that the kernel marked as interrupted.
     unsigned timesInterrupted() const { return timesInterrupted_; }
@@ -168,7 +172,9 @@ class DumpQueue
     bool openSocket();
     void closeSocket();
     void begin();
+    void readPieces();
     bool sendRequest();
+    void sweep();
     void finish(Rtnetlink::Read result);
     void fail();
     void tryAgainLater(Mirror &mirror, const std::string &reason);
@@ -182,6 +188,7 @@ class DumpQueue
     std::deque<Mirror *> waiting_; // the first is the one that is read, when reading_ says so
     std::vector<Mirror *> later_;  // wait for the retry timer
     bool reading_ = false;
+    bool sweeping_ = false; // the reading has all its rows
     std::size_t which_ = 0;
     unsigned attempt_ = 0;
     bool interrupted_ = false;

@@ -37,7 +37,11 @@ class Diary : public KernelTable
         return request;
     }
     void fill(const nlmsghdr &, Generation) override { write("fill"); }
-    void sweep(Generation) override { write("sweep"); }
+    bool sweep(Generation) override
+    {
+        write("sweep");
+        return true;
+    }
     void apply(const nlmsghdr &) override { write("announcement"); }
 
   private:

@@ -82,12 +82,13 @@ void LinkTable::fill(const nlmsghdr &message, Generation generation)
     }
 }
 
-void LinkTable::sweep(Generation generation)
+bool LinkTable::sweep(Generation generation)
 {
     for (const Link &gone : links_.sweep(generation)) {
         reportLoss(gone);
     }
     filled_ = true;
+    return true;
 }
 
 void LinkTable::apply(const nlmsghdr &message)

@@ -119,7 +119,7 @@ class Recorder : public KernelTable
         }
         table_.fill(message, generation);
     }
-    void sweep(Generation generation) override { table_.sweep(generation); }
+    bool sweep(Generation generation) override { return table_.sweep(generation); }
     void apply(const nlmsghdr &message) override { table_.apply(message); }
 
   private:

@@ -66,12 +66,13 @@ void NeighbourTable::fill(const nlmsghdr &message, Generation generation)
     }
 }
 
-void NeighbourTable::sweep(Generation generation)
+bool NeighbourTable::sweep(Generation generation)
 {
     askForWhatTheDumpPassedOver(generation);
     rows_.sweep(generation);
     anyDynamic_ = false;
     rows_.each([this](const Neighbour &row) { anyDynamic_ = anyDynamic_ || row.type == NeighbourType::dynamic; });
+    return true;
 }
 
 // Between two datagrams of a dump the kernel remembers a place in its hash table by counting, and does not mark the

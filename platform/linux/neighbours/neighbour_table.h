@@ -39,7 +39,7 @@ class NeighbourTable : public KernelTable
     std::vector<unsigned> groups() const override { return {RTNLGRP_NEIGH}; }
     RtnetlinkRequest dump(std::size_t which) override;
     void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
+    bool sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
 
   private:

@@ -19,54 +19,28 @@ void ForwardingTable::noteDeadLinks(const Route &route)
 void ForwardingTable::linkDown(std::uint32_t ifIndex, LinkLoss loss)
 {
     deadLinks_.insert(ifIndex);
-    std::vector<bool> lost(hops_.end());
-    bool any = false;
-    hops_.each([&](std::uint32_t number, const HopSet &set) {
-        bool leadsThere = false;
-        bool alive = false;
-        set.each([&](const Hop &hop) {
-            leadsThere = leadsThere || hop.ifIndex == ifIndex;
-            alive = alive || deadLinks_.count(hop.ifIndex) == 0;
-            return true;
-        });
-        lost[number] = set.object == 0 && leadsThere && (!alive || loss == LinkLoss::gone);
-        any = any || lost[number];
+    std::vector<std::uint32_t> lost = hops_.of(HopSets::By::link, ifIndex);
+    std::erase_if(lost, [&](std::uint32_t number) {
+        const HopSet &set = hops_[number];
+        const bool alive =
+            !set.each([this](const Hop &hop) { return deadLinks_.count(hop.ifIndex) != 0; }) && loss != LinkLoss::gone;
+        return alive || (loss == LinkLoss::down && set.withinHost);
     });
     if (loss == LinkLoss::gone) {
         deadLinks_.erase(ifIndex); // another link may get this number
     }
-    if (any) {
-        eraseIf([&](const RouteRecord &record) {
-            return lost[record.hops] && !(loss == LinkLoss::down && classes_[record.routeClass].withinHost);
-        });
-    }
+    retire(lost);
 }
 
 void ForwardingTable::addressGone(std::uint32_t address)
 {
-    std::vector<bool> lost(classes_.end());
-    bool any = false;
-    classes_.each([&](std::uint32_t number, const RouteClass &routeClass) {
-        lost[number] = routeClass.ownAddress == address;
-        any = any || lost[number];
-    });
-    if (any) {
-        eraseIf([&](const RouteRecord &record) { return lost[record.routeClass]; });
-    }
+    retire(hops_.of(HopSets::By::ownAddress, address));
 }
 
 void ForwardingTable::nexthopsGone(const std::vector<std::uint32_t> &ids)
 {
-    std::vector<bool> lost(hops_.end());
-    bool any = false;
     for (const std::uint32_t id : ids) {
-        if (const std::uint32_t number = hops_.find(HopSet::ofObject(id)); number != HopSets::none) {
-            lost[number] = true;
-            any = true;
-        }
-    }
-    if (any) {
-        eraseIf([&](const RouteRecord &record) { return lost[record.hops]; });
+        retire(hops_.of(HopSets::By::object, id));
     }
 }
 

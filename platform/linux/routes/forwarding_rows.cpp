@@ -171,6 +171,9 @@ PackedAddress ForwardingTable::destinationOf(const std::uint8_t *octets) const
 
 void ForwardingTable::addRows(const RouteRecord &record, std::vector<IpmibRoute> &rows) const
 {
+    if (hops_.isRetired(record.hops)) {
+        return;
+    }
     const RouteClass &routeClass = classes_[record.routeClass];
     const auto add = [&](const Hop &hop, std::uint8_t type, std::uint32_t changed) {
         IpmibRoute &row = rows.emplace_back(IpmibRoute{});
@@ -270,7 +273,8 @@ bool ForwardingTable::next(const IpmibRouteKey &key, std::uint32_t now, IpmibRou
 bool ForwardingTable::firstFrom(RouteRecord key, bool behind, std::uint32_t now, IpmibRoute &row)
 {
     RouteRecord found;
-    while (behind ? records_->after(key, found) : records_->atOrAfter(key, found)) {
+    while (records_->next(
+        key, behind, [this](std::uint32_t hops) { return !hops_.isRetired(hops); }, found)) {
         const std::vector<IpmibRoute> &rows = group(found.destination, found.length);
         if (!rows.empty()) {
             return answer(rows.front(), now, row);

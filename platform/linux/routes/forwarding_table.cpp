@@ -26,22 +26,22 @@ ForwardingTable::Named ForwardingTable::named(const Route &route) const
     routeClass.table = route.table;
     routeClass.metric = route.metric;
     routeClass.rest = route.rest;
-    routeClass.ownAddress = route.ownAddress;
     routeClass.source = route.source;
     routeClass.sourceLength = route.sourceLength;
     routeClass.tos = route.tos;
     routeClass.type = route.type;
     routeClass.protocol = route.protocol;
-    routeClass.withinHost = family_ == AF_INET && (route.type == RTN_LOCAL || route.scope >= RT_SCOPE_HOST);
     if (route.nexthopId != 0) {
         result.hops = HopSet::ofObject(route.nexthopId);
-        return result;
+    } else {
+        std::vector<Hop> hops;
+        for (const RouteNexthop &nexthop : route.nexthops) {
+            hops.push_back({nexthop.gateway, nexthop.ifIndex, nexthop.gatewayFamily});
+        }
+        result.hops = HopSet::of(std::move(hops));
     }
-    std::vector<Hop> hops;
-    for (const RouteNexthop &nexthop : route.nexthops) {
-        hops.push_back({nexthop.gateway, nexthop.ifIndex, nexthop.gatewayFamily});
-    }
-    result.hops = HopSet::of(std::move(hops));
+    result.hops.ownAddress = route.ownAddress;
+    result.hops.withinHost = family_ == AF_INET && (route.type == RTN_LOCAL || route.scope >= RT_SCOPE_HOST);
     return result;
 }
 
@@ -61,7 +61,8 @@ std::vector<RouteRecord> ForwardingTable::rivals(const Route &route, const Route
          more && record.destination == route.destination && record.length == route.length;
          more = records_->after(record, record)) {
         const RouteClass &other = classes_[record.routeClass];
-        if (other.sameIdentity(routeClass) && this->together(other, hops_[record.hops]) == together) {
+        if (!hops_.isRetired(record.hops) && other.sameIdentity(routeClass) &&
+            this->together(other, hops_[record.hops]) == together) {
             found.push_back(record);
         }
     }
@@ -85,12 +86,29 @@ void ForwardingTable::fillRoute(const Route &route, Generation generation)
     put(route, now);
 }
 
-void ForwardingTable::sweepRoutes(Generation generation)
+bool ForwardingTable::sweepRoutes(Generation generation)
 {
     filling_ = generation;
-    records_->sweep(generation, [this](const RouteRecord &record) { forget(record); });
-    settled_ = generation;
-    ++version_;
+    if (std::exchange(sweeping_, generation) != generation) {
+        sweepFrom_.reset();
+    }
+    const bool ended = !eraseSome(sweepFrom_, [this, generation](const RouteRecord &record, Generation last) {
+        return last != generation || hops_.isRetired(record.hops);
+    });
+    if (ended) {
+        sweeping_ = 0;
+        settled_ = generation;
+        ++version_;
+    }
+    return ended;
+}
+
+bool ForwardingTable::tidy()
+{
+    if (litterRecords_ != 0) {
+        eraseSome(tidyFrom_, [this](const RouteRecord &record, Generation) { return hops_.isRetired(record.hops); });
+    }
+    return litterRecords_ != 0;
 }
 
 void ForwardingTable::applyNews(const RouteNews &news)
@@ -144,7 +162,7 @@ void ForwardingTable::put(const Route &route, const Named &named)
     if (named.hops.object != 0) {
         objectRows_.try_emplace(record.hops, rowsBehind(named.hops.object));
     }
-    const std::uint64_t rows = rowsOf(record);
+    const std::uint64_t rows = rowsOf(record.hops);
     const bool fits = record.routeClass < RouteRecords::mostClasses && limit_.rows + rows <= limit_.most;
     if (!fits && !has(record)) {
         release(record);
@@ -182,7 +200,7 @@ void ForwardingTable::take(const Route &route, const Named &gone)
     }
     // One that has gone before, with its link; or one of which the kernel now says something else than when it came.
     for (const RouteRecord &each : rivals(route, gone.routeClass, false)) {
-        if (hops_[each.hops] == gone.hops && classes_[each.routeClass].type == gone.routeClass.type) {
+        if (hops_[each.hops].leadsSameWay(gone.hops) && classes_[each.routeClass].type == gone.routeClass.type) {
             erase(each);
             return;
         }
@@ -217,10 +235,30 @@ bool ForwardingTable::erase(const RouteRecord &record)
     return erased;
 }
 
-void ForwardingTable::eraseIf(const std::function<bool(const RouteRecord &)> &leaves)
+// However many routes lead there.
+void ForwardingTable::retire(const std::vector<std::uint32_t> &sets)
 {
-    records_->eraseIf([&](const RouteRecord &record) {
-        const bool leaving = leaves(record);
+    for (const std::uint32_t number : sets) {
+        const std::uint64_t rows = hops_.uses(number) * rowsOf(number);
+        rows_ -= rows;
+        limit_.rows -= rows;
+        litterRecords_ += hops_.uses(number);
+        objectRows_.erase(number);
+        hops_.retire(number);
+    }
+    if (!sets.empty()) {
+        ++version_;
+        noteRoom();
+        if (litter_) {
+            litter_();
+        }
+    }
+}
+
+bool ForwardingTable::eraseSome(RouteRecords::Place &from, const RouteRecords::Leaves &leaves)
+{
+    return records_->eraseSome(from, [&](const RouteRecord &record, Generation last) {
+        const bool leaving = leaves(record, last);
         if (leaving) {
             forget(record);
         }
@@ -231,11 +269,21 @@ void ForwardingTable::eraseIf(const std::function<bool(const RouteRecord &)> &le
 // A record has gone.
 void ForwardingTable::forget(const RouteRecord &record)
 {
-    const std::uint64_t rows = rowsOf(record);
+    if (hops_.isRetired(record.hops)) {
+        --litterRecords_;
+        release(record);
+        return;
+    }
+    const std::uint64_t rows = rowsOf(record.hops);
     rows_ -= rows;
     limit_.rows -= rows;
     ++version_;
     release(record);
+    noteRoom();
+}
+
+void ForwardingTable::noteRoom()
+{
     const std::uint64_t enough = limit_.most / 100 + 1;
     if (discarded_ && limit_.rows + enough <= limit_.most) {
         discarded_ = false;
@@ -277,10 +325,10 @@ std::uint64_t ForwardingTable::rowsBehind(std::uint32_t object) const
     return rows;
 }
 
-std::uint64_t ForwardingTable::rowsOf(const RouteRecord &record) const
+std::uint64_t ForwardingTable::rowsOf(std::uint32_t hops) const
 {
-    const HopSet &hops = hops_[record.hops];
-    return hops.object == 0 ? hops.size() : objectRows_.at(record.hops);
+    const HopSet &set = hops_[hops];
+    return set.object == 0 ? set.size() : objectRows_.at(hops);
 }
 
 std::uint64_t ForwardingTable::count()

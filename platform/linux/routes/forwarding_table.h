@@ -45,6 +45,10 @@ class ForwardingTable : public RouteConsumer
     // Called when an announcement leaves open what became of some routes, or when there is room again for those that
     // were discarded: the kernel's table has to be read again.
     void onUncertain(std::function<void()> handler) { uncertain_ = std::move(handler); }
+    // Called when many routes have gone at once. They are no rows any more; their records are taken out by tidy().
+    void onLitter(std::function<void()> handler) { litter_ = std::move(handler); }
+    // One piece of that; false when none are left.
+    bool tidy();
 
     std::uint64_t count();
     // Ages are up to the given time, in seconds since boot. False when there is none.
@@ -56,7 +60,7 @@ class ForwardingTable : public RouteConsumer
     std::size_t memory() const;
 
     void fillRoute(const Route &route, Generation generation) override;
-    void sweepRoutes(Generation generation) override;
+    bool sweepRoutes(Generation generation) override;
     void applyNews(const RouteNews &news) override;
     void linkDown(std::uint32_t ifIndex, LinkLoss loss) override;
     void linkUp(std::uint32_t ifIndex) override { deadLinks_.erase(ifIndex); }
@@ -80,15 +84,17 @@ class ForwardingTable : public RouteConsumer
     void takeHops(const Route &route, const RouteRecord &record, const HopSet &gone);
     void eraseOthers(const std::vector<RouteRecord> &records, const Named &than);
     bool erase(const RouteRecord &record);
-    void eraseIf(const std::function<bool(const RouteRecord &)> &leaves);
+    void retire(const std::vector<std::uint32_t> &sets);
+    bool eraseSome(RouteRecords::Place &from, const RouteRecords::Leaves &leaves);
     void forget(const RouteRecord &record);
+    void noteRoom();
     void release(const RouteRecord &record);
     bool has(const RouteRecord &record) const;
     void discard(std::uint64_t rows);
     void wantReading();
     void noteDeadLinks(const Route &route);
     std::uint64_t rowsBehind(std::uint32_t object) const;
-    std::uint64_t rowsOf(const RouteRecord &record) const;
+    std::uint64_t rowsOf(std::uint32_t hops) const;
 
     // All rows of one destination and length, in order.
     struct Group {
@@ -111,6 +117,10 @@ class ForwardingTable : public RouteConsumer
     HopSets hops_;
     std::unordered_set<std::uint32_t> deadLinks_; // whose hops the kernel passes over
     std::uint64_t rows_ = 0;
+    std::uint64_t litterRecords_ = 0; // those whose hops are retired
+    RouteRecords::Place tidyFrom_;
+    RouteRecords::Place sweepFrom_;
+    Generation sweeping_ = 0;                                     // the reading that sweepFrom_ is of
     std::unordered_map<std::uint32_t, std::uint64_t> objectRows_; // of sets of hops that are objects
     bool objectsChanged_ = false;                                 // since these were counted
     bool discarded_ = false;                                      // since the last reading began
@@ -119,6 +129,7 @@ class ForwardingTable : public RouteConsumer
     std::uint64_t version_ = 1;
     Group group_;
     std::function<void()> uncertain_;
+    std::function<void()> litter_;
 };
 
 } // namespace ipmib::platform

@@ -48,35 +48,37 @@ class Interned
         if (--entry.uses != 0) {
             return;
         }
+        if (!isRetired(number)) {
+            retire(number);
+        }
+        entry.value = Value{};
+        entry.next = free_;
+        free_ = number;
+    }
+
+    // Nobody finds the value any more: who takes it gets another number. Those who use it keep theirs.
+    void retire(std::uint32_t number)
+    {
+        Entry &entry = entries_[number];
         std::uint32_t *link = &buckets_[entry.value.hash() & (buckets_.size() - 1)];
         while (*link != number) {
             link = &entries_[*link].next;
         }
         *link = entry.next;
-        entry.value = Value{};
-        entry.next = free_;
-        free_ = number;
+        entry.next = retired;
         --size_;
     }
+    bool isRetired(std::uint32_t number) const { return entries_[number].next == retired; }
 
     const Value &operator[](std::uint32_t number) const { return entries_[number].value; }
     std::uint32_t uses(std::uint32_t number) const { return entries_[number].uses; }
     std::size_t size() const { return size_; }
     // Numbers are below this.
     std::uint32_t end() const { return static_cast<std::uint32_t>(entries_.size()); }
-    // Calls visit(number, value) for each value in use.
-    template <class Visit>
-    void each(Visit visit) const
-    {
-        for (std::uint32_t number = 0; number < end(); ++number) {
-            if (entries_[number].uses != 0) {
-                visit(number, entries_[number].value);
-            }
-        }
-    }
     std::size_t memory() const { return entries_.size() * sizeof(Entry) + buckets_.capacity() * sizeof(buckets_[0]); }
 
   private:
+    static constexpr std::uint32_t retired = none - 1;
     struct Entry {
         Value value{};
         std::uint32_t uses = 0;
@@ -108,7 +110,7 @@ class Interned
         constexpr std::size_t fewest = 64;
         buckets_.assign(buckets_.empty() ? fewest : 2 * buckets_.size(), none);
         for (std::uint32_t number = 0; number < end(); ++number) {
-            if (entries_[number].uses != 0) {
+            if (entries_[number].uses != 0 && !isRetired(number)) {
                 std::uint32_t &bucket = buckets_[entries_[number].value.hash() & (buckets_.size() - 1)];
                 entries_[number].next = bucket;
                 bucket = number;

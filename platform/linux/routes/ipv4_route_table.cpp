@@ -127,11 +127,12 @@ void Ipv4RouteTable::fillRoute(const Route &route, Generation generation)
     }
 }
 
-void Ipv4RouteTable::sweepRoutes(Generation generation)
+bool Ipv4RouteTable::sweepRoutes(Generation generation)
 {
     std::erase_if(defaults_, [&](const Default &each) { return each.generation != generation; });
     onLinks_.sweep(generation);
     listed_ = false;
+    return true;
 }
 
 void Ipv4RouteTable::applyNews(const RouteNews &news)

@@ -49,7 +49,7 @@ class Ipv4RouteTable : public RouteFeed, private RouteConsumer
     };
 
     void fillRoute(const Route &route, Generation generation) override;
-    void sweepRoutes(Generation generation) override;
+    bool sweepRoutes(Generation generation) override;
     void applyNews(const RouteNews &news) override;
     void linkDown(std::uint32_t ifIndex, LinkLoss loss) override;
     void linkUp(std::uint32_t ifIndex) override;

@@ -34,7 +34,7 @@ class RouteConsumer
 
     // As `fill`, `sweep` and `apply` of KernelTable.
     virtual void fillRoute(const Route &route, Generation generation) = 0;
-    virtual void sweepRoutes(Generation generation) = 0;
+    virtual bool sweepRoutes(Generation generation) = 0;
     virtual void applyNews(const RouteNews &news) = 0;
 
     // The kernel takes routes along without a word when none of their hops is left, and passes over those hops of the
@@ -62,13 +62,15 @@ class RouteFeed : public KernelTable
     // Another reading has to follow for it to know the routes that are there.
     void add(RouteConsumer &consumer) { consumers_.push_back(&consumer); }
     const NexthopTable &nexthops() const { return nexthops_; }
+    // Consumers want to know of all tables of the kernel, not only of the main one and those that rules name.
+    void readAllTables() { readsAllTables_ = true; }
 
     const char *name() const override;
     std::vector<unsigned> groups() const override;
     std::size_t dumps() const override;
     RtnetlinkRequest dump(std::size_t which) override;
     void fill(const nlmsghdr &message, Generation generation) override;
-    void sweep(Generation generation) override;
+    bool sweep(Generation generation) override;
     void apply(const nlmsghdr &message) override;
     // The kernel goes on with a dump of IPv6 routes at a place that it has counted, which is another one when routes in
     // front of it have gone.
@@ -87,8 +89,11 @@ class RouteFeed : public KernelTable
     virtual void applyAdvertisedPrefix(const nlmsghdr &) {}
 
   private:
-    enum class Dump { addresses, nexthops, routes, advertised };
-    Dump dumpAt(std::size_t which) const;
+    enum class Dump { loopback, addresses, nexthops, rules, mainRoutes, defaultRoutes, routes, advertised };
+    static RtnetlinkRequest routesOf(std::uint8_t family, std::uint8_t table, std::uint32_t flags);
+    std::vector<Dump> plan() const;
+    void fillRoute(const nlmsghdr &message, Generation generation);
+    void fillLoopbackPrefix(const nlmsghdr &message, Generation generation);
     void applyLink(const nlmsghdr &message);
     void applyIpv4Address(const nlmsghdr &message);
     void linkDown(std::uint32_t ifIndex, RouteConsumer::LinkLoss loss);
@@ -99,7 +104,12 @@ class RouteFeed : public KernelTable
     NexthopTable nexthops_;
     Ipv4AddressTable addresses_; // of IPv4
     Dump dumping_ = Dump::routes;
-    Route route_; // the last message's, so that its memory is used again
+    bool readsAllTables_ = false;
+    bool hasRules_ = false; // others than every namespace begins with
+    bool loopbackUp_ = false;
+    Generation sweeping_ = 0; // the reading behind which rows are swept out; 0 for none
+    std::size_t swept_ = 0;   // consumers
+    Route route_;             // the last message's, so that its memory is used again
 };
 
 } // namespace ipmib::platform

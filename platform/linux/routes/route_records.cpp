@@ -62,13 +62,28 @@ class Records : public RouteRecords
         return rows_.put(row, generation);
     }
     bool erase(const RouteRecord &record) override { return rows_.erase(Row::of(record)); }
-    void eraseIf(const std::function<bool(const RouteRecord &)> &leaves) override
+    bool next(const RouteRecord &key, bool behind, const std::function<bool(std::uint32_t hops)> &count,
+              RouteRecord &found) const override
     {
-        rows_.eraseIf([&](const Row &row) { return leaves(row.record()); });
+        const Row *row = behind ? rows_.after(Row::of(key)) : rows_.atOrAfter(Row::of(key));
+        if (row != nullptr && !count(row->hops)) {
+            const Row from = *row;
+            row = nullptr;
+            rows_.eachFrom(from, [&](const Row &each) {
+                row = count(each.hops) ? &each : nullptr;
+                return row == nullptr;
+            });
+        }
+        return take(row, found);
     }
-    void sweep(Generation generation, const std::function<void(const RouteRecord &)> &gone) override
+    bool eraseSome(Place &from, const Leaves &leaves) override
     {
-        rows_.sweep(generation, [&](const Row &row) { gone(row.record()); });
+        constexpr std::size_t rows = 2'000;
+        const auto next =
+            rows_.eraseSome(from ? std::optional(Row::of(*from)) : std::nullopt, rows,
+                            [&](const Row &row, Generation generation) { return leaves(row.record(), generation); });
+        from = next ? std::optional(next->record()) : std::nullopt;
+        return from.has_value();
     }
 
   private:

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace ipmib::platform
 {
@@ -37,9 +38,15 @@ class RouteRecords
     // True when it was added. One that is there keeps its time.
     virtual bool put(const RouteRecord &record, Generation generation) = 0;
     virtual bool erase(const RouteRecord &record) = 0;
-    // In one pass; what is called must not look at the records.
-    virtual void eraseIf(const std::function<bool(const RouteRecord &)> &leaves) = 0;
-    virtual void sweep(Generation generation, const std::function<void(const RouteRecord &)> &gone) = 0;
+    // The same as atOrAfter, and after, of those records whose hops count.
+    virtual bool next(const RouteRecord &key, bool behind, const std::function<bool(std::uint32_t hops)> &count,
+                      RouteRecord &found) const = 0;
+
+    // A pass over all records in pieces of some thousand, between which they may change: takes out those for which
+    // leaves() says so, which must not look at the records. False when the pass has ended.
+    using Leaves = std::function<bool(const RouteRecord &, Generation)>;
+    using Place = std::optional<RouteRecord>; // where a piece begins; a pass begins with none
+    virtual bool eraseSome(Place &from, const Leaves &leaves) = 0;
 };
 
 } // namespace ipmib::platform

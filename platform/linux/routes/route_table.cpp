@@ -201,7 +201,7 @@ void RouteTable::tellOnLink(const OnLinkRoute &row) const
     }
 }
 
-void RouteTable::sweepRoutes(Generation generation)
+bool RouteTable::sweepRoutes(Generation generation)
 {
     for (const OnLinkRoute &gone : onLink_.sweep(generation)) {
         tellOnLink(gone);
@@ -214,6 +214,7 @@ void RouteTable::sweepRoutes(Generation generation)
     if (handlers_.rebuilt) {
         handlers_.rebuilt();
     }
+    return true;
 }
 
 void RouteTable::tellDefaults() const

@@ -116,7 +116,7 @@ class RouteTable : public RouteFeed, private RouteConsumer
     using OnLinkRoutes = OrderedTable<OnLinkRoute, ByPrefix>;
 
     void fillRoute(const Route &route, Generation generation) override;
-    void sweepRoutes(Generation generation) override;
+    bool sweepRoutes(Generation generation) override;
     void applyNews(const RouteNews &news) override;
     void linkDown(std::uint32_t ifIndex, LinkLoss loss) override;
     void linkUp(std::uint32_t ifIndex) override;

@@ -7,6 +7,7 @@
 #include <linux/rtnetlink.h>
 
 #include <charconv>
+#include <chrono>
 #include <sstream>
 
 namespace ipmib::platform
@@ -47,12 +48,34 @@ std::string Routes::follow()
     followed_[1] = {&platform_.addressing().routeMirror(), platform_.addressing().routeMirror().timesEnded()};
     ipv4_ = std::make_unique<ForwardingTable>(AF_INET, feed4.nexthops(), tables_, limit_);
     ipv6_ = std::make_unique<ForwardingTable>(AF_INET6, feed6.nexthops(), tables_, limit_);
+    if (!tidy_.open(platform_.loop(), [this] { tidy(); })) {
+        return "routes: cannot create a timer";
+    }
+    for (ForwardingTable *const table : {ipv4_.get(), ipv6_.get()}) {
+        table->onLitter([this] { tidy_.arm(0); });
+    }
     ipv4_->onUncertain([this] { followed_[0].mirror->refreshSoon(); });
     ipv6_->onUncertain([this] { followed_[1].mirror->refreshSoon(); });
+    if (tables_.all || tables_.tables != std::set<std::uint32_t>{RT_TABLE_MAIN}) {
+        feed4.readAllTables();
+    }
     feed4.add(*ipv4_);
     feed6.add(*ipv6_);
     followed_[1].mirror->readAnew();
     return platform_.followRoutes();
+}
+
+// Between packets.
+void Routes::tidy()
+{
+    const auto end = std::chrono::steady_clock::now() + DumpQueue::longestPiece;
+    bool more = true;
+    while (more && std::chrono::steady_clock::now() < end) {
+        more = ipv4_->tidy() || ipv6_->tidy();
+    }
+    if (more) {
+        tidy_.arm(0);
+    }
 }
 
 bool Routes::isRead(const Followed &followed) const

@@ -40,6 +40,7 @@ class Routes
     };
     ForwardingTable *of(std::uint32_t version);
     bool isRead(const Followed &followed) const;
+    void tidy();
 
     Platform &platform_;
     RouteTables tables_;
@@ -47,6 +48,7 @@ class Routes
     std::unique_ptr<ForwardingTable> ipv4_; // null until they are followed
     std::unique_ptr<ForwardingTable> ipv6_;
     Followed followed_[2];
+    Timer tidy_;
 };
 
 } // namespace ipmib::platform
