@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -148,6 +149,31 @@ TEST(OrderedTable, aSweepTakesOutWhatTheLastReadingHasNotPut)
             expectSameLookups(table, model, key);
         }
     }
+}
+
+TEST(OrderedTable, aPassInPiecesMeetsEveryRowThatStaysMeanwhile)
+{
+    std::mt19937 random(3);
+    Table table;
+    for (std::uint32_t key = 0; key < 1'000; ++key) {
+        table.put({key * 10, key}, static_cast<ipmib::platform::Generation>(key % 3 == 0 ? 1 : 2));
+    }
+    std::optional<Row> from;
+    unsigned pieces = 0;
+    do {
+        from = table.eraseSome(from, 5, [](const Row &, ipmib::platform::Generation last) { return last != 2; });
+        table.put({static_cast<std::uint32_t>(random() % 1'000 * 10 + 5), 0}, 2);
+        table.erase(static_cast<std::uint32_t>(random() % 1'000 * 10 + 5));
+        ++pieces;
+    } while (from);
+    EXPECT_GT(pieces, 20u);
+    unsigned left = 0;
+    table.each([&](const Row &row) {
+        EXPECT_TRUE(row.key % 10 == 5 || row.key / 10 % 3 != 0) << row.key;
+        left += row.key % 10 == 0 ? 1 : 0;
+    });
+    EXPECT_EQ(left, 666u);
+    EXPECT_FALSE(Table().eraseSome(std::nullopt, 5, [](const Row &, ipmib::platform::Generation) { return true; }));
 }
 
 TEST(OrderedTable, whatIsPutWhileAReadingIsUnderWayIsNotSweptOut)

@@ -26,10 +26,21 @@ TEST(Interned, keepsEachValueOnceForAsLongAsItIsUsed)
     std::mt19937 random(1);
     Interned<Word> words;
     std::map<std::uint32_t, std::pair<std::uint32_t, unsigned>> model; // value: its number and its uses
+    std::vector<std::pair<std::uint32_t, unsigned>> retired;
     for (int step = 0; step < 20'000; ++step) {
         const auto value = static_cast<std::uint32_t>(random() % 300);
         const auto known = model.find(value);
-        if (random() % 2 == 0) {
+        if (random() % 50 == 0 && known != model.end()) {
+            retired.push_back(known->second);
+            words.retire(known->second.first);
+            model.erase(known);
+        } else if (random() % 50 == 0 && !retired.empty()) {
+            EXPECT_TRUE(words.isRetired(retired.back().first));
+            for (; retired.back().second > 0; --retired.back().second) {
+                words.leave(retired.back().first);
+            }
+            retired.pop_back();
+        } else if (random() % 2 == 0) {
             const std::uint32_t number = words.take(Word{value});
             EXPECT_TRUE(known == model.end() || known->second.first == number);
             model[value] = {number, known == model.end() ? 1 : known->second.second + 1};
@@ -57,7 +68,7 @@ class Table
     explicit Table(std::uint8_t family) : family_(family), table_(family, nexthops_, tables_, limit_) {}
 
     // In the order of a dump.
-    void fill(std::uint32_t number, std::uint32_t hop)
+    void fill(std::uint32_t number, std::uint32_t hop, Generation generation = 1)
     {
         Route route;
         route.destination = family_ == AF_INET ? PackedAddress{0, number << 8}
@@ -70,7 +81,7 @@ class Table
         nexthop.gatewayFamily = family_;
         nexthop.gateway = {family_ == AF_INET ? 0 : std::uint64_t{0x2001'0db8'ffff'0000}, hop};
         route.nexthops.push_back(nexthop);
-        table_.fillRoute(route, 1);
+        table_.fillRoute(route, generation);
     }
     ForwardingTable &operator*() { return table_; }
     ForwardingTable *operator->() { return &table_; }
@@ -90,7 +101,8 @@ TEST(ForwardingTable, aRouteTakesFewOctets)
     for (std::uint32_t number = 0; number < 50'000; ++number) {
         ipv4.fill(number, number % 2'500);
     }
-    ipv4->sweepRoutes(1);
+    while (!ipv4->sweepRoutes(1)) {
+    }
     EXPECT_EQ(ipv4->count(), 50'000u);
     EXPECT_LE(ipv4->memory() / ipv4->count(), 24u);
 
@@ -98,9 +110,78 @@ TEST(ForwardingTable, aRouteTakesFewOctets)
     for (std::uint32_t number = 0; number < 11'500; ++number) {
         ipv6.fill(number, number % 575);
     }
-    ipv6->sweepRoutes(1);
+    while (!ipv6->sweepRoutes(1)) {
+    }
     EXPECT_EQ(ipv6->count(), 11'500u);
     EXPECT_LE(ipv6->memory() / ipv6->count(), 40u);
+}
+
+// Routes that go with a link are no rows from then on, whenever their records are taken out.
+TEST(ForwardingTable, aLinkTakesItsRoutesAlongAtOnceAndTheirRecordsInPieces)
+{
+    Table table(AF_INET);
+    constexpr std::uint32_t routes = 20'000;
+    for (std::uint32_t number = 0; number < routes; ++number) {
+        table.fill(number, number % 100);
+    }
+    const auto walked = [&] {
+        IpmibRoute row{};
+        std::uint64_t rows = 0;
+        std::uint64_t overLost = 0;
+        while (table->next(row.key, 0, row)) {
+            ++rows;
+            overLost += row.if_index == 1 ? 1 : 0;
+        }
+        EXPECT_EQ(rows, table->count());
+        return std::pair(rows, overLost);
+    };
+    const std::uint64_t lost = walked().second;
+    EXPECT_GT(lost, routes / 20);
+    bool littered = false;
+    table->onLitter([&] { littered = true; });
+    const std::size_t before = table->memory();
+    table->linkDown(1, RouteConsumer::LinkLoss::down);
+    EXPECT_TRUE(littered);
+    EXPECT_EQ(walked(), std::pair(routes - lost, std::uint64_t{0}));
+
+    table->linkUp(1);
+    table.fill(0, 0); // comes back, and another one over the same gateway
+    table.fill(routes, 0);
+    EXPECT_EQ(walked(), std::pair(routes - lost + 2, std::uint64_t{2}));
+    unsigned pieces = 0;
+    while (table->tidy()) {
+        ++pieces;
+        EXPECT_EQ(walked(), std::pair(routes - lost + 2, std::uint64_t{2}));
+    }
+    EXPECT_GT(pieces, 2u);
+    EXPECT_EQ(walked(), std::pair(routes - lost + 2, std::uint64_t{2}));
+    for (std::uint32_t link = 2; link <= 16; ++link) {
+        table->linkDown(link, RouteConsumer::LinkLoss::gone);
+    }
+    EXPECT_EQ(walked().first, 2u);
+    while (table->tidy()) {
+    }
+    EXPECT_LT(table->memory(), before / 2);
+}
+
+// A reading that another one follows before it has been swept behind leaves nothing out.
+TEST(ForwardingTable, aSweepThatIsGivenUpBeginsAnew)
+{
+    Table table(AF_INET);
+    constexpr std::uint32_t routes = 20'000;
+    for (std::uint32_t number = 0; number < routes; ++number) {
+        table.fill(number, 7);
+    }
+    table.fill(routes, 7, 2);
+    EXPECT_FALSE(table->sweepRoutes(2));
+    table.fill(routes, 7, 3);
+    table.fill(0, 7, 2);
+    unsigned pieces = 1;
+    while (!table->sweepRoutes(3)) {
+        ++pieces;
+    }
+    EXPECT_GT(pieces, 2u);
+    EXPECT_EQ(table->count(), 1u);
 }
 
 TEST(ForwardingTable, anyKeyIsFollowedByTheFirstRowBehindIt)

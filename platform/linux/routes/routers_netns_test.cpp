@@ -302,7 +302,7 @@ TEST(LearnedRouters, countDownAreProlongedAndLapse)
     expectWhatIpSaysSoon();
 }
 
-TEST(LearnedRouters, theKernelIsAskedTenTimesASecondAtMost)
+TEST(LearnedRouters, theKernelIsAskedWhenAnAdvertisementMayHaveCome)
 {
     IPMIB_NEEDS_NAMESPACES();
     const Namespace space;
@@ -319,12 +319,13 @@ TEST(LearnedRouters, theKernelIsAskedTenTimesASecondAtMost)
     space.run("ip -6 route add default via fe80::1 dev v0");
     EXPECT_EQ(readsOf100Walks(), 0u) << "nothing is learned";
     space.run("ip -6 route add default via fe80::2 dev v0 proto ra metric 50 expires 100");
-    const auto begin = std::chrono::steady_clock::now();
-    const auto reads = readsOf100Walks();
-    const auto tenths = std::chrono::duration_cast<std::chrono::duration<std::int64_t, std::deci>>(
-        std::chrono::steady_clock::now() - begin);
+    auto reads = readsOf100Walks();
     EXPECT_GE(reads, 1u);
-    EXPECT_LE(reads, 2u + static_cast<std::uint64_t>(tenths.count()));
+    for (int i = 0; i < 4; ++i) {
+        platform.waitUntil([] { return false; }, 110ms); // a tenth of a second is the shortest time between two
+        reads += readsOf100Walks();
+    }
+    EXPECT_LE(reads, 2u) << "none has come";
 }
 
 } // namespace
