@@ -21,12 +21,20 @@ Cell ofValue(const TableReader &rows, std::size_t column, Make make)
     return value == nullptr ? emptyCell() : make(*value);
 }
 
+Tone toneOfLabel(const std::string &label)
+{
+    constexpr std::string_view good[] = {"up", "preferred", "reachable"};
+    constexpr std::string_view bad[] = {"down", "duplicate", "inaccessible", "incomplete", "invalid"};
+    const auto isAmong = [&label](const auto &labels) { return std::ranges::find(labels, label) != std::end(labels); };
+    return isAmong(good) ? Tone::good : isAmong(bad) ? Tone::bad : Tone::plain;
+}
+
 } // namespace
 
-Cell textCell(const std::string &text)
+Cell textCell(const std::string &text, Tone tone)
 {
     const std::string shown = support::printable(text);
-    return {shown, shown, {}};
+    return {shown, shown, {}, tone};
 }
 
 Cell emptyCell()
@@ -36,12 +44,13 @@ Cell emptyCell()
 
 Cell interfaceCell(const TableReader &rows, std::size_t part)
 {
-    return textCell(rows.session().interfaceName(rows.key().number(part)));
+    return textCell(rows.session().interfaceName(rows.key().number(part)), Tone::interface);
 }
 
 Cell addressCell(const TableReader &rows, std::size_t part)
 {
-    return textCell(addressText(rows.session(), rows.key().octets(part)));
+    const auto octets = rows.key().octets(part);
+    return textCell(addressText(rows.session(), octets), toneOfAddress(octets));
 }
 
 Cell indexLabelCell(const TableReader &rows, std::size_t part)
@@ -65,7 +74,7 @@ Cell numberCell(const TableReader &rows, std::size_t column)
 Cell interfaceNumberCell(const TableReader &rows, std::size_t column)
 {
     return ofValue(rows, column, [&rows](const host::Value &value) {
-        return textCell(rows.session().interfaceName(static_cast<std::uint32_t>(value.number)));
+        return textCell(rows.session().interfaceName(static_cast<std::uint32_t>(value.number)), Tone::interface);
     });
 }
 
@@ -77,7 +86,8 @@ Cell counterCell(const TableReader &rows, std::size_t column)
 Cell labelCell(const TableReader &rows, std::size_t column)
 {
     return ofValue(rows, column, [&](const host::Value &value) {
-        return textCell(labelText(*rows.object(column).pstSyntax, value.number));
+        const std::string label = labelText(*rows.object(column).pstSyntax, value.number);
+        return textCell(label, toneOfLabel(label));
     });
 }
 
@@ -89,10 +99,11 @@ Cell truthCell(const TableReader &rows, std::size_t column)
     });
 }
 
-Cell lifetimeCell(const TableReader &rows, std::size_t column)
+Cell lifetimeCell(const TableReader &rows, std::size_t column, std::uint32_t endless)
 {
-    return ofValue(rows, column, [](const host::Value &value) {
-        return Cell{lifetimeText(static_cast<std::uint32_t>(value.number)), value.number, {}};
+    return ofValue(rows, column, [endless](const host::Value &value) {
+        return value.number == endless ? Cell{"forever", nullptr, {}}
+                                       : Cell{durationText(value.number), value.number, {}};
     });
 }
 
@@ -109,7 +120,9 @@ Cell agoCell(const TableReader &rows, std::size_t column)
         constexpr std::uint64_t perSecond = 100;
         const std::uint64_t seconds = value.number / perSecond;
         const std::uint64_t now = std::max<std::uint64_t>(rows.session().uptime(), seconds);
-        return Cell{durationText(now - seconds) + " ago", static_cast<double>(value.number) / perSecond, {}};
+        Cell cell{durationText(now - seconds) + " ago", static_cast<double>(value.number) / perSecond, {}};
+        cell.age = now - seconds;
+        return cell;
     });
 }
 

@@ -2,6 +2,7 @@
 // One cell of a listing, for people and for programs, and how cells are made from a row's values.
 #pragma once
 
+#include "colour.h"
 #include "table_reader.h"
 
 #include <nlohmann/json.hpp>
@@ -28,13 +29,15 @@ struct Cell {
     std::string text;
     Json json;
     std::optional<CounterValue> counter;
+    Tone tone = Tone::plain;
+    Json age = nullptr; // of a time: how many seconds ago it was
 };
 
 using Row = std::vector<Cell>;
 using Sink = std::function<void(Row)>;
 
 // Of any text: what is not printable in it is escaped.
-Cell textCell(const std::string &text);
+Cell textCell(const std::string &text, Tone tone = Tone::plain);
 // What a row has no value for.
 Cell emptyCell();
 // From a part of the index.
@@ -48,7 +51,8 @@ Cell interfaceNumberCell(const TableReader &rows, std::size_t column);
 Cell counterCell(const TableReader &rows, std::size_t column);
 Cell labelCell(const TableReader &rows, std::size_t column);
 Cell truthCell(const TableReader &rows, std::size_t column);
-Cell lifetimeCell(const TableReader &rows, std::size_t column);
+// Seconds that are left. The greatest number of the object says that there is no end: "forever", null for programs.
+Cell lifetimeCell(const TableReader &rows, std::size_t column, std::uint32_t endless = UINT32_MAX);
 Cell millisecondsCell(const TableReader &rows, std::size_t column);
 // Hundredths of a second since boot: how long ago that is.
 Cell agoCell(const TableReader &rows, std::size_t column);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The commands of ipmibctl. Each is given the words behind its own name, writes to standard output, and answers with an
-// exit status. They throw host::UsageError for words that they do not understand, std::runtime_error for the rest.
+// The commands of ipmibctl, in one table: what runs, what --help says, and what shells complete.
 #pragma once
 
 #include "options.h"
 #include "session.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -14,10 +14,37 @@ namespace ipmib::cli
 
 using Words = std::vector<std::string>;
 
+// Each is given the words behind its own name, writes to standard output, and answers with an exit status. They throw
+// host::UsageError for words that they do not understand, std::runtime_error for the rest.
 int show(Session &session, const Options &options, const Words &words);
 int watch(Session &session, const Options &options, const Words &words);
 int get(Session &session, const Options &options, const Words &words);
 int walk(Session &session, const Options &options, const Words &words);
 int drawTree(Session &session, const Options &options, const Words &words);
+
+// What may stand behind a command's name.
+enum class Operands { views, objects, shells };
+
+struct Usage {
+    const char *synopsis;
+    const char *text; // with line feeds where --help breaks it
+};
+
+struct Command {
+    const char *name;
+    const char *summary;
+    int (*run)(Session &, const Options &, const Words &); // null: it needs no device
+    Operands operands;
+    std::span<const Usage> usages;
+};
+std::span<const Command> commands();
+
+// The command that a word names, or begins as no other does; null when it names none. Throws host::UsageError when it
+// may be several.
+const Command *commandNamed(const std::string &word);
+// What to say of a word that is neither a command nor a view.
+std::string noSuchCommand(const std::string &word);
+
+std::string helpText();
 
 } // namespace ipmib::cli

@@ -2,6 +2,7 @@
 // Object identifiers as people write them.
 #include "identifier.h"
 
+#include "near_names.h"
 #include "text.h"
 
 #include "host/command_line.h"
@@ -127,6 +128,15 @@ bool readAddressPart(Session &session, const std::string &text, std::size_t part
     return true;
 }
 
+std::string nearObjects(Session &session, const std::string &name)
+{
+    std::vector<std::string> names;
+    for (const Object &object : session.tree().objects()) {
+        names.emplace_back(object.node->pszName);
+    }
+    return didYouMean(name, names);
+}
+
 void appendIndex(Session &session, const std::string &text, const MibTreeNode &node,
                  const std::vector<std::string> &words, host::Oid &oid)
 {
@@ -206,7 +216,7 @@ host::Oid parseIdentifier(Session &session, const std::string &text)
     const std::size_t end = text.find_first_of(".[");
     const Object *object = session.tree().named(text.substr(0, end));
     if (object == nullptr) {
-        refuse(text, "there is no such object");
+        refuse(text, "there is no such object" + nearObjects(session, text.substr(0, end)));
     }
     oid = object->oid;
     if (end == std::string::npos) {

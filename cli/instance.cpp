@@ -19,7 +19,7 @@ Cell numberCell(const Session &session, const MibTreeNode &node, const host::Val
     const std::string label = isInterfaceNumber(node) ? session.interfaceName(static_cast<std::uint32_t>(value.number))
                                                       : labelText(*node.pstSyntax, value.number);
     if (isInterfaceNumber(node)) {
-        return {label == number ? number : label + "(" + number + ")", value.number, {}};
+        return {label == number ? number : label + "(" + number + ")", value.number, {}, Tone::interface};
     }
     const auto signedNumber = static_cast<std::int32_t>(value.number);
     const std::string plain = std::to_string(signedNumber);
@@ -35,9 +35,9 @@ Cell valueCell(const Session &session, const MibTreeNode &node, const host::Valu
     case host::ValueType::timeTicks:
         return {durationText(value.number / ticksPerSecond), value.number, {}};
     case host::ValueType::octets:
-        return textCell(hexText(value.octets));
+        return textCell(hexText(value.octets), Tone::linkLayer);
     case host::ValueType::ipAddress:
-        return textCell(addressText(session, value.octets));
+        return textCell(addressText(session, value.octets), toneOfAddress(value.octets));
     case host::ValueType::objectId:
         return {identifierText(session, value.objectId), numbersText(value.objectId), {}};
     case host::ValueType::unsigned32:
@@ -56,10 +56,15 @@ void InstanceWriter::add(host::OidView name, const host::Value &value)
     const std::string text = identifierText(session_, name);
     const Cell cell = valueCell(session_, *object->node, value);
     if (!json_) {
-        std::printf("%s = %s\n", text.c_str(), cell.text.c_str());
+        std::printf("%s = %s\n", text.c_str(), palette_.painted(cell.tone, cell.text).c_str());
         return;
     }
-    const Json json = {{"name", text}, {"oid", numbersText(name)}, {"value", cell.json}};
+    Json json = {{"name", text}, {"oid", numbersText(name)}, {"value", cell.json}};
+    if (isInterfaceNumber(*object->node)) {
+        json["interface"] = session_.interfaceName(static_cast<std::uint32_t>(value.number));
+    } else if (value.type == host::ValueType::integer32 && cell.json.is_string()) {
+        json["number"] = static_cast<std::int32_t>(value.number);
+    }
     std::printf("%s%s", any_ ? ",\n " : "[", json.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
     any_ = true;
 }

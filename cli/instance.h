@@ -2,6 +2,7 @@
 // Writes instances with their values, one in a line.
 #pragma once
 
+#include "colour.h"
 #include "options.h"
 #include "session.h"
 
@@ -13,13 +14,17 @@ namespace ipmib::cli
 class InstanceWriter
 {
   public:
-    InstanceWriter(const Session &session, const Options &options) : session_(session), json_(options.json) {}
+    InstanceWriter(const Session &session, const Options &options)
+        : session_(session), palette_(Palette::ofStandardOutput(options)), json_(options.json)
+    {
+    }
 
     void add(host::OidView name, const host::Value &value);
     void finish();
 
   private:
     const Session &session_;
+    Palette palette_;
     bool json_;
     bool any_ = false;
 };

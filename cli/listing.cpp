@@ -3,25 +3,27 @@
 #include "listing.h"
 
 #include "output.h"
+#include "session.h"
+#include "view_names.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace ipmib::cli
 {
-namespace
-{
 
-void writeJson(std::span<const Column> columns, const Row &row)
+void listRows(Session &session, const View &view, const ViewRequest &request, const Sink &sink)
 {
-    Json object = Json::object();
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        object[columns[i].key] = row[i].json;
-    }
-    std::fputs(object.dump(-1, ' ', false, Json::error_handler_t::replace).c_str(), stdout);
+    const std::size_t place = interfaceColumn(view);
+    const bool isFiltered = !request.interface.empty();
+    const std::string name =
+        isFiltered ? session.interfaceName(session.interfaceIndex(request.interface)) : std::string();
+    view.list(session, request.argument, [&](Row row) {
+        if (!isFiltered || row[place].text == name) {
+            sink(std::move(row));
+        }
+    });
 }
-
-} // namespace
 
 std::size_t outputWidth(const Options &options)
 {
@@ -32,37 +34,87 @@ std::size_t outputWidth(const Options &options)
     return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : TextTable::noLimit;
 }
 
+std::string noteOfLeftOut(const std::vector<std::string> &headings, std::size_t width, const std::string &more)
+{
+    if (headings.empty()) {
+        return more;
+    }
+    std::string names;
+    for (const std::string &name : headings) {
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    const std::string before = more.empty() ? "" : more + "; ";
+    const std::string count = std::to_string(headings.size()) + (headings.size() == 1 ? " column" : " columns");
+    const std::size_t room = width - std::min(width, programPrefixLength);
+    for (const std::string &note : {before + "no room for " + names + " (--width 0 shows all)",
+                                    before + "no room for " + count + " (--width 0 shows all)"}) {
+        if (width == TextTable::noLimit || shownLength(note) <= room) {
+            return note;
+        }
+    }
+    return before + count + " left out";
+}
+
+void JsonList::add(const Row &row)
+{
+    Json object = Json::object();
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        object[columns_[i].key] = row[i].json;
+        if (columns_[i].ageKey != nullptr) {
+            object[columns_[i].ageKey] = row[i].age;
+        }
+    }
+    std::fputs(any_ ? ",\n " : "[", stdout);
+    std::fputs(object.dump(-1, ' ', false, Json::error_handler_t::replace).c_str(), stdout);
+    any_ = true;
+}
+
+void JsonList::finish()
+{
+    std::fputs(any_ ? "]\n" : "[]\n", stdout);
+}
+
 Listing::Listing(std::span<const Column> columns, const Options &options)
-    : columns_(columns), json_(options.json), table_(stdout, columns, outputWidth(options))
+    : isForPrograms_(options.json), width_(outputWidth(options)), selection_(columns, options), json_(columns),
+      table_(stdout, columns, width_, Palette::ofStandardOutput(options))
 {
 }
 
 void Listing::add(Row row)
 {
-    if (!json_) {
-        table_.add(std::move(row));
+    if (!selection_.takes(row)) {
         return;
     }
-    std::fputs(any_ ? ",\n " : "[", stdout); // one row in a line
-    writeJson(columns_, row);
-    any_ = true;
+    if (selection_.sorts()) {
+        unsorted_.push_back(std::move(row));
+    } else {
+        write(std::move(row));
+    }
+}
+
+void Listing::write(Row row)
+{
+    if (isForPrograms_) {
+        json_.add(row);
+    } else {
+        table_.add(std::move(row));
+    }
 }
 
 void Listing::finish()
 {
-    if (json_) {
-        std::fputs(any_ ? "]\n" : "[]\n", stdout);
+    selection_.sort(unsorted_);
+    for (Row &row : unsorted_) {
+        write(std::move(row));
+    }
+    if (isForPrograms_) {
+        json_.finish();
         return;
     }
     table_.finish();
-    if (table_.leftOut().empty()) {
-        return;
+    if (const std::string note = noteOfLeftOut(table_.leftOut(), width_, more_); !note.empty()) {
+        complain(note);
     }
-    std::string names;
-    for (const std::string &name : table_.leftOut()) {
-        names += (names.empty() ? "" : ", ") + name;
-    }
-    complain("no room for " + names + " (--width 0 shows all)");
 }
 
 } // namespace ipmib::cli

@@ -1,30 +1,24 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipmibctl: the IP-MIB on the terminal.
 #include "commands.h"
+#include "completion.h"
+#include "near_names.h"
 #include "output.h"
+#include "view_names.h"
 
 #include <ipmib/platform_hooks.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <iterator>
+#include <optional>
 #include <stdexcept>
 
 namespace
 {
 
 using namespace ipmib;
-
-struct Command {
-    const char *name;
-    int (*run)(cli::Session &, const cli::Options &, const cli::Words &);
-};
-constexpr Command commands[] = {
-    {"show", cli::show}, {"watch", cli::watch}, {"get", cli::get}, {"walk", cli::walk}, {"tree", cli::drawTree},
-};
 
 int fail(const std::exception &error, host::ExitStatus status)
 {
@@ -40,37 +34,88 @@ void logLine(int priority, const char *line)
     }
 }
 
+// The platform refuses an option that it does not know, which may be one of ours, mistyped.
+[[noreturn]] void refuseWithHint(const host::UsageError &error, const cli::Options &options)
+{
+    const std::string text = error.what();
+    for (const auto &[name, value] : options.plugin.platformOptions) {
+        std::vector<std::string> names;
+        for (const cli::OptionText &option : cli::optionTexts()) {
+            names.push_back("--" + std::string(option.name == nullptr ? "" : option.name));
+        }
+        const std::string meant = cli::didYouMean("--" + name, names);
+        if (!meant.empty() && text.find("--" + name) != std::string::npos) {
+            throw host::UsageError("there is no option --" + name + meant);
+        }
+    }
+    throw host::UsageError(text);
+}
+
+int runOnDevice(const cli::Command &command, const cli::Options &options, const cli::Words &words)
+{
+    std::optional<cli::Session> session;
+    try {
+        session.emplace(options.plugin);
+    } catch (const host::UsageError &error) {
+        refuseWithHint(error, options);
+    }
+    return command.run(*session, options, words);
+}
+
+int writeHelp()
+{
+    std::fputs(cli::helpText().c_str(), stdout);
+    return host::exitSuccess;
+}
+
+int writeScript(const cli::Words &words)
+{
+    if (words.size() != 1) {
+        throw host::UsageError("completion: name one shell, bash, zsh or fish");
+    }
+    std::fputs(cli::completionScript(words.front()), stdout);
+    return host::exitSuccess;
+}
+
 int run(cli::Options options)
 {
     switch (options.action) {
     case cli::Options::Action::help:
-        std::fputs(cli::helpText, stdout);
-        return host::exitSuccess;
+        return writeHelp();
     case cli::Options::Action::version:
         std::printf("ipmibctl %s\n", IPMIB_VERSION);
         return host::exitSuccess;
     case cli::Options::Action::run:
         break;
     }
-    if (options.words.size() == 1 && options.words.front() == "help") {
-        std::fputs(cli::helpText, stdout);
-        return host::exitSuccess;
-    }
-    if (options.words.empty()) {
+    cli::Words words = options.words;
+    if (words.empty()) {
         throw host::UsageError("a command is missing; ipmibctl --help lists them");
     }
-    const auto command =
-        std::ranges::find_if(commands, [&options](const Command &each) { return each.name == options.words.front(); });
-    if (command == std::end(commands)) {
-        throw host::UsageError("there is no command \"" + options.words.front() + "\"; ipmibctl --help lists them");
+    if (words.size() == 1 && words.front() == "help") {
+        return writeHelp();
     }
-    if (options.version != cli::Version::both && command->run != cli::show && command->run != cli::watch) {
+    const cli::Command *command = cli::commandNamed(words.front());
+    if (command != nullptr) {
+        words.erase(words.begin());
+    } else if (cli::isViewWord(words.front())) { // "neigh" is "show neigh"
+        command = &cli::commands().front();
+    } else {
+        throw host::UsageError(cli::noSuchCommand(words.front()));
+    }
+    const bool isOfViews = command->operands == cli::Operands::views;
+    if (!isOfViews && options.version != cli::Version::both) {
         throw host::UsageError("-4 and -6 are for show and watch");
+    }
+    if (!isOfViews && (!options.sort.empty() || !options.filters.empty())) {
+        throw host::UsageError("--sort and --filter are for show and watch");
+    }
+    if (command->run == nullptr) {
+        return writeScript(words);
     }
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN);
     options.plugin.log = logLine;
-    cli::Session session(options.plugin);
-    return command->run(session, options, {options.words.begin() + 1, options.words.end()});
+    return runOnDevice(*command, options, words);
 }
 
 // A full disk is no success.
@@ -88,6 +133,10 @@ int main(int argc, char **argv)
 {
     try {
         host::occupyStandardDescriptors();
+        if (argc > 1 && argv[1] == cli::completionQuestion) {
+            cli::writeCandidates({argv + 2, argv + argc}, host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN));
+            return withAllWritten(host::exitSuccess);
+        }
         return withAllWritten(run(cli::parseOptions(argc, argv)));
     } catch (const host::UsageError &error) {
         return fail(error, host::exitUsage);

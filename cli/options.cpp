@@ -8,52 +8,50 @@
 
 namespace ipmib::cli
 {
-
-const char *const helpText = R"(Usage: ipmibctl [OPTION]... COMMAND
-
-Shows the IP-MIB of this machine, or of a simulated device, without SNMP.
-
-  show VIEW [INTERFACE]  a table, of all interfaces or of one; VIEW is neighbours, addresses, prefixes, routers,
-                         interfaces, statistics, icmp or advertisements, or the beginning of such a word
-  show routes [PREFIX]   all routes, or those within a prefix
-  show route ADDRESS     the routes with the longest prefix that an address lies in
-  show statistics NAME   all counters of an interface, or of the "system"
-  watch statistics [NAME], watch interfaces, watch icmp
-                         how much the counters grow a second, again and again
-  get OBJECT...          values; an OBJECT is written 1.3.6.1.2.1.4.26.0, ipv6IpDefaultHopLimit,
-                         ipIfStatsHCInOctets.2.3 or ipIfStatsHCInOctets[ipv6][eth0]
-  walk OBJECT            all values below an object
-  tree [OBJECT]          the objects, with their types, access, and whether they are served
-
-  -4, -6                 show and watch one version of IP alone
-      --json             for programs
-      --width N          as wide as N places (default: the terminal; 0: no limit)
-      --interval S       seconds between two looks of watch (default: 1)
-      --count N          how often watch looks (default: until it is interrupted)
-      --platform NAME[:ARGUMENT]
-                         where the facts come from (default: linux; simulated:FILE is a device from a scenario)
-      --module PATH      the module to load (default: the one that ipmibctl came with)
-      --OPTION[=VALUE]   any other long option is handed to the platform
-  -h, --help             print this and exit
-  -v, --version          print the version and exit
-)";
-
 namespace
 {
 
-enum { jsonOption = host::firstProgramOption, widthOption, intervalOption, countOption };
-
-constexpr option longOptions[] = {
-    {"help", no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, 'v'},
-    {"json", no_argument, nullptr, jsonOption},
-    {"width", required_argument, nullptr, widthOption},
-    {"interval", required_argument, nullptr, intervalOption},
-    {"count", required_argument, nullptr, countOption},
-    host::pluginOptions[0],
-    host::pluginOptions[1],
-    {nullptr, 0, nullptr, 0},
+enum {
+    widthOption = host::firstProgramOption,
+    sortOption,
+    filterOption,
+    intervalOption,
+    countOption,
 };
+
+constexpr OptionText texts[] = {
+    {nullptr, '4', no_argument, '4', "", "show and watch IPv4 alone"},
+    {nullptr, '6', no_argument, '6', "", "show and watch IPv6 alone"},
+    {"json", 'j', no_argument, 'j', "", "for programs"},
+    {"color", 'c', optional_argument, 'c', "WHEN",
+     "auto (the default: on a terminal, unless NO_COLOR is set), always or never;\nwithout WHEN, always"},
+    {"width", 0, required_argument, widthOption, "N", "as wide as N places (default: the terminal; 0: no limit)"},
+    {"sort", 0, required_argument, sortOption, "COLUMN",
+     "show and watch: rows in the order of a column, the greatest numbers first"},
+    {"filter", 0, required_argument, filterOption, "[COLUMN=]TEXT",
+     "show and watch: only rows with this text in any column or in one;\nof several filters all have to hold"},
+    {"interval", 0, required_argument, intervalOption, "S", "seconds between two looks of watch (default: 1)"},
+    {"count", 0, required_argument, countOption, "N", "how often watch looks (default: until it is interrupted)"},
+    {"platform", 0, required_argument, host::platformOption, "NAME[:ARGUMENT]",
+     "where the facts come from (default: linux; simulated:FILE is a device from a scenario)"},
+    {"module", 0, required_argument, host::moduleOption, "PATH",
+     "the module to load (default: the one that ipmibctl came with)"},
+    {"help", 'h', no_argument, 'h', "", "print this and exit"},
+    {"version", 'v', no_argument, 'v', "", "print the version and exit"},
+};
+
+std::vector<option> longOptions()
+{
+    std::vector<option> options;
+    for (const OptionText &text : texts) {
+        if (text.name != nullptr) {
+            options.push_back({text.name, text.argument, nullptr, text.code});
+        }
+    }
+    options.push_back({"colour", optional_argument, nullptr, 'c'}); // as this program's texts spell it
+    options.push_back({nullptr, 0, nullptr, 0});
+    return options;
+}
 
 template <class Number>
 std::string shown(Number number)
@@ -75,17 +73,37 @@ Number parseNumber(const char *option, std::string_view text, Number low, Number
     return number;
 }
 
+// "always" of --color=always and, as `ip` has it, of -c=always.
+Colour parseColour(const char *argument)
+{
+    std::string_view word = argument == nullptr ? "always" : argument;
+    word.remove_prefix(word.starts_with('=') ? 1 : 0);
+    if (word == "auto") {
+        return Colour::automatic;
+    }
+    if (word != "always" && word != "never") {
+        throw host::UsageError("--color: \"" + std::string(word) + "\" is not auto, always or never");
+    }
+    return word == "always" ? Colour::always : Colour::never;
+}
+
 } // namespace
+
+std::span<const OptionText> optionTexts()
+{
+    return texts;
+}
 
 Options parseOptions(int argc, char *const *argv)
 {
     constexpr unsigned most = 1'000'000;
     constexpr double perSecond = 1'000;
+    static const std::vector<option> known = longOptions();
     Options options;
     opterr = 0;
     optind = 0; // lets glibc start afresh
     int letter;
-    while ((letter = getopt_long(argc, argv, ":hv46", longOptions, nullptr)) != -1) {
+    while ((letter = getopt_long(argc, argv, ":hvj46c::", known.data(), nullptr)) != -1) {
         switch (letter) {
         case 'h':
             options.action = Options::Action::help;
@@ -99,11 +117,21 @@ Options parseOptions(int argc, char *const *argv)
         case '6':
             options.version = Version::ipv6;
             break;
-        case jsonOption:
+        case 'j':
             options.json = true;
+            break;
+        case 'c':
+            options.colour = parseColour(optarg);
+            options.colourChosen = true;
             break;
         case widthOption:
             options.width = parseNumber("--width", optarg, 0u, most);
+            break;
+        case sortOption:
+            options.sort = optarg;
+            break;
+        case filterOption:
+            options.filters.emplace_back(optarg);
             break;
         case intervalOption:
             options.intervalMs = static_cast<unsigned>(parseNumber("--interval", optarg, 0.01, 86'400.0) * perSecond);

@@ -2,6 +2,7 @@
 // A device in this process: its platform, the module, and the tables through which every value comes.
 #include "session.h"
 
+#include "near_names.h"
 #include "table_reader.h"
 
 #include "support/printable.h"
@@ -11,6 +12,7 @@
 #include <dlfcn.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -146,18 +148,38 @@ std::uint32_t Session::interfaceIndex(std::string_view name)
         return number;
     }
     const std::string shown = support::printable(name);
+    for (const std::uint32_t ifIndex : interfaceIndexes()) {
+        if (interfaceName(ifIndex) == shown) {
+            return ifIndex;
+        }
+    }
+    throw std::runtime_error("no interface is called " + std::string(name) + didYouMean(shown, interfaceNames()));
+}
+
+std::vector<std::string> Session::interfaceNames()
+{
+    std::vector<std::string> names;
+    for (const std::uint32_t ifIndex : interfaceIndexes()) {
+        names.push_back(interfaceName(ifIndex));
+    }
+    return names;
+}
+
+std::vector<std::uint32_t> Session::interfaceIndexes()
+{
     // A platform that leaves interface tables to somebody else has them in the traffic of IP alone.
     const host::Object *own = tree().named("ifIndex");
     const bool hasOwn = own != nullptr && own->isServed;
     TableReader interfaces(*this, hasOwn ? "ifEntry" : "ipIfStatsEntry", {hasOwn ? "ifIndex" : "ipIfStatsHCInReceives"},
                            TableReader::Rows::all);
+    std::vector<std::uint32_t> indexes;
     while (interfaces.next()) {
         const std::uint32_t ifIndex = interfaces.key().number(hasOwn ? 0 : 1);
-        if (interfaceName(ifIndex) == shown) {
-            return ifIndex;
+        if (std::ranges::find(indexes, ifIndex) == indexes.end()) {
+            indexes.push_back(ifIndex);
         }
     }
-    throw std::runtime_error("no interface is called " + std::string(name));
+    return indexes;
 }
 
 } // namespace ipmib::cli

@@ -13,6 +13,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ipmib::cli
 {
@@ -50,10 +51,13 @@ class Session
 
     // As people know it, with what is not printable escaped; its number when it has no name.
     std::string interfaceName(std::uint32_t ifIndex) const;
+    // Of all interfaces, as interfaceName has them.
+    std::vector<std::string> interfaceNames();
     // The ifIndex of a name, escaped or not, or of a number; throws std::runtime_error when there is no such interface.
     std::uint32_t interfaceIndex(std::string_view name);
 
   private:
+    std::vector<std::uint32_t> interfaceIndexes();
     void begin(host::Source &source);
 
     host::Plugin plugin_;

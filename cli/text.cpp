@@ -48,6 +48,13 @@ std::string addressText(const Session &session, std::span<const std::uint8_t> oc
     return std::string(text) + "%" + session.interfaceName(ipmib_be32_read(octets.data() + addressSize));
 }
 
+Tone toneOfAddress(std::span<const std::uint8_t> octets)
+{
+    return octets.size() == ipv4Size                                    ? Tone::ipv4
+           : octets.size() == addressSize || octets.size() == zonedSize ? Tone::ipv6
+                                                                        : Tone::plain;
+}
+
 std::string hexText(std::span<const std::uint8_t> octets)
 {
     std::string text;
@@ -64,11 +71,6 @@ std::string durationText(std::uint64_t seconds)
     const auto minutes = static_cast<unsigned>(seconds / 60 % 60);
     const std::string clock = format("%02u:%02u:%02u", hours, minutes, static_cast<unsigned>(seconds % 60));
     return days == 0 ? clock : format("%llud ", days) + clock;
-}
-
-std::string lifetimeText(std::uint32_t seconds)
-{
-    return seconds == UINT32_MAX ? "forever" : durationText(seconds);
 }
 
 std::string millisecondsText(std::uint64_t milliseconds)

@@ -2,6 +2,8 @@
 // Values as people write them.
 #pragma once
 
+#include "colour.h"
+
 #include "host/resolver.h"
 
 #include <ipmib/mib_tree.h>
@@ -17,12 +19,11 @@ class Session;
 
 // 16 bytes, or 20 with a zone: "2001:db8::1", "fe80::1%eth0".
 std::string addressText(const Session &session, std::span<const std::uint8_t> octets);
+Tone toneOfAddress(std::span<const std::uint8_t> octets);
 // "02:00:5e:00:53:01"
 std::string hexText(std::span<const std::uint8_t> octets);
 // "00:12:30", "9d 23:59:55"
 std::string durationText(std::uint64_t seconds);
-// The same, and "forever" for the greatest number.
-std::string lifetimeText(std::uint32_t seconds);
 // "30s", "1.5s", "150ms"
 std::string millisecondsText(std::uint64_t milliseconds);
 // Three digits of it: "0", "0.25", "948", "1.21k", "61.0M"

@@ -30,34 +30,39 @@ void TextTable::add(Row row)
     }
     first_.push_back(std::move(row));
     if (first_.size() == rowsToMeasure) {
-        begin();
+        beginWithFirst();
     }
 }
 
 void TextTable::finish()
 {
     if (!begun_) {
-        begin();
+        beginWithFirst();
     }
 }
 
-void TextTable::begin()
+void TextTable::beginWithFirst()
+{
+    begin(first_);
+    for (const Row &row : first_) {
+        write(row);
+    }
+    first_.clear();
+}
+
+void TextTable::begin(const std::vector<Row> &likely)
 {
     begun_ = true;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         shown_.push_back(i);
         std::size_t width = shownLength(columns_[i].heading);
-        for (const Row &row : first_) {
+        for (const Row &row : likely) {
             width = std::max(width, shownLength(row[i].text));
         }
         widths_.push_back(width);
     }
     dropColumns();
     writeHeadings();
-    for (const Row &row : first_) {
-        write(row);
-    }
-    first_.clear();
 }
 
 void TextTable::dropColumns()
@@ -80,32 +85,28 @@ std::size_t TextTable::totalWidth() const
 
 void TextTable::writeHeadings()
 {
-    std::vector<std::string> texts;
+    Row headings(columns_.size());
     for (const std::size_t column : shown_) {
-        texts.emplace_back(columns_[column].heading);
+        headings[column].text = columns_[column].heading;
     }
-    writeLine(texts);
+    write(headings);
 }
 
 void TextTable::write(const Row &row)
 {
-    std::vector<std::string> texts;
-    for (const std::size_t column : shown_) {
-        texts.push_back(row[column].text);
-    }
-    writeLine(texts);
-}
-
-void TextTable::writeLine(const std::vector<std::string> &texts)
-{
     std::string line;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        const std::size_t width = widths_[shown_[i]];
-        const std::string padding(width - std::min(width, shownLength(texts[i])), ' ');
-        line += i == 0 ? "" : std::string(gap, ' ');
-        line += columns_[shown_[i]].align == Align::right ? padding + texts[i] : texts[i] + padding;
+    std::size_t blanks = 0; // that are written when something follows them
+    for (const std::size_t column : shown_) {
+        const std::string &text = row[column].text;
+        const std::size_t padding = widths_[column] - std::min(widths_[column], shownLength(text));
+        const bool isRight = columns_[column].align == Align::right;
+        blanks += isRight ? padding : 0;
+        if (!text.empty()) {
+            line += std::string(blanks, ' ') + palette_.painted(row[column].tone, text);
+            blanks = 0;
+        }
+        blanks += (isRight ? 0 : padding) + gap;
     }
-    line.erase(line.find_last_not_of(' ') + 1);
     std::fprintf(out_, "%s\n", line.c_str());
 }
 

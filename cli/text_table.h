@@ -18,10 +18,13 @@ class TextTable
   public:
     static constexpr std::size_t noLimit = 0;
 
-    TextTable(std::FILE *out, std::span<const Column> columns, std::size_t width)
-        : out_(out), columns_(columns), width_(width)
+    TextTable(std::FILE *out, std::span<const Column> columns, std::size_t width, Palette palette = {})
+        : out_(out), columns_(columns), width_(width), palette_(palette)
     {
     }
+
+    // Writes the headings now; columns are as wide as these rows, which are not written, want them.
+    void begin(const std::vector<Row> &likely);
 
     void add(Row row);
     void finish();
@@ -30,16 +33,16 @@ class TextTable
     const std::vector<std::string> &leftOut() const { return leftOut_; }
 
   private:
-    void begin();
+    void beginWithFirst();
     void dropColumns();
     std::size_t totalWidth() const;
     void writeHeadings();
     void write(const Row &row);
-    void writeLine(const std::vector<std::string> &texts);
 
     std::FILE *out_;
     std::span<const Column> columns_;
     std::size_t width_;
+    Palette palette_;
     bool begun_ = false;
     std::vector<Row> first_;
     std::vector<std::size_t> shown_;  // places of columns

@@ -17,13 +17,6 @@ TEST(Text, durationsAreClocksWithDays)
     EXPECT_EQ(durationText(UINT32_MAX), "49710d 06:28:15");
 }
 
-TEST(Text, theGreatestLifetimeIsForEver)
-{
-    EXPECT_EQ(lifetimeText(UINT32_MAX), "forever");
-    EXPECT_EQ(lifetimeText(UINT32_MAX - 1), "49710d 06:28:14");
-    EXPECT_EQ(lifetimeText(1'800), "00:30:00");
-}
-
 TEST(Text, millisecondsBecomeSeconds)
 {
     EXPECT_EQ(millisecondsText(0), "0ms");

@@ -16,15 +16,24 @@ class Session;
 
 enum class Align { left, right };
 
+// What a column is to its row, for whoever follows rows from one look to the next.
+enum class Role {
+    fact,
+    key,  // tells the rows apart, together with the others of its kind
+    time, // passes by itself
+};
+
 struct Column {
     const char *heading;
     const char *key; // for programs
     Align align = Align::left;
     int rank = 0; // where there is no room for all columns, those of the highest rank are left out first
+    Role role = Role::fact;
+    const char *ageKey = nullptr; // for programs: of the cells' ages, when they have such
 };
 
 struct View {
-    const char *name;
+    const char *name; // to be read in plain text
     std::span<const Column> columns;
     // The argument is empty, or names what the listing is of.
     void (*list)(Session &session, const std::string &argument, const Sink &sink);
@@ -36,7 +45,7 @@ extern const View addressesView;
 extern const View prefixesView;
 extern const View routersView;
 extern const View routesView; // all, or those within a prefix
-extern const View routeView;  // those by which an address is reached
+extern const View routeView;  // those by which an address is reached; without an address like routes
 extern const View interfacesView;
 extern const View advertisementsView;
 extern const View statisticsView; // one row for each version and interface

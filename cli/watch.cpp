@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// ipmibctl watch: how much counters grow a second, again and again.
+// ipmibctl watch: how much counters grow a second, and which rows come and go, again and again.
+#include "changes.h"
 #include "commands.h"
 #include "listing.h"
+#include "output.h"
 #include "rates.h"
-#include "view.h"
+#include "view_names.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -33,22 +36,6 @@ void endOnInterrupt()
     sigaction(SIGTERM, &action, nullptr);
 }
 
-const View &viewFor(const Words &words, Version version)
-{
-    const std::string name = words.empty() ? "" : words.front();
-    const View *view = name == "statistics"   ? &countersViewOf(version)
-                       : name == "interfaces" ? &statisticsView
-                       : name == "icmp"       ? &icmpView
-                                              : nullptr;
-    if (view == nullptr) {
-        throw host::UsageError("watch: watch statistics, interfaces or icmp");
-    }
-    if (words.size() > (view->takesArgument ? 2 : 1)) {
-        throw host::UsageError("watch: \"" + words.back() + "\" is too much");
-    }
-    return *view;
-}
-
 // The view's columns, with those that are counted marked as rates.
 class RateColumns
 {
@@ -71,41 +58,56 @@ class RateColumns
     std::vector<Column> columns_;
 };
 
-void write(std::span<const Column> columns, const std::vector<Row> &rows, const Options &options, bool first)
+// The lines of the terminal that the output goes to; 0: it goes somewhere else.
+std::size_t outputHeight()
+{
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_row : 0;
+}
+
+// How many rows a picture has room for beside its headings, the note and the line where the terminal's cursor stays.
+std::size_t roomForRows(std::size_t height)
+{
+    constexpr std::size_t others = 3;
+    return height > others ? height - others : 1;
+}
+
+void writePicture(std::span<const Column> columns, std::vector<Row> rows, const Options &options, bool first)
 {
     constexpr const char *clearScreen = "\033[H\033[2J";
-    const bool terminal = isatty(STDOUT_FILENO) == 1;
+    const bool isTerminal = isatty(STDOUT_FILENO) == 1;
     if (!options.json) {
-        std::fputs(terminal ? clearScreen : first ? "" : "\n", stdout);
+        std::fputs(isTerminal ? clearScreen : first ? "" : "\n", stdout);
     }
+    const Selection selection(columns, options);
+    std::erase_if(rows, [&selection](const Row &row) { return !selection.takes(row); });
     Listing listing(columns, options);
-    for (const Row &row : rows) {
-        listing.add(row);
+    const std::size_t room = roomForRows(outputHeight());
+    if (isTerminal && !options.json && rows.size() > room) {
+        listing.note(std::to_string(rows.size() - room) + " more rows");
+        if (selection.sorts()) {
+            selection.sort(rows);
+        } else {
+            sortByActivity(rows);
+        }
+        rows.resize(room);
+    }
+    for (Row &row : rows) {
+        listing.add(std::move(row));
     }
     listing.finish();
     std::fflush(stdout);
 }
 
-} // namespace
-
-int watch(Session &session, const Options &options, const Words &words)
+// Looks until it has looked often enough, or a signal comes.
+template <class Look>
+int lookAgainAndAgain(Session &session, const Options &options, Look look)
 {
-    const View &view = viewFor(words, options.version);
-    const std::string argument = words.size() > 1 ? words.back() : "";
-    session.show(options.version);
     endOnInterrupt();
-    Rates rates;
-    Clock::time_point before;
     for (unsigned looks = 0;; ++looks) {
         session.freshState();
-        const Clock::time_point now = Clock::now();
-        std::vector<Row> counted;
-        view.list(session, argument, [&counted](Row row) { counted.push_back(std::move(row)); });
-        const std::vector<Row> rows = rates.update(counted, std::chrono::duration<double>(now - before).count());
-        if (looks > 0) {
-            write(RateColumns(view, counted).columns(), rows, options, looks == 1);
-        }
-        before = now;
+        look(looks);
+        std::fflush(stdout);
         if (looks == options.count && options.count != 0) {
             return host::exitSuccess;
         }
@@ -113,6 +115,80 @@ int watch(Session &session, const Options &options, const Words &words)
             return exitSignalled + signalled;
         }
     }
+}
+
+std::vector<Row> rowsOf(Session &session, const View &view, const ViewRequest &request)
+{
+    std::vector<Row> rows;
+    listRows(session, view, request, [&rows](Row row) { rows.push_back(std::move(row)); });
+    return rows;
+}
+
+int watchRates(Session &session, const Options &options, const View &view, const ViewRequest &request)
+{
+    const Selection columnsExist(view.columns, options);
+    Rates rates;
+    Clock::time_point before;
+    return lookAgainAndAgain(session, options, [&](unsigned looks) {
+        const Clock::time_point now = Clock::now();
+        const std::vector<Row> counted = rowsOf(session, view, request);
+        const std::vector<Row> rows = rates.update(counted, std::chrono::duration<double>(now - before).count());
+        if (looks > 0) {
+            writePicture(RateColumns(view, counted).columns(), rows, options, looks == 1);
+        }
+        before = now;
+    });
+}
+
+int watchChanges(Session &session, const Options &options, const View &view, const ViewRequest &request)
+{
+    Changes changes(view.columns);
+    const Selection selection(changes.columns(), options);
+    const std::size_t width = outputWidth(options);
+    TextTable table(stdout, changes.columns(), width, Palette::ofStandardOutput(options));
+    return lookAgainAndAgain(session, options, [&](unsigned looks) {
+        const std::vector<Row> rows = rowsOf(session, view, request);
+        std::vector<Row> told = changes.update(rows);
+        if (looks == 0) {
+            if (!options.json) {
+                table.begin(changes.likely(rows));
+                const std::string note = noteOfLeftOut(table.leftOut(), width);
+                note.empty() ? void() : complain(note);
+            }
+            return;
+        }
+        std::erase_if(told, [&selection](const Row &row) { return !selection.takes(row); });
+        selection.sort(told);
+        JsonList json(changes.columns());
+        for (const Row &row : told) {
+            options.json ? json.add(row) : table.add(row);
+        }
+        if (options.json) {
+            json.finish();
+        }
+    });
+}
+
+bool isCounted(const View &view)
+{
+    return view.name == std::string_view(statisticsView.name) || &view == &icmpView;
+}
+
+} // namespace
+
+int watch(Session &session, const Options &options, const Words &words)
+{
+    ViewRequest request = parseViewRequest("watch", words);
+    const Version version = options.version == Version::both ? request.version : options.version;
+    session.show(version);
+    // What an interface does is its traffic; all counters of the system are more than its line in the table.
+    if (request.view == &interfacesView) {
+        request.view = &statisticsView;
+    } else if (request.view == &statisticsView || request.view == &countersView) {
+        request.view = &countersViewOf(version);
+    }
+    return isCounted(*request.view) ? watchRates(session, options, *request.view, request)
+                                    : watchChanges(session, options, *request.view, request);
 }
 
 } // namespace ipmib::cli

@@ -9,13 +9,13 @@ namespace
 {
 
 constexpr Column columns[] = {
-    {"ADDRESS", "address"},
-    {"INTERFACE", "interface"},
+    {"ADDRESS", "address", Align::left, 0, Role::key},
+    {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"STATUS", "status"},
     {"ORIGIN", "origin", Align::left, 1},
     {"TYPE", "type", Align::left, 2},
-    {"CREATED", "created", Align::right, 3},
-    {"CHANGED", "changed", Align::right, 4},
+    {"CREATED", "created", Align::right, 3, Role::time, "createdAge"},
+    {"CHANGED", "changed", Align::right, 4, Role::time, "changedAge"},
 };
 
 // The last sub-identifier of the pointer to the prefix. That of a link-local address points to the prefix of them all.
@@ -30,7 +30,7 @@ std::uint32_t prefixLength(const TableReader &rows, const host::Value *interface
 
 Cell withLength(const Cell &address, std::uint32_t length)
 {
-    return length == 0 ? address : textCell(address.text + "/" + std::to_string(length));
+    return length == 0 ? address : textCell(address.text + "/" + std::to_string(length), address.tone);
 }
 
 void list(Session &session, const std::string &, const Sink &sink)

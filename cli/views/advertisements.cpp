@@ -8,7 +8,7 @@ namespace
 {
 
 constexpr Column columns[] = {
-    {"INTERFACE", "interface"},
+    {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"SENT", "sent"},
     {"INTERVAL", "interval", Align::right},
     {"LIFETIME", "lifetime", Align::right},

@@ -11,8 +11,12 @@ namespace
 {
 
 constexpr Column columns[] = {
-    {"ADDRESS", "address"}, {"INTERFACE", "interface"},       {"LINK-LAYER ADDRESS", "linkLayerAddress"},
-    {"STATE", "state"},     {"TYPE", "type", Align::left, 1}, {"UPDATED", "updated", Align::right, 2},
+    {"ADDRESS", "address", Align::left, 0, Role::key},
+    {"INTERFACE", "interface", Align::left, 0, Role::key},
+    {"LINK-LAYER ADDRESS", "linkLayerAddress", Align::left, 1},
+    {"STATE", "state"},
+    {"TYPE", "type", Align::left, 2},
+    {"UPDATED", "updated", Align::right, 3, Role::time, "updatedAge"},
 };
 
 // One that is not known is told as zeros.
@@ -20,7 +24,7 @@ Cell linkLayerCell(const host::Value *value)
 {
     const bool known =
         value != nullptr && std::ranges::any_of(value->octets, [](std::uint8_t octet) { return octet != 0; });
-    return known ? textCell(hexText(value->octets)) : emptyCell();
+    return known ? textCell(hexText(value->octets), Tone::linkLayer) : emptyCell();
 }
 
 void list(Session &session, const std::string &, const Sink &sink)

@@ -8,18 +8,22 @@ namespace
 {
 
 constexpr Column columns[] = {
-    {"ROUTER", "address"},
-    {"INTERFACE", "interface"},
+    {"ROUTER", "address", Align::left, 0, Role::key},
+    {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"PREFERENCE", "preference"},
-    {"LIFETIME", "lifetime", Align::right},
+    {"LIFETIME", "lifetime", Align::right, 1, Role::time},
 };
+
+// The object can hold no more.
+constexpr std::uint32_t endless = 65'535;
 
 void list(Session &session, const std::string &, const Sink &sink)
 {
     enum { lifetime, preference };
     TableReader rows(session, "ipDefaultRouterEntry", {"ipDefaultRouterLifetime", "ipDefaultRouterPreference"});
     while (rows.next()) {
-        sink({addressCell(rows, 1), interfaceCell(rows, 2), labelCell(rows, preference), lifetimeCell(rows, lifetime)});
+        sink({addressCell(rows, 1), interfaceCell(rows, 2), labelCell(rows, preference),
+              lifetimeCell(rows, lifetime, endless)});
     }
 }
 

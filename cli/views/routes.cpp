@@ -18,14 +18,14 @@ namespace
 {
 
 constexpr Column columns[] = {
-    {"DESTINATION", "destination"},
-    {"NEXT HOP", "nextHop"},
+    {"DESTINATION", "destination", Align::left, 0, Role::key},
+    {"NEXT HOP", "nextHop", Align::left, 0, Role::key},
     {"INTERFACE", "interface"},
     {"TYPE", "type", Align::left, 2},
     {"PROTOCOL", "protocol", Align::left, 1},
     {"METRIC", "metric", Align::right, 3},
-    {"AGE", "age", Align::right, 4},
-    {"POLICY", "policy", Align::left, 5},
+    {"AGE", "age", Align::right, 4, Role::time},
+    {"POLICY", "policy", Align::left, 5, Role::key},
 };
 
 enum IndexPlace { typePart, destinationPart, lengthPart, policyPart, nextHopTypePart, nextHopPart };
@@ -117,7 +117,8 @@ Row rowOf(const TableReader &rows)
     for (const host::SubId number : numbers.view()) {
         policy += (policy.empty() ? "" : ".") + std::to_string(number);
     }
-    return {textCell(addressCell(rows, destinationPart).text + "/" + length),
+    const Cell destination = addressCell(rows, destinationPart);
+    return {textCell(destination.text + "/" + length, destination.tone),
             nextHopCell(rows),
             interfaceOf(rows),
             labelCell(rows, typeColumn),
@@ -157,13 +158,11 @@ void listRoutes(Session &session, const std::string &prefix, const Sink &sink)
 
 void listRouteTo(Session &session, const std::string &text, const Sink &sink)
 {
-    if (text.empty()) {
-        throw host::UsageError("show: the route to which address?");
+    if (text.empty() || text.find('/') != std::string::npos) {
+        listRoutes(session, text, sink);
+        return;
     }
     const Prefix address = readPrefix(text);
-    if (address.length != address.size() * 8) {
-        throw host::UsageError("show: \"" + text + "\" is no address");
-    }
     const IpmibRouteHooks *routes = session.routes();
     IpmibRoute first;
     if (routes == nullptr || routes->match(address.version, address.octets.data(), &first) != 0) {

@@ -6,12 +6,16 @@ import glob
 import json
 import os
 import pty
+import re
+import select
+import shutil
 import signal
 import struct
 import subprocess
 import sys
 import tempfile
 import termios
+import time
 import unittest
 
 program = os.path.abspath(sys.argv.pop(1))
@@ -27,11 +31,13 @@ def run(*words, **options):
                           **{"encoding": "utf-8", **options})
 
 
-def on_terminal(columns, *words):
-    """What it writes to a terminal so many places wide."""
+def on_terminal(columns, *words, lines=24, stderr=subprocess.DEVNULL, **environment):
+    """What it writes to a terminal so many places wide and so many lines high."""
     terminal, end = pty.openpty()
-    fcntl.ioctl(end, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-    with subprocess.Popen([program, *words], stdout=end, stderr=subprocess.DEVNULL) as process:
+    fcntl.ioctl(end, termios.TIOCSWINSZ, struct.pack("HHHH", lines, columns, 0, 0))
+    variables = {name: value for name, value in os.environ.items() if name not in ("NO_COLOR", "COLORFGBG", "TERM")}
+    with subprocess.Popen([program, *words], stdout=end, stderr=end if stderr is None else stderr,
+                          env={**variables, **environment}) as process:
         os.close(end)
         written = b""
         try:
@@ -44,11 +50,15 @@ def on_terminal(columns, *words):
     return written.decode().replace("\r\n", "\n")
 
 
+def without_colour(text):
+    return re.sub(r"\033\[[0-9;]*m", "", text)
+
+
 class Terminal(unittest.TestCase):
     def test_every_line_of_every_view_fits(self):
         for view in views:
             for columns in (80, 100, 132):
-                lines = on_terminal(columns, "show", view, *home_router).splitlines()
+                lines = without_colour(on_terminal(columns, "show", view, *home_router, stderr=None)).splitlines()
                 self.assertGreater(len(lines), 1)
                 for line in lines:
                     self.assertLessEqual(len(line), columns, f"{view}: {line}")
@@ -57,15 +67,188 @@ class Terminal(unittest.TestCase):
 
     def test_all_columns_are_there_where_there_is_room(self):
         for view in views:
-            wide = on_terminal(250, "show", view, *home_router)
+            wide = on_terminal(250, "show", view, "--color=never", *home_router)
             self.assertEqual(wide, run("show", view, *home_router).stdout)
 
     def test_watch_stays_in_its_place(self):
-        written = on_terminal(100, "watch", "icmp", "--count=2", "--interval=0.05", *home_router)
+        written = on_terminal(100, "watch", "icmp", "--count=2", "--interval=0.05", "-4", *home_router)
         pictures = written.split("\033[H\033[2J")
         self.assertEqual(pictures[0], "")
         self.assertEqual(len(pictures), 3)
         self.assertTrue(all(picture.startswith("VERSION") for picture in pictures[1:]))
+
+
+    def test_the_columns_that_matter_stay(self):
+        for view, staying in (("neigh", "STATE"), ("addr", "STATUS"), ("prefixes", "ORIGIN"), ("routers", "PREFERENCE")):
+            text = without_colour(on_terminal(58, "show", view, *home_router, stderr=None))
+            self.assertIn(staying, text.splitlines()[0])
+            notes = [line for line in text.splitlines() if line.startswith("ipmibctl: ")]
+            self.assertLessEqual(len(notes), 1)
+            self.assertNotRegex(text.splitlines()[0], "UPDATED|CREATED|CHANGED|VALID")
+
+    def test_colour_is_for_terminals_that_want_it(self):
+        words = ["show", "neigh", *home_router]
+        plain = run(*words).stdout
+        self.assertNotIn("\033", plain)
+        for words_of_colour in (["-c"], ["--color"], ["--color=always"], ["--colour=always"], ["-c=always"]):
+            painted = run(*words, *words_of_colour, env={**os.environ, "NO_COLOR": "1"}).stdout
+            self.assertIn("\033[35m203.0.113.1\033[0m", painted, words_of_colour)
+            self.assertIn("\033[34mfe80::1%wan0\033[0m", painted)
+            self.assertEqual(without_colour(painted), plain)
+        self.assertIn("\033[32mreachable", on_terminal(200, *words))
+        self.assertIn("\033[1;32mreachable", on_terminal(200, *words, COLORFGBG="15;0"))
+        for environment in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
+            self.assertEqual(on_terminal(200, *words, **environment), plain)
+        self.assertEqual(on_terminal(200, *words, "--color=never"), plain)
+        self.assertNotIn("\033", run(*words, "-c", "-j").stdout)
+
+    def test_watch_of_more_rows_than_lines_shows_the_busiest(self):
+        scenario = {"interfaces": [{"name": f"eth{i}", "counters": {"ipv6": {"inReceives": {"start": 0, "rate": i * 100}}}}
+                                   for i in range(1, 31)]}
+        with tempfile.NamedTemporaryFile("w", suffix=".json", encoding="utf-8") as file:
+            json.dump(scenario, file)
+            file.flush()
+            words = ["watch", "interfaces", "-6", "--count=1", "--interval=0.5", "--platform", "simulated:" + file.name]
+            lines = on_terminal(200, *words, "--color=never", lines=10, stderr=None).splitlines()
+            self.assertEqual(len(lines), 9, lines)
+            self.assertIn("INTERFACE", lines[0])
+            self.assertEqual([line.split()[0] for line in lines[2:8]], [f"eth{i}" for i in range(30, 24, -1)])
+            self.assertIn("24 more rows", lines[8])
+            rows = json.loads(run(*words, "-j", "--filter", "interface=eth2", "--sort", "interface").stdout)
+            self.assertEqual([row["interface"] for row in rows], ["eth2"] + [f"eth{i}" for i in range(20, 30)])
+
+
+class Watching(unittest.TestCase):
+    def test_what_comes_goes_and_changes(self):
+        """The kernel's own neighbours, in a namespace."""
+        if os.geteuid() != 0 or subprocess.run(["unshare", "-n", "true"], stderr=subprocess.DEVNULL,
+                                               check=False).returncode != 0:
+            self.skipTest("needs network namespaces")
+        if shutil.which("ip") is None or not os.path.exists(os.path.dirname(os.path.dirname(program)) +
+                                                            "/lib/ipmib/platform_linux.so"):
+            self.skipTest("needs ip and the Linux platform")
+        with subprocess.Popen(["unshare", "-n", "sh"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              text=True) as shell:
+            def told(command):
+                shell.stdin.write(command + "\n")
+                shell.stdin.flush()
+                self.assertTrue(select.select([shell.stdout], [], [], 60)[0], command)
+                return shell.stdout.readline().split()
+            self.assertEqual(told("trap 'kill $!' EXIT; ip link add v0 type veth peer name v1; ip link set v1 up; "
+                                  "ip link set v0 up; ip addr add 192.0.2.1/24 dev v0; "
+                                  f"'{program}' watch arp --interval 0.05 &")[:2], ["TIME", "CHANGE"])
+            neighbour = "192.0.2.7 lladdr 02:00:5e:00:53:07 dev v0 nud"
+            self.assertEqual(told(f"ip neigh replace {neighbour} permanent")[1:],
+                             ["new", "192.0.2.7", "v0", "02:00:5e:00:53:07", "reachable", "static"])
+            self.assertEqual(told(f"ip neigh replace {neighbour} stale")[1:],
+                             ["changed", "192.0.2.7", "v0", "02:00:5e:00:53:07", "stale", "dynamic"])
+            self.assertEqual(told("ip neigh del 192.0.2.7 dev v0")[1:3], ["gone", "192.0.2.7"])
+            shell.stdin.close()
+            shell.wait(patience)
+
+
+class Shells(unittest.TestCase):
+    """Shells complete what the program knows."""
+
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        os.symlink(program, self.folder.name + "/ipmibctl")
+        self.environment = {**os.environ, "PATH": self.folder.name + ":" + os.environ["PATH"], "HOME": self.folder.name,
+                            "TERM": "xterm"}
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    # What is written, and what may stand there in place of the last word.
+    lines = {
+        "sh": {"show"},
+        "show ne": {"neighbours"},
+        "neigh dev ": None,
+        "watch stat": {"statistics"},
+        "get ipv6IpDef": {"ipv6IpDefaultHopLimit"},
+        "neigh --sort up": {"updated"},
+        "--platform simulated:x.json show ro": {"routers", "routes", "route"},
+        "--platform sim": {"simulated:"},
+        "completion ": {"bash", "zsh", "fish"},
+        "--color=al": {"--color=always"},
+    }
+    interfaces = f"--platform simulated:{root}/examples/home-router.json neigh dev l"
+
+    def candidates(self, line):
+        *words, last = line.split(" ")
+        told = run("__complete", *words, last)
+        self.assertEqual((told.returncode, told.stderr), (0, ""))
+        return {candidate.split("\t")[0] for candidate in told.stdout.splitlines()}
+
+    def test_candidates(self):
+        for line, expected in self.lines.items():
+            if expected is not None:
+                self.assertEqual(self.candidates(line), expected, line)
+        self.assertEqual(self.candidates(self.interfaces), {"lan0"})
+        self.assertEqual(self.candidates("show neigh wan0 "), set())
+        for line in ("nonsense ", "get [[ ", "--count x show ", "show neigh --sort "):
+            self.candidates(line)
+
+    def test_every_command_and_option_has_its_place(self):
+        helped = run("--help").stdout
+        offered = {word for word in self.candidates("") | self.candidates("-") if "=" not in word}
+        for word in offered:
+            self.assertIn(word, helped)
+        self.assertEqual(set(re.findall(r" (--[a-z]+)", helped)), {word for word in offered if word.startswith("--")})
+
+    def test_bash(self):
+        script = run("completion", "bash").stdout + """
+            ask() {
+                COMP_LINE="ipmibctl $1" COMP_POINT=$((9 + ${#1})) COMPREPLY=()
+                compopt() { :; }
+                _ipmibctl
+                printf '%s ' "${COMPREPLY[@]}"; echo
+            }
+            ask 'show ne'; ask '--platform sim'; ask '--platform simulated:x.json show neighbo'; ask '--color=al'
+        """ + f"ask '{self.interfaces}'\n"
+        told = subprocess.run(["bash", "-u", "-c", script], env=self.environment, capture_output=True, text=True,
+                              timeout=patience, check=False)
+        self.assertEqual(told.stderr, "")
+        self.assertEqual([line.split() for line in told.stdout.splitlines()],
+                         [["neighbours"], ["simulated:"], ["neighbours"], ["always"], ["lan0"]])
+
+    def test_fish(self):
+        if shutil.which("fish") is None:
+            self.skipTest("fish is not installed")
+        for line, expected in {**self.lines, self.interfaces: {"lan0"}}.items():
+            if expected is None:
+                continue
+            told = subprocess.run(["fish", "--no-config", "-c", run("completion", "fish").stdout +
+                                   f"complete -C 'ipmibctl {line}'"], env=self.environment, capture_output=True,
+                                  text=True, timeout=patience, check=False)
+            self.assertEqual({each.split("\t")[0] for each in told.stdout.splitlines()}, expected, line)
+
+    def test_zsh(self):
+        if shutil.which("zsh") is None:
+            self.skipTest("zsh is not installed")
+        with open(self.folder.name + "/_ipmibctl", "w", encoding="utf-8") as file:
+            file.write(run("completion", "zsh").stdout)
+        terminal, end = pty.openpty()
+        with subprocess.Popen(["zsh", "-f", "-i"], stdin=end, stdout=end, stderr=end, env=self.environment,
+                              start_new_session=True) as shell:
+            os.close(end)
+            setup = f"PS1=; fpath=({self.folder.name} $fpath); autoload -Uz compinit; compinit -u -D; echo re''ady\n"
+            os.write(terminal, setup.encode())
+            self.read_until(terminal, "ready")
+            os.write(terminal, b"echo ipmibctl; ipmibctl completion ba\t | grep -c compopt; echo en''d\n")
+            written = self.read_until(terminal, "end\r")
+            os.write(terminal, b"exit\n")
+            shell.wait(patience)
+        os.close(terminal)
+        self.assertRegex(written, r"completion bash")
+
+    def read_until(self, terminal, mark):
+        written = ""
+        end = time.monotonic() + patience
+        while mark not in written and time.monotonic() < end:
+            if select.select([terminal], [], [], 1)[0]:
+                written += os.read(terminal, 65536).decode(errors="replace")
+        return written
 
 
 class Pipes(unittest.TestCase):

@@ -7,6 +7,7 @@
 Without --update it is compared with the picture that is there.
 """
 import argparse
+import re
 import sys
 from xml.sax.saxutils import escape
 
@@ -19,8 +20,17 @@ HEAD = """<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{heigh
 """
 
 
+COLOURS = {"31": "#ff7b72", "32": "#7ee787", "33": "#e3b341", "34": "#79c0ff", "35": "#d2a8ff", "36": "#56d4dd"}
+PAINTED = re.compile("\033\\[([0-9]+)m(.*?)\033\\[0m")
+
+
+def plain(line):
+    return PAINTED.sub(lambda match: match[2], line)
+
+
 def text(place, line, style=""):
-    return f'<text x="{MARGIN}" y="{MARGIN + LINE * place + SIZE}"{style}>{escape(line)}</text>\n'
+    drawn = PAINTED.sub(lambda match: f'<tspan fill="{COLOURS[match[1]]}">{match[2]}</tspan>', escape(line))
+    return f'<text x="{MARGIN}" y="{MARGIN + LINE * place + SIZE}"{style}>{drawn}</text>\n'
 
 
 def draw(commands, outputs):
@@ -29,11 +39,11 @@ def draw(commands, outputs):
         lines.append((f"$ {command}", ' fill="#7ee787"'))
         for number, line in enumerate(output):
             heading = number == 0 and line.isupper()
-            lines.append((line, ' fill="#79c0ff"' if heading else ""))
+            lines.append((line, ' font-weight="bold"' if heading else ""))
         if output:
             lines.append(("", ""))
     lines.append(("$ \u2588", ' fill="#7ee787"'))
-    width = round(2 * MARGIN + PLACE * max(len(line) for line, _ in lines))
+    width = round(2 * MARGIN + PLACE * max(len(plain(line)) for line, _ in lines))
     picture = HEAD.format(width=width, height=2 * MARGIN + LINE * len(lines), size=SIZE)
     return picture + "".join(text(i, *line) for i, line in enumerate(lines) if line[0]) + "</g>\n</svg>\n"
 

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "commands.h"
+
+#include "near_names.h"
+#include "view_names.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace ipmib::cli
+{
+namespace
+{
+
+constexpr Usage ofShow[] = {
+    {"[show] VIEW [[dev] INTERFACE]",
+     "a table, of all interfaces or of one; VIEW is neighbours, addresses, prefixes, routers,\n"
+     "interfaces, statistics, icmp or advertisements, the beginning of such a word, or what\n"
+     "`ip` says: neigh, addr, route, link; arp is neighbours of IPv4, ndp of IPv6"},
+    {"[show] routes [PREFIX]", "all routes, or those within a prefix"},
+    {"[show] route ADDRESS", "the routes with the longest prefix that an address lies in"},
+    {"[show] statistics NAME", "all counters of an interface, or of the \"system\""},
+};
+constexpr Usage ofWatch[] = {
+    {"watch statistics [NAME], watch interfaces, watch icmp",
+     "how much the counters grow a second, again and again; where there are more rows than\n"
+     "lines, the busiest"},
+    {"watch VIEW", "what comes, goes and changes"},
+};
+constexpr Usage ofGet[] = {
+    {"get OBJECT...", "values; an OBJECT is written 1.3.6.1.2.1.4.26.0, ipv6IpDefaultHopLimit,\n"
+                      "ipIfStatsHCInOctets.2.3 or ipIfStatsHCInOctets[ipv6][eth0]"},
+};
+constexpr Usage ofWalk[] = {{"walk OBJECT", "all values below an object"}};
+constexpr Usage ofTree[] = {
+    {"tree [OBJECT]", "the objects, with their types, access, and whether they are served"},
+};
+constexpr Usage ofCompletion[] = {{"completion SHELL", "what makes bash, zsh or fish complete these words"}};
+
+constexpr Command table[] = {
+    {"show", "a table, once", show, Operands::views, ofShow},
+    {"watch", "rates, or what comes and goes", watch, Operands::views, ofWatch},
+    {"get", "single values", get, Operands::objects, ofGet},
+    {"walk", "all values below an object", walk, Operands::objects, ofWalk},
+    {"tree", "the objects, and which are served", drawTree, Operands::objects, ofTree},
+    {"completion", "a script for a shell", nullptr, Operands::shells, ofCompletion},
+};
+
+// One entry of a list: what stands on the left, and behind it, or below when it is long, what that is.
+std::string entry(std::string left, std::string_view text)
+{
+    constexpr std::size_t place = 27;
+    left.insert(0, "  ");
+    left += left.size() + 2 > place ? "\n" + std::string(place, ' ') : std::string(place - left.size(), ' ');
+    for (const char letter : text) {
+        left += letter;
+        left += letter == '\n' ? std::string(place, ' ') : "";
+    }
+    return left + "\n";
+}
+
+std::string leftOf(const OptionText &option)
+{
+    std::string left = option.letter == 0 ? "    " : std::string("-") + option.letter;
+    if (option.name != nullptr) {
+        left += (option.letter == 0 ? "--" : ", --") + std::string(option.name);
+    }
+    const std::string argument = option.argumentName;
+    return left + (option.argument == optional_argument ? "[=" + argument + "]"
+                   : argument.empty()                   ? ""
+                                                        : " " + argument);
+}
+
+} // namespace
+
+std::span<const Command> commands()
+{
+    return table;
+}
+
+const Command *commandNamed(const std::string &word)
+{
+    const auto exact = std::ranges::find(table, word, &Command::name);
+    if (exact != std::end(table)) {
+        return &*exact;
+    }
+    const Command *found = nullptr;
+    for (const Command &command : table) {
+        if (!word.empty() && std::string_view(command.name).starts_with(word)) {
+            if (found != nullptr) {
+                throw host::UsageError("\"" + word + "\" may be " + found->name + " or " + command.name);
+            }
+            found = &command;
+        }
+    }
+    return found;
+}
+
+std::string noSuchCommand(const std::string &word)
+{
+    std::vector<std::string> words = viewWords();
+    for (const Command &command : table) {
+        words.emplace_back(command.name);
+    }
+    const std::string meant = didYouMean(word, words);
+    return "there is no command \"" + word + "\"" + (meant.empty() ? "; ipmibctl --help lists them" : meant);
+}
+
+std::string helpText()
+{
+    std::string text = "Usage: ipmibctl [OPTION]... COMMAND\n\n"
+                       "Shows the IP-MIB of this machine, or of a simulated device, without SNMP.\n\n";
+    for (const Command &command : table) {
+        for (const Usage &usage : command.usages) {
+            text += entry(usage.synopsis, usage.text);
+        }
+    }
+    text += "\n";
+    for (const OptionText &option : optionTexts()) {
+        text += entry(leftOf(option), option.text);
+    }
+    return text + entry("    --OPTION[=VALUE]", "any other long option is handed to the platform");
+}
+
+} // namespace ipmib::cli
