@@ -19,10 +19,14 @@ constexpr const char *wordOf(bool isNext)
 // Whether an agent that has not answered one question answers another.
 Answer Exchange::still(Answer answer, const Name &name)
 {
+    constexpr int most = 20; // each takes the time of all retries
     if (!answer.isThere) {
         report_.broken(Rule::answered, name, "no answer in " + session_.versionText());
         if (!session_.get({sysUpTime}).isThere) {
             throw NoAnswer(Session::agent() + " no longer answers");
+        }
+        if (++unanswered_ == most) {
+            throw NoAnswer(Session::agent() + " leaves too much unanswered to go on");
         }
     }
     return answer;
@@ -65,20 +69,26 @@ Exchange::Found Exchange::ask(Kind kind, const std::vector<Name> &names)
         return names.size() > 1 ? inHalves(kind, names) : found;
     }
     for (std::size_t i = 0; i < names.size(); ++i) {
-        check(kind, names[i], answer.variables[i]);
-        found[i] = answer.variables[i];
+        if (isUsable(kind, names[i], answer.variables[i])) {
+            found[i] = answer.variables[i];
+        }
     }
     return found;
 }
 
-void Exchange::check(Kind kind, const Name &asked, const Variable &found)
+bool Exchange::isUsable(Kind kind, const Name &asked, const Variable &found)
 {
-    if (kind == Kind::get && found.name != asked) {
-        report_.broken(Rule::complete, asked, "a GET is answered with " + host::textOf(found.name));
-    }
     if (session_.version() == Version::v1 && found.value.tag == Tag::counter64) {
         report_.broken(Rule::noCounter64, found.name, "a Counter64");
     }
+    if (session_.version() == Version::v1 && found.value.isException()) {
+        report_.broken(Rule::noSuchName, asked, textOf(found.value.tag) + " in SNMPv1");
+    }
+    if (kind == Kind::get && found.name != asked) {
+        report_.broken(Rule::complete, asked, "a GET is answered with " + host::textOf(found.name));
+        return false;
+    }
+    return true;
 }
 
 Exchange::Found Exchange::inHalves(Kind kind, const std::vector<Name> &names)
@@ -101,17 +111,20 @@ Exchange::Found Exchange::withoutOne(Kind kind, const std::vector<Name> &names, 
     return found;
 }
 
-std::vector<Variable> Exchange::getBulk(const Name &name, int maxRepetitions)
+std::vector<Variable> Exchange::getBulk(const std::vector<Name> &names, int nonRepeaters, int maxRepetitions)
 {
-    const Answer answer = still(session_.getBulk(name, maxRepetitions), name);
+    const Answer answer = still(session_.getBulk(names, nonRepeaters, maxRepetitions), names.back());
     const std::string asked = "GETBULK of " + std::to_string(maxRepetitions);
     if (answer.isThere && answer.error != noError) {
-        report_.broken(Rule::answered, name, errorText(answer.error) + " is the answer to a " + asked);
+        report_.broken(Rule::answered, names.back(), errorText(answer.error) + " is the answer to a " + asked);
         return {};
     }
-    if (answer.isThere &&
-        (answer.variables.empty() || answer.variables.size() > static_cast<std::size_t>(maxRepetitions))) {
-        report_.broken(Rule::complete, name, asked + " has " + std::to_string(answer.variables.size()) + " variables");
+    const auto once = static_cast<std::size_t>(nonRepeaters);
+    const std::size_t most = once + (names.size() - once) * static_cast<std::size_t>(maxRepetitions);
+    if (answer.isThere && (answer.variables.empty() || answer.variables.size() > most)) {
+        report_.broken(Rule::complete, names.back(),
+                       asked + " has " + std::to_string(answer.variables.size()) + " variables, not 1 to " +
+                           std::to_string(most));
     }
     return answer.variables;
 }

@@ -26,10 +26,11 @@ class Exchange
     using Found = std::vector<std::optional<Variable>>;
     Found get(const std::vector<Name> &names) { return ask(Kind::get, names); }
     Found getNext(const std::vector<Name> &names) { return ask(Kind::getNext, names); }
-    // What follows the name; empty where no answer can be used.
-    std::vector<Variable> getBulk(const Name &name, int maxRepetitions);
+    // What follows the first names once, as many as there are non-repeaters, and the others again and again; empty
+    // where no answer can be used.
+    std::vector<Variable> getBulk(const std::vector<Name> &names, int nonRepeaters, int maxRepetitions);
     // As it comes, with nothing held against it.
-    Answer rawGet(const Name &name) { return still(session_.get({name}), name); }
+    Answer rawGet(const std::vector<Name> &names) { return still(session_.get(names), names.front()); }
     Answer rawGetNext(const Name &name) { return still(session_.getNext({name}), name); }
     Answer set(const Variable &variable) { return still(session_.set(variable), variable.name); }
 
@@ -39,10 +40,11 @@ class Exchange
     Found inHalves(Kind kind, const std::vector<Name> &names);
     Found withoutOne(Kind kind, const std::vector<Name> &names, std::size_t place);
     Answer still(Answer answer, const Name &name);
-    void check(Kind kind, const Name &asked, const Variable &found);
+    bool isUsable(Kind kind, const Name &asked, const Variable &found);
 
     Session &session_;
     Report &report_;
+    int unanswered_ = 0;
 };
 
 inline const Name sysUpTime{1, 3, 6, 1, 2, 1, 1, 3, 0};

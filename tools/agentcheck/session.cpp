@@ -180,10 +180,10 @@ Answer Session::getNext(const std::vector<Name> &names)
     return ask(request(SNMP_MSG_GETNEXT, names));
 }
 
-Answer Session::getBulk(const Name &name, int maxRepetitions)
+Answer Session::getBulk(const std::vector<Name> &names, int nonRepeaters, int maxRepetitions)
 {
-    netsnmp_pdu *pdu = request(SNMP_MSG_GETBULK, {name});
-    pdu->non_repeaters = 0;
+    netsnmp_pdu *pdu = request(SNMP_MSG_GETBULK, names);
+    pdu->non_repeaters = nonRepeaters;
     pdu->max_repetitions = maxRepetitions;
     return ask(pdu);
 }

@@ -75,8 +75,7 @@ class Session
 
     Answer get(const std::vector<Name> &names);
     Answer getNext(const std::vector<Name> &names);
-    // Of one variable.
-    Answer getBulk(const Name &name, int maxRepetitions);
+    Answer getBulk(const std::vector<Name> &names, int nonRepeaters, int maxRepetitions);
     Answer set(const Variable &variable);
 
   private:

@@ -94,7 +94,7 @@ Walk Walker::byGetNext(const Region &region)
 
 Walk Walker::byGetBulk(const Region &region, int maxRepetitions)
 {
-    return walk(region, [this, maxRepetitions](const Name &at) { return exchange_.getBulk(at, maxRepetitions); });
+    return walk(region, [this, maxRepetitions](const Name &at) { return exchange_.getBulk({at}, 0, maxRepetitions); });
 }
 
 Walk Walker::sideBySide(const Region &region)

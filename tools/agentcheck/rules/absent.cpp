@@ -23,12 +23,34 @@ void checkGet(Check &check, const Name &name, Rule rule)
 {
     const Tag wanted = rule == Rule::noSuchObject ? Tag::noSuchObject : Tag::noSuchInstance;
     if (check.exchange.version() != Version::v1) {
-        const Answer answer = check.exchange.rawGet(name);
+        const Answer answer = check.exchange.rawGet({name});
         if (answer.isThere &&
             (answer.error != noError || answer.variables.size() != 1 || answer.variables.front().value.tag != wanted)) {
             check.report.broken(rule, name, "GET finds " + textOf(answer));
         }
     }
+}
+
+// What there is not takes nothing from what there is in the same packet.
+void checkBetween(Check &check, const Name &there, const Name &absent)
+{
+    if (check.exchange.version() == Version::v1) {
+        return;
+    }
+    reportWhenSure(check, absent, [&]() -> std::optional<Fault> {
+        const Answer answer = check.exchange.rawGet({there, absent, there});
+        const Answer alone = check.exchange.rawGet({there});
+        if (!answer.isThere || !alone.isThere || alone.error != noError || alone.variables.size() != 1 ||
+            alone.variables.front().value.isException()) {
+            return std::nullopt;
+        }
+        const auto isException = [&](std::size_t place) { return answer.variables[place].value.isException(); };
+        if (answer.error == noError && answer.variables.size() == 3 && !isException(0) && isException(1) &&
+            !isException(2)) {
+            return std::nullopt;
+        }
+        return Fault{Rule::noSuchInstance, "GET between two that there are finds " + textOf(answer)};
+    });
 }
 
 bool isNoSuchName(const Answer &answer)
@@ -41,7 +63,7 @@ void checkGetVersion1(Check &check, Exchange *exchange, const Name &name)
     if (exchange == nullptr) {
         return;
     }
-    const Answer answer = exchange->rawGet(name);
+    const Answer answer = exchange->rawGet({name});
     if (answer.isThere && !isNoSuchName(answer)) {
         check.report.broken(Rule::noSuchName, name, "GET in SNMPv1 finds " + textOf(answer));
     }
@@ -82,6 +104,7 @@ void checkAbsent(Check &check)
             checkGet(check, name, Rule::noSuchInstance);
             checkGetVersion1(check, version1, name);
         }
+        checkBetween(check, there, extended(object, std::vector<host::SubId>{noInstance}));
         const Name nobodys = extended(region->root, std::vector<host::SubId>{noColumn, 1});
         checkGet(check, nobodys, Rule::noSuchObject);
         checkGetVersion1(check, version1, nobodys);

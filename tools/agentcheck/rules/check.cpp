@@ -46,7 +46,7 @@ std::optional<std::uint64_t> Check::upTime()
 void reportWhenSure(Check &check, const Name &name, const std::function<std::optional<Fault>()> &look)
 {
     constexpr int looks = 3;
-    constexpr std::chrono::milliseconds between(100);
+    constexpr std::chrono::milliseconds between(20);
     std::optional<Fault> fault = look();
     for (int i = 1; i < looks && fault; ++i) {
         std::this_thread::sleep_for(between);

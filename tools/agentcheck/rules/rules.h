@@ -46,6 +46,8 @@ void reportWhenSure(Check &check, const Name &name, const std::function<std::opt
 void checkValues(Check &check);
 void checkIndexes(Check &check);
 void checkSameRows(Check &check);
+void checkSuccessors(Check &check);
+void checkRelations(Check &check);
 void checkPointers(Check &check);
 void checkInterfaces(Check &check);
 void checkCounts(Check &check);

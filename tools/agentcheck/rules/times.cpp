@@ -34,6 +34,7 @@ void checkTimes(Check &check)
                 const auto found = check.exchange.get({name, sysUpTime});
                 // One of two that are asked at once may be of the time that the packet came at.
                 if (!found[0] || !found[1] || found[0]->value.tag != Tag::timeTicks ||
+                    found[1]->value.tag != Tag::timeTicks ||
                     found[0]->value.number <= found[1]->value.number + ticksPerSecond) {
                     return std::nullopt;
                 }

@@ -20,6 +20,14 @@ std::string rangesText(const MibTreeNode &node)
     return text;
 }
 
+constexpr std::uint64_t notReady = 3;
+
+bool isRowStatus(const MibTreeNode &node)
+{
+    return std::ranges::any_of(host::labelsOf(*node.pstSyntax),
+                               [](const MibEnumItem &label) { return std::string_view(label.pszLabel) == "notReady"; });
+}
+
 void checkValue(Report &report, const MibTreeNode &node, const Name &name, const Value &value)
 {
     if (node.ulAccess == MIB_ACCESS_NOT_ACCESSIBLE) {
@@ -30,6 +38,10 @@ void checkValue(Report &report, const MibTreeNode &node, const Name &name, const
     const Tag declared = tagOf(node);
     if (value.tag != declared || (declared == Tag::ipAddress && value.octets.size() != addressLength)) {
         report.broken(Rule::type, name, textOf(value.tag) + " " + textOf(value) + ", not " + textOf(declared));
+        return;
+    }
+    if (isRowStatus(node) && value.number > notReady) {
+        report.broken(Rule::rowStatus, name, "is " + textOf(value));
         return;
     }
     const std::uint64_t number = declared == Tag::octets ? value.octets.size() : value.number;

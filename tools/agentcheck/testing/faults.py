@@ -84,6 +84,8 @@ class AColumnOfItsOwn(ScriptedAgent):
         self.values[oid("ipAddressEntry", 12, 1, 4, 192, 0, 2, 1)] = (INTEGER, 1)
 
 
+changed("a status that is only written", "rowStatus", ADDRESSES, "ipAddressRowStatus", INTEGER, 4)
+
 # Indexes
 moved("an address without its length", "index", NEIGHBOURS, "ipNetToPhysicalType", (2, 1, 203, 0, 113, 1),
       "ipNetToPhysicalPhysAddress")
@@ -121,7 +123,7 @@ class Reordered(ScriptedAgent):
 @planted("ascends", "ipAddressStatus", ADDRESSES)
 class StandsStill(Reordered):
     def order(self, name, found):
-        return found if not is_below(name, self.column) or name == oid(self.column) else (name, *self.values[name])
+        return (name, *self.values[name]) if name in self.values and is_below(name, self.column) else found
 
 
 @planted("ascends", "ipAddressStatus", ADDRESSES)
@@ -183,6 +185,19 @@ class BulkHasAnotherValue(ScriptedAgent):
                 for name, tag, value in super().get_bulk(name, repetitions)]
 
 
+@planted("bulks", "ipAddressIfIndex", ADDRESSES)
+class BulkColumnByColumn(ScriptedAgent):
+    def all_of_bulk(self, names, non_repeaters, repetitions):
+        return [each for place, name in enumerate(names)
+                for each in self.get_bulk(name, 1 if place < non_repeaters else repetitions)]
+
+
+@planted("bulks", "ipAddressIfIndex", ADDRESSES)
+class BulkRepeatsAll(ScriptedAgent):
+    def all_of_bulk(self, names, non_repeaters, repetitions):
+        return super().all_of_bulk(names, 0, repetitions)
+
+
 @planted("ascends", "ipAddress", ADDRESSES)
 class BulkRepeatsItself(ScriptedAgent):
     def get_bulk(self, name, repetitions):
@@ -213,6 +228,25 @@ class GetHasAnotherCounter(ScriptedAgent):
 class GetFindsNothing(ScriptedAgent):
     def get(self, name):
         return (name, NO_SUCH_INSTANCE, b"") if name == oid("ipAddressOrigin", 1, 4, 192, 0, 2, 1) else super().get(name)
+
+
+@planted("successor", "ipAddressIfIndex", ADDRESSES)
+class LeavesOutWhatFollowsNoInstance(ScriptedAgent):
+    def get_next(self, name):
+        found = super().get_next(name)
+        is_inside = is_below(name, "ipAddressEntry") and len(name) > len(oid("ipAddressEntry")) + 1
+        return found if not is_inside or name in self.values else super().get_next(found[0])
+
+
+@planted("successor", "ipNetToPhysical", NEIGHBOURS)
+class OctetsWrapAt256(ScriptedAgent):
+    """As in agents that read the octets of an index into bytes."""
+
+    def get_next(self, name):
+        size = len(oid("ipNetToPhysicalEntry")) + 1
+        if is_below(name, "ipNetToPhysicalEntry"):
+            name = name[:size] + tuple(sub_id % 256 for sub_id in name[size:])
+        return super().get_next(name)
 
 
 @planted("sideBySide", "ipAddressOrigin", ADDRESSES)
@@ -301,6 +335,11 @@ class HalfAnInterface(ScriptedAgent):
             del self.values[name]
 
 
+changed("a speed of its own", "speeds", "ifTable,ifXTable", "ifHighSpeed", UNSIGNED32, 77777, "ifSpeed")
+changed("preferred when no longer valid", "lifetimes", "ipAddressPrefixTable", "ipAddressPrefixAdvValidLifetime",
+        UNSIGNED32, 100, "ipAddressPrefixAdvPreferredLifetime")
+changed("the least is the greatest", "intervals", "ipv6RouterAdvertTable", "ipv6RouterAdvertMinInterval", UNSIGNED32, 1350)
+
 # Counters and times
 changed("another low half", "lowHalf", "ifTable,ifXTable", "ifInOctets", COUNTER32, 12345)
 changed("a time to come", "timeAhead", NEIGHBOURS, "ipNetToPhysicalLastUpdated", TIMETICKS, 4294967295)
@@ -343,6 +382,21 @@ class Version1ErrorsInVersion2(ScriptedAgent):
 class AValueForWhatIsNotThere(ScriptedAgent):
     def absent(self, name):
         return (name, INTEGER, 0) if is_below(name, "ipAddressIfIndex") else super().absent(name)
+
+
+@planted("noSuchInstance", "ipAddressIfIndex", ADDRESSES)
+class OneThatIsAbsentTakesAllWithIt(ScriptedAgent):
+    def answer(self, request):
+        response = super().answer(request)
+        if request.kind == GET and any(tag == NO_SUCH_INSTANCE for _, tag, _ in response.variables):
+            response.variables = [(name, NO_SUCH_INSTANCE, b"") for name, _, _ in response.variables]
+        return response
+
+
+@planted("noSuchName", "ipAddressIfIndex", ADDRESSES)
+class Version2ExceptionsInVersion1(ScriptedAgent):
+    def for_version1(self, kind, found):
+        return found if found[1] in (NO_SUCH_INSTANCE, NO_SUCH_OBJECT) else super().for_version1(kind, found)
 
 
 @planted("endOfMibView", "2.39.4294967295", "interfaces")
@@ -398,7 +452,8 @@ CONSEQUENCES = {
     "EndOfSomethingElse": {"endOfMibView"},
     "LargeBulkEndsEarly": {"ends"},
     "GetHasAnotherCounter": {"lowHalf"},
-    "AnswersOutOfOrder": {"gets", "timeAhead"},
+    "BulkRepeatsAll": {"complete"},
+    "BulkRepeatsItself": {"bulks"},
     "Version1HasCounter64": {"otherVersion", "noSuchName"},
     "AWideCounterThatFalls": {"lowHalf"},
     "Version1ErrorsInVersion2": {"answered", "noSuchObject"},

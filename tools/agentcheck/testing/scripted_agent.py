@@ -55,7 +55,8 @@ class ScriptedAgent:
     def answer(self, request):
         """The response to a request."""
         if request.kind == GETBULK:
-            return self.response(request, self.get_bulk(request.variables[0][0], request.second))
+            return self.response(request, self.all_of_bulk([name for name, _, _ in request.variables],
+                                                           request.first, request.second))
         variables = []
         for place, variable in enumerate(request.variables, 1):
             try:
@@ -95,6 +96,10 @@ class ScriptedAgent:
         if place == len(self.names):
             return name, END_OF_MIB_VIEW, b""
         return (self.names[place], *self.value(self.names[place]))
+
+    def all_of_bulk(self, names, non_repeaters, repetitions):
+        columns = [self.get_bulk(name, repetitions) for name in names[non_repeaters:]]
+        return [self.get_next(name) for name in names[:non_repeaters]] + [each for row in zip(*columns) for each in row]
 
     def get_bulk(self, name, repetitions):
         variables = []

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// What follows identifiers that are no instances, and several at once.
+#include "rules.h"
+
+#include <algorithm>
+#include <set>
+#include <span>
+
+namespace ipmib::agentcheck
+{
+namespace
+{
+
+// Between two answers from an instance in front of it, all in one packet.
+struct Question {
+    Name before;
+    Name from;
+};
+
+// Identifiers close to the instance: shorter, longer, and beside it.
+std::vector<Name> around(const Name &instance, std::size_t objectSize)
+{
+    std::vector<Name> names = {extended(instance, std::vector<host::SubId>{0}),
+                               extended(instance, std::vector<host::SubId>{UINT32_MAX})};
+    for (const std::size_t place : {objectSize, instance.size() - 1}) {
+        for (const host::SubId id : {instance[place] - 1, instance[place] + 1, host::SubId{256}, UINT32_MAX}) {
+            names.push_back(instance);
+            names.back()[place] = id; // below 0 it is the greatest
+        }
+        names.emplace_back(instance.begin(), instance.begin() + static_cast<std::ptrdiff_t>(place));
+    }
+    constexpr std::size_t most = host::maxOidLength;
+    std::erase_if(names, [](const Name &name) { return name.size() > most; });
+    return names;
+}
+
+// The first and the last instance of each object, and what is around them.
+std::vector<Question> questionsOf(const Region &region, const Walk &walk)
+{
+    std::set<Name, Ascending> from;
+    for (auto each = walk.values.begin(); each != walk.values.end(); ++each) {
+        const host::Object *object = region.objectOf(each->first);
+        const auto next = std::next(each);
+        const bool isFirst = each == walk.values.begin() || region.objectOf(std::prev(each)->first) != object;
+        const bool isLast = next == walk.values.end() || region.objectOf(next->first) != object;
+        if (isFirst || isLast) {
+            for (Name &name : around(each->first, object->oid.size())) {
+                from.insert(std::move(name));
+            }
+        }
+    }
+    std::vector<Question> questions;
+    for (const Name &name : from) {
+        const auto behind = walk.values.upper_bound(name);
+        if (behind != walk.values.begin()) {
+            questions.push_back({std::prev(behind)->first, name});
+        }
+    }
+    return questions;
+}
+
+std::string nextText(const Objects &objects, const Variable &variable)
+{
+    return variable.value.isException() ? textOf(variable.value.tag) : objects.text(variable.name);
+}
+
+std::vector<std::optional<Fault>> faultsOf(Check &check, std::span<const Question> questions)
+{
+    std::vector<Name> names;
+    for (const Question &question : questions) {
+        names.insert(names.end(), {question.before, question.from, question.before});
+    }
+    const auto found = check.exchange.getNext(names);
+    std::vector<std::optional<Fault>> faults(questions.size());
+    for (std::size_t i = 0; i < questions.size(); ++i) {
+        const auto &[first, asked, last] = std::tie(found[3 * i], found[3 * i + 1], found[3 * i + 2]);
+        // What is wrong with the instance in front is told elsewhere, and the next may have come between.
+        if (!first || !asked || !last || first->name != last->name || first->value.isException() ||
+            !Ascending()(questions[i].from, first->name)) {
+            continue;
+        }
+        if (asked->value.isException() || asked->name != first->name) {
+            faults[i] = Fault{Rule::successor, "GETNEXT finds " + nextText(check.objects, *asked) + ", not " +
+                                                   nextText(check.objects, *first)};
+        }
+    }
+    return faults;
+}
+
+void checkAround(Check &check, const Region &region, const Walk &walk)
+{
+    constexpr std::size_t atOnce = 4;
+    const std::vector<Question> questions = questionsOf(region, walk);
+    for (std::size_t begin = 0; begin < questions.size(); begin += atOnce) {
+        const auto some = std::span(questions).subspan(begin, std::min(atOnce, questions.size() - begin));
+        const auto faults = faultsOf(check, some);
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            if (faults[i]) {
+                reportWhenSure(check, some[i].from, [&] { return faultsOf(check, some.subspan(i, 1)).front(); });
+            }
+        }
+    }
+}
+
+// A GETBULK with a variable that is not repeated and some that are: row by row, as GETNEXT finds them.
+void checkRepeaters(Check &check, const Region &region)
+{
+    constexpr std::size_t most = 3;
+    constexpr int repetitions = 3;
+    std::vector<Name> asked = {Name(sysUpTime.begin(), sysUpTime.end() - 1)};
+    for (const host::Object *object : region.objects) {
+        const Name name = nameOf(*object);
+        const auto first = check.walked(region.name).values.upper_bound(name);
+        if (asked.size() <= most && first != check.walked(region.name).values.end() &&
+            host::isWithin(first->first, name)) {
+            asked.push_back(name);
+        }
+    }
+    if (asked.size() == 1) {
+        return;
+    }
+    reportWhenSure(check, asked[1], [&]() -> std::optional<Fault> {
+        const auto found = check.exchange.getBulk(asked, 1, repetitions);
+        std::vector<Name> from = asked;
+        for (std::size_t i = 1; i + asked.size() - 1 < found.size(); ++i) {
+            from.push_back(found[i].name);
+        }
+        from.resize(std::min(from.size(), found.size()));
+        const auto expected = check.exchange.getNext(from);
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            if (expected[i] && (found[i].name != expected[i]->name ||
+                                found[i].value.isException() != expected[i]->value.isException())) {
+                return Fault{Rule::bulks, "GETBULK with one variable that is not repeated and " +
+                                              std::to_string(asked.size() - 1) + " that are has, in place " +
+                                              std::to_string(i + 1) + ", " + nextText(check.objects, found[i]) +
+                                              ", not " + nextText(check.objects, *expected[i])};
+            }
+        }
+        return std::nullopt;
+    });
+}
+
+} // namespace
+
+void checkSuccessors(Check &check)
+{
+    for (const auto &[region, walk] : check.walks) {
+        checkAround(check, *region, walk);
+        if (check.exchange.version() != Version::v1) {
+            checkRepeaters(check, *region);
+        }
+    }
+}
+
+} // namespace ipmib::agentcheck
