@@ -11,6 +11,13 @@
 #   make coverage     the lines and branches of the module that its tests run
 #   make mutation     flip each comparison, constant and operator of the module and say what no test notices
 #                     (FILES="addr/ frame/walk": only these; MINUTES=30; AGAIN=1: only what survived the last run)
+#   make static-analysis
+#                     clang-tidy's CERT and bugprone checks over the module, with the reason of each deviation
+#   make traceability each object of the module's tree: its line of the catalogue, its handler, its tests
+#   make reproducible build everything that is installed twice in different surroundings and compare (KINDS="Release packages")
+#   make sbom         every file with its copyright and licence, as SPDX; make dependencies: the Debian packages with versions
+#   make evidence     all of these and coverage, mutation, fuzz and footprint, with an index, in build-evidence/
+#                     (hours; PARTS="sbom coverage": only these)
 #   make footprint    what the module costs a device: bytes, stack, instructions, on four processors
 #   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
 #   make agentx-soak  restart an snmpd with ipmibd beside it again and again (COUNT=100), two minutes as root
@@ -23,12 +30,16 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-all test-device fuzz lint coverage mutation footprint compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
+.PHONY: build run test test-all test-device fuzz lint static-analysis coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
 # Those that tests/docs compares.
 transcripts = docs/agentcheck.md docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
+
+# The precompiled headers of one compiler are no good to another.
+configure_lint = cmake --preset release -B build-lint -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON \
+    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >&2
 
 build:
 	@packaging/install_dependencies.sh run build
@@ -57,16 +68,22 @@ test-device:
 	@packaging/install_dependencies.sh build test test-all device
 	@tests/device/run.sh powerpc armhf aarch64 x86-64
 
+# What a target below measures is on its standard output, what its build says on standard error.
+
 lint:
 	@packaging/install_dependencies.sh run build test lint
-	@# The precompiled headers of one compiler are no good to another.
-	cmake --preset release -B build-lint -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
+	@$(configure_lint)
 	@$(sources) | grep '\.cpp$$' | xargs -P 2 -n 4 clang-tidy --quiet -p build-lint --extra-arg=-Wno-unknown-warning-option
+
+static-analysis:
+	@packaging/install_dependencies.sh run build test lint
+	@$(configure_lint)
+	@evidence/static_analysis.py build-lint
 
 fuzz:
 	@packaging/install_dependencies.sh build test fuzz
-	cmake --preset fuzz
-	cmake --build --preset fuzz
+	cmake --preset fuzz >&2
+	cmake --build --preset fuzz >&2
 	@fuzz/run.sh build-fuzz $(or $(SECONDS),60)
 
 coverage:
@@ -75,10 +92,32 @@ coverage:
 
 mutation:
 	@packaging/install_dependencies.sh build test
-	cmake --preset mutation
-	cmake --build --preset mutation
+	cmake --preset mutation >&2
+	cmake --build --preset mutation >&2
 	@tests/mutation/check.py build-mutation $(if $(FILES),--files $(FILES)) $(if $(MINUTES),--minutes $(MINUTES)) \
 	    $(if $(AGAIN),--again)
+
+traceability:
+	@packaging/install_dependencies.sh build test
+	cmake --preset coverage >&2
+	cmake --build --preset coverage >&2
+	@evidence/traceability.py build-coverage/module/module_test
+
+reproducible:
+	@packaging/install_dependencies.sh run build packages evidence
+	@evidence/reproducible.sh $(KINDS)
+
+sbom:
+	@packaging/install_dependencies.sh evidence
+	@reuse spdx --creator-organization "The ipmib maintainers"
+
+dependencies:
+	@packaging/install_dependencies.sh run build
+	@packaging/install_dependencies.sh --versions run build
+
+evidence:
+	@packaging/install_dependencies.sh run build test test-all device lint fuzz packages evidence
+	@evidence/collect.py build-evidence $(PARTS)
 
 footprint:
 	@packaging/install_dependencies.sh build test test-all device

@@ -45,6 +45,13 @@ if(IPMIB_SANITIZE)
   target_link_options(ipmib_options INTERFACE -fsanitize=${IPMIB_SANITIZE})
 endif()
 
+# Debug information and assertions name sources from the root of the project on, where gdb finds them when it is started there:
+# the folder that a build happens to stand in is not in what it makes. Neither a release nor a build for size names any, and
+# what sanitizers and coverage print is read where it was built.
+if(NOT IPMIB_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
+  add_compile_options($<$<NOT:$<CONFIG:Release,MinSizeRel>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+endif()
+
 # The contract: headers alone.
 add_library(ipmib_contract INTERFACE)
 target_include_directories(ipmib_contract INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)

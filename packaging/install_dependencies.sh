@@ -1,6 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: BSD-3-Clause
 # Installs the Debian packages of the named sections of dependencies.txt that are missing, or says which they are.
+# With --versions first it only prints them, with their versions and those of their sources.
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
@@ -10,6 +11,12 @@ wanted() {
         sed -n "/^\[$section\]/,/^\[/p" "$list" | grep -v -e '^\[' -e '^#' -e '^$'
     done
 }
+
+if [ "$1" = --versions ]; then
+    shift
+    wanted "$@" | sort -u | xargs dpkg-query -W -f '${Package} ${Version} (source ${source:Package} ${source:Version})\n'
+    exit
+fi
 
 missing=
 for package in $(wanted "$@"); do

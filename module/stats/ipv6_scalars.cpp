@@ -16,9 +16,9 @@ std::uint32_t ip_Ipv6Scalars_Get(std::uint32_t, MorRequest *request, MorReply *r
     for (Parameters parameters(request); parameters; parameters.next()) {
         std::uint32_t value;
         if (parameters.id() == ip_ParamId(tableIpv6Scalars, 1)) {
-            value = forwarding;
+            value = forwarding; // ipv6IpForwarding
         } else if (parameters.id() == ip_ParamId(tableIpv6Scalars, 2)) {
-            value = ND_GetHopLimit();
+            value = ND_GetHopLimit(); // ipv6IpDefaultHopLimit
         } else {
             return refuse(reply, ERR_BAD_PARAM, parameters.position());
         }

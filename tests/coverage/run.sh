@@ -11,10 +11,10 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 export CCACHE_DISABLE=1 # it may have recorded paths that are relative to another folder
-cmake --preset coverage
-cmake --build --preset coverage
+cmake --preset coverage >&2
+cmake --build --preset coverage >&2
 find "$objects" -name '*.gcda' -delete
-"$build/module/module_test" --gtest_brief=1
+"$build/module/module_test" --gtest_brief=1 >&2
 
 cd "$work"
 find "$objects" -name '*.gcda' -exec gcov --branch-probabilities --branch-counts --preserve-paths {} + >/dev/null

@@ -18,6 +18,9 @@ unset CFLAGS CXXFLAGS LDFLAGS MAKEFLAGS
 for component in daemon library development; do
     cmake --install "$build" --prefix "$work/usr" --component "$component" >"$work/log"
 done
+for part in ipmib libipmib ipmib-dev; do
+    cmp "$work/usr/share/doc/$part/LICENSE" "$(dirname "$0")/../../LICENSE"
+done
 libraries=$(dirname "$(find "$work/usr" -name pkgconfig)")
 
 cp -r "$example" "$work/with-cmake"

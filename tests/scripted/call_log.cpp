@@ -76,6 +76,11 @@ void complain(const std::string &what)
     state().complaints.push_back(what);
 }
 
+const std::set<std::uint32_t> &answeredParameters()
+{
+    return state().answered;
+}
+
 std::size_t openIterators()
 {
     return state().openIterators.size();

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ const Calls &standardSelectionCalls();
 // Broken promises of the module; a test fails when there is one.
 const std::vector<std::string> &complaints();
 void complain(const std::string &what);
+// The parameters that the module has answered with a value.
+const std::set<std::uint32_t> &answeredParameters();
 // Iterators that were opened and not finalised.
 std::size_t openIterators();
 

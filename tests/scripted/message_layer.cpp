@@ -175,6 +175,7 @@ uint32_t MOR_AppendPara2Msg(MorReply *reply, uint32_t zero, uint32_t parameter_i
         complain("MOR_AppendPara2Msg: length " + number(length) + " for value type " + number(value_type));
     }
     reply->reply.values.push_back(appended);
+    state().answered.insert(parameter_id);
     return notExamined;
 }
 

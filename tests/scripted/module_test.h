@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace ipmib::scripted
 {
 
@@ -26,6 +28,18 @@ class ModuleTest : public testing::Test
     {
         EXPECT_EQ(complaints(), std::vector<std::string>{});
         EXPECT_EQ(openIterators(), 0u) << "an iterator was not finalised";
+        recordAnswers();
+    }
+
+  private:
+    // For the report of which object is answered in which test.
+    static void recordAnswers()
+    {
+        std::string parameters;
+        for (const std::uint32_t parameter : answeredParameters()) {
+            parameters += (parameters.empty() ? "" : " ") + number(parameter);
+        }
+        RecordProperty("answered", parameters);
     }
 };
 

@@ -18,6 +18,7 @@ struct State {
     Calls calls;
     bool tellsCalls = true;
     std::vector<std::string> complaints;
+    std::set<std::uint32_t> answered;
     std::map<const void *, std::vector<unsigned char>> cursors;
     std::set<std::uintptr_t> openIterators;
     std::uintptr_t lastIterator = 0;
