@@ -109,7 +109,7 @@ reproducible:
 
 sbom:
 	@packaging/install_dependencies.sh evidence
-	@reuse spdx --creator-organization "The ipmib maintainers"
+	@reuse spdx
 
 dependencies:
 	@packaging/install_dependencies.sh run build

@@ -136,6 +136,29 @@ TEST_F(PrefixPointer, WalksAllPrefixRowsWhenNoneOfTheInterfaceFits)
                "IF_IteratorInitialize()", "IF_GetNextIfIndexByIfSelect(5)", "IF_IteratorFinalize()"}));
 }
 
+// A platform that, asked for one interface, goes on into the rows of another: those are met when all rows are walked.
+TEST_F(PrefixPointer, TheInterfacesRowsEndWhereAnotherInterfacesBegin)
+{
+    const FullPrefixRecord own = prefix(3, "2001:db8::", 64);
+    const FullPrefixRecord foreign = prefix(5, "2001:db8:5::", 64);
+    world().nextPrefix = [&](std::uint32_t ifIndex, const FullPrefixRecord *key) -> const FullPrefixRecord * {
+        if (key == nullptr) {
+            return ifIndex == 3 ? &own : nullptr;
+        }
+        return ifIndex == 3 ? &foreign : nullptr;
+    };
+    world().addresses = {address(3, "2001:db8:7::1")};
+    world().addresses[0].prefix_length = 64;
+    EXPECT_EQ(getRow(ipv6, bytesOf("2001:db8:7::1")).want(prefixPointer).send(), pointsTo({0, 0}));
+    const Calls calls = foldedCalls();
+    const auto behindForeign =
+        std::find(calls.begin(), calls.end(), "IP6CFG_GetNextFullPrefix(5, -1, 2001:db8:5::/64 new)");
+    const auto secondFirst = std::find(std::find(calls.begin(), calls.end(), "IP6CFG_GetFirstFullPrefix(3, -1)") + 1,
+                                       calls.end(), "IP6CFG_GetFirstFullPrefix(3, -1)");
+    EXPECT_LT(secondFirst, behindForeign) << "the walk of all rows begins before anything is asked of interface 5";
+    EXPECT_NE(behindForeign, calls.end());
+}
+
 TEST_F(PrefixPointer, DoesNotStopWhenTheInterfaceIsPassed)
 {
     world().prefixes = {prefix(3, "2001:db8::", 64), prefix(5, "2001:db8::", 64)};
