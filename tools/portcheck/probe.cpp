@@ -73,6 +73,13 @@ bool Probe::hasLinkLocalRow(std::uint32_t ifIndex)
                 [&](LinkLocalBuffer *filled) { return services_.IP6Addr_GetLinkLocalAddr(ifIndex, filled); });
 }
 
+bool Probe::hasMainLinkLocal(std::uint32_t ifIndex)
+{
+    FullAddressRecord record{};
+    return fill(callText("IP6ADDR_DRVK_GetMainLLA", ifIndex), record,
+                [&](FullAddressRecord *filled) { return services_.IP6ADDR_DRVK_GetMainLLA(ifIndex, filled); });
+}
+
 bool Probe::configuration(std::uint32_t ifIndex, NdIfConfigInfo &info)
 {
     info = {};

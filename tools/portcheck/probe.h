@@ -88,6 +88,7 @@ class Probe
     bool isValid(std::uint32_t ifIndex);
     bool linkLocal(std::uint32_t ifIndex, FullAddressRecord &record);
     bool hasLinkLocalRow(std::uint32_t ifIndex);
+    bool hasMainLinkLocal(std::uint32_t ifIndex);
     bool configuration(std::uint32_t ifIndex, NdIfConfigInfo &info);
     bool identifier(std::uint32_t ifIndex, std::array<std::uint8_t, 8> &identifier);
     std::uint32_t secondsSinceBoot();

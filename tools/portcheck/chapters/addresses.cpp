@@ -6,6 +6,7 @@
 #include "prefix_mask.h"
 #include "rows.h"
 
+#include <algorithm>
 #include <map>
 
 namespace ipmib::portcheck
@@ -161,12 +162,40 @@ void checkLinkLocal(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord
     judge.field(
         Promise::linkLocalLength, "prefix_length", record.prefix_length,
         [](std::uint32_t value) { return value == 10; }, "10");
-    if (!probe.hasLinkLocalRow(ifIndex)) {
-        probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex),
-                     "it fails, and " + addressText(record.address) + " is there");
-    }
     lookAtRecord(probe, call, record);
     probe.row("address", itemsOf(record));
+}
+
+// Whether there is a link-local address is known by two services more. One that is not in use yet may count or not.
+void checkThatThereIsOne(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord *record)
+{
+    constexpr std::uint32_t tentative = 64;
+    constexpr std::uint32_t duplicate = 128;
+    const bool hasRow = probe.hasLinkLocalRow(ifIndex);
+    if (record == nullptr) {
+        if (hasRow) {
+            probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex),
+                         "it succeeds, and there is no link-local address");
+        }
+        return; // an interface may be in use without one
+    }
+    const bool isInUse = record->state != tentative && record->state != duplicate;
+    const std::string seen = "it fails, and " + addressText(record->address) + " is there";
+    if (isInUse && !hasRow) {
+        probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex), seen);
+    }
+    if (isInUse && !probe.hasMainLinkLocal(ifIndex)) {
+        probe.broken(Promise::mainLinkLocal, callText("IP6ADDR_DRVK_GetMainLLA", ifIndex), seen);
+    }
+}
+
+void checkAbsent(Probe &probe, const Listing &listing)
+{
+    constexpr std::uint8_t nobody[16] = {0x20, 0x01, 0x0D, 0xB8, 0xFF, 0xFF, 0xFF, 0xFF,
+                                         0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE};
+    if (listing.exact(Key::of(nobody))) {
+        probe.broken(Promise::addressAbsent, "IP6Mib_GetAddrFullInfoInVrf", "it finds " + addressText(nobody));
+    }
 }
 
 // Addresses that there may be: those of 128 bits that have a prefix, the interface's identifier behind each prefix, and
@@ -233,6 +262,7 @@ void checkAddresses(Probe &probe, host::Resolver &)
         checkPrefix(probe, rows[i].as<FullAddressRecord>(), prefixes);
     }
     checkHidden(listing, rows, maybeAddresses(probe, prefixes, rows), probe);
+    checkAbsent(probe, listing);
     for (const ListedRow &row : rows) {
         probe.row("address", listing.items(row));
     }
@@ -240,7 +270,9 @@ void checkAddresses(Probe &probe, host::Resolver &)
     for (std::size_t place = 0; place < interfaces.size(); ++place) {
         const std::uint32_t ifIndex = interfaces[place];
         FullAddressRecord record;
-        if (!probe.linkLocal(ifIndex, record)) {
+        const bool found = probe.linkLocal(ifIndex, record);
+        checkThatThereIsOne(probe, ifIndex, found ? &record : nullptr);
+        if (!found) {
             continue;
         }
         ++linkLocal;

@@ -128,17 +128,58 @@ void lookAtOrder(Probe &probe, const std::vector<Counted> &all)
     }
 }
 
-// 32-bit counters begin again behind their highest number.
+// Counters begin again behind their highest number.
 void lookAtGrowth(Probe &probe, const std::string &call, const Items &before, const Items &after)
 {
     for (std::size_t i = 0; i < before.size() && i < after.size(); ++i) {
         const std::uint64_t lost = before[i].number - after[i].number;
-        const bool wrapped = before[i].bytes == 4 && lost > UINT32_MAX / 2;
+        const bool wrapped = lost > (before[i].bytes == 4 ? UINT32_MAX / 2 : UINT64_MAX / 2);
         if (after[i].number < before[i].number && !wrapped) {
             probe.broken(Promise::countersGrow, call,
                          after[i].name + " went from " + before[i].text + " back to " + after[i].text +
                              ": it fell, or is left from the record before");
         }
+    }
+}
+
+// A packet has octets. Who counts none of them has 0, and so has who has just begun again.
+void lookAtOctets(Probe &probe, const Counted &counted)
+{
+    const auto valueOf = [&](const char *name) {
+        const auto found = std::find_if(counted.counters.begin(), counted.counters.end(),
+                                        [name](const Item &item) { return item.name == name; });
+        return found == counted.counters.end() ? 0 : found->number;
+    };
+    const auto compare = [&](const char *octets, const char *packets) {
+        constexpr std::uint64_t moreThanAnybodyHasSeen = std::uint64_t{1} << 48;
+        const bool isPossible = valueOf(octets) == 0 || valueOf(octets) >= valueOf(packets);
+        if (!isPossible && valueOf(packets) < moreThanAnybodyHasSeen) {
+            probe.broken(Promise::countersAgree, counted.call,
+                         octets + (" is " + std::to_string(valueOf(octets))) + ", less than " + packets + ", " +
+                             std::to_string(valueOf(packets)));
+        }
+    };
+    compare("in_octets", "in_receives");
+    compare("out_octets", "out_transmits");
+}
+
+// Two interfaces that have each counted what the whole system has counted: nobody looked at which interface it was.
+void lookAtSameness(Probe &probe, const std::vector<Counted> &all)
+{
+    const auto startsWith = [](const Counted &counted, const char *call) { return counted.call.rfind(call, 0) == 0; };
+    const auto system =
+        std::find_if(all.begin(), all.end(), [&](const Counted &one) { return startsWith(one, "IP6_GetMibStat"); });
+    if (system == all.end() || system->counters.front().number == 0) {
+        return;
+    }
+    const auto same = std::count_if(all.begin(), all.end(), [&](const Counted &one) {
+        return startsWith(one, "IP6_GetIfStat") && textOf(one.counters) == textOf(system->counters);
+    });
+    if (same > 1) {
+        probe.broken(Promise::countersAgree, "IP6_GetIfStat",
+                     std::to_string(same) +
+                         " interfaces have counted each as much as the whole system, in_receives is " +
+                         system->counters.front().text);
     }
 }
 
@@ -180,6 +221,13 @@ void checkCounters(Probe &probe, host::Resolver &)
             probe, all, callText("IP6_GetIfStat", ifIndex), Promise::ipv6Counters,
             [&] { return ipv6Of(probe, ifIndex); }, [&] { ipv6Of(probe, other); });
     }
+    const std::uint32_t absent = std::max(interfaces.empty() ? 1 : interfaces.back() + 1, 0x7FFFFFF0u);
+    if (!ipv4Of(probe, absent).empty()) {
+        probe.broken(Promise::noneOfNone, callText("IP_GetMibIfStat", absent), "it succeeds");
+    }
+    if (!ipv6Of(probe, absent).empty()) {
+        probe.broken(Promise::noneOfNone, callText("IP6_GetIfStat", absent), "it succeeds");
+    }
     if (!ipv4Of(probe, 0).empty()) {
         probe.broken(Promise::noCountersOfNone, "IP_GetMibIfStat", "it succeeds for ifIndex 0");
     }
@@ -196,7 +244,12 @@ void checkCounters(Probe &probe, host::Resolver &)
     checkOne(
         probe, all, "ICMP6_GetMibStat", Promise::systemCounters, [&] { return icmpOfSystem(probe); }, [] {});
     lookAtOrder(probe, all);
+    lookAtSameness(probe, all);
+    const bool isInOrder = probe.brokenCount(Promise::countersInMachineOrder) == 0;
     for (const Counted &counted : all) {
+        if (isInOrder) {
+            lookAtOctets(probe, counted);
+        }
         Items items = counted.counters;
         items.erase(std::remove_if(items.begin(), items.end(),
                                    [](const Item &item) {

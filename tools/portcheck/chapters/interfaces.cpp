@@ -137,6 +137,21 @@ void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
     }
 }
 
+// What is selected lies in the caller's storage: another selection that is made meanwhile changes nothing.
+void checkTwoAtOnce(Probe &probe, Selection selection, const std::vector<std::uint32_t> &interfaces)
+{
+    Iteration iteration(probe, selection);
+    Iteration other(probe, selection == Selection::standard ? Selection::withNeighbours : Selection::standard);
+    const Listing listing = listingOf(iteration, selection);
+    const std::size_t before = probe.brokenCount();
+    const bool isSame = ifIndexesOf(rowsOf(listing, probe)) == interfaces;
+    probe.forgetSince(before);
+    if (!isSame) {
+        probe.broken(Promise::interfacesStay, "IF_GetNextIfIndexByIfSelect",
+                     std::string(nameOf(selection)) + " differs when another selection is made beside it");
+    }
+}
+
 } // namespace
 
 std::vector<std::uint32_t> interfacesOf(Probe &probe, Selection selection)
@@ -155,6 +170,7 @@ void checkInterfaces(Probe &probe, host::Resolver &)
             probe.broken(Promise::interfacesStay, "IF_GetNextIfIndexByIfSelect",
                          std::string(nameOf(selection)) + " differs when it is asked for again");
         }
+        checkTwoAtOnce(probe, selection, interfaces);
         probe.fact(std::string(nameOf(selection)) + ": " + std::to_string(interfaces.size()) + " interfaces");
     }
 }

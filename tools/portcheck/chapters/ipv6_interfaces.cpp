@@ -4,6 +4,8 @@
 #include "judge.h"
 #include "rows.h"
 
+#include <algorithm>
+
 namespace ipmib::portcheck
 {
 
@@ -121,6 +123,24 @@ void tellRow(Probe &probe, std::uint32_t ifIndex)
     probe.row("interface", items);
 }
 
+// Asks each service for an interface that there is not.
+void checkNone(Probe &probe, const std::vector<std::uint32_t> &interfaces)
+{
+    const std::uint32_t absent = std::max(interfaces.empty() ? 1 : interfaces.back() + 1, 0x7FFFFFF0u);
+    const auto expectFailure = [&](const char *service, bool succeeds) {
+        if (succeeds && !probe.isValid(absent)) {
+            probe.broken(Promise::noneOfNone, callText(service, absent), "it succeeds");
+        }
+    };
+    FullAddressRecord address;
+    expectFailure("IP6Mib_GetIFID", !identifierOf(probe, absent).empty());
+    expectFailure("ND_GetIfConfigInfo", !configurationOf(probe, absent).empty());
+    expectFailure("IP6_GetIfMTU", !mtuOf(probe, absent).empty());
+    expectFailure("IP6Mib_GetLinkLocalFullAddr", probe.linkLocal(absent, address));
+    expectFailure("IP6Addr_GetLinkLocalAddr", probe.hasLinkLocalRow(absent));
+    expectFailure("IP6ADDR_DRVK_GetMainLLA", probe.hasMainLinkLocal(absent));
+}
+
 } // namespace
 
 void checkIpv6Interfaces(Probe &probe, host::Resolver &)
@@ -136,9 +156,6 @@ void checkIpv6Interfaces(Probe &probe, host::Resolver &)
             ++withIdentifier;
             checkIdentifier(probe, ifIndex, identifier);
         }
-        FullAddressRecord main{};
-        probe.fill(callText("IP6ADDR_DRVK_GetMainLLA", ifIndex), main,
-                   [&](FullAddressRecord *filled) { return services.IP6ADDR_DRVK_GetMainLLA(ifIndex, filled); });
         NdIfConfigInfo info;
         if (probe.configuration(ifIndex, info)) {
             ++configured;
@@ -148,6 +165,7 @@ void checkIpv6Interfaces(Probe &probe, host::Resolver &)
         checkSteady(probe, ifIndex, interfaces[(place + 1) % interfaces.size()]);
         tellRow(probe, ifIndex);
     }
+    checkNone(probe, interfaces);
     probe.doing("ND_GetHopLimit");
     const std::uint32_t limit = services.ND_GetHopLimit();
     Judge(probe, "ND_GetHopLimit", "the system")

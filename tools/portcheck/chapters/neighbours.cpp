@@ -5,6 +5,9 @@
 #include "listing.h"
 #include "rows.h"
 
+#include <algorithm>
+#include <set>
+
 namespace ipmib::portcheck
 {
 
@@ -120,6 +123,37 @@ std::vector<Key> maybeNeighbours(const std::vector<ListedRow> &rows, const std::
     return maybe;
 }
 
+void checkAbsent(Probe &probe, std::uint32_t ifIndex, const std::uint8_t *address)
+{
+    NeighbourEntry entry;
+    if (findExactly(probe, ifIndex, address, sizeof entry.address, entry)) {
+        probe.broken(Promise::neighbourAbsent, "ND_GetNetToPhysicalTable",
+                     "it finds " + addressText(address) + " on interface " + std::to_string(ifIndex));
+    }
+}
+
+// Neighbours of an interface that another one does not list are not found there.
+void checkElsewhere(Probe &probe, std::uint32_t ifIndex, std::uint32_t other)
+{
+    constexpr std::size_t lookedUp = 20;
+    const std::size_t before = probe.brokenCount();
+    std::vector<NeighbourEntry> own;
+    std::set<Key> others;
+    for (const NeighbourMode mode : {outsideLinkLocal, withinLinkLocal}) {
+        const auto more = neighboursOf(probe, ifIndex, mode);
+        own.insert(own.end(), more.begin(), more.end());
+        for (const NeighbourEntry &entry : neighboursOf(probe, other, mode)) {
+            others.insert(Key::of(entry.address));
+        }
+    }
+    probe.forgetSince(before);
+    for (std::size_t i = 0; i < std::min(own.size(), lookedUp) && ifIndex != other; ++i) {
+        if (others.count(Key::of(own[i].address)) == 0) {
+            checkAbsent(probe, other, own[i].address);
+        }
+    }
+}
+
 } // namespace
 
 std::vector<NeighbourEntry> neighboursOf(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode)
@@ -156,11 +190,8 @@ void checkNeighbours(Probe &probe, host::Resolver &)
                 probe.row("neighbour", listing.items(row));
             }
         }
-        NeighbourEntry entry;
-        if (findExactly(probe, ifIndex, nobody, sizeof nobody, entry)) {
-            probe.broken(Promise::neighbourAbsent, "ND_GetNetToPhysicalTable",
-                         "interface " + std::to_string(ifIndex) + ", " + addressText(nobody));
-        }
+        checkAbsent(probe, ifIndex, nobody);
+        checkElsewhere(probe, ifIndex, interfaces[(place + 1) % interfaces.size()]);
     }
     probe.fact("neighbours: " + std::to_string(count));
 }

@@ -5,6 +5,8 @@
 #include "listing.h"
 #include "rows.h"
 
+#include <algorithm>
+
 namespace ipmib::portcheck
 {
 
@@ -137,6 +139,30 @@ void checkSecondExact(Probe &probe, const ListedRow &row)
     }
 }
 
+// Default routers of an interface that another one does not list are not found there.
+void checkElsewhere(Probe &probe, const std::vector<ListedRow> &rows)
+{
+    constexpr std::size_t lookedUp = 20;
+    const Services &services = probe.services();
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::withNeighbours);
+    for (std::size_t i = 0; i < std::min(rows.size(), lookedUp); ++i) {
+        for (std::size_t place = 0; place < std::min(interfaces.size(), lookedUp); ++place) {
+            const Key key = Key::of(rows[i].key.address, interfaces[place]);
+            if (std::any_of(rows.begin(), rows.end(), [&](const ListedRow &row) { return row.key == key; })) {
+                continue;
+            }
+            const auto check = [&](const char *service, decltype(Services::IP6Mib_GetGatewayByKey) lookup) {
+                if (const FoundRow found = findExactly(probe, service, lookup, key); found && !(found->key == key)) {
+                    probe.broken(Promise::routerAbsent, service,
+                                 "it is asked for " + routerText(key) + " and answers " + routerText(found->key));
+                }
+            };
+            check("IP6Mib_GetGatewayByKey", services.IP6Mib_GetGatewayByKey);
+            check("IP6ADDR_DRVK_GetGatewayByKey", services.IP6ADDR_DRVK_GetGatewayByKey);
+        }
+    }
+}
+
 // Default routers that there may be: every neighbour, and those that are listed on another interface.
 std::vector<Key> maybeRouters(Probe &probe, RouterClass routerClass, const std::vector<ListedRow> &rows)
 {
@@ -167,6 +193,7 @@ std::size_t checkClass(Probe &probe, RouterClass routerClass)
         checkSecondExact(probe, row);
         probe.row("router", listing.items(row));
     }
+    checkElsewhere(probe, rows);
     const std::size_t before = probe.brokenCount();
     const std::vector<Key> maybe = maybeRouters(probe, routerClass, rows);
     probe.forgetSince(before); // what is wrong with neighbours stands in their chapter

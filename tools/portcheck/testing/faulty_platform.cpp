@@ -120,7 +120,8 @@ std::uint32_t IP6_DaemonCheck(std::uint32_t one)
 namespace
 {
 unsigned selections = 0;
-}
+IfSelection latestSelection;
+} // namespace
 
 std::uint32_t IF_Select_Init(std::uint32_t kind, IfSelection *selection)
 {
@@ -132,6 +133,13 @@ std::uint32_t IF_Select_Init(std::uint32_t kind, IfSelection *selection)
     return SIMULATED(IF_Select_Init)(kind, selection);
 }
 
+std::uint32_t IF_SelectCondition_Set(std::uint32_t condition, IfSelection *selection)
+{
+    const std::uint32_t result = SIMULATED(IF_SelectCondition_Set)(condition, selection);
+    latestSelection = *selection;
+    return result;
+}
+
 std::uintptr_t IF_IteratorInitialize()
 {
     return has("no-iterator") ? 0 : SIMULATED(IF_IteratorInitialize)();
@@ -140,6 +148,9 @@ std::uintptr_t IF_IteratorInitialize()
 std::uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, std::uintptr_t iterator, std::uint32_t ifIndex)
 {
     std::uint32_t next = 0;
+    if (has("one-selection")) {
+        selection = &latestSelection;
+    }
     if (const std::string kind = mistakeIn("interfaces"); !kind.empty()) {
         Rows<std::uint32_t> rows = interfaces(selection, iterator);
         Key key;
@@ -183,7 +194,13 @@ std::uint32_t IP6_GetIfStat(std::uint32_t ifIndex, std::uint32_t family, Ip6MibS
     if (fails("IP6_GetIfStat") && ifIndex == 3) {
         return RC_NOT_FOUND;
     }
+    if (has("counters-of-the-system") && SIMULATED(IF_IsValidIfIndex)(ifIndex) == 1) {
+        return SIMULATED(IP6_GetMibStat)(0x8000, stat);
+    }
     const std::uint32_t result = SIMULATED(IP6_GetIfStat)(ifIndex, family, stat);
+    if (has("counters-in-each-others-place")) {
+        std::swap(stat->in_octets, stat->in_receives);
+    }
     if (has("backward-counters")) {
         stat->in_octets = falling--;
     }
@@ -233,7 +250,12 @@ std::uint32_t IP6Mib_GetIFID(std::uint32_t ifIndex, std::uint8_t *identifier)
 
 std::uint32_t IP6_GetIfMTU(std::uint32_t ifIndex, std::uint32_t *mtu)
 {
-    return spoiled("mtu", mtu, SIMULATED(IP6_GetIfMTU)(ifIndex, mtu));
+    const std::uint32_t result = SIMULATED(IP6_GetIfMTU)(ifIndex, mtu);
+    if (result != 0 && has("mtu-of-none")) {
+        *mtu = 1500;
+        return 0;
+    }
+    return spoiled("mtu", mtu, result);
 }
 
 // --- Neighbours
@@ -247,6 +269,9 @@ std::uint32_t ND_GetNetToPhysicalTable(std::uint32_t ifIndex, const std::uint8_t
     const std::uint32_t result = SIMULATED(ND_GetNetToPhysicalTable)(ifIndex, address, entry, length);
     if (result != 0 && has("invents-neighbours")) {
         return 0;
+    }
+    if (result != 0 && has("neighbours-of-any-interface")) {
+        return SIMULATED(ND_GetNetToPhysicalTable)(2, address, entry, length);
     }
     return SPOILED(NeighbourEntry, entry, result);
 }
@@ -334,7 +359,19 @@ std::uint32_t IP6Mib_GetAddrFullInfoInVrf(std::uint32_t vrf, const std::uint8_t 
     if (fails("IP6Mib_GetAddrFullInfoInVrf")) {
         return RC_NOT_FOUND;
     }
+    if (has("nearest-address")) {
+        std::memcpy(record->address, address, sizeof record->address);
+        record->address[15] = static_cast<std::uint8_t>(record->address[15] - 1);
+        return SIMULATED(IP6Mib_GetNextAddrInVrf)(0, 14, record) == 0
+                   ? 0
+                   : SIMULATED(IP6Mib_GetFirstAddrInVrf)(0, 14, record);
+    }
     return SPOILED(FullAddressRecord, record, SIMULATED(IP6Mib_GetAddrFullInfoInVrf)(vrf, address, any, record));
+}
+
+std::uint32_t IP6ADDR_DRVK_GetMainLLA(std::uint32_t ifIndex, FullAddressRecord *record)
+{
+    return fails("IP6ADDR_DRVK_GetMainLLA") ? RC_NOT_FOUND : SIMULATED(IP6ADDR_DRVK_GetMainLLA)(ifIndex, record);
 }
 
 std::uint32_t IP6Mib_GetLinkLocalFullAddr(std::uint32_t ifIndex, FullAddressRecord *record)
@@ -370,6 +407,13 @@ std::uint32_t IP6Mib_GetFirstGatewayInVrf(std::uint32_t vrf, std::uint32_t gatew
 
 std::uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *record)
 {
+    if (has("routers-of-any-interface")) {
+        const Rows<GatewayRecord> rows = mixed(routers(2), routers(14));
+        const auto row = std::find_if(rows.begin(), rows.end(), [key](const auto &one) {
+            return std::memcmp(one.record.address, key->address, sizeof key->address) == 0;
+        });
+        return answer(row == rows.end() ? nullptr : &*row, record);
+    }
     return fails("IP6Mib_GetGatewayByKey")
                ? RC_NOT_FOUND
                : SPOILED(GatewayRecord, record, SIMULATED(IP6Mib_GetGatewayByKey)(key, record));
