@@ -2,6 +2,7 @@
 // Loading platforms and modules: good ones, broken ones, and the module that ships with a platform that a test scripts.
 #include "plugin.h"
 
+#include "contract.h"
 #include "registry.h"
 #include "testing/device.h"
 #include "testing/packets.h"
@@ -139,6 +140,44 @@ TEST_F(PluginTest, doesNotWaitForAPipe)
     ASSERT_EQ(mkfifo(options.module.c_str(), 0600), 0);
     EXPECT_EQ(error(), options.module + ": it is a pipe");
     std::filesystem::remove(options.module);
+}
+
+TEST_F(PluginTest, refusesALibraryOfAnotherContractBeforeItRuns)
+{
+    options.module = inDirectory("module_of_other_records.so");
+    EXPECT_EQ(error(), options.module +
+                           ": it was built for version 2.3 of ipmib/records.h, and this program has version "
+                           "1.0; build it with the headers of this program, or use the program that it was "
+                           "built for");
+    EXPECT_TRUE(Registry::ofProcess().trees().empty()); // its load hook has not run
+    options.module = inDirectory("module_of_later_records.so");
+    EXPECT_EQ(error(), "no error");
+}
+
+TEST_F(PluginTest, readsWhichContractALibraryWasBuiltFor)
+{
+    const auto ours = contractOf(IPMIB_LIBRARY);
+    ASSERT_TRUE(ours);
+    EXPECT_EQ(contractText(*ours), "records.h 1.0, platform.h 1.0, message.h 1.0, module.h 1.0");
+    EXPECT_FALSE(contractOf(inDirectory("module_good.so"))) << "a library without the note is taken as it is";
+    EXPECT_FALSE(contractOf(inDirectory("nowhere.so")));
+}
+
+TEST_F(PluginTest, looksAtBrokenLibrariesWithoutHarm)
+{
+    std::ifstream library(IPMIB_LIBRARY, std::ios::binary);
+    const std::string right((std::istreambuf_iterator<char>(library)), std::istreambuf_iterator<char>());
+    const std::string path = ::testing::TempDir() + "broken_library.so";
+    // Every byte of the headers and of what lies behind them, one after the other, and every length.
+    for (std::size_t place = 0; place < 1024; ++place) {
+        std::string broken = right;
+        broken[place] = static_cast<char>(~broken[place]);
+        std::ofstream(path, std::ios::binary) << broken;
+        contractOf(path);
+        std::ofstream(path, std::ios::binary) << right.substr(0, place);
+        contractOf(path);
+    }
+    std::filesystem::remove(path);
 }
 
 TEST_F(PluginTest, namesTheMissingSymbolAndItsLibrary)

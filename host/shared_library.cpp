@@ -2,6 +2,7 @@
 // dlopen with an error line that always names the library.
 #include "shared_library.h"
 
+#include "contract.h"
 #include "plugin.h"
 
 #include <dlfcn.h>
@@ -20,6 +21,7 @@ SharedLibrary::SharedLibrary(std::string path, Symbols symbols) : path_(std::mov
     if (std::filesystem::is_fifo(file, error)) {
         throw PluginError(path_ + ": it is a pipe"); // dlopen would wait for somebody to write it
     }
+    requireContract(file);
     handle_ = dlopen(file.c_str(), RTLD_NOW | (symbols == Symbols::global ? RTLD_GLOBAL : RTLD_LOCAL));
     if (!handle_) {
         const char *reason = dlerror();

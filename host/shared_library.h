@@ -12,7 +12,8 @@ class SharedLibrary
   public:
     enum class Symbols { local, global };
 
-    // Every symbol is bound at once, so that a missing one is an error here. Throws PluginError.
+    // Every symbol is bound at once, so that a missing one is an error here; a library that was built for another
+    // contract is refused before anything of it runs. Throws PluginError.
     SharedLibrary(std::string path, Symbols symbols);
     ~SharedLibrary();
     SharedLibrary(const SharedLibrary &) = delete;

@@ -1,11 +1,14 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
 /* The smallest platform that keeps every promise: one interface, one address with its prefix, nobody around. A port
  * begins as a copy of it, and replaces one group of services after the other by what its device knows. */
+#include <ipmib/contract_note.h>
 #include <ipmib/message.h>
 #include <ipmib/platform.h>
 
 #include <string.h>
 #include <time.h>
+
+IPMIB_CONTRACT_NOTE; /* a host that has another contract refuses the library before it loads it */
 
 enum { THE_INTERFACE = 1, MTU = 1500, HOP_LIMIT = 64, PREFIX_LENGTH = 64 };
 enum { ORIGIN_MANUAL_PREFIX = 2, ORIGIN_MANUAL_ADDRESS = 8, FOR_EVER = 0xFFFFFFFF };

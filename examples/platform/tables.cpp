@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A platform in C++ (17 or later) that keeps every promise, with several rows of each kind: tables in order, and one
 // way to look for what follows a key. A port fills the tables from what its device knows, whenever that changes.
+#include <ipmib/contract_note.h>
 #include <ipmib/message.h>
 #include <ipmib/platform.h>
 
@@ -10,6 +11,8 @@
 #include <ctime>
 #include <iterator>
 #include <tuple>
+
+IPMIB_CONTRACT_NOTE; // a host that has another contract refuses the library before it loads it
 
 namespace
 {

@@ -7,7 +7,11 @@
 #ifndef IPMIB_MESSAGE_H
 #define IPMIB_MESSAGE_H
 
+#include <ipmib/version.h>
+
 #include <stdint.h>
+
+#define IPMIB_MESSAGE_VERSION IPMIB_CONTRACT_VERSION(1, 0)
 
 #ifdef __cplusplus
 extern "C" {

@@ -8,6 +8,9 @@
 #include <ipmib/layout.h>
 #include <ipmib/message.h>
 #include <ipmib/mib_tree.h>
+#include <ipmib/version.h>
+
+#define IPMIB_MODULE_VERSION IPMIB_CONTRACT_VERSION(1, 0)
 
 #ifdef __cplusplus
 extern "C" {

@@ -6,6 +6,9 @@
 #define IPMIB_PLATFORM_H
 
 #include <ipmib/records.h>
+#include <ipmib/version.h>
+
+#define IPMIB_PLATFORM_VERSION IPMIB_CONTRACT_VERSION(1, 0)
 
 #ifdef __cplusplus
 extern "C" {

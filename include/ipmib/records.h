@@ -6,6 +6,9 @@
 
 #include <ipmib/big_endian.h>
 #include <ipmib/layout.h>
+#include <ipmib/version.h>
+
+#define IPMIB_RECORDS_VERSION IPMIB_CONTRACT_VERSION(1, 0)
 
 #ifdef __cplusplus
 extern "C" {

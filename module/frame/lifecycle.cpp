@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What loading and unloading the library do: register the tree and the callback, and take both back. Nobody looks at
 // the results: registration state lives in the agent and in the message layer.
+#include <ipmib/contract_note.h>
 #include <ipmib/module.h>
 
 #include <cstdint>
+
+IPMIB_CONTRACT_NOTE;
 
 namespace
 {

@@ -3,5 +3,9 @@
 #include "core/hooks.h"
 #include "platform.h"
 
+#include <ipmib/contract_note.h>
+
+IPMIB_CONTRACT_NOTE;
+
 extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks =
     ipmib::platform::Hooks<ipmib::simulated::Platform>::record();

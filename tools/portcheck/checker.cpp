@@ -4,6 +4,8 @@
 
 #include "chapters.h"
 
+#include "host/contract.h"
+
 #include "support/printable.h"
 
 #include <unistd.h>
@@ -96,6 +98,13 @@ void runChecks(const Options &options, std::size_t chapter, Watch &watch, int de
             lines.report(failure(Promise::provided, library.path(), "it lacks " + join(missing)));
             lines.end();
             return;
+        }
+        if (chapter == 0) {
+            const auto contract = host::contractOf(library.path());
+            lines.report({{},
+                          {contract ? "built for " + host::contractText(*contract)
+                                    : "built for an unknown contract: IPMIB_CONTRACT_NOTE; is in none of its sources"},
+                          {}});
         }
         watch.step("the platform's start");
         host::Plugin plugin(options.plugin);

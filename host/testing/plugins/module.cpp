@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A small module with one scalar, 1.7, whose value comes from the platform. Built several times, each time with another
 // fault.
+#ifdef RECORDS_VERSION
+#include <ipmib/contract_note.h>
+#endif
 #include <ipmib/message.h>
 #include <ipmib/mib_tree.h>
 
@@ -23,6 +26,18 @@ const MibTreeNode root = {"root",  MIB_NODE_GROUP, nullptr,
 #endif
                           &scalar, &scalar,        0,       1, "", MIB_STATUS_NONE, MIB_ACCESS_NONE, nullptr,
                           0,       nullptr,        0,       0, 0};
+
+#ifdef RECORDS_VERSION
+// As a library has it that was built with other headers.
+__attribute__((section(".note.ipmib"), used, aligned(4))) const IpmibContractNote note = {6,
+                                                                                          16,
+                                                                                          IPMIB_CONTRACT_NOTE_TYPE,
+                                                                                          "ipmib",
+                                                                                          RECORDS_VERSION,
+                                                                                          IPMIB_PLATFORM_VERSION,
+                                                                                          IPMIB_MESSAGE_VERSION,
+                                                                                          IPMIB_MODULE_VERSION};
+#endif
 
 } // namespace
 
