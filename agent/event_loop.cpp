@@ -3,6 +3,7 @@
 
 #include "event_loop.h"
 
+#include "datagrams.h"
 #include "log.h"
 #include "service_watchdog.h"
 
@@ -110,7 +111,9 @@ void EventLoop::wait()
         if (choose_) {
             choose_(*readable.get());
         }
-        snmp_read2(readable.get());
+        do {
+            snmp_read2(readable.get());
+        } while (Datagrams::all().leaveWaiting(*readable.get()));
     } else if (ready == 0) {
         snmp_timeout();
     }

@@ -4,6 +4,7 @@
 #include "listeners.h"
 
 #include "answer_size.h"
+#include "datagrams.h"
 #include "stream_clients.h"
 
 #include <net-snmp/library/snmpTLSTCPDomain.h>
@@ -11,7 +12,6 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <map>
 #include <stdexcept>
 #include <system_error>
 
@@ -34,18 +34,6 @@ int beforeParsing(netsnmp_session *, netsnmp_transport *, void *, int)
     return 1;
 }
 
-// Of datagrams, by the domain of their transports.
-std::map<const oid *, int (*)(netsnmp_transport *, const void *, int, void **, int *)> sendOfLibrary;
-
-// The library would write a line for each variable of an answer that was not sent.
-int sendDatagram(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
-{
-    if (sendOfLibrary.at(transport->domain)(transport, buffer, size, opaque, length) < 0) {
-        snmp_log(LOG_NOTICE, "an answer cannot be sent: %s\n", std::generic_category().message(errno).c_str());
-    }
-    return size;
-}
-
 // Nothing is waited for: no client, and no datagram that turns out to be none after it has been announced.
 void prepare(netsnmp_transport &transport)
 {
@@ -55,9 +43,8 @@ void prepare(netsnmp_transport &transport)
     fcntl(transport.sock, F_SETFL, fcntl(transport.sock, F_GETFL) | O_NONBLOCK);
     if ((transport.flags & NETSNMP_TRANSPORT_FLAG_LISTEN) != 0) {
         StreamClients::all().takeCharge(transport, largestMessage);
-    } else if (transport.f_send != sendDatagram) {
-        sendOfLibrary[transport.domain] = transport.f_send;
-        transport.f_send = sendDatagram;
+    } else {
+        Datagrams::all().takeCharge(transport);
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include "packet.h"
 
+#include "datagrams.h"
+
 namespace ipmib::agent
 {
 
@@ -15,7 +17,9 @@ void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *inf
         return;
     }
     netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, &marked, nullptr));
-    catalogue.beginPacket();
+    if (Datagrams::all().packetBegins()) {
+        catalogue.beginPacket();
+    }
 }
 
 } // namespace ipmib::agent

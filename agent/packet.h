@@ -9,7 +9,8 @@
 namespace ipmib::agent
 {
 
-// Tells the catalogue that a packet begins, unless it has been told already of this one.
+// Tells the catalogue that a packet begins, unless it has been told already of this one, or of one that began when this
+// one was there.
 void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info);
 
 } // namespace ipmib::agent

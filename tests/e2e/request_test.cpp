@@ -132,23 +132,70 @@ class Client
         return recv(descriptor_, answer, sizeof answer, 0) > 0;
     }
 
+    bool hasMore() const
+    {
+        char answer[1];
+        return recv(descriptor_, answer, sizeof answer, MSG_DONTWAIT) > 0;
+    }
+
   private:
     int descriptor_;
 };
 
-TEST_F(RequestTest, PacketsThatWaitedTogetherBeginOneByOne)
+// Nothing that is read for the first of them is older than the last.
+TEST_F(RequestTest, PacketsThatWaitedTogetherBeginTogether)
+{
+    const std::string line = "scripted platform: a packet begins";
+    startAgent(everybody, {"--log-packets"});
+    const Client one(port());
+    const Client other(port());
+    agent().signal(SIGSTOP);
+    for (int i = 0; i < 2; ++i) {
+        one.send(packet);
+        other.send(packet);
+    }
+    agent().signal(SIGCONT);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(one.receives());
+        EXPECT_TRUE(other.receives());
+    }
+    EXPECT_EQ(timesLogged(line), 1u);
+    one.send(packet);
+    EXPECT_TRUE(one.receives());
+    EXPECT_EQ(timesLogged(line), 2u);
+    stopAgent();
+}
+
+// Neither does the first one begin for the others when it is not answered.
+TEST_F(RequestTest, PacketsThatWaitedBehindOneThatIsDroppedBeginWithTheFirstThatIsNot)
 {
     startAgent(everybody, {"--log-packets"});
     const Client client(port());
     agent().signal(SIGSTOP);
-    for (int i = 0; i < 3; ++i) {
+    client.send({packet, 7});
+    client.send(packet);
+    client.send(packet);
+    agent().signal(SIGCONT);
+    EXPECT_TRUE(client.receives());
+    EXPECT_TRUE(client.receives());
+    EXPECT_EQ(timesLogged("scripted platform: a packet begins"), 1u);
+    stopAgent();
+}
+
+// More than are taken out at once, and none is lost or answered twice.
+TEST_F(RequestTest, ABurstIsAnsweredWhole)
+{
+    startAgent();
+    const Client client(port());
+    agent().signal(SIGSTOP);
+    for (int i = 0; i < 50; ++i) {
         client.send(packet);
     }
     agent().signal(SIGCONT);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(client.receives());
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(client.receives()) << i;
     }
-    EXPECT_EQ(timesLogged("scripted platform: a packet begins"), 3u);
+    EXPECT_FALSE(client.hasMore());
     stopAgent();
 }
 
