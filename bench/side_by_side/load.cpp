@@ -1,22 +1,26 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Asks an agent and measures what that costs it. Each run prints one line of JSON.
 //
-//   bench_load AGENT PIDS ready                                  waits until the agent answers
-//   bench_load AGENT PIDS columns ENTRY                          the columns of a table that have a row
-//   bench_load AGENT PIDS walk REPETITIONS VARIABLES COLUMN...   walks the columns side by side to their ends, again
-//   and
-//                                                                again until there were so many variables; with
-//                                                                GETNEXT when the repetitions are 0, else with GETBULK
-//   bench_load AGENT PIDS gets RATE SECONDS COLUMN...            single GETs of instances of the columns, so many a
-//   second
+//   bench_load AGENT PIDS ready              waits until the agent answers
+//   bench_load AGENT PIDS columns ENTRY      the columns of a table that have a row
+//   bench_load AGENT PIDS walk REPETITIONS VARIABLES COLUMN...
+//       walks the columns side by side to their ends, again and again until there were so many variables; with GETNEXT
+//       when the repetitions are 0, else with GETBULK
+//   bench_load AGENT PIDS together CLIENTS REPETITIONS VARIABLES COLUMN...
+//       the same by several clients at a time
+//   bench_load AGENT PIDS gets RATE SECONDS COLUMN...
+//       single GETs of instances of the columns, so many a second
 //
 // PIDS are the agent's processes, separated by commas; their processor time is what is counted.
 #include "processor_time.h"
 #include "walk.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
+#include <memory>
 #include <random>
 #include <stdexcept>
 
@@ -86,6 +90,38 @@ void measureWalks(SnmpSession &session, const ProcessorTime &time, long repetiti
                 spent / 1000 / static_cast<double>(variables), seconds / walks);
 }
 
+// Clients that walk without regard to each other: their requests wait for the agent together.
+void measureTogether(const char *agent, const ProcessorTime &time, long clients, long repetitions,
+                     std::uint64_t atLeast, const std::vector<Identifier> &columns)
+{
+    std::vector<std::unique_ptr<SnmpSession>> sessions;
+    for (long i = 0; i < clients; ++i) {
+        sessions.push_back(std::make_unique<SnmpSession>(agent));
+    }
+    std::atomic<std::uint64_t> variables = 0;
+    const auto walkOn = [&](SnmpSession &session) {
+        while (variables < atLeast) {
+            Walk walk(columns);
+            walk.run(session, repetitions, [](const Identifier &) {});
+            if (walk.variables == 0) {
+                throw std::runtime_error("the columns are empty");
+            }
+            variables += walk.variables;
+        }
+    };
+    const std::uint64_t before = time.now();
+    std::vector<std::future<void>> walkers;
+    for (const auto &session : sessions) {
+        walkers.push_back(std::async(std::launch::async, walkOn, std::ref(*session)));
+    }
+    for (std::future<void> &walker : walkers) {
+        walker.get();
+    }
+    const double spent = static_cast<double>(time.now() - before);
+    std::printf("{\"clients\": %ld, \"variables\": %llu, \"us_a_variable\": %.4f}\n", clients,
+                static_cast<unsigned long long>(variables), spent / 1000 / static_cast<double>(variables));
+}
+
 // Each request goes out when its time has come, whether the earlier ones are answered or not, and its time runs from
 // then: a stall of the agent is seen by all requests that fall into it.
 void measureGets(SnmpSession &session, int rate, int seconds, const std::vector<Identifier> &columns)
@@ -123,7 +159,7 @@ void measureGets(SnmpSession &session, int rate, int seconds, const std::vector<
 int usage()
 {
     std::fprintf(stderr, "usage: bench_load AGENT PIDS ready | columns ENTRY | walk REPETITIONS VARIABLES COLUMN... | "
-                         "gets RATE SECONDS COLUMN...\n");
+                         "together CLIENTS REPETITIONS VARIABLES COLUMN... | gets RATE SECONDS COLUMN...\n");
     return 2;
 }
 
@@ -132,7 +168,8 @@ int usage()
 int main(int argc, char **argv)
 {
     const std::string what = argc > 3 ? argv[3] : "";
-    const int fixed = what == "ready" ? 4 : what == "columns" ? 4 : 6; // the arguments before the identifiers
+    // The arguments before the identifiers.
+    const int fixed = what == "ready" || what == "columns" ? 4 : what == "together" ? 7 : 6;
     if (argc < fixed || (what != "ready" && argc == fixed)) {
         return usage();
     }
@@ -149,6 +186,9 @@ int main(int argc, char **argv)
         } else if (what == "walk") {
             measureWalks(session, ProcessorTime(argv[2]), std::atol(argv[4]), std::strtoull(argv[5], nullptr, 10),
                          names);
+        } else if (what == "together") {
+            measureTogether(argv[1], ProcessorTime(argv[2]), std::max(1L, std::atol(argv[4])), std::atol(argv[5]),
+                            std::strtoull(argv[6], nullptr, 10), names);
         } else if (what == "gets") {
             measureGets(session, std::max(1, std::atoi(argv[4])), std::max(1, std::atoi(argv[5])), names);
         } else {
