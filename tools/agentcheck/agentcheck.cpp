@@ -73,6 +73,7 @@ void checkAgent(const Options &options, const Objects &objects, Report &report)
                              checkInterfaces, checkCounts, checkCounters, checkTimes, checkAbsent, checkWrites}) {
         group(check);
     }
+    reportWhatIsStillWrong(check);
 }
 
 } // namespace ipmib::agentcheck

@@ -25,6 +25,8 @@ every way that there is to ask, and says what it does not do as the standards sa
       --tables=LIST      look at these tables and groups of scalars alone, with commas between them
       --rows=NUMBER      look at so many rows of a table at the most (default: 200)
       --rate=NUMBER      send so many packets a second at the most (default: 200)
+      --settle=SECONDS   wait so long before looking again, twice, at what did not fit together (default: 1); for agents
+                         that remember some tables longer than others
       --write            also write, to an instance of each object, the value that it has
       --rules            print all rules, with where they stand, and exit
   -h, --help             print this and exit
@@ -54,6 +56,17 @@ unsigned readNumber(const std::string &option, std::string_view text)
         throw host::UsageError(option + ": a number from 1 to " + std::to_string(most));
     }
     return number;
+}
+
+std::chrono::milliseconds readSeconds(const std::string &option, std::string_view text)
+{
+    double seconds = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    constexpr double most = 3600;
+    if (error != std::errc() || end != text.data() + text.size() || seconds < 0 || seconds > most) {
+        throw host::UsageError(option + ": seconds from 0 to 3600");
+    }
+    return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
 void readTables(std::string_view list, const agentcheck::Objects &objects, std::set<std::string> &regions)
@@ -118,6 +131,8 @@ bool readCommandLine(int argc, char **argv, const agentcheck::Objects &objects, 
             readTables(value(), objects, line.options.regions);
         } else if (option == "--rows") {
             line.options.settings.rows = readNumber(option, value());
+        } else if (option == "--settle") {
+            line.options.settings.settleTime = readSeconds(option, value());
         } else if (option == "--rate") {
             line.options.packetsPerSecond = readNumber(option, value());
         } else if (word.starts_with("--")) {

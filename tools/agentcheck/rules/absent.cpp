@@ -37,7 +37,7 @@ void checkBetween(Check &check, const Name &there, const Name &absent)
     if (check.exchange.version() == Version::v1) {
         return;
     }
-    reportWhenSure(check, absent, [&]() -> std::optional<Fault> {
+    doubt(check, absent, [=, &check]() -> std::optional<Fault> {
         const Answer answer = check.exchange.rawGet({there, absent, there});
         const Answer alone = check.exchange.rawGet({there});
         if (!answer.isThere || !alone.isThere || alone.error != noError || alone.variables.size() != 1 ||

@@ -2,7 +2,6 @@
 // What several groups of rules ask.
 #include "rules.h"
 
-#include <chrono>
 #include <thread>
 
 namespace ipmib::agentcheck
@@ -43,22 +42,30 @@ std::optional<std::uint64_t> Check::upTime()
     return value && value->tag == Tag::timeTicks ? std::optional(value->number) : std::nullopt;
 }
 
-void reportWhenSure(Check &check, const Name &name, const std::function<std::optional<Fault>()> &look)
+void doubt(Check &check, const Name &name, Look look)
 {
-    constexpr int looks = 3;
-    constexpr std::chrono::milliseconds between(20);
-    std::optional<Fault> fault = look();
-    for (int i = 1; i < looks && fault; ++i) {
-        std::this_thread::sleep_for(between);
-        const Rule before = fault->rule;
-        fault = look();
-        if (fault && fault->rule != before) {
-            return;
-        }
+    if (auto fault = look()) {
+        check.doubts.push_back({name, std::move(look), std::move(*fault)});
     }
-    if (fault) {
-        check.report.broken(fault->rule, name, fault->seen);
+}
+
+void reportWhatIsStillWrong(Check &check)
+{
+    for (int look = 0; look < 2 && !check.doubts.empty(); ++look) {
+        std::this_thread::sleep_for(check.settings.settleTime);
+        std::erase_if(check.doubts, [](Doubt &doubt) {
+            auto fault = doubt.look();
+            const bool isGone = !fault || fault->rule != doubt.fault.rule;
+            if (!isGone) {
+                doubt.fault = std::move(*fault);
+            }
+            return isGone;
+        });
     }
+    for (Doubt &doubt : check.doubts) {
+        check.report.broken(doubt.fault.rule, doubt.name, std::move(doubt.fault.seen));
+    }
+    check.doubts.clear();
 }
 
 } // namespace ipmib::agentcheck

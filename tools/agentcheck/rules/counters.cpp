@@ -76,7 +76,7 @@ void checkHalves(Check &check, const Region &region, const Walk &walk)
         const auto faults = faultsOf(check, some);
         for (std::size_t i = 0; i < some.size(); ++i) {
             if (faults[i]) {
-                reportWhenSure(check, some[i].low, [&] { return faultsOf(check, some.subspan(i, 1)).front(); });
+                doubt(check, some[i].low, [&check, one = some[i]] { return faultsOf(check, {&one, 1}).front(); });
             }
         }
     }

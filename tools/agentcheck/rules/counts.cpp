@@ -29,7 +29,7 @@ void checkCount(Check &check, const Count &count)
     column.objects = {walk.values.empty() ? column.objects.front() : column.objectOf(walk.values.begin()->first)};
     column.root = nameOf(*column.objects.front());
     Walker walker(check.exchange, check.report, check.settings.rows);
-    reportWhenSure(check, number, [&]() -> std::optional<Fault> {
+    doubt(check, number, [=, &check]() mutable -> std::optional<Fault> {
         const auto before = check.now(number);
         const Walk rows = walker.byGetNext(column);
         const auto after = check.now(number);

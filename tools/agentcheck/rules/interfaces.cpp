@@ -75,7 +75,7 @@ void checkRows(Check &check, const Region &region, const Walk &walk, std::set<st
             if (known.contains(ifIndex) || !told.insert(ifIndex).second) {
                 continue;
             }
-            reportWhenSure(check, name, [&]() -> std::optional<Fault> {
+            doubt(check, name, [=, &check]() -> std::optional<Fault> {
                 const auto still = check.now(name);
                 const bool speaks = still && interfacesOf(*region.objectOf(name), name, *still).contains(ifIndex);
                 if (!speaks || hasRow(check, "ifTable", ifIndex)) {
@@ -95,7 +95,7 @@ void checkAugmentation(Check &check, const std::string &table, const std::string
             continue;
         }
         const Name row = extended(check.objects.region(other)->root, std::vector<host::SubId>{1, ifIndex});
-        reportWhenSure(check, row, [&]() -> std::optional<Fault> {
+        doubt(check, row, [=, &check]() -> std::optional<Fault> {
             if (hasRow(check, other, ifIndex) || !hasRow(check, table, ifIndex)) {
                 return std::nullopt;
             }

@@ -77,7 +77,7 @@ std::optional<Fault> faultOfNone(Check &check, const Address &address)
 
 void checkPointer(Check &check, const host::Object &column, const Name &name)
 {
-    reportWhenSure(check, name, [&]() -> std::optional<Fault> {
+    doubt(check, name, [=, &check]() -> std::optional<Fault> {
         const auto pointer = check.now(name);
         const auto address = addressOf(check, column, name);
         if (!pointer || pointer->tag != Tag::objectId || !address) {
@@ -91,7 +91,7 @@ void checkPointer(Check &check, const host::Object &column, const Name &name)
 void checkZone(Check &check, const host::Object &column, const Name &name)
 {
     const host::Object &zones = check.objects.named("ipv6ScopeZoneIndexLinkLocal");
-    reportWhenSure(check, name, [&]() -> std::optional<Fault> {
+    doubt(check, name, [=, &check]() -> std::optional<Fault> {
         const auto address = addressOf(check, column, name);
         if (!address || address->type != ipv6z || !isLinkLocal(address->octets)) {
             return std::nullopt;

@@ -4,6 +4,7 @@
 
 #include "walks.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -14,6 +15,19 @@ namespace ipmib::agentcheck
 struct Settings {
     std::size_t rows = 200; // of a column
     bool mayWrite = false;
+    std::chrono::milliseconds settleTime{1000}; // between looks at what does not fit together
+};
+
+struct Fault {
+    Rule rule;
+    std::string seen;
+};
+using Look = std::function<std::optional<Fault>()>;
+
+struct Doubt {
+    Name name;
+    Look look;
+    Fault fault; // as it was seen last
 };
 
 struct Check {
@@ -24,6 +38,7 @@ struct Check {
     Exchange *version1;      // the same agent in SNMPv1; null where there is nothing to compare
     std::uint64_t startedAt; // in sysUpTime
     std::map<const Region *, Walk> walks{};
+    std::vector<Doubt> doubts{};
 
     // Empty for a region that is not looked at.
     const Walk &walked(std::string_view region) const;
@@ -34,14 +49,11 @@ struct Check {
     std::optional<std::uint64_t> upTime();
 };
 
-struct Fault {
-    Rule rule;
-    std::string seen;
-};
-
-// Rows change while they are looked at, so that what does not fit together may have been right twice: reports a fault
-// that each of several looks finds.
-void reportWhenSure(Check &check, const Name &name, const std::function<std::optional<Fault>()> &look);
+// Rows change while they are looked at, and agents remember some longer than others, so that what does not fit together
+// may have been right twice. Looks, and what is wrong is kept until `reportWhatIsStillWrong`.
+void doubt(Check &check, const Name &name, Look look);
+// Looks again, twice, with a pause before: what each look has found wrong is reported.
+void reportWhatIsStillWrong(Check &check);
 
 void checkValues(Check &check);
 void checkIndexes(Check &check);

@@ -96,7 +96,7 @@ void checkAround(Check &check, const Region &region, const Walk &walk)
         const auto faults = faultsOf(check, some);
         for (std::size_t i = 0; i < some.size(); ++i) {
             if (faults[i]) {
-                reportWhenSure(check, some[i].from, [&] { return faultsOf(check, some.subspan(i, 1)).front(); });
+                doubt(check, some[i].from, [&check, one = some[i]] { return faultsOf(check, {&one, 1}).front(); });
             }
         }
     }
@@ -119,7 +119,7 @@ void checkRepeaters(Check &check, const Region &region)
     if (asked.size() == 1) {
         return;
     }
-    reportWhenSure(check, asked[1], [&]() -> std::optional<Fault> {
+    doubt(check, asked[1], [=, &check]() -> std::optional<Fault> {
         const auto found = check.exchange.getBulk(asked, 1, repetitions);
         std::vector<Name> from = asked;
         for (std::size_t i = 1; i + asked.size() - 1 < found.size(); ++i) {

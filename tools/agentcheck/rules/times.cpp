@@ -30,7 +30,7 @@ void checkTimes(Check &check)
             if (value.tag != Tag::timeTicks) {
                 continue;
             }
-            reportWhenSure(check, name, [&]() -> std::optional<Fault> {
+            doubt(check, name, [name = name, &check]() -> std::optional<Fault> {
                 const auto found = check.exchange.get({name, sysUpTime});
                 // One of two that are asked at once may be of the time that the packet came at.
                 if (!found[0] || !found[1] || found[0]->value.tag != Tag::timeTicks ||

@@ -36,7 +36,7 @@ void checkWrite(Check &check, const MibTreeNode &node, const Variable &variable)
                                 answer.error == noError ? "was written" : "is refused with " + errorText(answer.error));
         }
     } else if (answer.error == noError && !isCounter(variable.value.tag)) {
-        reportWhenSure(check, variable.name, [&]() -> std::optional<Fault> {
+        doubt(check, variable.name, [=, &check]() -> std::optional<Fault> {
             const auto value = check.now(variable.name);
             return value == variable.value
                        ? std::nullopt

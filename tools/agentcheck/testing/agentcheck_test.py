@@ -21,7 +21,7 @@ columns = set()
 
 def check(agent, *words, seconds="0.2", retries="5"):
     """The exit status, what was found, and what is on the other output."""
-    result = subprocess.run([agentcheck, "--json", "--rate=1000000", "-v2c", "-cpublic", "-t", seconds, "-r", retries, *words,
+    result = subprocess.run([agentcheck, "--json", "--rate=1000000", "--settle=0.02", "-v2c", "-cpublic", "-t", seconds, "-r", retries, *words,
                              f"127.0.0.1:{agent.port}"], capture_output=True, text=True, timeout=600, check=False)
     assert result.returncode in (0, 1, 3), result.stderr
     return result.returncode, json.loads(result.stdout), result.stderr
@@ -61,6 +61,10 @@ class Agentcheck(unittest.TestCase):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
                 self.assertEqual(check(agent, "--tables=ipAddressTable")[1]["findings"], [])
 
+    def test_what_fits_together_later_is_no_fault(self):
+        with faults.RemembersOneTableLonger(values, columns) as agent:
+            self.assertEqual(check(agent, "--tables=interfaces,ifTable", "--settle=0.5", seconds="5")[1]["findings"], [])
+
     def test_an_agent_that_falls_silent_is_told_of(self):
         for kind in (faults.Silence, faults.Chatter):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
@@ -96,7 +100,7 @@ class Agentcheck(unittest.TestCase):
             self.assertIn("ifTable: the first 3 rows, more were not looked at (--rows)", found["facts"])
 
     def test_mistakes_on_the_command_line(self):
-        for words in ([], ["--tables=nobody", "x"], ["--rows=0", "x"], ["--rate=fast", "x"], ["--unknown", "x"],
+        for words in ([], ["--tables=nobody", "x"], ["--rows=0", "x"], ["--rate=fast", "x"], ["--settle=-1", "x"], ["--unknown", "x"],
                       ["-v4", "x"], ["-v2c", "-cpublic", "x", "y"], ["x", "--rows"]):
             with self.subTest(words):
                 result = subprocess.run([agentcheck, *words], capture_output=True, text=True, timeout=patience, check=False)

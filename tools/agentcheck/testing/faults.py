@@ -482,6 +482,23 @@ class Late(ScriptedAgent):
         return super().answers(request)
 
 
+class RemembersOneTableLonger(ScriptedAgent):
+    """ifNumber is wrong until nobody has asked for a while."""
+
+    is_fresh = False
+    asked_at = None
+
+    def answers(self, request):
+        now = time.monotonic()
+        self.is_fresh = self.is_fresh or self.asked_at is not None and now - self.asked_at > 0.3
+        self.asked_at = now
+        return super().answers(request)
+
+    def value(self, name):
+        tag, value = super().value(name)
+        return (tag, value if self.is_fresh else value - 1) if is_below(name, "ifNumber") else (tag, value)
+
+
 class Chatter(ScriptedAgent):
     """From some packet on, nothing is answered but what nobody asked."""
 
