@@ -6,11 +6,13 @@
 #include "held_questions.h"
 #include "packet.h"
 #include "platform_events.h"
+#include "stream_clients.h"
 #include "varbind.h"
 
 #include <algorithm>
 #include <deque>
 #include <list>
+#include <map>
 #include <stdexcept>
 
 namespace ipmib::agent
@@ -19,10 +21,14 @@ namespace ipmib::agent
 class Frontend::Impl
 {
   public:
-    explicit Impl(host::Catalogue &catalogue) : catalogue_(catalogue), platformEvents_(catalogue.platform()) {}
+    explicit Impl(host::Catalogue &catalogue) : catalogue_(catalogue), platformEvents_(catalogue.platform())
+    {
+        StreamClients::all().onClose([this](const netsnmp_transport &client) { held_.forget(&client); });
+    }
 
     ~Impl()
     {
+        StreamClients::all().onClose({});
         held_.release(nullptr);
         for (const ServedRegion &region : served_) {
             netsnmp_unregister_handler(region.registration);
@@ -101,22 +107,33 @@ class Frontend::Impl
         return SNMP_ERR_NOERROR;
     }
 
-    // The library takes up the packet again when none of its variables is delegated any more, unless whoever has sent
-    // it is gone by then.
+    // The library takes up the packet again when none of its variables is delegated any more. It would then send an
+    // answer by way of the session that the packet has come from, whose memory it has given back if the client is gone
+    // by then: such a packet must not reach it.
     void hold(const ServedRegion &region, netsnmp_mib_handler &handler, netsnmp_handler_registration *registration,
               netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
         netsnmp_delegated_cache *const packet =
             netsnmp_create_delegated_cache(&handler, registration, info, requests, nullptr);
         delegate(requests, 1);
-        held_.hold(*region.source, [this, &region, packet] {
-            if (netsnmp_handler_check_cache(packet) != nullptr) {
+        ++packets_[info->asp].questions;
+        const auto release = [this, &region, packet, from = info->asp](bool isWanted) {
+            HeldPacket &held = packets_.at(from);
+            held.isOrphan = held.isOrphan || !isWanted || snmp_sess_pointer(from->session) == nullptr;
+            if (!held.isOrphan) {
                 delegate(packet->requests, 0);
                 clearAnswers(*packet);
                 answer(region, packet->reqinfo, packet->requests);
             }
             netsnmp_free_delegated_cache(packet);
-        });
+            if (--held.questions == 0) {
+                if (held.isOrphan) {
+                    netsnmp_remove_and_free_agent_snmp_session(from);
+                }
+                packets_.erase(from);
+            }
+        };
+        held_.hold(*region.source, release, snmp_sess_transport(snmp_sess_pointer(info->asp->session)));
     }
 
     // The library has given up what it saw unanswered of a get.
@@ -250,6 +267,11 @@ class Frontend::Impl
         }
     }
 
+    struct HeldPacket {
+        unsigned questions = 0;
+        bool isOrphan = false; // nobody is there for the answer
+    };
+
     struct Asked {
         netsnmp_request_info *request = nullptr;
         host::Oid name;
@@ -260,6 +282,7 @@ class Frontend::Impl
     std::list<ServedRegion> served_; // handlers point into it
     std::vector<const host::ServedTable *> whole_;
     HeldQuestions held_;
+    std::map<netsnmp_agent_session *, HeldPacket> packets_; // of questions that are held
     // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.
     std::deque<Asked> asked_;
     std::vector<host::Variable> variables_;

@@ -18,10 +18,15 @@ constexpr timeval between{0, 10'000};
 
 } // namespace
 
-void HeldQuestions::hold(const host::Source &source, std::function<void()> answer)
+void HeldQuestions::hold(const host::Source &source, Answer answer, const void *client)
 {
-    held_.push_back({&source, Clock::now() + longest, std::move(answer)});
+    held_.push_back({&source, Clock::now() + longest, std::move(answer), client});
     setAlarm(true);
+}
+
+void HeldQuestions::forget(const void *client)
+{
+    releaseIf([client](const Held &each) { return each.client == client; }, false);
 }
 
 void HeldQuestions::release(const host::Source *source)
@@ -30,13 +35,13 @@ void HeldQuestions::release(const host::Source *source)
 }
 
 template <class Predicate>
-void HeldQuestions::releaseIf(Predicate isDue)
+void HeldQuestions::releaseIf(Predicate isDue, bool isWanted)
 {
     const auto due = std::stable_partition(held_.begin(), held_.end(), std::not_fn(isDue));
     std::vector<Held> released(std::make_move_iterator(due), std::make_move_iterator(held_.end()));
     held_.erase(due, held_.end());
     for (const Held &each : released) {
-        each.answer();
+        each.answer(isWanted);
     }
     setAlarm(!held_.empty());
 }

@@ -22,8 +22,11 @@ class HeldQuestions
 
     // Whether a question for these rows is to be held: they have not been read, and there is room for one more.
     bool mustWait(const host::Source &source) const { return !source.areRead() && held_.size() < most; }
-    // Calls `answer` later, once; before the source ends.
-    void hold(const host::Source &source, std::function<void()> answer);
+    // Calls `answer` later, once; before the source ends. `client` is any name for who asks.
+    using Answer = std::function<void(bool isWanted)>;
+    void hold(const host::Source &source, Answer answer, const void *client = nullptr);
+    // A client is gone: the answers to its questions are called at once, and told that nobody wants them.
+    void forget(const void *client);
     // Has those for the rows of this source answered now; null stands for all sources.
     void release(const host::Source *source);
     // Nobody wants the answers any more.
@@ -35,11 +38,12 @@ class HeldQuestions
     struct Held {
         const host::Source *source;
         Clock::time_point end;
-        std::function<void()> answer;
+        Answer answer;
+        const void *client;
     };
 
     template <class Predicate>
-    void releaseIf(Predicate isDue);
+    void releaseIf(Predicate isDue, bool isWanted = true);
     void setAlarm(bool on);
 
     std::vector<Held> held_;

@@ -235,6 +235,9 @@ int StreamClients::send(netsnmp_transport *transport, const void *buffer, int si
 int StreamClients::close(netsnmp_transport *transport)
 {
     StreamClients &self = all();
+    if (self.closed_) {
+        self.closed_(*transport);
+    }
     self.clients_.erase(transport->sock);
     if (self.clients_.empty() && self.alarm_ != 0) {
         snmp_alarm_unregister(self.alarm_);

@@ -7,6 +7,7 @@
 #include "net_snmp.h"
 
 #include <chrono>
+#include <functional>
 #include <map>
 
 namespace ipmib::agent
@@ -24,6 +25,9 @@ class StreamClients
 
     // Takes charge of a transport that listens, and of all connections to it. `longest`: of a message, in octets.
     void takeCharge(netsnmp_transport &listening, std::size_t longest);
+
+    // Called with the transport of each client whose connection ends. There is one handler.
+    void onClose(std::function<void(const netsnmp_transport &)> handler) { closed_ = std::move(handler); }
 
     // Leaves one client in a set of readable descriptors, the next in turn, and those who have been let go. So whoever
     // asks over UDP, or comes in new, waits for one request at most.
@@ -68,6 +72,7 @@ class StreamClients
     int lastServed_ = -1;
     int reserve_ = -1; // a descriptor to turn connections away with when there are no others
     unsigned alarm_ = 0;
+    std::function<void(const netsnmp_transport &)> closed_;
 };
 
 } // namespace ipmib::agent

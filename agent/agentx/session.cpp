@@ -106,7 +106,7 @@ void Session::answer(netsnmp_pdu &message)
     const host::Source *const awaited = responder_.awaited(message);
     if (awaited != nullptr && held_.mustWait(*awaited)) {
         const std::shared_ptr<netsnmp_pdu> kept(snmp_clone_pdu(&message), FreePdu());
-        held_.hold(*awaited, [this, kept] {
+        held_.hold(*awaited, [this, kept](bool) {
             if (responder_.answer(*kept)) {
                 connection_.send(*kept);
             }

@@ -2,6 +2,8 @@
 // A simulated device's routes as platform_routes.h has them.
 #include "route_rows.h"
 
+#include "core/log.h"
+
 #include <algorithm>
 
 namespace ipmib::simulated
@@ -10,6 +12,11 @@ namespace ipmib::simulated
 void RouteRows::newDevice()
 {
     device_.routes.cut(limit_);
+    if (discards() != 0) {
+        platform::logWarning(
+            "routes: there are more than the %llu rows that the configuration allows; the rest is left out",
+            static_cast<unsigned long long>(limit_));
+    }
 }
 
 bool RouteRows::isThere(std::uint32_t version, std::uint32_t ifIndex) const

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What a simulated device says of its routes.
+#include "core/log.h"
 #include "route_rows.h"
 #include "test_scenario.h"
 
@@ -157,7 +158,14 @@ TEST(RouteRowsTest, rowsBehindALimitAreDiscards)
 {
     Device device = deviceOf(severalKinds);
     RouteRows rows(device);
+    static unsigned lines;
+    lines = 0;
+    platform::setLogSink([](int, const char *) { ++lines; });
+    rows.newDevice();
+    EXPECT_EQ(lines, 0u);
     rows.limit(10);
+    platform::setLogSink(nullptr);
+    EXPECT_EQ(lines, 1u);
     EXPECT_EQ(walk(rows).size(), 10u);
     EXPECT_EQ(rows.count(IPMIB_IPV4) + rows.count(IPMIB_IPV6), 10u);
     EXPECT_EQ(rows.discards(), 138u);

@@ -68,12 +68,12 @@ TEST_F(RoutesTest, ReadingThatTakesTooLongIsNotWaitedFor)
 
 TEST_F(RoutesTest, AClientThatIsGoneMeanwhileIsNotAnswered)
 {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "the library loses the question of a client that is gone, which the sanitizer tells";
-#endif
     startAgent(everybody + "agentaddress " + address("tcp") + "\n", never);
-    const Result gone = runAgent({"snmpget", "-v2c", "-c", "public", "-r0", "-t0.1", address("tcp"), number});
-    EXPECT_NE(gone.status, 0);
+    for (int client = 0; client < 3; ++client) { // the next one's session may lie where the last one's was
+        const Result gone = runAgent({"snmpget", "-v2c", "-c", "public", "-r0", "-t0.1", address("tcp"), number,
+                                      ifIndexOfRoute, "1.3.6.1.2.1.4.24.3.0"});
+        EXPECT_NE(gone.status, 0);
+    }
     EXPECT_EQ(answersTo("snmpget", {number}), Words{".1.3.6.1.2.1.4.24.6.0 = Gauge32: 0"});
     stopAgent();
 }

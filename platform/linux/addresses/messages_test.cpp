@@ -236,6 +236,25 @@ TEST(Messages, anyBytesCanBeRead)
     }
 }
 
+TEST(RouteTable, anOnLinkRouteThatIsReadInItsLastMomentHasAnEnd)
+{
+    RouteTable routes;
+    RouteFacts facts{RTPROT_KERNEL, 256, 0, ""};
+    Generation generation = 0;
+    const auto hasEndWhenRead = [&](std::int32_t expires) {
+        facts.expires = expires;
+        routes.fill(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), ++generation);
+        EXPECT_TRUE(routes.sweep(generation));
+        bool hasEnd = false;
+        routes.eachOnLink([&](const OnLinkRoute &route) { hasEnd = !route.until.isNever(); });
+        return hasEnd;
+    };
+    EXPECT_TRUE(hasEndWhenRead(50));
+    EXPECT_TRUE(hasEndWhenRead(0)) << "less than a hundredth of a second is left";
+    EXPECT_TRUE(hasEndWhenRead(100'000));
+    EXPECT_FALSE(hasEndWhenRead(0));
+}
+
 TEST(RouteTable, aLearnedRouteInItsLastMomentHasAnEnd)
 {
     RouteTable routes;

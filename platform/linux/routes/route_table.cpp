@@ -172,6 +172,9 @@ void RouteTable::fillOnLink(OnLinkRoute row, Generation generation)
 {
     const OnLinkRoute *known = onLink_.find(row);
     row.advertised = row.advertised || (known != nullptr && known->advertised);
+    if (known != nullptr && row.until.isNever() && known->until.left(secondsSinceBoot()) <= 1) {
+        row.until = known->until; // in its last hundredth of a second the kernel says that it has no end
+    }
     const bool same = known != nullptr && known->until == row.until && known->protocol == row.protocol &&
                       known->advertised == row.advertised;
     onLink_.put(row, generation);
