@@ -11,6 +11,7 @@
 #   make coverage     the lines and branches of the module that its tests run
 #   make mutation     flip each comparison, constant and operator of the module and say what no test notices
 #                     (FILES="addr/ frame/walk": only these; MINUTES=30; AGAIN=1: only what survived the last run)
+#   make abi          the binary interface of the module and of what it needs, beside the stored one
 #   make static-analysis
 #                     clang-tidy's CERT and bugprone checks over the module, with the reason of each deviation
 #   make traceability each object of the module's tree: its line of the catalogue, its handler, its tests
@@ -30,7 +31,7 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-all test-device fuzz lint static-analysis coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
+.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -106,6 +107,10 @@ traceability:
 reproducible:
 	@packaging/install_dependencies.sh run build packages evidence
 	@evidence/reproducible.sh $(KINDS)
+
+abi:
+	@packaging/install_dependencies.sh build test
+	@tests/library/abi.sh
 
 sbom:
 	@packaging/install_dependencies.sh evidence

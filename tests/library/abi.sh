@@ -31,6 +31,7 @@ c++ -shared -nostartfiles -o "$work/libipmib.so" "$work"/*.o
 cc $flags -fvisibility=default -shared -o "$work/contract.so" tests/library/whole_contract.c
 
 mkdir -p "$stored"
+grep -hE '^#define IPMIB_(RECORDS|PLATFORM|MESSAGE|MODULE)_VERSION ' include/ipmib/*.h
 status=0
 for library in libipmib contract; do
     abidw --no-corpus-path --no-comp-dir-path --no-show-locs --no-elf-needed --out-file "$work/$library.abi" "$work/$library.so"
@@ -40,6 +41,10 @@ for library in libipmib contract; do
         echo "$library: its interface is not the stored one. If that is meant: the version of the part grows, as"
         echo "include/ipmib/version.h says, and tests/library/abi.sh --update stores it."
         status=1
+    else
+        echo "$library: $(grep -c "<elf-symbol .*type='func-type'" "$work/$library.abi") functions and" \
+            "$(grep -c "<elf-symbol .*type='object-type'" "$work/$library.abi") records, as in" \
+            "$stored/$library.$machine.abi, sha256 $(sha256sum <"$stored/$library.$machine.abi" | cut -d' ' -f1)"
     fi
 done
 exit "$status"
