@@ -120,7 +120,8 @@ void Ipv4RouteTable::fillRoute(const Route &route, Generation generation)
         listed_ = false;
     } else if (tellsOfLink(route)) {
         for (const RouteNexthop &hop : route.nexthops) {
-            if (isOnLinkHop(hop)) {
+            if (isOnLinkHop(hop) &&
+                isPrefixOfAddress({hop.ifIndex, static_cast<std::uint32_t>(route.destination.low), route.length})) {
                 onLinks_.put(onLinkOf(route, hop), generation);
             }
         }
@@ -211,6 +212,14 @@ void Ipv4RouteTable::addressGone(std::uint32_t address)
     onLinks_.eraseIf([&](const OnLink &row) { return row.ownAddress == address; });
     std::erase_if(defaults_, [&](const Default &each) { return each.route.ownAddress == address; });
     listed_ = false;
+}
+
+// The kernel's own route to the prefix is announced behind the address. Where it enters none, one may have been there.
+void Ipv4RouteTable::applyNewPrefix(const Ipv4Address &address)
+{
+    if ((address.flags & IFA_F_NOPREFIXROUTE) != 0 && uncertain_) {
+        uncertain_();
+    }
 }
 
 void Ipv4RouteTable::nexthopsGone(const std::vector<std::uint32_t> &ids)

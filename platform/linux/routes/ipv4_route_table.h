@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What the routing tables tell of IPv4: the default routers, and which prefixes are on the link. All other routes are
-// looked at once and forgotten.
+// What the routing tables tell of IPv4: the default routers, and which prefixes of addresses are on the link. All other
+// routes are looked at once and forgotten.
 #pragma once
 
 #include "ordered_table.h"
@@ -27,7 +27,7 @@ class Ipv4RouteTable : public RouteFeed, private RouteConsumer
     // good until announcements are read.
     const Ipv4Router *findRouter(const Ipv4Router &key);
     const Ipv4Router *routerAfter(const Ipv4Router &key);
-    // Whether a route leads to the prefix without a gateway.
+    // Whether a route leads to the prefix of an address without a gateway.
     bool isOnLink(std::uint32_t ifIndex, std::uint32_t prefix, std::uint32_t length) const;
 
   private:
@@ -56,6 +56,8 @@ class Ipv4RouteTable : public RouteFeed, private RouteConsumer
     void addressGone(std::uint32_t address) override;
     void nexthopsGone(const std::vector<std::uint32_t> &ids) override;
     void nexthopsChanged() override { listed_ = false; }
+
+    void applyNewPrefix(const Ipv4Address &address) override;
 
     static OnLink onLinkOf(const Route &route, const RouteNexthop &hop);
     void eraseReplaced(const Route &route);

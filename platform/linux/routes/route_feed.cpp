@@ -274,7 +274,12 @@ void RouteFeed::applyIpv4Address(const nlmsghdr &message)
     if (!parseIpv4Address(message, secondsSinceBoot(), address)) {
         return;
     }
+    const bool isNewPrefix =
+        message.nlmsg_type == RTM_NEWADDR && !isPrefixOfAddress({address.ifIndex, address.prefix(), address.length});
     addresses_.apply(message);
+    if (isNewPrefix) {
+        applyNewPrefix(address);
+    }
     if (message.nlmsg_type == RTM_NEWADDR) {
         for (RouteConsumer *consumer : consumers_) {
             consumer->linkUp(address.ifIndex);

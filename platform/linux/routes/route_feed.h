@@ -87,6 +87,13 @@ class RouteFeed : public KernelTable
     // Whether the last reading has done so.
     bool readsAdvertised() const { return dumping_ == Dump::advertised; }
     virtual void applyAdvertisedPrefix(const nlmsghdr &) {}
+    // The first address with its prefix on its interface has come.
+    virtual void applyNewPrefix(const Ipv4Address &) {}
+    bool isPrefixOfAddress(const Ipv4AddressTable::PrefixKey &key) const
+    {
+        Ipv4AddressTable::PrefixKey found{};
+        return addresses_.prefixAtOrAfter(key, found) && found == key;
+    }
 
   private:
     enum class Dump { loopback, addresses, nexthops, rules, mainRoutes, defaultRoutes, routes, advertised };

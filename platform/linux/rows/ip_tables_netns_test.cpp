@@ -211,6 +211,11 @@ TEST_F(IpTablesNetns, originsAndLifetimesAreThoseOfTheKernel)
           std::tuple(v1_, "10.3.0.0", 24, 1), std::tuple(v1_, "10.4.0.1", 32, 0)}) {
         EXPECT_EQ(find(ifIndex, text, static_cast<unsigned>(length)).on_link, onLink) << text;
     }
+    // A route that was there before the address, for which the kernel then enters none.
+    space_->run("ip route add 10.9.0.0/24 dev v0; ip addr add 10.9.0.1/24 dev v0 noprefixroute");
+    EXPECT_TRUE(soon([&] { return ip().findPrefix(v0_, number("10.9.0.0"), 24, prefix) && prefix.on_link == 1; }));
+    space_->run("ip route del 10.9.0.0/24 dev v0");
+    EXPECT_TRUE(soon([&] { return ip().findPrefix(v0_, number("10.9.0.0"), 24, prefix) && prefix.on_link == 0; }));
     // The kernel ends what has an end, and says so.
     space_->run("ip addr change 10.1.0.1/24 dev v0 valid_lft 60 preferred_lft 0");
     EXPECT_TRUE(soon([&] {
