@@ -9,7 +9,7 @@ git rev-parse --git-dir >/dev/null 2>&1 || {
     exit 77
 }
 silent=$(git ls-files -z '*.c' '*.cpp' '*.h' '*.def' '*.py' '*.sh' '*.awk' '*.cmake' '*CMakeLists.txt' '*Makefile' |
-    xargs -0 grep -L 'SPDX-License-Identifier: BSD-3-Clause' || true)
+    xargs -0 grep -L 'SPDX-License-[I]dentifier: BSD-3-Clause' || true)
 [ -z "$silent" ] || {
     echo "without a licence of its own: $silent"
     exit 1
