@@ -19,7 +19,7 @@ values = {}
 columns = set()
 
 
-def check(agent, *words, seconds="0.2", retries="5"):
+def check(agent, *words, seconds="0.5", retries="9"):
     """The exit status, what was found, and what is on the other output."""
     result = subprocess.run([agentcheck, "--json", "--rate=1000000", "--settle=0.02", "-v2c", "-cpublic", "-t", seconds, "-r", retries, *words,
                              f"127.0.0.1:{agent.port}"], capture_output=True, text=True, timeout=600, check=False)
@@ -45,7 +45,7 @@ class Agentcheck(unittest.TestCase):
         for title, kind, rule, where, tables in faults.FAULTS:
             with self.subTest(title), kind(values, columns) as agent:
                 write = ["--write"] if rule in ("notWritable", "written") else []
-                status, found, _ = check(agent, "--tables=" + tables, *write, seconds="0.1", retries="1")
+                status, found, _ = check(agent, "--tables=" + tables, *write)
                 told = [(finding["rule"], finding["name"]) for finding in found["findings"]]
                 self.assertEqual(status, 1)
                 self.assertTrue(any(each[0] == rule and each[1].startswith(where) for each in told), (rule, told))
@@ -59,16 +59,16 @@ class Agentcheck(unittest.TestCase):
     def test_late_and_repeated_answers_are_no_fault(self):
         for kind in (faults.Twice, faults.Late):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
-                self.assertEqual(check(agent, "--tables=ipAddressTable")[1]["findings"], [])
+                self.assertEqual(check(agent, "--tables=ipAddressTable", seconds="0.2", retries="20")[1]["findings"], [])
 
     def test_what_fits_together_later_is_no_fault(self):
         with faults.RemembersOneTableLonger(values, columns) as agent:
-            self.assertEqual(check(agent, "--tables=interfaces,ifTable", "--settle=0.5", seconds="5")[1]["findings"], [])
+            self.assertEqual(check(agent, "--tables=interfaces,ifTable", "--settle=0.5")[1]["findings"], [])
 
     def test_an_agent_that_falls_silent_is_told_of(self):
         for kind in (faults.Silence, faults.Chatter):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
-                status, found, errors = check(agent, seconds="0.1", retries="1")
+                status, found, errors = check(agent, retries="2")
                 self.assertEqual(status, 3)
                 self.assertIn("no longer answers", errors)
                 self.assertEqual([finding["rule"] for finding in found["findings"]], ["answered"])
@@ -76,7 +76,7 @@ class Agentcheck(unittest.TestCase):
     def test_where_there_is_no_agent_there_are_no_findings(self):
         for kind in (faults.FromTheBeginning, faults.Rubbish):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
-                status, found, errors = check(agent, seconds="0.1", retries="1")
+                status, found, errors = check(agent, retries="2")
                 self.assertEqual((status, found["findings"]), (3, []))
                 self.assertIn("does not answer", errors)
 

@@ -291,8 +291,8 @@ class AnError(ScriptedAgent):
 @planted("answered", "ipAddressCreated", ADDRESSES)
 class OneQuestionUnanswered(ScriptedAgent):
     def answers(self, request):
-        name = request.variables[0][0]
-        is_asked = request.kind == GETNEXT and is_below(name, "ipAddressCreated") and name != oid("ipAddressCreated")
+        names = [name for name, _, _ in request.variables]
+        is_asked = request.kind == GETNEXT and names == [oid("ipAddressCreated", 1, 4, 192, 0, 2, 1)]
         return [] if is_asked else super().answers(request)
 
 
