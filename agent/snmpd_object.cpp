@@ -3,6 +3,7 @@
 // line by line, so it begins to serve when the configuration has been read.
 
 #include "frontend.h"
+#include "link_notifications.h"
 #include "log.h"
 #include "net_snmp.h"
 #include "ownership_report.h"
@@ -28,6 +29,7 @@ using namespace ipmib::agent;
 constexpr const char *fileType = "snmpd";
 constexpr const char *directive = "ipmibServe";
 constexpr const char *routesDirective = "ipmibRoutes";
+constexpr const char *linksDirective = "ipmibLinkNotifications";
 constexpr const char *platformDirective = "ipmibPlatform";
 constexpr const char *optionDirective = "ipmibPlatformOption";
 
@@ -80,7 +82,9 @@ bool agentHas(host::OidView root)
 class Object
 {
   public:
-    Object() : settings_(fileType, directive, nullptr), routeLimit_(fileType, routesDirective)
+    Object()
+        : settings_(fileType, directive, nullptr), routeLimit_(fileType, routesDirective),
+          linkSettings_(fileType, linksDirective)
     {
         register_config_handler(fileType, platformDirective, takePlatform, nullptr, "NAME[:ARGUMENT]");
         register_config_handler(fileType, optionDirective, takeOption, nullptr, "NAME[=VALUE]");
@@ -125,6 +129,9 @@ class Object
     void start()
     {
         if (started_) {
+            if (device_) {
+                device_->notifiesOfLinks(linkSettings_.areSent());
+            }
             return;
         }
         started_ = true;
@@ -148,6 +155,8 @@ class Object
         }
         routeLimit_.tell(plugin_->platform());
         frontend_.emplace(device_->catalogue());
+        device_->notifiesOfLinks(linkSettings_.areSent());
+        linkNotifications_.emplace(plugin_->platform(), linkSettings_, sendToSinks);
         std::vector<Claim> claims;
         std::vector<const host::ServedTable *> all;
         std::vector<const host::ServedTable *> ours;
@@ -202,12 +211,14 @@ class Object
     GlobalSymbols symbols_;
     ServeSettings settings_;
     RouteLimit routeLimit_;
+    LinkNotificationSettings linkSettings_;
     host::PluginOptions options_;
     unsigned alarm_ = 0;
     bool started_ = false;
     std::optional<host::Plugin> plugin_;
     std::optional<tables::ServedDevice> device_;
     std::optional<Frontend> frontend_;
+    std::optional<LinkNotifications> linkNotifications_;
 };
 
 std::optional<Object> Object::loaded;

@@ -8,6 +8,7 @@
 #include "ended_at_once.h"
 #include "event_loop.h"
 #include "frontend.h"
+#include "link_notifications.h"
 #include "listeners.h"
 #include "log.h"
 #include "net_snmp.h"
@@ -52,6 +53,7 @@ void serveStandalone(const Options &options)
     tables::ServedDevice device(plugin);
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
+    const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
     serveSystemGroup();
     library.readConfiguration();
     routeLimit.tell(plugin.platform());
@@ -61,6 +63,8 @@ void serveStandalone(const Options &options)
     shareUpTime(device);
     Frontend frontend(device.catalogue());
     frontend.serve(settings.notOff());
+    device.notifiesOfLinks(linkSettings.areSent());
+    const LinkNotifications linkNotifications(plugin.platform(), linkSettings, sendToSinks);
     const SystemCapabilities capabilities(device.catalogue());
     const std::vector<std::string> masterAt = AgentxMaster::addressesOfConfiguration();
     const AgentxMaster master(masterAt);
@@ -81,6 +85,7 @@ void serveStandalone(const Options &options)
         detachment->ready(snmp_stderrlog_status() != 0);
     }
     notifyReady();
+    send_easy_trap(SNMP_TRAP_COLDSTART, 0);
     loop.run([&] {
         notifyReloading();
         endedAtOnce.emplace([&pidFile] { pidFile.remove(); });
@@ -93,6 +98,7 @@ void serveStandalone(const Options &options)
             plugin.platform()->reload();
         }
         shareUpTime(device);
+        device.notifiesOfLinks(linkSettings.areSent());
         endedAtOnce.reset();
         notifyReady();
     });

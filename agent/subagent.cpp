@@ -8,6 +8,7 @@
 #include "detachment.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
+#include "link_notifications.h"
 #include "net_snmp.h"
 #include "pid_file.h"
 #include "platform_events.h"
@@ -33,6 +34,7 @@ void serveAsSubagent(const Options &options)
     tables::ServedDevice device(plugin);
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
+    const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
     passOverSystemGroup();
     library.readConfiguration();
     routeLimit.tell(plugin.platform());
@@ -58,6 +60,10 @@ void serveAsSubagent(const Options &options)
         }
         notifyReady();
     });
+    device.notifiesOfLinks(linkSettings.areSent());
+    const LinkNotifications linkNotifications(
+        plugin.platform(), linkSettings,
+        [&session](const netsnmp_variable_list &variables) { session.notify(variables); });
     session.start();
     loop.run([&] {
         notifyReloading();
@@ -66,6 +72,7 @@ void serveAsSubagent(const Options &options)
         if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
             plugin.platform()->reload();
         }
+        device.notifiesOfLinks(linkSettings.areSent());
         session.start();
         endedAtOnce.reset();
         notifyReady();

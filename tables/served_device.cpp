@@ -30,14 +30,15 @@ class Sources
     std::vector<SourcePointer> sources_;
 };
 
-std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const host::SysUpTime &upTime)
+std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const host::SysUpTime &upTime,
+                                     const bool &notifiesOfLinks)
 {
     Sources sources;
     if (platform != nullptr && platform->interfaces != nullptr) {
         const IpmibInterfaceHooks &interfaces = *platform->interfaces;
         sources.add(interfaceScalars(interfaces));
         sources.add(ifTable(interfaces, upTime));
-        sources.add(ifXTable(interfaces, upTime));
+        sources.add(ifXTable(interfaces, upTime, notifiesOfLinks));
         sources.add(ifTableLastChange(interfaces, upTime));
         if (platform->ip != nullptr) {
             sources.add(ipIfStatsTable(*platform->ip, interfaces));
@@ -127,7 +128,7 @@ host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &d
 
 ServedDevice::ServedDevice(host::Plugin &plugin)
     : upTime_(plugin.platform() == nullptr ? nullptr : plugin.platform()->uptime_began),
-      own_(ownTables(plugin.platform(), upTime_)), catalogue_(contentsOf(plugin, descriptions_, own_))
+      own_(ownTables(plugin.platform(), upTime_, notifiesOfLinks_)), catalogue_(contentsOf(plugin, descriptions_, own_))
 {
     if (const auto own = ownUpTimeMs()) {
         upTime_.isDevices(*own);

@@ -26,11 +26,14 @@ class ServedDevice
     // The time since boot, or since the boot of a device with a clock of its own, unless whoever serves it says when
     // sysUpTime was 0.
     host::SysUpTime &sysUpTime() { return upTime_; }
+    // Whoever serves it sends notifications of links that go up and down, or does not any more.
+    void notifiesOfLinks(bool notifies) { notifiesOfLinks_ = notifies; }
     // Of a device with a clock of its own.
     std::optional<std::uint64_t> ownUpTimeMs() const;
 
   private:
     host::SysUpTime upTime_;
+    bool notifiesOfLinks_ = false;
     Descriptions descriptions_;
     std::vector<SourcePointer> own_;
     host::Catalogue catalogue_;

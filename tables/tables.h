@@ -19,7 +19,8 @@ using SourcePointer = std::unique_ptr<host::Source>;
 // IF-MIB
 SourcePointer interfaceScalars(const IpmibInterfaceHooks &interfaces); // ifNumber
 SourcePointer ifTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
-SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
+// `notified`: whether links that go up and down are told of.
+SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime, const bool &notified);
 SourcePointer ifTableLastChange(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime);
 SourcePointer ifStackTable(const IpmibIpHooks &ip);
 SourcePointer ifStackLastChange(const IpmibIpHooks &ip);

@@ -28,6 +28,7 @@ enum MessageType {
     commitSetMessage = 9,
     undoSetMessage = 10,
     cleanupSetMessage = 11,
+    notifyMessage = 12,
     responseMessage = 18
 };
 

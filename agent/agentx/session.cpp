@@ -78,6 +78,18 @@ void Session::connected()
     request(std::move(message));
 }
 
+bool Session::notify(const netsnmp_variable_list &variables)
+{
+    if (!isServing()) {
+        return false;
+    }
+    const Message message = makeMessage(notifyMessage, sessionId_, ++packetId_);
+    // The library copies what it only reads.
+    message->variables = snmp_clone_varbind(const_cast<netsnmp_variable_list *>(&variables));
+    connection_.send(*message);
+    return true;
+}
+
 void Session::request(Message message)
 {
     setAlarm(patienceSeconds);

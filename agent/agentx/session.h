@@ -37,6 +37,9 @@ class Session
     // Connects at once, anew if need be, and claims the tables by the settings as they are now.
     void start();
 
+    // Hands a notification to the master, its identifier first; false when there is no master to take it.
+    bool notify(const netsnmp_variable_list &variables);
+
     bool isServing() const { return state_ == State::serving; }
     // Why not: "no master at ...: ...".
     std::string trouble() const;

@@ -38,6 +38,17 @@ typedef struct IpmibPlatformHost {
 /* Answers of `start` that blame the command line. */
 enum { IPMIB_WRONG_ARGUMENT = 0x10000, IPMIB_WRONG_OPTION = 0x20000 };
 
+/* An interface has come into another operational state. */
+typedef struct IpmibLinkChange {
+    uint32_t if_index;
+    uint32_t admin_status; /* IPMIB_ADMIN_x */
+    uint32_t oper_status;  /* IPMIB_OPER_x; 0: it has vanished */
+    uint32_t before;       /* its oper_status until now; 0: it has just appeared */
+} IpmibLinkChange;
+
+/* Calls no hook. */
+typedef void (*IpmibLinkChanged)(void *context, const IpmibLinkChange *change);
+
 /* The record grows at its end. A host uses what lies within the size, and takes the rest for null. */
 typedef struct IpmibPlatformHooks {
     uint32_t size; /* of this record as the platform knows it; 3 in those that end with `ipv4` */
@@ -76,6 +87,10 @@ typedef struct IpmibPlatformHooks {
     uint64_t (*uptime_ms)(void);
     /* The rows of the IP-FORWARD-MIB; null when the platform leaves those to somebody else. */
     const IpmibRouteHooks *routes;
+    /* From now on every change of an interface's operational state is told, each one and in their order, as soon as the
+     * platform knows of it: within `dispatch` and `begin_packet`. There is one listener; null ends it. May itself be
+     * null. */
+    void (*on_link_change)(IpmibLinkChanged changed, void *context);
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -120,6 +120,24 @@ void Platform::reload()
     radvd_.reload();
 }
 
+void Platform::onLinkChange(IpmibLinkChanged changed, void *context)
+{
+    if (changed == nullptr) {
+        links_.onChange({});
+        return;
+    }
+    links_.onChange([changed, context](const Link *before, const Link *now) {
+        IpmibLinkChange change{};
+        change.if_index = before == nullptr ? now->ifIndex : before->ifIndex;
+        change.before = before == nullptr ? 0 : operStatus(*before);
+        change.oper_status = now == nullptr ? 0 : operStatus(*now);
+        change.admin_status = now != nullptr && (now->flags & IFF_UP) != 0 ? IPMIB_ADMIN_UP : IPMIB_ADMIN_DOWN;
+        if (change.before != change.oper_status) {
+            changed(context, &change);
+        }
+    });
+}
+
 const char *Platform::interfaceName(std::uint32_t ifIndex) const
 {
     const Link *link = links_.find(ifIndex);

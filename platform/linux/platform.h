@@ -66,6 +66,9 @@ class Platform
     std::uint32_t interfaceCount() const { return static_cast<std::uint32_t>(links_.size()); }
     std::uint64_t interfacesChangedMs() const { return links_.rowsChangedMs(); }
 
+    // For notifications of links that go up and down.
+    void onLinkChange(IpmibLinkChanged changed, void *context);
+
     // sysUpTime was 0 then.
     void uptimeBegan(std::uint64_t monotonicMs)
     {

@@ -4,8 +4,10 @@
 
 #include <ipmib/platform.h>
 
+#include <poll.h>
 #include <time.h>
 
+#include <string>
 #include <vector>
 
 namespace ipmib::simulated
@@ -65,6 +67,32 @@ TEST(SimulatedHooks, nothingIsServedBeforeTheStartAndAfterTheStop)
     EXPECT_NE(IP6_DaemonCheck(1), 0u);
     EXPECT_EQ(IF_IsValidIfIndex(5), 0u);
     EXPECT_EQ(hooks.interface_name(5), nullptr);
+}
+
+TEST(SimulatedHooks, linksThatGoUpAndDownAreToldByTheSchedule)
+{
+    const ScenarioFile file(R"({"interfaces": [
+        {"name": "a", "ifIndex": 5, "down": [{"from": 1, "to": 1.05, "every": 0.2}]},
+        {"name": "b", "ifIndex": 6, "gone": [{"from": 1.03, "to": 1.07}]}, {"name": "c", "ifIndex": 7}]})");
+    ASSERT_EQ(start(file.path()), "");
+    ASSERT_GE(hooks.descriptor(), 0);
+    std::vector<std::string> told;
+    hooks.on_link_change(
+        [](void *context, const IpmibLinkChange *change) {
+            static_cast<std::vector<std::string> *>(context)->push_back(std::to_string(change->if_index) + " " +
+                                                                        std::to_string(change->before) + " " +
+                                                                        std::to_string(change->oper_status));
+        },
+        &told);
+    while (told.size() < 5) {
+        pollfd work{hooks.descriptor(), POLLIN, 0};
+        ASSERT_EQ(poll(&work, 1, 30'000), 1) << "nothing is told any more";
+        hooks.dispatch();
+    }
+    told.resize(5);
+    EXPECT_EQ(told, (std::vector<std::string>{"5 1 2", "6 1 0", "5 2 1", "6 0 1", "5 1 2"}));
+    hooks.on_link_change(nullptr, nullptr);
+    hooks.stop();
 }
 
 TEST(SimulatedHooks, theClockRunsAndAPacketSeesOneMoment)

@@ -57,6 +57,11 @@ std::string Platform::start()
     }
     start_ = std::chrono::steady_clock::now();
     beginPacket();
+    const bool anyChanges = std::ranges::any_of(device_.interfaces(),
+                                                [](const Interface &interface) { return !interface.outages.never(); });
+    if (!stopped_ && anyChanges) {
+        linkClock_.open();
+    }
     return "";
 }
 
@@ -75,6 +80,7 @@ void Platform::beginPacket()
         device_.setUptimeBegan(std::int64_t{device_.uptimeS} * 1'000 + sinceStart);
     }
     rowHopLimit_.newPacket();
+    linkClock_.run(device_.time());
 }
 
 void Platform::uptimeBegan(std::uint64_t monotonicMs)
@@ -94,6 +100,7 @@ void Platform::reload()
     try {
         take(readScenario(path_));
         routes_.newDevice();
+        linkClock_.beginAt(now());
         beginPacket();
     } catch (const ScenarioError &error) {
         platform::logError("simulated: %s; the device stays as it was", error.what());

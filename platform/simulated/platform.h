@@ -6,6 +6,7 @@
 #include "device/device.h"
 #include "ip_rows.h"
 #include "ipv4_rows.h"
+#include "link_clock.h"
 #include "route_rows.h"
 
 #include <ipmib/platform_hooks.h>
@@ -30,9 +31,9 @@ class Platform
     // Reads the scenario. The answer, when that fails, is one line for the user.
     std::string start();
 
-    // Nothing happens by itself: what the time brings is seen by the next packet.
-    int descriptor() const { return -1; }
-    void dispatch() {}
+    // What the time brings is seen by the next packet; for links that go up and down there is a clock beside it.
+    int descriptor() const { return linkClock_.descriptor(); }
+    void dispatch() { linkClock_.run(now()); }
     void beginPacket();
     // The scenario as it stands now; one that cannot be used is reported, and the device stays. The clock goes on.
     void reload();
@@ -56,6 +57,7 @@ class Platform
     Ipv4Rows &ipv4() { return ipv4_; }
     IpRows &ip() { return ip_; }
     RouteRows &routes() { return routes_; }
+    void onLinkChange(IpmibLinkChanged changed, void *context) { linkClock_.listen(changed, context, now()); }
     // Times in rows are values of this, unless sysUpTime is somebody else's.
     void uptimeBegan(std::uint64_t monotonicMs);
     std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + now(); }
@@ -84,6 +86,7 @@ class Platform
     IpRows ip_{device_};
     RouteRows routes_{device_};
     platform::RowHopLimit rowHopLimit_;
+    LinkClock linkClock_{device_};
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.

@@ -14,35 +14,37 @@ using Row = InterfaceRow;
 constexpr host::SubId ifXEntry[] = {1, 3, 6, 1, 2, 1, 31, 1, 1, 1};
 
 constexpr std::uint64_t perMegabit = 1'000'000;
-constexpr std::uint64_t trapsDisabled = 2; // none are sent
+constexpr std::uint64_t trapsEnabled = 1;
+constexpr std::uint64_t trapsDisabled = 2;
 
 constexpr InterfaceColumn columns[] = {
-    {1, [](const Row &row) { return text(row.interface.name); }},                       // ifName
-    {2, [](const Row &row) { return counter32(row.traffic.in.multicast); }, traffic},   // ifInMulticastPkts
-    {3, [](const Row &row) { return counter32(row.traffic.in.broadcast); }, traffic},   // ifInBroadcastPkts
-    {4, [](const Row &row) { return counter32(row.traffic.out.multicast); }, traffic},  // ifOutMulticastPkts
-    {5, [](const Row &row) { return counter32(row.traffic.out.broadcast); }, traffic},  // ifOutBroadcastPkts
-    {6, [](const Row &row) { return counter64(row.traffic.in.octets); }, traffic},      // ifHCInOctets
-    {7, [](const Row &row) { return counter64(row.traffic.in.unicast); }, traffic},     // ifHCInUcastPkts
-    {8, [](const Row &row) { return counter64(row.traffic.in.multicast); }, traffic},   // ifHCInMulticastPkts
-    {9, [](const Row &row) { return counter64(row.traffic.in.broadcast); }, traffic},   // ifHCInBroadcastPkts
-    {10, [](const Row &row) { return counter64(row.traffic.out.octets); }, traffic},    // ifHCOutOctets
-    {11, [](const Row &row) { return counter64(row.traffic.out.unicast); }, traffic},   // ifHCOutUcastPkts
-    {12, [](const Row &row) { return counter64(row.traffic.out.multicast); }, traffic}, // ifHCOutMulticastPkts
-    {13, [](const Row &row) { return counter64(row.traffic.out.broadcast); }, traffic}, // ifHCOutBroadcastPkts
-    {14, [](const Row &) { return integer(trapsDisabled); }},                           // ifLinkUpDownTrapEnable
-    {15, [](const Row &row) { return gauge(row.interface.speed / perMegabit); }},       // ifHighSpeed
-    {16, [](const Row &row) { return truth(row.interface.promiscuous != 0); }},         // ifPromiscuousMode
-    {17, [](const Row &row) { return truth(row.interface.connector != 0); }},           // ifConnectorPresent
-    {18, [](const Row &row) { return text(row.interface.alias); }},                     // ifAlias
+    {1, [](const Row &row) { return text(row.interface.name); }},                              // ifName
+    {2, [](const Row &row) { return counter32(row.traffic.in.multicast); }, traffic},          // ifInMulticastPkts
+    {3, [](const Row &row) { return counter32(row.traffic.in.broadcast); }, traffic},          // ifInBroadcastPkts
+    {4, [](const Row &row) { return counter32(row.traffic.out.multicast); }, traffic},         // ifOutMulticastPkts
+    {5, [](const Row &row) { return counter32(row.traffic.out.broadcast); }, traffic},         // ifOutBroadcastPkts
+    {6, [](const Row &row) { return counter64(row.traffic.in.octets); }, traffic},             // ifHCInOctets
+    {7, [](const Row &row) { return counter64(row.traffic.in.unicast); }, traffic},            // ifHCInUcastPkts
+    {8, [](const Row &row) { return counter64(row.traffic.in.multicast); }, traffic},          // ifHCInMulticastPkts
+    {9, [](const Row &row) { return counter64(row.traffic.in.broadcast); }, traffic},          // ifHCInBroadcastPkts
+    {10, [](const Row &row) { return counter64(row.traffic.out.octets); }, traffic},           // ifHCOutOctets
+    {11, [](const Row &row) { return counter64(row.traffic.out.unicast); }, traffic},          // ifHCOutUcastPkts
+    {12, [](const Row &row) { return counter64(row.traffic.out.multicast); }, traffic},        // ifHCOutMulticastPkts
+    {13, [](const Row &row) { return counter64(row.traffic.out.broadcast); }, traffic},        // ifHCOutBroadcastPkts
+    {14, [](const Row &row) { return integer(row.notified ? trapsEnabled : trapsDisabled); }}, // ifLinkUpDownTrapEnable
+    {15, [](const Row &row) { return gauge(row.interface.speed / perMegabit); }},              // ifHighSpeed
+    {16, [](const Row &row) { return truth(row.interface.promiscuous != 0); }},                // ifPromiscuousMode
+    {17, [](const Row &row) { return truth(row.interface.connector != 0); }},                  // ifConnectorPresent
+    {18, [](const Row &row) { return text(row.interface.alias); }},                            // ifAlias
     {19, [](const Row &row) { return Cell(row.upTime->at(0)); }}, // ifCounterDiscontinuityTime: a new one, a new index
 };
 
 } // namespace
 
-SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime)
+SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime, const bool &notified)
 {
-    return std::make_unique<host::RowSource<InterfaceRows>>(ifXEntry, InterfaceRows(interfaces, upTime, columns));
+    return std::make_unique<host::RowSource<InterfaceRows>>(ifXEntry,
+                                                            InterfaceRows(interfaces, upTime, columns, &notified));
 }
 
 } // namespace ipmib::tables

@@ -16,6 +16,7 @@ struct InterfaceRow {
     IpmibInterface interface;
     IpmibInterfaceTraffic traffic; // read for the columns that need it
     const host::SysUpTime *upTime;
+    bool notified; // of its going up and down
 };
 
 using InterfaceColumn = host::RowColumn<InterfaceRow>;
@@ -29,8 +30,8 @@ class InterfaceRows
     static constexpr host::SubIdRange shape[1] = {host::anyIfIndex};
 
     InterfaceRows(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime,
-                  std::span<const InterfaceColumn> columns)
-        : interfaces_(interfaces), upTime_(upTime), columns_(columns)
+                  std::span<const InterfaceColumn> columns, const bool *notified = nullptr)
+        : interfaces_(interfaces), upTime_(upTime), columns_(columns), notified_(notified)
     {
     }
 
@@ -44,17 +45,20 @@ class InterfaceRows
     const IpmibInterfaceHooks &interfaces_;
     const host::SysUpTime &upTime_;
     std::span<const InterfaceColumn> columns_;
+    const bool *notified_; // null for tables that do not tell
 };
 
 inline bool InterfaceRows::find(const Index &index, Row &row) const
 {
     row.upTime = &upTime_;
+    row.notified = notified_ != nullptr && *notified_;
     return interfaces_.find(index[0], &row.interface) == 0;
 }
 
 inline bool InterfaceRows::next(const Index *behind, Row &row) const
 {
     row.upTime = &upTime_;
+    row.notified = notified_ != nullptr && *notified_;
     return interfaces_.next(behind == nullptr ? 0 : (*behind)[0], &row.interface) == 0;
 }
 

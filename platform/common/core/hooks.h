@@ -22,8 +22,9 @@ namespace ipmib::platform
 // addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside it a function setRunning(Platform
 // *) that puts it to its services, or takes it away again with null.
 //
-// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), and ip() and routes(), objects with a member for
-// each function of IpmibIpHooks and IpmibRouteHooks. For one that has it not the hook is null.
+// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *), and ip() and
+// routes(), objects with a member for each function of IpmibIpHooks and IpmibRouteHooks. For one that has it not the
+// hook is null.
 template <class Platform>
 class Hooks
 {
@@ -43,7 +44,8 @@ class Hooks
                 ipHooks(),
                 uptimeBegan(),
                 uptimeMs(),
-                routeHooks()};
+                routeHooks(),
+                onLinkChange()};
     }
 
   private:
@@ -125,6 +127,15 @@ class Hooks
     {
         if constexpr (requires(Platform & platform) { platform.uptimeMs(); }) {
             return hookCall<running, &Platform::uptimeMs>;
+        } else {
+            return nullptr;
+        }
+    }
+
+    static constexpr decltype(IpmibPlatformHooks::on_link_change) onLinkChange()
+    {
+        if constexpr (requires(Platform & platform) { platform.onLinkChange(nullptr, nullptr); }) {
+            return hookCall<running, &Platform::onLinkChange>;
         } else {
             return nullptr;
         }

@@ -43,6 +43,10 @@ class LinkTable : public KernelTable
     // Called when an interface has gone down or away, with what the kernel may not announce row by row.
     using Handler = std::function<void(std::uint32_t ifIndex)>;
     void onDown(Handler handler) { down_ = std::move(handler); }
+    // Called after each word of the kernel on a link with what was known of it before and what is now; null for one that
+    // was not there, or is not any more. The first reading is not told.
+    using ChangeHandler = std::function<void(const Link *before, const Link *now)>;
+    void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
 
     // Null when there is none. Pointers are good until announcements are read.
     const Link *find(std::uint32_t ifIndex) const { return links_.find(ifIndex); }
@@ -75,6 +79,7 @@ class LinkTable : public KernelTable
     // Adds what the kernel does not say, from what was known of the link, if anything.
     void complete(Link &link, const Link *before);
     void reportChange(const Link &before, const Link *now);
+    void tell(const Link *before, const Link *now) const;
     void put(Link link, Generation generation);
     void reportLoss(const Link &gone);
 
@@ -85,6 +90,7 @@ class LinkTable : public KernelTable
     std::uint64_t relationsChangedMs_ = 0;
     std::uint64_t version_ = 0;
     Handler down_;
+    ChangeHandler changed_;
 };
 
 // What an RTM_NEWLINK message says of a link; false when it is not about one.

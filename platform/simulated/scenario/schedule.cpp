@@ -104,4 +104,22 @@ Time Schedule::lastChange(Time time) const
     return change;
 }
 
+std::optional<Time> Schedule::nextChange(Time time) const
+{
+    for (const Period &period : periods_) {
+        if (time < period.from) {
+            return period.from;
+        }
+        const Time begin = period.from + (period.every == 0 ? 0 : (time - period.from) / period.every * period.every);
+        const Time end = period.to == forEver ? forEver : begin + (period.to - period.from);
+        if (time < end) {
+            return end == forEver ? std::nullopt : std::optional(end);
+        }
+        if (period.every != 0) {
+            return begin + period.every;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace ipmib::simulated

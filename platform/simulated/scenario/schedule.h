@@ -5,6 +5,7 @@
 #include "scenario/value.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace ipmib::simulated
@@ -26,6 +27,8 @@ class Schedule
     Time coveredBefore(Time time) const;
     // When a period began or ended last, at this moment at the latest; 0 when none has yet.
     Time lastChange(Time time) const;
+    // When one begins or ends next, after this moment; nothing when none does any more.
+    std::optional<Time> nextChange(Time time) const;
 
   private:
     struct Period {

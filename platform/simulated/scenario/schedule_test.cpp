@@ -75,6 +75,15 @@ TEST(Schedule, theLastChangeIsWhereALookAtEveryMillisecondSeesOne)
         ASSERT_EQ(schedule.lastChange(time), change) << time;
     }
     EXPECT_EQ(Schedule::always().lastChange(5'000), 0u);
+    for (Time time = 0; time < 200; ++time) {
+        const auto next = schedule.nextChange(time);
+        ASSERT_TRUE(next) << time;
+        ASSERT_GT(*next, time);
+        ASSERT_EQ(schedule.lastChange(*next), *next) << time;
+        ASSERT_LE(schedule.lastChange(*next - 1), time) << "none lies between";
+    }
+    EXPECT_FALSE(Schedule::always().nextChange(5'000));
+    EXPECT_FALSE(scheduleOf(R"([{"from": 1, "to": 2}])").nextChange(2'000));
 }
 
 } // namespace

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "link_notifications.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <sstream>
+
+namespace ipmib::agent
+{
+namespace
+{
+
+constexpr oid snmpTrapOid[] = {1, 3, 6, 1, 6, 3, 1, 1, 4, 1, 0};
+constexpr oid linkDown[] = {1, 3, 6, 1, 6, 3, 1, 1, 5, 3};
+constexpr oid linkUp[] = {1, 3, 6, 1, 6, 3, 1, 1, 5, 4};
+constexpr oid ifEntry[] = {1, 3, 6, 1, 2, 1, 2, 2, 1};
+constexpr oid ifIndexColumn = 1;
+constexpr oid ifAdminStatusColumn = 7;
+constexpr oid ifOperStatusColumn = 8;
+
+// One whose lower layer is down does not carry anything either.
+bool isDown(std::uint32_t operStatus)
+{
+    return operStatus == IPMIB_OPER_DOWN || operStatus == IPMIB_OPER_LOWER_LAYER_DOWN;
+}
+
+bool isPresent(std::uint32_t operStatus)
+{
+    return operStatus != 0 && operStatus != IPMIB_OPER_NOT_PRESENT;
+}
+
+class Variables
+{
+  public:
+    Variables() = default;
+    ~Variables() { snmp_free_varbind(first_); }
+    Variables(const Variables &) = delete;
+    Variables &operator=(const Variables &) = delete;
+
+    void addIdentifier(std::span<const oid> name, std::span<const oid> value)
+    {
+        snmp_varlist_add_variable(&first_, name.data(), name.size(), ASN_OBJECT_ID, value.data(), value.size_bytes());
+    }
+    void addColumn(oid column, std::uint32_t ifIndex, std::uint32_t value)
+    {
+        oid name[std::size(ifEntry) + 2];
+        *std::ranges::copy(ifEntry, name).out = column;
+        name[std::size(ifEntry) + 1] = ifIndex;
+        const long number = static_cast<long>(value);
+        snmp_varlist_add_variable(&first_, name, std::size(name), ASN_INTEGER, &number, sizeof number);
+    }
+    netsnmp_variable_list &get() { return *first_; }
+
+  private:
+    netsnmp_variable_list *first_ = nullptr;
+};
+
+LinkNotificationSettings *inForce = nullptr;
+
+void parseLine(const char *directive, char *line)
+{
+    const std::string mistake = inForce->read(line);
+    if (!mistake.empty()) {
+        netsnmp_config_error("%s: %s", directive, mistake.c_str());
+    }
+}
+
+void forgetLines()
+{
+    inForce->forget();
+}
+
+} // namespace
+
+LinkNotificationSettings::LinkNotificationSettings(const char *fileType, const char *word)
+    : fileType_(fileType), word_(word)
+{
+    inForce = this;
+    register_config_handler(fileType_, word_, parseLine, forgetLines, "no | all | COUNT SECONDS");
+}
+
+LinkNotificationSettings::~LinkNotificationSettings()
+{
+    unregister_config_handler(fileType_, word_);
+    inForce = nullptr;
+}
+
+void LinkNotificationSettings::forget()
+{
+    areSent_ = true;
+    count_ = usualCount;
+    seconds_ = usualSeconds;
+}
+
+std::string LinkNotificationSettings::read(const std::string &line)
+{
+    std::istringstream words(line);
+    const std::vector<std::string> all{std::istream_iterator<std::string>(words), {}};
+    if (all.size() == 1 && (all[0] == "no" || all[0] == "all")) {
+        areSent_ = all[0] == "all";
+        count_ = 0;
+        return "";
+    }
+    constexpr unsigned most = 1'000'000;
+    unsigned numbers[2] = {0, 0};
+    for (std::size_t i = 0; i < all.size() && i < std::size(numbers); ++i) {
+        const char *const last = all[i].data() + all[i].size();
+        const auto [end, error] = std::from_chars(all[i].data(), last, numbers[i]);
+        numbers[i] = error == std::errc() && end == last && numbers[i] <= most ? numbers[i] : 0;
+    }
+    if (all.size() != std::size(numbers) || numbers[0] == 0 || numbers[1] == 0) {
+        return "\"" + line + "\" is neither no nor all nor a number of notifications and of seconds";
+    }
+    areSent_ = true;
+    count_ = numbers[0];
+    seconds_ = numbers[1];
+    return "";
+}
+
+LinkNotifications::LinkNotifications(const IpmibPlatformHooks *platform, const LinkNotificationSettings &settings,
+                                     Send send)
+    : platform_(platform), settings_(settings), send_(std::move(send))
+{
+    if (platform_ != nullptr && platform_->on_link_change != nullptr) {
+        platform_->on_link_change(
+            [](void *self, const IpmibLinkChange *change) {
+                static_cast<LinkNotifications *>(self)->take(*change, Clock::now());
+            },
+            this);
+    }
+}
+
+LinkNotifications::~LinkNotifications()
+{
+    if (platform_ != nullptr && platform_->on_link_change != nullptr) {
+        platform_->on_link_change(nullptr, nullptr);
+    }
+    if (alarm_ != 0) {
+        snmp_alarm_unregister(alarm_);
+    }
+}
+
+void LinkNotifications::take(const IpmibLinkChange &change, Clock::time_point now)
+{
+    if (!isPresent(change.oper_status)) {
+        links_.erase(change.if_index);
+        return;
+    }
+    if (!settings_.areSent() || !isPresent(change.before) || isDown(change.before) == isDown(change.oper_status)) {
+        return;
+    }
+    const auto [place, isNew] = links_.try_emplace(change.if_index);
+    Link &link = place->second;
+    if (isNew) {
+        link.left = settings_.count();
+        link.counted = now;
+        link.toldDown = isDown(change.before);
+    }
+    refill(link, now);
+    link.latest = change;
+    if (settings_.count() == 0 || (!link.waits && link.left >= 1)) {
+        link.waits = false;
+        send(link, change);
+        return;
+    }
+    if (!link.waits) {
+        link.waits = true;
+        snmp_log(LOG_WARNING, "interface %u goes up and down too often, its notifications are held back\n",
+                 change.if_index);
+    }
+    setAlarm();
+}
+
+void LinkNotifications::tellWaiting(Clock::time_point now)
+{
+    bool anyWaits = false;
+    for (auto &[ifIndex, link] : links_) {
+        refill(link, now);
+        if (link.waits && (settings_.count() == 0 || link.left >= 1)) {
+            link.waits = false;
+            if (isDown(link.latest.oper_status) != link.toldDown) {
+                send(link, link.latest);
+            }
+        }
+        anyWaits = anyWaits || link.waits;
+    }
+    if (anyWaits) {
+        setAlarm();
+    }
+}
+
+void LinkNotifications::refill(Link &link, Clock::time_point now) const
+{
+    const double passed = std::chrono::duration<double>(now - link.counted).count();
+    const double most = settings_.count();
+    link.left = std::min(most, link.left + passed * most / settings_.seconds());
+    link.counted = now;
+}
+
+void LinkNotifications::send(Link &link, const IpmibLinkChange &change)
+{
+    const bool down = isDown(change.oper_status);
+    Variables variables;
+    variables.addIdentifier(snmpTrapOid, down ? std::span<const oid>(linkDown) : linkUp);
+    variables.addColumn(ifIndexColumn, change.if_index, change.if_index);
+    variables.addColumn(ifAdminStatusColumn, change.if_index, change.admin_status);
+    variables.addColumn(ifOperStatusColumn, change.if_index, change.oper_status);
+    link.left -= 1;
+    link.toldDown = down;
+    send_(variables.get());
+}
+
+void LinkNotifications::setAlarm()
+{
+    if (alarm_ != 0) {
+        return;
+    }
+    alarm_ = snmp_alarm_register(
+        1, 0,
+        [](unsigned, void *self) {
+            auto &notifications = *static_cast<LinkNotifications *>(self);
+            notifications.alarm_ = 0;
+            notifications.tellWaiting(Clock::now());
+        },
+        this);
+}
+
+void sendToSinks(netsnmp_variable_list &variables)
+{
+    send_v2trap(&variables);
+}
+
+} // namespace ipmib::agent

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Tells of links that go up and down when the scenario's schedules say so.
+#pragma once
+
+#include "device/device.h"
+
+#include <ipmib/platform_hooks.h>
+
+namespace ipmib::simulated
+{
+
+class LinkClock
+{
+  public:
+    explicit LinkClock(const Device &device) : device_(device) {}
+    ~LinkClock();
+    LinkClock(const LinkClock &) = delete;
+    LinkClock &operator=(const LinkClock &) = delete;
+
+    // For a device whose clock runs.
+    void open();
+    // Readable when a change is due; -1 where time stands still.
+    int descriptor() const { return timer_; }
+    void listen(IpmibLinkChanged changed, void *context, Time now);
+    // What was before, of this device or of another one, is not told any more.
+    void beginAt(Time now);
+    // Tells what has changed until now, in its order.
+    void run(Time now);
+
+  private:
+    std::optional<Time> nextChange() const;
+    void tellChangesAt(Time time) const;
+    void setTimer(Time now);
+
+    const Device &device_;
+    int timer_ = -1;
+    IpmibLinkChanged changed_ = nullptr;
+    void *context_ = nullptr;
+    Time told_ = 0; // everything until then
+    std::optional<Time> next_;
+};
+
+} // namespace ipmib::simulated

@@ -1,0 +1,150 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""What a manager is told of links: every transition, once, in its order, by each way of being an agent.
+
+The arguments are ipmibd and the object for snmpd.
+"""
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from receiver import Link, Program, Receiver, enter_namespace, make_links
+
+enter_namespace()
+snmpd_object = os.path.abspath(sys.argv.pop(2))
+ipmibd = os.path.abspath(sys.argv.pop(1))
+ours = "127.0.0.1:16100"
+
+
+class Notifications(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        make_links()
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.receiver = Receiver(self.folder)
+        self.addCleanup(self.receiver.close)
+        self.link = Link("v0")
+
+    def start(self, configuration, words=(), name="ipmibd", program=ipmibd):
+        started = Program(self.folder, [program, *words], configuration, name)
+        self.addCleanup(started.close)
+        return started
+
+    def standalone(self, configuration):
+        return self.start(f"agentaddress udp:{ours}\nrocommunity public\n" + configuration)
+
+    def get(self, oid, community="public", retries=0):
+        return subprocess.run(["snmpget", "-v2c", f"-r{retries}", "-t20" if community == "public" else "-t1",
+                               "-c" + community, "-m", "", "-Oqv", ours, oid], capture_output=True, text=True,
+                              check=False).stdout.strip()
+
+    def told(self, cycles):
+        """As many transitions as that makes, in their order, and no more."""
+        self.receiver.wait_for(lambda: len(self.receiver.transitions(self.link.index)) >= 2 * cycles,
+                               f"{2 * cycles} transitions")
+        self.assertEqual(self.receiver.transitions(self.link.index), ["down", "up"] * cycles)
+
+    def test_every_transition_of_a_thousand(self):
+        self.standalone(f"trap2sink {self.receiver.target} public\nlinkNotifications all\n")
+        for cycle in range(1, 501):
+            self.link.flap()
+            if cycle % 50 == 0:  # a manager on a slow machine is not the subject
+                self.told(cycle)
+        self.assertEqual(self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}"), "1")
+        peer = self.receiver.transitions(Link("v1").index)
+        for before, after in zip(peer, peer[1:]):
+            self.assertNotEqual(before, after)
+        time.sleep(0.2)  # one too many would come now
+        self.told(500)
+
+    def test_versions_and_kinds(self):
+        """v1, v2c, informs and v3; the start, and who asks with a wrong community."""
+        for lines, mark in ((f"trapsink {self.receiver.target} public\n", r"\n2 0 .*2\.2\.1\.1\.\d+ = .*"),
+                            (f"informsink {self.receiver.target} public\n", r"\.5\.3\s"),
+                            (f"trapsess -v 2c -c public {self.receiver.target}\n", r"\.5\.3\s"),
+                            ("trapsess -e 0x8000000001020304 -v 3 -u bob -a SHA -A bobs-passphrase -x AES -X "
+                             f"bobs-passphrase -l authPriv {self.receiver.target}\n", r"\.5\.3\s")):
+            with self.subTest(lines):
+                before = len(self.receiver.text())
+                agent = self.standalone(lines + "authtrapenable 1\n")
+                self.get("1.3.6.1.2.1.1.3.0", "wrong")
+                self.link.flap()
+                since = lambda: "\n" + self.receiver.text()[before:]
+                self.receiver.wait_for(lambda: re.search(mark, since()), mark)
+                cold, denied = ("\n0 0 ", "\n4 0 ") if "trapsink" in lines else (r"\.5\.1\s", r"\.5\.5\s")
+                for each in (cold, denied):
+                    self.receiver.wait_for(lambda: re.search(each, since()), each)
+                agent.close()
+
+    def test_a_link_that_flaps_is_held_back_and_tells_how_it_ends(self):
+        self.standalone(f"trap2sink {self.receiver.target} public\nlinkNotifications 4 8\n")
+        for _ in range(20):
+            self.link.flap()
+        self.link.set(False)
+        self.receiver.wait_for(lambda: self.receiver.transitions(self.link.index)[-1:] == ["down"] and
+                               len(self.receiver.transitions(self.link.index)) >= 5, "the last state")
+        told = self.receiver.transitions(self.link.index)
+        self.assertLess(len(told), 41)
+        for before, after in zip(told, told[1:]):
+            self.assertNotEqual(before, after)
+        self.link.set(True)
+
+    def test_none_where_they_are_not_wanted(self):
+        self.standalone(f"trap2sink {self.receiver.target} public\nlinkNotifications no\n")
+        self.assertEqual(self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}"), "2")
+        self.link.flap()
+        self.get("1.3.6.1.2.1.1.3.0")
+        self.receiver.wait_for(lambda: re.search(r"\.5\.1\s", self.receiver.text()), "coldStart")
+        self.assertEqual(self.receiver.transitions(self.link.index), [])
+
+    def test_through_a_master_and_inside_snmpd(self):
+        snmpd = shutil.which("snmpd") or "/usr/sbin/snmpd"
+        if not os.path.exists(snmpd):
+            self.skipTest("snmpd is not installed")
+        sink = f"agentaddress udp:{ours}\nrocommunity public\ntrap2sink {self.receiver.target} public\n"
+        socket_path = self.folder + "/agentx"
+        with self.subTest("sub-agent"):
+            master = subprocess.Popen([snmpd, "-f", "-C", "-c", self.written("master.conf", sink + "master agentx\n"
+                                       f"agentXSocket {socket_path}\n"), "-Lf", self.folder + "/log-master"],
+                                      env=self.environment("master"))
+            self.receiver.wait_for(lambda: os.path.exists(socket_path), "the master")
+            agent = self.start("", ["-x", socket_path], "sub")
+            for _ in range(20):
+                self.link.flap() if _ < 4 else None
+            self.told(4)
+            agent.close()
+            master.terminate()
+            master.wait(60)
+        with self.subTest("object"):
+            before = len(self.receiver.transitions(self.link.index))
+            master = subprocess.Popen([snmpd, "-f", "-C", "-c", self.written("object.conf", sink +
+                                       f"dlmod ipmib {snmpd_object}\n"), "-Lf", self.folder + "/log-object"],
+                                      env=self.environment("object"))
+            self.addCleanup(master.wait, 60)
+            self.addCleanup(master.terminate)
+            self.receiver.wait_for(lambda: self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}", retries=5) == "1",
+                                   "the object serves")
+            self.link.flap()
+            self.told(before // 2 + 1)
+
+    def written(self, name, text):
+        with open(f"{self.folder}/{name}", "w", encoding="utf-8") as file:
+            file.write(text)
+        return f"{self.folder}/{name}"
+
+    def environment(self, name):
+        return dict(os.environ, SNMP_PERSISTENT_DIR=f"{self.folder}/persistent-{name}", MIBS="")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv)
