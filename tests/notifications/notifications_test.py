@@ -58,7 +58,7 @@ class Notifications(unittest.TestCase):
         self.standalone(f"trap2sink {self.receiver.target} public\nlinkNotifications all\n")
         for cycle in range(1, 501):
             self.link.flap()
-            if cycle % 50 == 0:  # a manager on a slow machine is not the subject
+            if cycle % 10 == 0:  # how much a manager has room for is not the subject
                 self.told(cycle)
         self.assertEqual(self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}"), "1")
         peer = self.receiver.transitions(Link("v1").index)
@@ -119,8 +119,8 @@ class Notifications(unittest.TestCase):
                                       env=self.environment("master"))
             self.receiver.wait_for(lambda: os.path.exists(socket_path), "the master")
             agent = self.start("", ["-x", socket_path], "sub")
-            for _ in range(20):
-                self.link.flap() if _ < 4 else None
+            for _ in range(4):
+                self.link.flap()
             self.told(4)
             agent.close()
             master.terminate()
@@ -128,7 +128,7 @@ class Notifications(unittest.TestCase):
         with self.subTest("object"):
             before = len(self.receiver.transitions(self.link.index))
             master = subprocess.Popen([snmpd, "-f", "-C", "-c", self.written("object.conf", sink +
-                                       f"dlmod ipmib {snmpd_object}\n"), "-Lf", self.folder + "/log-object"],
+                                       f"dlmod ipmib {snmpd_object}\nipmibServe ifXTable take\n"), "-Lf", self.folder + "/log-object"],
                                       env=self.environment("object"))
             self.addCleanup(master.wait, 60)
             self.addCleanup(master.terminate)

@@ -38,16 +38,18 @@ class Link:
     def __init__(self, name):
         self.name = name
         self.index = socket.if_nametoindex(name)
-        self._socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
 
     def flags(self):
-        answer = fcntl.ioctl(self._socket, SIOCGIFFLAGS, struct.pack("16sH14x", self.name.encode(), 0))
-        return struct.unpack("16sH14x", answer)[1]
+        return struct.unpack("16sH14x", self._ask(SIOCGIFFLAGS, 0))[1]
 
     def set(self, up):
         flags = self.flags()
         flags = flags | IFF_UP if up else flags & ~IFF_UP
-        fcntl.ioctl(self._socket, SIOCSIFFLAGS, struct.pack("16sH14x", self.name.encode(), flags))
+        self._ask(SIOCSIFFLAGS, flags)
+
+    def _ask(self, what, flags):
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as any_socket:
+            return fcntl.ioctl(any_socket, what, struct.pack("16sH14x", self.name.encode(), flags))
 
     def wait_running(self):
         end = time.monotonic() + patience
@@ -69,7 +71,7 @@ class Receiver:
         self._log = folder + "/traps"
         configuration = folder + "/snmptrapd.conf"
         with open(configuration, "w", encoding="utf-8") as file:
-            file.write("disableAuthorization yes\nserverRecvBuf 4194304\n"
+            file.write("disableAuthorization yes\n"
                        "createUser -e 0x8000000001020304 bob SHA bobs-passphrase AES bobs-passphrase\n")
         self._process = subprocess.Popen(
             ["snmptrapd", "-f", "-C", "-c", configuration, "-On", "-m", "", "-F", "%w %q %v\\n", "-Lf", self._log,
