@@ -55,10 +55,10 @@ class Watch:
                     self.up = up
                     self.announced.append(now)
         if self.packets in ready:
-            packet, address = self.packets.recvfrom(65536)
+            packet = self.packets.recv(65536)
             to_trapd = struct.unpack_from("!H", packet, 22)[0] == self.port
             name = bytes([0x2b, 6, 1, 2, 1, 2, 2, 1, 1, self.index])  # ifIndex of this one
-            if to_trapd and address[2] == socket.PACKET_OUTGOING and name in packet:
+            if to_trapd and name in packet:
                 self.sent.append(now)
         return bool(ready)
 
