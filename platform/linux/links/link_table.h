@@ -43,8 +43,8 @@ class LinkTable : public KernelTable
     // Called when an interface has gone down or away, with what the kernel may not announce row by row.
     using Handler = std::function<void(std::uint32_t ifIndex)>;
     void onDown(Handler handler) { down_ = std::move(handler); }
-    // Called after each word of the kernel on a link with what was known of it before and what is now; null for one that
-    // was not there, or is not any more. The first reading is not told.
+    // Called after each word of the kernel on a link with what was known of it before and what is now; null for one
+    // that was not there, or is not any more. The first reading is not told.
     using ChangeHandler = std::function<void(const Link *before, const Link *now)>;
     void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
 
