@@ -102,6 +102,32 @@ void checkAround(Check &check, const Region &region, const Walk &walk)
     }
 }
 
+// Columns without end are ascending all the same. The first part of every index that there is is less than this.
+void checkColumnEnds(Check &check, const Region &region, const Walk &walk)
+{
+    constexpr std::size_t atOnce = 12;
+    std::vector<Name> ends;
+    for (const host::Object *object : region.objects) {
+        const Name name = nameOf(*object);
+        const auto first = walk.values.upper_bound(name);
+        if (first != walk.values.end() && host::isWithin(first->first, name)) {
+            ends.push_back(extended(name, std::vector<host::SubId>{UINT32_MAX}));
+        }
+    }
+    for (std::size_t begin = 0; begin < ends.size(); begin += atOnce) {
+        const std::vector<Name> some(ends.begin() + static_cast<std::ptrdiff_t>(begin),
+                                     ends.begin() + static_cast<std::ptrdiff_t>(std::min(begin + atOnce, ends.size())));
+        const auto found = check.exchange.getNext(some);
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            const host::OidView object = host::OidView(some[i]).first(some[i].size() - 1);
+            if (found[i] && !found[i]->value.isException() && host::isWithin(found[i]->name, object) &&
+                Ascending()(some[i], found[i]->name)) {
+                check.report.broken(Rule::columnEnds, some[i], "is followed by " + check.objects.text(found[i]->name));
+            }
+        }
+    }
+}
+
 // A GETBULK with a variable that is not repeated and some that are: row by row, as GETNEXT finds them.
 void checkRepeaters(Check &check, const Region &region)
 {
@@ -146,6 +172,7 @@ void checkSuccessors(Check &check)
 {
     for (const auto &[region, walk] : check.walks) {
         checkAround(check, *region, walk);
+        checkColumnEnds(check, *region, walk);
         if (check.exchange.version() != Version::v1) {
             checkRepeaters(check, *region);
         }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Each value by itself: its type, its range, and that it may be read at all.
+#include "index_key.h"
 #include "rules.h"
 
 #include "host/syntax.h"
@@ -28,6 +29,15 @@ bool isRowStatus(const MibTreeNode &node)
                                [](const MibEnumItem &label) { return std::string_view(label.pszLabel) == "notReady"; });
 }
 
+// The type of the address is the first part of the index.
+bool isIpv6Broadcast(const MibTreeNode &node, const Name &name, const Value &value)
+{
+    constexpr std::uint64_t broadcast = 3;
+    constexpr std::size_t place = 10; // behind 1.3.6.1.2.1.4.34.1.4
+    return std::string_view(node.pszName) == "ipAddressType" && value.number == broadcast && name.size() > place &&
+           (name[place] == ipv6 || name[place] == ipv6z);
+}
+
 void checkValue(Report &report, const MibTreeNode &node, const Name &name, const Value &value)
 {
     if (node.ulAccess == MIB_ACCESS_NOT_ACCESSIBLE) {
@@ -39,6 +49,9 @@ void checkValue(Report &report, const MibTreeNode &node, const Name &name, const
     if (value.tag != declared || (declared == Tag::ipAddress && value.octets.size() != addressLength)) {
         report.broken(Rule::type, name, textOf(value.tag) + " " + textOf(value) + ", not " + textOf(declared));
         return;
+    }
+    if (isIpv6Broadcast(node, name, value)) {
+        report.broken(Rule::ipv6Broadcast, name, "is broadcast(3)");
     }
     if (isRowStatus(node) && value.number > notReady) {
         report.broken(Rule::rowStatus, name, "is " + textOf(value));

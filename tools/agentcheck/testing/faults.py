@@ -86,6 +86,11 @@ class AColumnOfItsOwn(ScriptedAgent):
 
 changed("a status that is only written", "rowStatus", ADDRESSES, "ipAddressRowStatus", INTEGER, 4)
 
+@planted("ipv6Broadcast", "ipAddressType.4.20.254.128", ADDRESSES)
+class Ipv6Broadcast(ScriptedAgent):
+    def change(self):
+        self.values[max(name for name in self.values if is_below(name, "ipAddressType"))] = (INTEGER, 3)
+
 # Indexes
 moved("an address without its length", "index", NEIGHBOURS, "ipNetToPhysicalType", (2, 1, 203, 0, 113, 1),
       "ipNetToPhysicalPhysAddress")
@@ -141,6 +146,22 @@ class OneStepBack(Reordered):
         place = self.names.index(found[0])
         before = self.names[place - 2]
         return (before, *self.values[before]) if is_below(before, self.column) else found
+
+
+@planted("columnEnds", "ipNetToPhysicalState", NEIGHBOURS)
+class OneMoreRowEachTime(ScriptedAgent):
+    def get_next(self, name):
+        first = first_of(self.values, "ipNetToPhysicalState")
+        found = super().get_next(name)
+        if name < first or not is_below(name, "ipNetToPhysicalState"):
+            return found
+        more = name[:-1] + (name[-1] + 1,) if name[-1] < 255 else name + (0,)
+        return (more, *self.values[first])
+
+    def get(self, name):
+        first = first_of(self.values, "ipNetToPhysicalState")
+        is_new = is_below(name, "ipNetToPhysicalState") and name > first
+        return (name, *self.values[first]) if is_new else super().get(name)
 
 
 @planted("ends", "ifStackLastChange", "ifMIBObjects")
@@ -448,6 +469,7 @@ CONSEQUENCES = {
     "a negative ifIndex": {"pointerRow"},
     "an interface that is not there": {"pointerRow"},
     "AnIndexThatCanBeRead": {"noSuchInstance"},
+    "OneMoreRowEachTime": {"successor"},
     "NoEnd": {"endOfMibView"},
     "EndOfSomethingElse": {"endOfMibView"},
     "LargeBulkEndsEarly": {"ends"},
