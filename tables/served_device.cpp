@@ -135,6 +135,12 @@ ServedDevice::ServedDevice(host::Plugin &plugin)
     }
 }
 
+void ServedDevice::notifiesOfLinks(bool notifies)
+{
+    const IpmibPlatformHooks *platform = catalogue_.platform();
+    notifiesOfLinks_ = notifies && platform != nullptr && platform->on_link_change != nullptr;
+}
+
 std::optional<std::uint64_t> ServedDevice::ownUpTimeMs() const
 {
     const IpmibPlatformHooks *platform = catalogue_.platform();

@@ -26,8 +26,9 @@ class ServedDevice
     // The time since boot, or since the boot of a device with a clock of its own, unless whoever serves it says when
     // sysUpTime was 0.
     host::SysUpTime &sysUpTime() { return upTime_; }
-    // Whoever serves it sends notifications of links that go up and down, or does not any more.
-    void notifiesOfLinks(bool notifies) { notifiesOfLinks_ = notifies; }
+    // Whoever serves it sends notifications of links that go up and down, if the platform tells of them, or does not
+    // any more.
+    void notifiesOfLinks(bool notifies);
     // Of a device with a clock of its own.
     std::optional<std::uint64_t> ownUpTimeMs() const;
 
