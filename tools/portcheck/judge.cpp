@@ -41,7 +41,7 @@ void Judge::code(Promise promise, const char *name, std::uint32_t value)
 
 void Judge::time(Promise promise, const char *name, std::uint32_t value, std::uint32_t now)
 {
-    const bool inHundredths = value / 100 <= now;
+    const bool inHundredths = value / 100 <= now && value / 10 > now;
     const bool sinceEpoch = value > 1200000000 && value < 2200000000; // 2008 to 2039
     field(
         promise, name, value, [now](std::uint32_t seconds) { return seconds <= now + 1; },

@@ -37,6 +37,12 @@ TEST_P(RightPort, isNotAccused)
 }
 INSTANTIATE_TEST_SUITE_P(Ports, RightPort, testing::Values(IPMIB_RIGHT_PORTS));
 
+TEST(Portcheck, doesNotBlameTheByteOrderWhenExistenceIsToldTheWrongWayRound)
+{
+    const std::string text = checkWith("zero-is-success").text();
+    EXPECT_EQ(text.find("wrong byte order"), std::string::npos) << text;
+}
+
 TEST(Portcheck, namesTheServicesThatAreMissing)
 {
     const Report report = checkRight(IPMIB_EMPTY_PLATFORM);
@@ -105,6 +111,7 @@ constexpr Fault faults[] = {
     {"fickle-selection", interfacesStay, "the standard selection differs when it is asked for again"},
     {"denies-interface", interfacesExist, "it denies the selected ifIndex 7"},
     {"knows-every-interface", othersDoNotExist, "it says that ifIndex 0 exists"},
+    {"zero-is-success", interfacesExist, "it denies the selected ifIndex 2"},
     {"ifIndex.ifIndex:bytes", ifIndexInMachineOrder, "ifIndex 33554432 is 2, the right one in the wrong byte order"},
     {"fails IP_GetMibIfStat", ipv4Counters, "IP_GetMibIfStat(3)"},
     {"fails IP6_GetIfStat", ipv6Counters, "IP6_GetIfStat(3)"},

@@ -23,6 +23,7 @@ void Probe::beginPacket()
         doing("the hook begin_packet");
         hooks_->begin_packet();
     }
+    interfaces_.clear();
 }
 
 std::size_t Probe::brokenCount(Promise promise) const
@@ -57,6 +58,16 @@ bool Probe::isValid(std::uint32_t ifIndex)
 {
     doing(callText("IF_IsValidIfIndex", ifIndex));
     return services_.IF_IsValidIfIndex(ifIndex) == 1;
+}
+
+bool Probe::isInterface(std::uint32_t ifIndex)
+{
+    return interfaces_.count(ifIndex) != 0 || (isValid(ifIndex) && !isValid(0));
+}
+
+void Probe::know(const std::vector<std::uint32_t> &interfaces)
+{
+    interfaces_.insert(interfaces.begin(), interfaces.end());
 }
 
 bool Probe::linkLocal(std::uint32_t ifIndex, FullAddressRecord &record)

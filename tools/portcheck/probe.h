@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cstring>
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -86,6 +87,9 @@ class Probe
                       const std::function<Items()> &ask);
 
     bool isValid(std::uint32_t ifIndex);
+    // Whether it is a selected interface, or another one that IF_IsValidIfIndex knows, if that can be believed.
+    bool isInterface(std::uint32_t ifIndex);
+    void know(const std::vector<std::uint32_t> &interfaces);
     bool linkLocal(std::uint32_t ifIndex, FullAddressRecord &record);
     bool hasLinkLocalRow(std::uint32_t ifIndex);
     bool hasMainLinkLocal(std::uint32_t ifIndex);
@@ -100,6 +104,7 @@ class Probe
     const IpmibPlatformHooks *hooks_; // null when the platform has none
     Watch &watch_;
     Report report_;
+    std::set<std::uint32_t> interfaces_; // that were selected in this chapter
 };
 
 } // namespace ipmib::portcheck

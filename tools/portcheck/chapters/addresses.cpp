@@ -58,7 +58,7 @@ void look(Probe &probe, const FullAddressRecord &record)
     Judge judge(probe, call, addressWithLength(record));
     judge.field(
         Promise::addressInterface, "if_index", record.if_index,
-        [&probe](std::uint32_t value) { return probe.isValid(value); }, "the ifIndex of an existing interface");
+        [&probe](std::uint32_t value) { return probe.isInterface(value); }, "the ifIndex of an existing interface");
     judge.field(
         Promise::addressLength, "prefix_length", record.prefix_length, [](std::uint32_t value) { return value <= 128; },
         "0 to 128");
@@ -254,6 +254,7 @@ std::vector<FullAddressRecord> addressesOf(Probe &probe)
 void checkAddresses(Probe &probe, host::Resolver &)
 {
     const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::standard);
+    probe.know(interfaces);
     const Listing listing = listingOf(probe);
     const std::vector<ListedRow> rows = checkedRowsOf(listing, probe);
     const PrefixesByInterface prefixes = prefixesQuietly(probe, interfaces);

@@ -33,7 +33,16 @@ void lookAtAdvertisements(Judge &judge, const NdIfConfigInfo &info)
             [](std::uint32_t value) { return value == 0 || (value >= 4 && value <= 9000) || value > 65535; },
             "0, or 4 to 9000");
     }
-    judge.code(Promise::advertisements, "flags", info.flags);
+    constexpr std::uint32_t known = ND_FLAG_MANAGED | ND_FLAG_OTHER_CONFIG | ND_FLAG_RETRANSMIT_VALID |
+                                    ND_FLAG_REACHABLE_VALID | ND_FLAG_SEND_ADVERTS | ND_FLAG_NO_MTU_OPTION |
+                                    ND_FLAG_LIFETIME_VALID | ND_FLAG_NO_HOP_LIMIT;
+    judge.field(
+        Promise::advertisements, "flags", info.flags,
+        [](std::uint32_t value) {
+            const bool looksSwapped = (value & known) == 0 && value != 0 && (swapped(value) & ~known) == 0;
+            return !looksSwapped;
+        },
+        "flags ND_FLAG_*");
 }
 
 void lookAtIntervals(Probe &probe, const std::string &call, const NdIfConfigInfo &info)

@@ -44,7 +44,7 @@ void look(Probe &probe, RouterClass routerClass, const GatewayRecord &record, st
     Judge judge(probe, call, which);
     judge.field(
         Promise::routerInterface, "if_index", ipmib_be32_get(record.if_index),
-        [&probe](std::uint32_t value) { return probe.isValid(value); }, "the ifIndex of an existing interface");
+        [&probe](std::uint32_t value) { return probe.isInterface(value); }, "the ifIndex of an existing interface");
     judge.field(
         Promise::routerLead, "lead", ipmib_be32_get(record.lead), [](std::uint32_t value) { return value >> 16 == 0; },
         "below 65536");
@@ -224,6 +224,7 @@ std::vector<GatewayRecord> routersQuietly(Probe &probe)
 
 void checkRouters(Probe &probe, host::Resolver &)
 {
+    probe.know(interfacesOf(probe, Selection::withNeighbours));
     const std::size_t count = checkClass(probe, globalRouters) + checkClass(probe, linkLocalRouters);
     probe.fact("default routers: " + std::to_string(count));
 }

@@ -175,6 +175,9 @@ std::uint32_t IF_IsValidIfIndex(std::uint32_t ifIndex)
     if (has("denies-interface") && ifIndex == 7) {
         return 0;
     }
+    if (has("zero-is-success")) {
+        return SIMULATED(IF_IsValidIfIndex)(ifIndex) == 1 ? 0 : 1;
+    }
     return has("knows-every-interface") ? 1 : SIMULATED(IF_IsValidIfIndex)(ifIndex);
 }
 
