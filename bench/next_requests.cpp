@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// GETNEXT requests over a column, from the packet's beginning to the value: platform, module and resolver, without the
-// SNMP library. For runs under callgrind, which are told when a kind of request begins and ends and count each by
-// itself.
+// GETNEXT requests over a column, from the packet's beginning to the value: platform, module and resolver, or the
+// product's own table where the module has none, without the SNMP library. For runs under callgrind, which are told
+// when a kind of request begins and ends and count each by itself.
 //
 //   bench_next walk PLATFORM PLUGIN_DIRECTORY COLUMN > ROWS
 //   bench_next count PLATFORM PLUGIN_DIRECTORY COLUMN REQUESTS MOST_ROWS < ROWS
@@ -13,6 +13,7 @@
 // from what the one before found (`walk`), requests from rows all over the table (`random`) and, unless the table has
 // more rows than the last argument says, a walk over all of it (`whole`).
 #include "host/plugin.h"
+#include "tables/served_device.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -53,13 +54,16 @@ Oid parse(const std::string &text)
 class Walker
 {
   public:
-    Walker(Plugin &plugin, const std::string &column) : plugin_(plugin)
+    Walker(Plugin &plugin, ipmib::tables::ServedDevice &device, const std::string &column) : plugin_(plugin)
     {
         const std::size_t slash = std::min(column.find('/'), column.size());
         const Oid name = parse(column.substr(0, slash));
         entry_.append(name.view().first(name.size() - 1));
         within_.append(name.view());
         within_.append(parse(column.substr(std::min(slash + 1, column.size()))).view());
+        if (Oid found; !next(within_, found)) {
+            findOwnTable(device);
+        }
     }
 
     // False at the end.
@@ -69,7 +73,11 @@ class Walker
             plugin_.platform()->begin_packet();
         }
         variable_.asked = after.view();
-        plugin_.resolver().getNext({&variable_, 1}, entry_.view());
+        if (own_ != nullptr) {
+            own_->getNext({&variable_, 1}, entry_.view());
+        } else {
+            plugin_.resolver().getNext({&variable_, 1}, entry_.view());
+        }
         found = variable_.name;
         return variable_.status == Status::ok && isWithin(found.view(), within_.view());
     }
@@ -84,7 +92,18 @@ class Walker
     }
 
   private:
+    void findOwnTable(ipmib::tables::ServedDevice &device)
+    {
+        for (const ServedTable &table : device.catalogue().tables()) {
+            if (isWithin(within_.view(), table.root.view())) {
+                own_ = table.source;
+                own_->start();
+            }
+        }
+    }
+
     Plugin &plugin_;
+    Source *own_ = nullptr; // null: the module has the column
     Oid within_;
     Oid entry_;
     Variable variable_;
@@ -196,7 +215,8 @@ int main(int argc, char **argv)
         options.platform = argv[2];
         options.pluginDirectory = argv[3];
         Plugin plugin(options);
-        Walker walker(plugin, argv[4]);
+        ipmib::tables::ServedDevice device(plugin);
+        Walker walker(plugin, device, argv[4]);
         if (what == "walk") {
             walkAll(walker);
         } else {

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: BSD-3-Clause
 # How the cost of a request grows with what users grow, each alone: interfaces, the addresses of one prefix, the prefixes of one
-# interface, neighbours, routers. A GETNEXT in a walk, one from anywhere, and a whole walk, in instructions of resolver, module
+# interface, neighbours, routers, routes. A GETNEXT in a walk, one from anywhere, and a whole walk, in instructions of resolver, module
 # and platform (callgrind counts them; not what the kernel does for them), and the processor time of a whole walk. Growth is
 # printed as an exponent: 0 when the size makes no difference, 1 when the cost doubles with the rows.
 #
@@ -34,7 +34,8 @@ ipAddressTable        addresses/one-prefix 34.1.3/2  1000 8000
 ipAddressPrefixTable  prefixes/one-link    32.1.5    1000 10000
 ipAddressTable        prefixes/one-link    34.1.3/2  1000 10000
 ipNetToPhysicalTable  neighbours           35.1.4    1000 1000000
-ipDefaultRouterTable  routers              37.1.4    1000 65536'
+ipDefaultRouterTable  routers              37.1.4    1000 65536
+inetCidrRouteTable    routes               24.7.1.7  1000 1000000'
 
 # Of the kernel's: what grows, pairs of virtual Ethernet links with an address each, brings all of these along.
 kernel_tables='ipv6InterfaceTable    veth-pairs           30.1.2
@@ -51,6 +52,11 @@ scenario() {
     prefixes/*) # with an address in each
         awk -v number="$2" 'BEGIN { printf "{\"interfaces\": [{\"name\": \"xe0\", \"addresses\": ["
                                     for (i = 1; i <= number; i++) printf "%s\"2001:db8:0:%x::1/64\"", (i > 1 ? ", " : ""), i
+                                    print "]}]}" }' ;;
+    routes) # each destination by way of one of 64 gateways
+        awk -v number="$2" 'BEGIN { printf "{\"generate\": {\"interfaces\": {\"count\": 64, \"name\": \"xe\"}}, \"routes\": [{"
+                                    printf "\"destination\": \"16.0.0.0/24\", \"count\": %d, \"spread\": true, \"nextHops\": [", number
+                                    for (i = 0; i < 64; i++) printf "%s{\"interface\": \"xe%d\", \"via\": \"10.0.%d.1\"}", (i ? ", " : ""), i, i
                                     print "]}]}" }' ;;
     *) echo "{\"generate\": {\"interfaces\": {\"count\": 64, \"name\": \"xe\"}, \"$1\": $2}}" ;;
     esac
