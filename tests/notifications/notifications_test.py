@@ -107,43 +107,36 @@ class Notifications(unittest.TestCase):
         self.receiver.wait_for(lambda: re.search(r"\.5\.1\s", self.receiver.text()), "coldStart")
         self.assertEqual(self.receiver.transitions(self.link.index), [])
 
-    def test_through_a_master_and_inside_snmpd(self):
-        snmpd = shutil.which("snmpd") or "/usr/sbin/snmpd"
-        if not os.path.exists(snmpd):
+    def snmpd(self, name, more):
+        """Debian's agent, which sends to the receiver."""
+        program = shutil.which("snmpd") or "/usr/sbin/snmpd"
+        if not os.path.exists(program):
             self.skipTest("snmpd is not installed")
-        sink = f"agentaddress udp:{ours}\nrocommunity public\ntrap2sink {self.receiver.target} public\n"
-        socket_path = self.folder + "/agentx"
-        with self.subTest("sub-agent"):
-            master = subprocess.Popen([snmpd, "-f", "-C", "-c", self.written("master.conf", sink + "master agentx\n"
-                                       f"agentXSocket {socket_path}\n"), "-Lf", self.folder + "/log-master"],
-                                      env=self.environment("master"))
-            self.receiver.wait_for(lambda: os.path.exists(socket_path), "the master")
-            agent = self.start("", ["-x", socket_path], "sub")
-            for _ in range(4):
-                self.link.flap()
-            self.told(4)
-            agent.close()
-            master.terminate()
-            master.wait(60)
-        with self.subTest("object"):
-            before = len(self.receiver.transitions(self.link.index))
-            master = subprocess.Popen([snmpd, "-f", "-C", "-c", self.written("object.conf", sink +
-                                       f"dlmod ipmib {snmpd_object}\nipmibServe ifXTable take\n"), "-Lf", self.folder + "/log-object"],
-                                      env=self.environment("object"))
-            self.addCleanup(master.wait, 60)
-            self.addCleanup(master.terminate)
-            self.receiver.wait_for(lambda: self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}", retries=5) == "1",
-                                   "the object serves")
+        with open(f"{self.folder}/{name}.conf", "w", encoding="utf-8") as file:
+            file.write(f"agentaddress udp:{ours}\nrocommunity public\ntrap2sink {self.receiver.target} public\n" + more)
+        agent = subprocess.Popen([program, "-f", "-C", "-c", file.name, "-Lf", f"{self.folder}/log-{name}"],
+                                 env=dict(os.environ, SNMP_PERSISTENT_DIR=f"{self.folder}/persistent-{name}", MIBS=""))
+        self.addCleanup(agent.wait, 60)
+        self.addCleanup(agent.terminate)
+
+    def test_through_a_master(self):
+        place = self.folder + "/agentx"
+        self.snmpd("master", f"master agentx\nagentXSocket {place}\n")
+        self.receiver.wait_for(lambda: os.path.exists(place), "the master")
+        self.start("", ["-x", place], "sub")
+        for _ in range(4):
             self.link.flap()
-            self.told(before // 2 + 1)
+        self.told(4)
 
-    def written(self, name, text):
-        with open(f"{self.folder}/{name}", "w", encoding="utf-8") as file:
-            file.write(text)
-        return f"{self.folder}/{name}"
-
-    def environment(self, name):
-        return dict(os.environ, SNMP_PERSISTENT_DIR=f"{self.folder}/persistent-{name}", MIBS="")
+    def test_inside_snmpd(self):
+        with open(snmpd_object, "rb") as file:
+            if b"__asan_init" in file.read():
+                self.skipTest("snmpd has no sanitizer, and so cannot load what has one")
+        self.snmpd("object", f"dlmod ipmib {snmpd_object}\nipmibServe ifXTable take\n")
+        self.receiver.wait_for(lambda: self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}", retries=5) == "1",
+                               "the object serves")
+        self.link.flap()
+        self.told(1)
 
 
 if __name__ == "__main__":
