@@ -145,7 +145,7 @@ bool printClaims(const agentx::Session &session, const std::vector<Difference> &
 }
 
 bool checkSubagent(EventLoop &loop, tables::ServedDevice &device, const ServeSettings &settings,
-                   const agentx::Address &master, const std::string &ask)
+                   const agentx::MasterAddress &master, const std::string &ask)
 {
     const std::vector<Difference> compared = differences(device.catalogue(), ask); // before there is a claim
     const PlatformEvents platformEvents(device.catalogue().platform());
@@ -165,7 +165,7 @@ bool checkSubagent(EventLoop &loop, tables::ServedDevice &device, const ServeSet
 bool check(const Options &options)
 {
     const bool isSubagent = !options.master.empty();
-    const agentx::Address master = isSubagent ? agentx::parseAddress(options.master) : agentx::Address();
+    const agentx::MasterAddress master = isSubagent ? agentx::parseAddress(options.master) : agentx::MasterAddress();
     EventLoop loop;
     const EndedAtOnce checking;
     SnmpLibrary library({options.defaultConfiguration, options.configuration, options.listenOn, false});

@@ -13,7 +13,7 @@ namespace ipmib::agent
 class Frontend
 {
   public:
-    // Hangs the platform's descriptor in the library's wait. The catalogue, whose tables are handed to it, must outlive
+    // Has the library wait for the platform's descriptor, too. The catalogue, whose tables are handed to it, must outlive
     // the front end.
     explicit Frontend(host::Catalogue &catalogue);
     ~Frontend();

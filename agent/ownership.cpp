@@ -55,7 +55,7 @@ std::optional<Claim::Attempt> Claim::next() const
     if (owner_ != Owner::undecided) {
         return std::nullopt;
     }
-    const bool isLook = stage_ == Stage::look || stage_ == Stage::lookAway;
+    const bool isLook = stage_ == Stage::look || stage_ == Stage::undoLook;
     return Attempt{stage_ == Stage::look || stage_ == Stage::claim, places_[place_].view(),
                    isLook ? agentsPriority : ourPriority};
 }
@@ -65,7 +65,7 @@ void Claim::take(Answer answer, const std::string &reason)
     switch (stage_) {
     case Stage::look:
         if (answer == Answer::granted) {
-            stage_ = Stage::lookAway;
+            stage_ = Stage::undoLook;
         } else if (answer == Answer::duplicate) {
             if (table_->isScalar() || place_ < columnsPlace) {
                 agents_.push_back(places_[place_]);
@@ -81,7 +81,7 @@ void Claim::take(Answer answer, const std::string &reason)
             owner_ = wish_ == Serve::off ? Owner::off : Owner::refused;
         }
         break;
-    case Stage::lookAway:
+    case Stage::undoLook:
         lookOn();
         break;
     case Stage::claim:
@@ -92,7 +92,7 @@ void Claim::take(Answer answer, const std::string &reason)
             owner_ = agents_.empty() ? Owner::ours : Owner::oursInstead;
         }
         break;
-    case Stage::giveBack:
+    case Stage::undoClaim:
         if (++place_ == places_.size()) {
             owner_ = loser_;
         }
@@ -128,7 +128,7 @@ void Claim::lose(Owner owner)
     }
     places_.resize(place_);
     place_ = 0;
-    stage_ = Stage::giveBack;
+    stage_ = Stage::undoClaim;
     loser_ = owner;
 }
 

@@ -75,7 +75,7 @@ class Claim
     const std::string &reason() const { return reason_; }
 
   private:
-    enum class Stage { look, lookAway, claim, giveBack };
+    enum class Stage { look, undoLook, claim, undoClaim };
 
     void lookOn();
     void lose(Owner owner);

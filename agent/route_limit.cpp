@@ -36,7 +36,7 @@ RouteLimit::~RouteLimit()
     inForce = nullptr;
 }
 
-void RouteLimit::tell(const IpmibPlatformHooks *platform) const
+void RouteLimit::handTo(const IpmibPlatformHooks *platform) const
 {
     if (most_ && platform != nullptr && platform->routes != nullptr) {
         platform->routes->limit(*most_);

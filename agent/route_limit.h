@@ -23,7 +23,7 @@ class RouteLimit
     RouteLimit &operator=(const RouteLimit &) = delete;
 
     // Once, before anything is served: a platform is told before it follows routes.
-    void tell(const IpmibPlatformHooks *platform) const;
+    void handTo(const IpmibPlatformHooks *platform) const;
 
     // Reads a line without the directive. Returns what is wrong with it, or nothing.
     std::string read(const std::string &line);

@@ -153,7 +153,7 @@ class Object
         for (const std::string &name : settings_.unknownNames(tables)) {
             snmp_log(LOG_ERR, "%s: there is no table \"%s\"\n", directive, name.c_str());
         }
-        routeLimit_.tell(plugin_->platform());
+        routeLimit_.handTo(plugin_->platform());
         frontend_.emplace(device_->catalogue());
         device_->notifiesOfLinks(linkSettings_.areSent());
         linkNotifications_.emplace(plugin_->platform(), linkSettings_, sendToSinks);

@@ -56,7 +56,7 @@ void serveStandalone(const Options &options)
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
     serveSystemGroup();
     library.readConfiguration();
-    routeLimit.tell(plugin.platform());
+    routeLimit.handTo(plugin.platform());
     const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
     const Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });

@@ -26,7 +26,7 @@ namespace ipmib::agent
 
 void serveAsSubagent(const Options &options)
 {
-    const agentx::Address master = agentx::parseAddress(options.master);
+    const agentx::MasterAddress master = agentx::parseAddress(options.master);
     EventLoop loop;
     std::optional<EndedAtOnce> endedAtOnce(std::in_place);
     SnmpLibrary library({options.defaultConfiguration, options.configuration, {}, false});
@@ -37,7 +37,7 @@ void serveAsSubagent(const Options &options)
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
     passOverSystemGroup();
     library.readConfiguration();
-    routeLimit.tell(plugin.platform());
+    routeLimit.handTo(plugin.platform());
     const PlatformEvents platformEvents(plugin.platform());
     endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);

@@ -5,7 +5,7 @@
 //   bench_churn [ADDRESSES]      in a network namespace of its own, which ends with the process; needs root
 #include "host/registry.h"
 #include "host/resolver.h"
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <poll.h>
 #include <sched.h>
@@ -73,7 +73,7 @@ pid_t startShell(const std::string &command)
 class Follower
 {
   public:
-    Follower(platform::Platform &platform, host::Resolver &resolver) : platform_(platform), resolver_(resolver) {}
+    Follower(platform::LinuxPlatform &platform, host::Resolver &resolver) : platform_(platform), resolver_(resolver) {}
 
     void follow(const char *what, const std::string &command)
     {
@@ -116,7 +116,7 @@ class Follower
         }
     }
 
-    platform::Platform &platform_;
+    platform::LinuxPlatform &platform_;
     host::Resolver &resolver_;
     std::vector<host::SubId> asked_;
 };
@@ -138,7 +138,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "bench_churn: cannot make a network namespace for %u addresses\n", addresses);
         return EXIT_FAILURE;
     }
-    platform::Platform platform;
+    platform::LinuxPlatform platform;
     if (const std::string error = platform.start(platform::Settings{}); !error.empty()) {
         std::fprintf(stderr, "bench_churn: %s\n", error.c_str());
         return EXIT_FAILURE;

@@ -7,7 +7,7 @@
 //
 // In a network namespace of its own, which ends with the process; needs root. The socket's buffer is that of a process
 // without capabilities.
-#include "platform.h"
+#include "linux_platform.h"
 #include "route_changes.h"
 
 #include <sched.h>
@@ -54,7 +54,7 @@ double processorMs()
 }
 
 // Dispatches until the condition holds. The longest turn is in processor time: a busy machine takes the rest.
-double turns(Platform &platform, const std::function<bool()> &done)
+double turns(LinuxPlatform &platform, const std::function<bool()> &done)
 {
     double longest = 0;
     while (!done()) {
@@ -65,7 +65,7 @@ double turns(Platform &platform, const std::function<bool()> &done)
     return longest;
 }
 
-std::uint64_t walk(Platform &platform)
+std::uint64_t walk(LinuxPlatform &platform)
 {
     IpmibRoute row{};
     std::uint64_t rows = 0;
@@ -99,7 +99,7 @@ int main(int argc, char **argv)
     }
     changes.ipv4(RTM_NEWROUTE, 0, ipv4, hops);
     changes.ipv6(RTM_NEWROUTE, ipv6, hops);
-    Platform platform;
+    LinuxPlatform platform;
     Settings settings;
     settings.receiveBuffer = 212'992 / 2; // the kernel doubles it
     const std::string before = statusOf("VmRSS");

@@ -5,7 +5,7 @@
 //   bench_live_rows [INTERFACES]      in a network namespace of its own, which ends with the process; needs root
 #include "host/registry.h"
 #include "host/resolver.h"
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <sched.h>
 
@@ -53,7 +53,7 @@ struct Cost {
 };
 
 // Asks on from these columns, all of them in each packet, until the first leaves its column.
-Cost walk(platform::Platform &platform, host::Resolver &resolver, std::vector<Identifier> asked)
+Cost walk(platform::LinuxPlatform &platform, host::Resolver &resolver, std::vector<Identifier> asked)
 {
     const host::SubId column = asked.front().back();
     const std::uint64_t requests = resolver.requestCount();
@@ -99,7 +99,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "bench_live_rows: cannot make a network namespace with %u interfaces\n", interfaces);
         return EXIT_FAILURE;
     }
-    platform::Platform platform;
+    platform::LinuxPlatform platform;
     if (const std::string error = platform.start(platform::Settings{}); !error.empty()) {
         std::fprintf(stderr, "bench_live_rows: %s\n", error.c_str());
         return EXIT_FAILURE;

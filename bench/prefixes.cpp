@@ -7,7 +7,7 @@
 #include "addr/prefix_pointer.h"
 #include "host/registry.h"
 #include "host/resolver.h"
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <ipmib/platform.h>
 
@@ -44,7 +44,7 @@ bool makePrefixes(unsigned count)
     return pclose(ip) == 0;
 }
 
-std::vector<FullPrefixRecord> allPrefixes(const platform::Platform &platform)
+std::vector<FullPrefixRecord> allPrefixes(const platform::LinuxPlatform &platform)
 {
     std::vector<FullPrefixRecord> all;
     for (const platform::Link *link = platform.links().after(0); link != nullptr;
@@ -69,7 +69,7 @@ double microsecondsNow()
 } // namespace
 
 // Its name is what callgrind counts by.
-[[gnu::noinline]] static std::size_t measuredRows(platform::Platform &platform, host::Resolver &resolver,
+[[gnu::noinline]] static std::size_t measuredRows(platform::LinuxPlatform &platform, host::Resolver &resolver,
                                                   Identifier column)
 {
     const std::size_t length = column.size();
@@ -105,7 +105,7 @@ void printNext(const char *order, const std::vector<FullPrefixRecord> &keys)
                 microseconds / static_cast<double>(keys.size() * rounds));
 }
 
-void printRows(const char *what, platform::Platform &platform, host::Resolver &resolver, host::SubId column)
+void printRows(const char *what, platform::LinuxPlatform &platform, host::Resolver &resolver, host::SubId column)
 {
     const double start = microsecondsNow();
     const std::size_t rows = measuredRows(platform, resolver, {1, 3, 6, 1, 2, 1, 4, 34, 1, column});
@@ -145,7 +145,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "bench_prefixes: cannot make a network namespace with %u prefixes\n", prefixes);
         return EXIT_FAILURE;
     }
-    platform::Platform platform;
+    platform::LinuxPlatform platform;
     if (const std::string error = platform.start(platform::Settings{}); !error.empty()) {
         std::fprintf(stderr, "bench_prefixes: %s\n", error.c_str());
         return EXIT_FAILURE;

@@ -58,9 +58,9 @@ class Tables
         for (KernelTable *table : tablesFor(message.nlmsg_type)) {
             if ((message.nlmsg_flags & NLM_F_MULTI) != 0) {
                 routes_.dump(message.nlmsg_seq % routes_.dumps()); // the one that asks for several
-                table->fill(message, generation_);
+                table->applyDump(message, generation_);
             } else {
-                table->apply(message);
+                table->applyChange(message);
             }
         }
     }

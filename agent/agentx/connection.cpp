@@ -27,7 +27,7 @@ std::string textOfErrno(int error)
 
 } // namespace
 
-Connection::Connection(Address address, Listener listener)
+Connection::Connection(MasterAddress address, Listener listener)
     : address_(std::move(address)), listener_(std::move(listener)),
       lookup_({[this](const Place &place) { connectTo(place); },
                [this](const std::string &reason) { listener_.lost(reason); }})

@@ -2,7 +2,7 @@
 // A stream of AgentX messages to and from a master, in the library's wait. Nothing here ever blocks.
 #pragma once
 
-#include "agent/agentx/address.h"
+#include "agent/agentx/master_address.h"
 #include "agent/agentx/codec.h"
 #include "agent/agentx/name_lookup.h"
 
@@ -25,12 +25,12 @@ class Connection
         std::function<void(const std::string &reason)> lost; // or never made; it is closed then
     };
 
-    Connection(Address address, Listener listener);
+    Connection(MasterAddress address, Listener listener);
     ~Connection();
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
-    const Address &address() const { return address_; }
+    const MasterAddress &address() const { return address_; }
 
     // Begins to connect; `connected` or `lost` follows, maybe within the call.
     void open();
@@ -47,7 +47,7 @@ class Connection
     void waitToWrite(bool wait);
     void lose(const std::string &reason);
 
-    Address address_;
+    MasterAddress address_;
     Listener listener_;
     NameLookup lookup_;
     Codec codec_;

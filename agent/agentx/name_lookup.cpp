@@ -27,7 +27,7 @@ struct Answer {
     Place place;
 };
 
-[[noreturn]] void lookUp(const Address &address, int descriptor, pid_t parent)
+[[noreturn]] void lookUp(const MasterAddress &address, int descriptor, pid_t parent)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
@@ -56,7 +56,7 @@ NameLookup::~NameLookup()
     cancel();
 }
 
-void NameLookup::begin(const Address &address)
+void NameLookup::begin(const MasterAddress &address)
 {
     cancel();
     int ends[2];

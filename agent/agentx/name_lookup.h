@@ -2,7 +2,7 @@
 // Looks up a master's name while the event loop goes on.
 #pragma once
 
-#include "agent/agentx/address.h"
+#include "agent/agentx/master_address.h"
 
 #include <sys/types.h>
 
@@ -28,7 +28,7 @@ class NameLookup
     NameLookup &operator=(const NameLookup &) = delete;
 
     // Forgets a lookup that is under way. Throws std::system_error.
-    void begin(const Address &address);
+    void begin(const MasterAddress &address);
     void cancel();
 
   private:

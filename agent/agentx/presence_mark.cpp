@@ -17,7 +17,7 @@ namespace
 {
 
 // Binds the socket; 0, or why not.
-int bindMark(int descriptor, const Address &master)
+int bindMark(int descriptor, const MasterAddress &master)
 {
     sockaddr_un place{};
     place.sun_family = AF_UNIX;
@@ -30,7 +30,7 @@ int bindMark(int descriptor, const Address &master)
 
 } // namespace
 
-PresenceMark::PresenceMark(const Address &master) : descriptor_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+PresenceMark::PresenceMark(const MasterAddress &master) : descriptor_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0))
 {
     (void)bindMark(descriptor_, master);
 }
@@ -40,7 +40,7 @@ PresenceMark::~PresenceMark()
     close(descriptor_);
 }
 
-bool PresenceMark::isSet(const Address &master)
+bool PresenceMark::isSet(const MasterAddress &master)
 {
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const bool isSet = bindMark(descriptor, master) == EADDRINUSE;

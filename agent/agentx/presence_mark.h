@@ -2,7 +2,7 @@
 // By which one ipmibd on this machine knows that another one is a sub-agent of the same master.
 #pragma once
 
-#include "agent/agentx/address.h"
+#include "agent/agentx/master_address.h"
 
 namespace ipmib::agent::agentx
 {
@@ -11,12 +11,12 @@ class PresenceMark
 {
   public:
     // Set as long as it lives; a second one beside it changes nothing.
-    explicit PresenceMark(const Address &master);
+    explicit PresenceMark(const MasterAddress &master);
     ~PresenceMark();
     PresenceMark(const PresenceMark &) = delete;
     PresenceMark &operator=(const PresenceMark &) = delete;
 
-    static bool isSet(const Address &master);
+    static bool isSet(const MasterAddress &master);
 
   private:
     int descriptor_;

@@ -35,7 +35,7 @@ bool isAbsence(const std::string &reason)
 } // namespace
 
 Session::Session(host::Catalogue &catalogue, host::SysUpTime &upTime, const ServeSettings &settings,
-                 const Address &master, std::function<void()> settled, Purpose purpose)
+                 const MasterAddress &master, std::function<void()> settled, Purpose purpose)
     : catalogue_(catalogue), upTime_(upTime), settings_(settings), settled_(std::move(settled)), purpose_(purpose),
       responder_(catalogue),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },

@@ -14,7 +14,7 @@
 extern "C" {
 #endif
 
-/* Storage for an interface selection: its content is the platform's, its place the caller's. */
+/* Storage for an interface selection. The caller provides the memory; only the platform knows what is in it. */
 typedef union IfSelection {
     uint8_t bytes[512];
     uint64_t alignment;

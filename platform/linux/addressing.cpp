@@ -12,7 +12,7 @@
 namespace ipmib::platform
 {
 
-std::string Addressing::start(EventLoop &loop, int receiveBuffer)
+std::string Addressing::start(PlatformLoop &loop, int receiveBuffer)
 {
     connect();
     for (Mirror *mirror : {&addressMirror_, &anycastMirror_}) {
@@ -26,7 +26,7 @@ std::string Addressing::start(EventLoop &loop, int receiveBuffer)
 void Addressing::connect()
 {
     constexpr std::uint8_t wholeAddress = 128;
-    addresses_.onChange([this](const Address *before, const Address *now) { prefixes_.addressChanged(before, now); });
+    addresses_.onChange([this](const Ip6Address *before, const Ip6Address *now) { prefixes_.addressChanged(before, now); });
     anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
         prefixes_.update({ifIndex, address, wholeAddress});
     });
@@ -57,7 +57,7 @@ void Addressing::applyAnycast(const PackedAddress &address, std::uint32_t ifInde
     }
 }
 
-bool Addressing::programFormed(const Address &address) const
+bool Addressing::programFormed(const Ip6Address &address) const
 {
     bool learned = false;
     routes_.eachOnLink(address.prefix(),
@@ -71,7 +71,7 @@ bool Addressing::isOfAllRouters(const Anycast &anycast)
     return prefixes().anycastLength(anycast.address, anycast.ifIndex) < wholeAddress;
 }
 
-const RouterList &Addressing::routers()
+const RouterList &Addressing::refreshedRouters()
 {
     constexpr std::uint64_t shortestRest = 100; // ms
     constexpr std::uint64_t restRatio = 100;    // long tables take longer to read, and are read less often

@@ -21,7 +21,7 @@ class Addressing
     }
 
     // The answer, when it fails, is one line for the user.
-    std::string start(EventLoop &loop, int receiveBuffer);
+    std::string start(PlatformLoop &loop, int receiveBuffer);
 
     // An interface went down or away: what routers have advertised there does not count any more.
     void linkDown(std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); }
@@ -35,7 +35,7 @@ class Addressing
     }
     // Whether it looks as if a program formed the address that listens to routers in place of the kernel: it enters a
     // route to the prefix, too, and says of that where it comes from.
-    bool programFormed(const Address &address) const;
+    bool programFormed(const Ip6Address &address) const;
     // Whether a router has joined it because it is one: the address of all routers of a prefix of its interface.
     bool isOfAllRouters(const Anycast &anycast);
     RouteFeed &routeFeed() { return routes_; }

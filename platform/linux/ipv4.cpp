@@ -12,7 +12,7 @@ namespace
 
 constexpr std::uint16_t largestDatagram = 65535; // the kernel puts all of them together
 
-bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
+bool fillAddress(const Ipv4Address *address, IpmibIpv4Address &row)
 {
     if (address == nullptr) {
         return false;
@@ -22,7 +22,7 @@ bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
     return true;
 }
 
-bool fill(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
+bool fillNeighbour(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
 {
     if (neighbour == nullptr) {
         return false;
@@ -39,7 +39,7 @@ Ipv4::Ipv4(DumpQueue &dumps, DumpQueue &routeDumps)
     routes_.onUncertain([this] { routeMirror_.refreshSoon(); });
 }
 
-std::string Ipv4::follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer)
+std::string Ipv4::follow(std::uint32_t rows, PlatformLoop &loop, int receiveBuffer)
 {
     // Whether a prefix is on the link is told by the routes.
     constexpr std::uint32_t fromRoutes = IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_ROUTERS;
@@ -58,7 +58,7 @@ std::string Ipv4::follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer)
     return error;
 }
 
-std::string Ipv4::followRoutes(EventLoop &loop, int receiveBuffer)
+std::string Ipv4::followRoutes(PlatformLoop &loop, int receiveBuffer)
 {
     if (routesStarted_) {
         routeMirror_.readAnew();
@@ -66,7 +66,7 @@ std::string Ipv4::followRoutes(EventLoop &loop, int receiveBuffer)
     return startRoutes(loop, receiveBuffer, 0);
 }
 
-std::string Ipv4::startRoutes(EventLoop &loop, int receiveBuffer, unsigned pieces)
+std::string Ipv4::startRoutes(PlatformLoop &loop, int receiveBuffer, unsigned pieces)
 {
     if (routesStarted_) {
         return "";
@@ -78,22 +78,22 @@ std::string Ipv4::startRoutes(EventLoop &loop, int receiveBuffer, unsigned piece
 
 bool Ipv4::findAddress(std::uint32_t address, IpmibIpv4Address &row) const
 {
-    return fill(addresses_.find(address), row);
+    return fillAddress(addresses_.find(address), row);
 }
 
 bool Ipv4::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
 {
-    return fill(addresses_.after(address), row);
+    return fillAddress(addresses_.after(address), row);
 }
 
 bool Ipv4::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)
 {
-    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fill(neighbours_.find(ipv4Neighbour(ifIndex, address)), row);
+    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fillNeighbour(neighbours_.find(ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool Ipv4::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)
 {
-    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fill(neighbours_.after(ipv4Neighbour(ifIndex, address)), row);
+    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fillNeighbour(neighbours_.after(ipv4Neighbour(ifIndex, address)), row);
 }
 
 } // namespace ipmib::platform

@@ -19,9 +19,9 @@ class Ipv4
 
     // Fills the mirrors that IPMIB_FOLLOW_x name, those that are not there yet. The answer, when that fails, is one
     // line for the user.
-    std::string follow(std::uint32_t rows, EventLoop &loop, int receiveBuffer);
+    std::string follow(std::uint32_t rows, PlatformLoop &loop, int receiveBuffer);
     // All routes, which are read between packets: from the first one on, where somebody has followed them before.
-    std::string followRoutes(EventLoop &loop, int receiveBuffer);
+    std::string followRoutes(PlatformLoop &loop, int receiveBuffer);
     bool follows(std::uint32_t row) const { return (follows_ & row) != 0; }
 
     const Ipv4AddressTable &addresses() const { return addresses_; }
@@ -39,7 +39,7 @@ class Ipv4
     Mirror &routeMirror() { return routeMirror_; }
 
   private:
-    std::string startRoutes(EventLoop &loop, int receiveBuffer, unsigned pieces);
+    std::string startRoutes(PlatformLoop &loop, int receiveBuffer, unsigned pieces);
 
     Ipv4AddressTable addresses_;
     Mirror addressMirror_;

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "netns/namespace.h"
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <poll.h>
 
@@ -29,8 +29,8 @@ class PlatformInside
         platform_.reset(); // before the thread leaves the namespace
     }
 
-    Platform *operator->() { return &*platform_; }
-    Platform &operator*() { return *platform_; }
+    LinuxPlatform *operator->() { return &*platform_; }
+    LinuxPlatform &operator*() { return *platform_; }
 
     // Waits for what the platform waits for, until the condition holds; false when it does not in time.
     template <class Condition>
@@ -64,7 +64,7 @@ class PlatformInside
 
   private:
     netns::Inside inside_;
-    std::optional<Platform> platform_;
+    std::optional<LinuxPlatform> platform_;
 };
 
 } // namespace ipmib::platform

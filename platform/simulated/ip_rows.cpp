@@ -22,7 +22,7 @@ constexpr std::uint32_t longestRetransmitMs = 120'000; // of TCP
 constexpr std::int32_t unlimited = -1;
 constexpr Time perHundredth = 10;
 
-bool fill(const Device &device, const Ipv4Address *address, IpmibIpAddress &row)
+bool fillAddress(const Device &device, const Ipv4Address *address, IpmibIpAddress &row)
 {
     if (address == nullptr) {
         return false;
@@ -33,7 +33,7 @@ bool fill(const Device &device, const Ipv4Address *address, IpmibIpAddress &row)
     return true;
 }
 
-bool fill(const Ipv4Prefix *prefix, std::uint32_t elapsedS, IpmibIpPrefix &row)
+bool fillPrefix(const Ipv4Prefix *prefix, std::uint32_t elapsedS, IpmibIpPrefix &row)
 {
     if (prefix == nullptr) {
         return false;
@@ -50,7 +50,7 @@ bool fill(const Ipv4Prefix *prefix, std::uint32_t elapsedS, IpmibIpPrefix &row)
     return true;
 }
 
-bool fill(const Device &device, const Neighbour *neighbour, IpmibIpNeighbour &row)
+bool fillNeighbour(const Device &device, const Neighbour *neighbour, IpmibIpNeighbour &row)
 {
     if (neighbour == nullptr) {
         return false;
@@ -68,7 +68,7 @@ bool fill(const Device &device, const Neighbour *neighbour, IpmibIpNeighbour &ro
     return true;
 }
 
-bool fill(const Ipv4Router *router, std::uint32_t elapsedS, IpmibIpRouter &row)
+bool fillRouter(const Ipv4Router *router, std::uint32_t elapsedS, IpmibIpRouter &row)
 {
     if (router == nullptr) {
         return false;
@@ -83,7 +83,7 @@ bool isAmong(const std::vector<std::uint32_t> &ifIndexes, std::uint32_t one)
     return std::binary_search(ifIndexes.begin(), ifIndexes.end(), one);
 }
 
-bool fill(const Interface &interface, const Mac &mac, IpmibReceiveAddress &row)
+bool fillReceiveAddress(const Interface &interface, const Mac &mac, IpmibReceiveAddress &row)
 {
     row = {};
     row.if_index = interface.ifIndex;
@@ -185,42 +185,42 @@ std::uint32_t IpRows::interfacesChanged(std::uint32_t) const
 
 bool IpRows::findAddress(std::uint32_t address, IpmibIpAddress &row) const
 {
-    return fill(device_, device_.ipv4Address(address), row);
+    return fillAddress(device_, device_.ipv4Address(address), row);
 }
 
 bool IpRows::addressAfter(std::uint32_t address, IpmibIpAddress &row) const
 {
-    return fill(device_, device_.ipv4AddressAfter(address), row);
+    return fillAddress(device_, device_.ipv4AddressAfter(address), row);
 }
 
 bool IpRows::findPrefix(std::uint32_t ifIndex, std::uint32_t prefix, std::uint32_t length, IpmibIpPrefix &row) const
 {
-    return fill(device_.ipv4Prefix({ifIndex, prefix, length}), device_.elapsedS(), row);
+    return fillPrefix(device_.ipv4Prefix({ifIndex, prefix, length}), device_.elapsedS(), row);
 }
 
 bool IpRows::prefixAfter(std::uint32_t ifIndex, std::uint32_t prefix, std::uint32_t length, IpmibIpPrefix &row) const
 {
-    return fill(device_.ipv4PrefixAfter({ifIndex, prefix, length}), device_.elapsedS(), row);
+    return fillPrefix(device_.ipv4PrefixAfter({ifIndex, prefix, length}), device_.elapsedS(), row);
 }
 
 bool IpRows::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpNeighbour &row) const
 {
-    return fill(device_, device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
+    return fillNeighbour(device_, device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool IpRows::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpNeighbour &row) const
 {
-    return fill(device_, device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
+    return fillNeighbour(device_, device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool IpRows::findRouter(std::uint32_t address, std::uint32_t ifIndex, IpmibIpRouter &row) const
 {
-    return fill(device_.ipv4Router({address, ifIndex}), device_.elapsedS(), row);
+    return fillRouter(device_.ipv4Router({address, ifIndex}), device_.elapsedS(), row);
 }
 
 bool IpRows::routerAfter(std::uint32_t address, std::uint32_t ifIndex, IpmibIpRouter &row) const
 {
-    return fill(device_.ipv4RouterAfter({address, ifIndex}), device_.elapsedS(), row);
+    return fillRouter(device_.ipv4RouterAfter({address, ifIndex}), device_.elapsedS(), row);
 }
 
 bool IpRows::isTop(const Interface &interface) const
@@ -289,7 +289,7 @@ bool IpRows::findReceiveAddress(std::uint32_t ifIndex, const std::uint8_t *addre
     const auto found = std::find_if(interface->receives.begin(), interface->receives.end(), [&](const Mac &mac) {
         return std::equal(mac.begin(), mac.end(), address, address + size);
     });
-    return found != interface->receives.end() && fill(*interface, *found, row);
+    return found != interface->receives.end() && fillReceiveAddress(*interface, *found, row);
 }
 
 bool IpRows::receiveAddressAfter(std::uint32_t ifIndex, const std::uint8_t *address, std::size_t size,
@@ -303,12 +303,12 @@ bool IpRows::receiveAddressAfter(std::uint32_t ifIndex, const std::uint8_t *addr
     if (const Interface *interface = device_.find(ifIndex)) {
         const auto next = std::find_if(interface->receives.begin(), interface->receives.end(), isBehind);
         if (next != interface->receives.end()) {
-            return fill(*interface, *next, row);
+            return fillReceiveAddress(*interface, *next, row);
         }
     }
     for (const Interface *other = device_.after(ifIndex); other != nullptr; other = device_.after(other->ifIndex)) {
         if (!other->receives.empty()) {
-            return fill(*other, other->receives.front(), row);
+            return fillReceiveAddress(*other, other->receives.front(), row);
         }
     }
     return false;

@@ -18,7 +18,7 @@ bool isBroadcast(const Ipv4Address &address)
     return address.type == IPMIB_ADDRESS_BROADCAST;
 }
 
-bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
+bool fillAddress(const Ipv4Address *address, IpmibIpv4Address &row)
 {
     if (address == nullptr || isBroadcast(*address)) {
         return false;
@@ -28,7 +28,7 @@ bool fill(const Ipv4Address *address, IpmibIpv4Address &row)
     return true;
 }
 
-bool fill(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
+bool fillNeighbour(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
 {
     if (neighbour == nullptr) {
         return false;
@@ -41,7 +41,7 @@ bool fill(const Neighbour *neighbour, IpmibIpv4Neighbour &row)
 
 bool Ipv4Rows::findAddress(std::uint32_t address, IpmibIpv4Address &row) const
 {
-    return fill(device_.ipv4Address(address), row);
+    return fillAddress(device_.ipv4Address(address), row);
 }
 
 bool Ipv4Rows::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
@@ -50,17 +50,17 @@ bool Ipv4Rows::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
     while (next != nullptr && isBroadcast(*next)) {
         next = device_.ipv4AddressAfter(next->address);
     }
-    return fill(next, row);
+    return fillAddress(next, row);
 }
 
 bool Ipv4Rows::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row) const
 {
-    return fill(device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
+    return fillNeighbour(device_.ipv4Neighbour(platform::ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool Ipv4Rows::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row) const
 {
-    return fill(device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
+    return fillNeighbour(device_.ipv4NeighbourAfter(platform::ipv4Neighbour(ifIndex, address)), row);
 }
 
 } // namespace ipmib::simulated

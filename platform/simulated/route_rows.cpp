@@ -33,9 +33,9 @@ bool RouteRows::isThere(Routes::Place place) const
     return isThere(device_.routes.version(place), device_.routes.way(place).route.if_index);
 }
 
-bool RouteRows::fill(Routes::Place place, IpmibRoute &row) const
+bool RouteRows::fillRow(Routes::Place place, IpmibRoute &row) const
 {
-    device_.routes.fill(place, row);
+    device_.routes.fillRoute(place, row);
     const std::uint32_t changed = device_.routes.way(place).changedS;
     row.age_s = device_.secondsSinceBoot() - std::min(changed, device_.secondsSinceBoot());
     return true;
@@ -53,14 +53,14 @@ std::uint64_t RouteRows::count(std::uint32_t version) const
 bool RouteRows::find(const IpmibRouteKey &key, IpmibRoute &row) const
 {
     const Routes::Place place = device_.routes.find(key);
-    return place != device_.routes.end() && isThere(place) && fill(place, row);
+    return place != device_.routes.end() && isThere(place) && fillRow(place, row);
 }
 
 bool RouteRows::next(const IpmibRouteKey &key, IpmibRoute &row) const
 {
     for (Routes::Place place = device_.routes.after(key); place != device_.routes.end(); ++place) {
         if (isThere(place)) {
-            return fill(place, row);
+            return fillRow(place, row);
         }
     }
     return false;
@@ -77,7 +77,7 @@ bool RouteRows::match(std::uint32_t version, const std::uint8_t *address, IpmibR
         Routes::Place place = routes.find(RouteDestination{version, whole.masked(length), length});
         for (; place != routes.end(); place = routes.sibling(place)) {
             if (isThere(place)) {
-                return fill(place, row);
+                return fillRow(place, row);
             }
         }
     }

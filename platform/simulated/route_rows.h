@@ -37,7 +37,7 @@ class RouteRows
   private:
     bool isThere(std::uint32_t version, std::uint32_t ifIndex) const;
     bool isThere(Routes::Place place) const;
-    bool fill(Routes::Place place, IpmibRoute &row) const;
+    bool fillRow(Routes::Place place, IpmibRoute &row) const;
 
     Device &device_;
     std::uint64_t limit_ = UINT64_MAX;

@@ -48,7 +48,7 @@ class CidrRows
             return false;
         }
         const auto found = std::ranges::lower_bound(rows_, rankIn(index), {}, rankOf);
-        return found != rows_.end() && rankOf(*found) == rankIn(index) && fill(*found, row);
+        return found != rows_.end() && rankOf(*found) == rankIn(index) && fillFrom(*found, row);
     }
     bool next(const Index *behind, Row &row) const
     {
@@ -59,7 +59,7 @@ class CidrRows
             if (maskOf(length) == mask && readPrefix(addressAt(*behind, 0), length)) {
                 const auto found = std::ranges::upper_bound(rows_, rankIn(*behind), {}, rankOf);
                 if (found != rows_.end()) {
-                    return fill(*found, row);
+                    return fillFrom(*found, row);
                 }
             }
             from = tables::behind(ipv4Key(addressAt(*behind, 0), length));
@@ -69,7 +69,7 @@ class CidrRows
             return false;
         }
         readRows(first);
-        return fill(rows_.front(), row);
+        return fillFrom(rows_.front(), row);
     }
     Index indexOf(const Row &row) const
     {
@@ -153,7 +153,7 @@ class CidrRows
                left.prefix_length == right.prefix_length;
     }
 
-    static bool fill(const Ranked &from, Row &row)
+    static bool fillFrom(const Ranked &from, Row &row)
     {
         row.route = from.route;
         row.tos = from.tos;

@@ -31,11 +31,11 @@ class AddressRows
     std::span<const host::RowColumn<Row>> columns() const { return list; }
     bool find(const Index &index, Row &row) const
     {
-        return ipv4_.find_address(addressAt(index, 0), &row.platform) == 0 && fill(row);
+        return ipv4_.find_address(addressAt(index, 0), &row.platform) == 0 && addOctets(row);
     }
     bool next(const Index *behind, Row &row) const
     {
-        return ipv4_.next_address(behind == nullptr ? 0 : addressAt(*behind, 0), &row.platform) == 0 && fill(row);
+        return ipv4_.next_address(behind == nullptr ? 0 : addressAt(*behind, 0), &row.platform) == 0 && addOctets(row);
     }
     Index indexOf(const Row &row) const { return {row.address[0], row.address[1], row.address[2], row.address[3]}; }
 
@@ -48,7 +48,7 @@ class AddressRows
         {5, [](const Row &row) { return integer(row.platform.reassembly_max); }}, // ipAdEntReasmMaxSize
     };
 
-    static bool fill(Row &row)
+    static bool addOctets(Row &row)
     {
         row.address = octetsOf(row.platform.address);
         row.mask = octetsOf(maskOf(row.platform.prefix_length));

@@ -28,11 +28,11 @@ class AddressRows
     std::span<const host::RowColumn<Row>> columns() const { return list; }
     bool find(const Index &index, Row &row) const
     {
-        return ip_.find_address(addressAt(index, 2), &row.platform) == 0 && fill(row);
+        return ip_.find_address(addressAt(index, 2), &row.platform) == 0 && addOctets(row);
     }
     bool next(const Index *behind, Row &row) const
     {
-        return ip_.next_address(behind == nullptr ? 0 : addressAt(*behind, 2), &row.platform) == 0 && fill(row);
+        return ip_.next_address(behind == nullptr ? 0 : addressAt(*behind, 2), &row.platform) == 0 && addOctets(row);
     }
     Index indexOf(const Row &row) const
     {
@@ -53,7 +53,7 @@ class AddressRows
         {11, [](const Row &) { return integer(storageVolatile); }},         // ipAddressStorageType
     };
 
-    static bool fill(Row &row)
+    static bool addOctets(Row &row)
     {
         const Ipv4Octets prefix = octetsOf(row.platform.prefix);
         row.prefix = {1,

@@ -31,12 +31,12 @@ class NeighbourRows
     std::span<const host::RowColumn<Row>> columns() const { return list; }
     bool find(const Index &index, Row &row) const
     {
-        return ipv4_.find_neighbour(index[0], addressAt(index, 1), &row.platform) == 0 && fill(row);
+        return ipv4_.find_neighbour(index[0], addressAt(index, 1), &row.platform) == 0 && addOctets(row);
     }
     bool next(const Index *behind, Row &row) const
     {
         const Index index = behind == nullptr ? Index{} : *behind;
-        return ipv4_.next_neighbour(index[0], addressAt(index, 1), &row.platform) == 0 && fill(row);
+        return ipv4_.next_neighbour(index[0], addressAt(index, 1), &row.platform) == 0 && addOctets(row);
     }
     Index indexOf(const Row &row) const
     {
@@ -54,7 +54,7 @@ class NeighbourRows
         {4, [](const Row &row) { return integer(row.platform.type); }}, // ipNetToMediaType
     };
 
-    static bool fill(Row &row)
+    static bool addOctets(Row &row)
     {
         row.address = octetsOf(row.platform.address);
         return true;

@@ -76,7 +76,7 @@ TEST_F(Ipv4RowsTest, StoppingThePlatformRemovesTheTable)
 
 TEST(Ipv4AccountingOption, IsASwitch)
 {
-    Platform platform;
+    LinuxPlatform platform;
     EXPECT_EQ(platform.takeOption({"ipv4-accounting", ""}), "");
     EXPECT_NE(platform.takeOption({"ipv4-accounting", "no"}), "");
     EXPECT_NE(platform.takeOption({"ipv4-acounting", ""}), "");

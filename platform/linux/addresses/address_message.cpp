@@ -30,7 +30,7 @@ const ifaddrmsg *addressHeader(const nlmsghdr &message, std::uint8_t family)
     return ours ? header : nullptr;
 }
 
-bool parseAddress(const nlmsghdr &message, std::uint32_t now, Address &address)
+bool parseAddress(const nlmsghdr &message, std::uint32_t now, Ip6Address &address)
 {
     const ifaddrmsg *header = addressHeader(message, AF_INET6);
     if (header == nullptr) {
@@ -45,7 +45,7 @@ bool parseAddress(const nlmsghdr &message, std::uint32_t now, Address &address)
     }
     constexpr ifa_cacheinfo unlimited{Deadline::infinite, Deadline::infinite, 0, 0};
     const auto times = attributes.get<ifa_cacheinfo>(IFA_CACHEINFO).value_or(unlimited);
-    address = Address{};
+    address = Ip6Address{};
     address.address = PackedAddress::of(local->data());
     address.ifIndex = header->ifa_index;
     address.length = header->ifa_prefixlen;

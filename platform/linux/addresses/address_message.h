@@ -12,7 +12,7 @@ namespace ipmib::platform
 {
 
 // An IPv6 address.
-struct Address {
+struct Ip6Address {
     PackedAddress address;
     std::uint32_t ifIndex;
     std::uint32_t flags;   // IFA_F_*
@@ -24,14 +24,14 @@ struct Address {
     std::uint8_t protocol; // IFAPROT_*; 0 from kernels before 5.18
 
     PrefixKey prefix() const { return PrefixKey::of(ifIndex, address, length); }
-    bool operator==(const Address &) const = default;
+    bool operator==(const Ip6Address &) const = default;
 };
 
 // The family header of a message about addresses on an interface; null when it is about another family.
 const ifaddrmsg *addressHeader(const nlmsghdr &message, std::uint8_t family);
 
 // Of an RTM_NEWADDR or RTM_DELADDR message; false when it is not about an IPv6 address. Now is in seconds since boot.
-bool parseAddress(const nlmsghdr &message, std::uint32_t now, Address &address);
+bool parseAddress(const nlmsghdr &message, std::uint32_t now, Ip6Address &address);
 
 // One anycast address that this node has joined.
 struct Anycast {

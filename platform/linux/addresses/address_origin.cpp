@@ -7,7 +7,7 @@
 namespace ipmib::platform
 {
 
-AddressOrigin originOf(const Address &address)
+AddressOrigin originOf(const Ip6Address &address)
 {
     // Programs that configure addresses themselves mark what they form so, that the kernel forms temporary ones from
     // it.

@@ -15,7 +15,7 @@ enum class AddressOrigin {
     unknown,
 };
 
-AddressOrigin originOf(const Address &address);
+AddressOrigin originOf(const Ip6Address &address);
 
 // Whether the last 64 bits are made from a link-layer address of 6 bytes.
 bool hasIdentifierOf(const PackedAddress &address, const std::uint8_t *linkLayer);

@@ -17,7 +17,7 @@ namespace
 
 constexpr PackedAddress loopback{0, 1};
 
-bool isUsable(const Address &address)
+bool isUsable(const Ip6Address &address)
 {
     const bool tentative = (address.flags & IFA_F_TENTATIVE) != 0 && (address.flags & IFA_F_OPTIMISTIC) == 0;
     return !tentative && (address.flags & IFA_F_DADFAILED) == 0;
@@ -25,21 +25,21 @@ bool isUsable(const Address &address)
 
 } // namespace
 
-const Address *AddressTable::find(const PackedAddress &address) const
+const Ip6Address *AddressTable::find(const PackedAddress &address) const
 {
-    const Address *row = globals_.atOrAfter(At{address, 0});
+    const Ip6Address *row = globals_.atOrAfter(At{address, 0});
     return row != nullptr && row->address == address ? row : nullptr;
 }
 
-const Address *AddressTable::after(const PackedAddress &address) const
+const Ip6Address *AddressTable::after(const PackedAddress &address) const
 {
     return globals_.after(At{address, std::numeric_limits<std::uint32_t>::max()});
 }
 
-const Address *AddressTable::linkLocal(std::uint32_t ifIndex) const
+const Ip6Address *AddressTable::linkLocal(std::uint32_t ifIndex) const
 {
-    const Address *best = nullptr;
-    linkLocals_.eachFrom(At{{}, ifIndex}, [&](const Address &row) {
+    const Ip6Address *best = nullptr;
+    linkLocals_.eachFrom(At{{}, ifIndex}, [&](const Ip6Address &row) {
         if (row.ifIndex != ifIndex) {
             return false;
         }
@@ -51,9 +51,9 @@ const Address *AddressTable::linkLocal(std::uint32_t ifIndex) const
     return best;
 }
 
-const Address *AddressTable::usableOnLink(std::uint32_t ifIndex) const
+const Ip6Address *AddressTable::usableOnLink(std::uint32_t ifIndex) const
 {
-    const Address *found = linkLocal(ifIndex);
+    const Ip6Address *found = linkLocal(ifIndex);
     if (found != nullptr) {
         return isUsable(*found) ? found : nullptr;
     }
@@ -67,9 +67,9 @@ RtnetlinkRequest AddressTable::dump(std::size_t)
     return request;
 }
 
-void AddressTable::fill(const nlmsghdr &message, Generation generation)
+void AddressTable::applyDump(const nlmsghdr &message, Generation generation)
 {
-    Address address;
+    Ip6Address address;
     if (message.nlmsg_type == RTM_NEWADDR && parseAddress(message, secondsSinceBoot(), address)) {
         put(address, generation);
     }
@@ -78,7 +78,7 @@ void AddressTable::fill(const nlmsghdr &message, Generation generation)
 bool AddressTable::sweep(Generation generation)
 {
     linkLocals_.sweep(generation);
-    for (const Address &gone : globals_.sweep(generation)) {
+    for (const Ip6Address &gone : globals_.sweep(generation)) {
         if (changed_) {
             changed_(&gone, nullptr);
         }
@@ -88,9 +88,9 @@ bool AddressTable::sweep(Generation generation)
     return true;
 }
 
-void AddressTable::apply(const nlmsghdr &message)
+void AddressTable::applyChange(const nlmsghdr &message)
 {
-    Address address;
+    Ip6Address address;
     if (!parseAddress(message, secondsSinceBoot(), address)) {
         return;
     }
@@ -101,7 +101,7 @@ void AddressTable::apply(const nlmsghdr &message)
     }
 }
 
-void AddressTable::put(const Address &address, Generation generation)
+void AddressTable::put(const Ip6Address &address, Generation generation)
 {
     ++version_;
     if (address.address.isLinkLocal()) {
@@ -109,16 +109,16 @@ void AddressTable::put(const Address &address, Generation generation)
         linkLocals_.put(address, generation);
         return;
     }
-    const Address *known = globals_.find(address);
+    const Ip6Address *known = globals_.find(address);
     const bool wasThere = known != nullptr;
-    const Address before = wasThere ? *known : Address{};
+    const Ip6Address before = wasThere ? *known : Ip6Address{};
     globals_.put(address, generation);
     if (changed_ && !(wasThere && before == address)) {
         changed_(wasThere ? &before : nullptr, &address);
     }
 }
 
-void AddressTable::erase(const Address &address)
+void AddressTable::erase(const Ip6Address &address)
 {
     ++version_;
     if (address.address.isLinkLocal()) {
@@ -126,11 +126,11 @@ void AddressTable::erase(const Address &address)
         linkLocals_.erase(address);
         return;
     }
-    const Address *known = globals_.find(address);
+    const Ip6Address *known = globals_.find(address);
     if (known == nullptr) {
         return;
     }
-    const Address before = *known;
+    const Ip6Address before = *known;
     globals_.erase(address);
     if (changed_) {
         changed_(&before, nullptr);

@@ -15,13 +15,13 @@ class AddressTable : public KernelTable
 {
   public:
     // Called when an address outside fe80::/10 has come (null before), changed or gone (null now).
-    using ChangeHandler = std::function<void(const Address *before, const Address *now)>;
+    using ChangeHandler = std::function<void(const Ip6Address *before, const Ip6Address *now)>;
     void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
 
     // Outside fe80::/10. Of one that several interfaces have, the one on the lowest ifIndex is found. Pointers are good
     // until announcements are read.
-    const Address *find(const PackedAddress &address) const;
-    const Address *after(const PackedAddress &address) const;
+    const Ip6Address *find(const PackedAddress &address) const;
+    const Ip6Address *after(const PackedAddress &address) const;
     std::size_t size() const { return globals_.size(); }
     template <class Visit>
     void each(Visit visit) const
@@ -31,10 +31,10 @@ class AddressTable : public KernelTable
 
     // The one that the interface can speak with on its link: its main link-local address, unless that one has not
     // passed duplicate address detection; ::1 on the loopback interface. Null for none.
-    const Address *usableOnLink(std::uint32_t ifIndex) const;
+    const Ip6Address *usableOnLink(std::uint32_t ifIndex) const;
     // The main link-local address of an interface: the one that the kernel prefers as a source, which is the oldest
     // that has passed duplicate address detection; an interface with none of these has its oldest one. Null for none.
-    const Address *linkLocal(std::uint32_t ifIndex) const;
+    const Ip6Address *linkLocal(std::uint32_t ifIndex) const;
 
     // Differs after each change.
     std::uint64_t version() const { return version_; }
@@ -44,9 +44,9 @@ class AddressTable : public KernelTable
     const char *name() const override { return "addresses"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV6_IFADDR}; }
     RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
+    void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
+    void applyChange(const nlmsghdr &message) override;
 
   private:
     struct At {
@@ -54,7 +54,7 @@ class AddressTable : public KernelTable
         std::uint32_t ifIndex;
 
         static At of(const At &key) { return key; }
-        static At of(const Address &row) { return {row.address, row.ifIndex}; }
+        static At of(const Ip6Address &row) { return {row.address, row.ifIndex}; }
         friend auto operator<=>(const At &, const At &) = default;
     };
     struct ByAddress {
@@ -74,11 +74,11 @@ class AddressTable : public KernelTable
         }
     };
 
-    void put(const Address &address, Generation generation);
-    void erase(const Address &address);
+    void put(const Ip6Address &address, Generation generation);
+    void erase(const Ip6Address &address);
 
-    OrderedTable<Address, ByAddress> globals_;
-    OrderedTable<Address, ByInterface> linkLocals_;
+    OrderedTable<Ip6Address, ByAddress> globals_;
+    OrderedTable<Ip6Address, ByInterface> linkLocals_;
     std::uint64_t version_ = 0;
     std::uint64_t linkLocalVersion_ = 0;
     ChangeHandler changed_;

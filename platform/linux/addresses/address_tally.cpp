@@ -7,7 +7,7 @@
 namespace ipmib::platform
 {
 
-void AddressTally::count(const Address &address, int difference)
+void AddressTally::count(const Ip6Address &address, int difference)
 {
     const PrefixKey prefix = address.prefix();
     switch (originOf(address)) {

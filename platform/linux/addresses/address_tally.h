@@ -12,8 +12,8 @@ namespace ipmib::platform
 class AddressTally
 {
   public:
-    void add(const Address &address) { count(address, 1); }
-    void remove(const Address &address) { count(address, -1); }
+    void add(const Ip6Address &address) { count(address, 1); }
+    void remove(const Ip6Address &address) { count(address, -1); }
 
     struct Sum {
         bool any;
@@ -42,7 +42,7 @@ class AddressTally
         }
     };
 
-    void count(const Address &address, int difference);
+    void count(const Ip6Address &address, int difference);
     void count(const PrefixKey &prefix, Fact fact, Deadline until, int difference);
     const Row *latest(const PrefixKey &prefix, Fact fact) const;
 

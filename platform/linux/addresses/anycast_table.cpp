@@ -48,7 +48,7 @@ RtnetlinkRequest AnycastTable::dump(std::size_t)
     return request;
 }
 
-void AnycastTable::fill(const nlmsghdr &message, Generation generation)
+void AnycastTable::applyDump(const nlmsghdr &message, Generation generation)
 {
     Anycast anycast;
     if (parseAnycast(message, anycast) && !anycast.address.isLinkLocal() && rows_.put(anycast, generation)) {

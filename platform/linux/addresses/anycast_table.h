@@ -36,9 +36,9 @@ class AnycastTable : public KernelTable
     const char *name() const override { return "anycast addresses"; }
     std::vector<unsigned> groups() const override { return {}; }
     RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
+    void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;
-    void apply(const nlmsghdr &) override {}
+    void applyChange(const nlmsghdr &) override {}
 
   private:
     struct At {

@@ -104,7 +104,7 @@ RtnetlinkRequest Ipv4AddressTable::dump(std::size_t)
     return request;
 }
 
-void Ipv4AddressTable::fill(const nlmsghdr &message, Generation generation)
+void Ipv4AddressTable::applyDump(const nlmsghdr &message, Generation generation)
 {
     Ipv4Address address;
     if (message.nlmsg_type == RTM_NEWADDR && parseIpv4Address(message, secondsSinceBoot(), address)) {
@@ -121,7 +121,7 @@ bool Ipv4AddressTable::sweep(Generation generation)
     return true;
 }
 
-void Ipv4AddressTable::apply(const nlmsghdr &message)
+void Ipv4AddressTable::applyChange(const nlmsghdr &message)
 {
     Ipv4Address address;
     const bool comes = message.nlmsg_type == RTM_NEWADDR;

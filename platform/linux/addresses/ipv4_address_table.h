@@ -88,9 +88,9 @@ class Ipv4AddressTable : public KernelTable
     const char *name() const override { return "IPv4 addresses"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_IPV4_IFADDR}; }
     RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
+    void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
+    void applyChange(const nlmsghdr &message) override;
 
   private:
     struct ByKey {

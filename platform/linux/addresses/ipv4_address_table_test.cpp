@@ -45,14 +45,14 @@ TEST(Ipv4AddressTable, hasTheOrdersOfAPlainListThroughAllChanges)
         const bool comes = pick(100) < 45;
         if (step % 500 == 499) { // the kernel's table is read again
             for (const auto &[key, kept] : list) {
-                table.fill(*messageOf(RTM_NEWADDR, kept), 1);
+                table.applyDump(*messageOf(RTM_NEWADDR, kept), 1);
             }
             table.sweep(1);
         } else if (comes) {
-            table.apply(*messageOf(RTM_NEWADDR, row));
+            table.applyChange(*messageOf(RTM_NEWADDR, row));
             list[row.key()] = row;
         } else {
-            table.apply(*messageOf(RTM_DELADDR, row));
+            table.applyChange(*messageOf(RTM_DELADDR, row));
             list.erase(row.key());
         }
         ASSERT_EQ(table.size(), list.size());

@@ -17,9 +17,9 @@ using namespace ipmib::platform;
 
 constexpr std::uint32_t now = 1000;
 
-Address addressOf(const TestMessage &message)
+Ip6Address addressOf(const TestMessage &message)
 {
-    Address address{};
+    Ip6Address address{};
     EXPECT_TRUE(parseAddress(*message, now, address));
     return address;
 }
@@ -66,7 +66,7 @@ TEST(Deadline, countsDownAndNeverBeyondItsRange)
 
 TEST(AddressMessage, isReadWhole)
 {
-    const Address address = addressOf(addressMessage(RTM_NEWADDR, "2001:db8::1", 64, 7, 0x180, {50, 100}, 2));
+    const Ip6Address address = addressOf(addressMessage(RTM_NEWADDR, "2001:db8::1", 64, 7, 0x180, {50, 100}, 2));
     EXPECT_EQ(address.address, packed("2001:db8::1"));
     EXPECT_EQ(address.ifIndex, 7u);
     EXPECT_EQ(address.length, 64u);
@@ -88,7 +88,7 @@ TEST(AddressMessage, theLocalOneOfTwoPeersIsOurs)
 
 TEST(AddressMessage, othersAreNotRead)
 {
-    Address address{};
+    Ip6Address address{};
     TestMessage ipv4 = addressMessage(RTM_NEWADDR, "2001:db8::1", 64, 7);
     static_cast<ifaddrmsg *>(mnl_nlmsg_get_payload(&ipv4.header()))->ifa_family = AF_INET;
     EXPECT_FALSE(parseAddress(*ipv4, now, address));
@@ -219,7 +219,7 @@ TEST(Messages, anyBytesCanBeRead)
         bytes.resize(sizeof(nlmsghdr) + random() % (bytes.size() - sizeof(nlmsghdr) + 1));
         auto &message = *reinterpret_cast<nlmsghdr *>(bytes.data());
         message.nlmsg_len = static_cast<std::uint32_t>(bytes.size());
-        Address address;
+        Ip6Address address;
         Anycast anycast;
         Route route;
         AdvertisedPrefix prefix;
@@ -243,7 +243,7 @@ TEST(RouteTable, anOnLinkRouteThatIsReadInItsLastMomentHasAnEnd)
     Generation generation = 0;
     const auto hasEndWhenRead = [&](std::int32_t expires) {
         facts.expires = expires;
-        routes.fill(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), ++generation);
+        routes.applyDump(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), ++generation);
         EXPECT_TRUE(routes.sweep(generation));
         bool hasEnd = false;
         routes.eachOnLink([&](const OnLinkRoute &route) { hasEnd = !route.until.isNever(); });
@@ -259,7 +259,7 @@ TEST(RouteTable, aLearnedRouteInItsLastMomentHasAnEnd)
 {
     RouteTable routes;
     RouteFacts facts{RTPROT_RA, 1024, 100, "fe80::1"};
-    routes.apply(*routeMessage(RTM_NEWROUTE, "::", 0, 3, facts));
+    routes.applyChange(*routeMessage(RTM_NEWROUTE, "::", 0, 3, facts));
     const auto until = [&] { return routes.defaults().first()->until; };
     const auto update = [&](std::int32_t expires) {
         facts.expires = expires;

@@ -55,7 +55,7 @@ PrefixOrigin originOf(const PrefixKey &key, const AddressTally::Sum &addresses, 
 
 } // namespace
 
-void PrefixTable::addressChanged(const Address *before, const Address *now)
+void PrefixTable::addressChanged(const Ip6Address *before, const Ip6Address *now)
 {
     if (before != nullptr) {
         addresses_.remove(*before);

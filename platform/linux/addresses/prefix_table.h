@@ -33,7 +33,7 @@ class PrefixTable
     PrefixTable(const AnycastTable &anycasts, const RouteTable &routes) : anycasts_(anycasts), routes_(routes) {}
 
     // An address outside fe80::/10 has come (null before), changed or gone (null now).
-    void addressChanged(const Address *before, const Address *now);
+    void addressChanged(const Ip6Address *before, const Ip6Address *now);
     // Another table has changed at this prefix.
     void update(const PrefixKey &key);
     // A router has advertised a prefix.

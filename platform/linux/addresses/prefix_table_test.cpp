@@ -38,16 +38,16 @@ class Tables : public testing::Test
     void address(std::uint16_t type, const std::string &text, unsigned length, std::uint32_t ifIndex,
                  std::uint32_t flags = IFA_F_PERMANENT, AddressLifetimes lifetimes = {})
     {
-        addresses_.apply(*addressMessage(type, text, length, ifIndex, flags, lifetimes));
+        addresses_.applyChange(*addressMessage(type, text, length, ifIndex, flags, lifetimes));
     }
     void route(std::uint16_t type, const std::string &text, unsigned length, std::uint32_t ifIndex,
                const RouteFacts &facts = {})
     {
-        routes_.apply(*routeMessage(type, text, length, ifIndex, facts));
+        routes_.applyChange(*routeMessage(type, text, length, ifIndex, facts));
     }
     void advertise(const std::string &text, std::uint32_t ifIndex, unsigned flags, AddressLifetimes lifetimes)
     {
-        routes_.apply(*prefixMessage(text, 64, ifIndex, flags, lifetimes));
+        routes_.applyChange(*prefixMessage(text, 64, ifIndex, flags, lifetimes));
     }
     void setAnycasts(const std::vector<std::pair<std::string, std::uint32_t>> &all)
     {
@@ -59,14 +59,14 @@ class Tables : public testing::Test
             header.ifa_prefixlen = 128;
             header.ifa_index = ifIndex;
             message.withAddress(IFA_ANYCAST, text);
-            anycasts_.fill(*message, generation_);
+            anycasts_.applyDump(*message, generation_);
         }
         anycasts_.sweep(generation_);
     }
     void connect(PrefixTable &prefixes)
     {
         addresses_.onChange(
-            [&prefixes](const Address *before, const Address *now) { prefixes.addressChanged(before, now); });
+            [&prefixes](const Ip6Address *before, const Ip6Address *now) { prefixes.addressChanged(before, now); });
         anycasts_.onChange([&prefixes](const PackedAddress &changed, std::uint32_t ifIndex) {
             prefixes.update({ifIndex, changed, 128});
         });
@@ -100,7 +100,7 @@ class Tables : public testing::Test
     std::vector<Row> rowsMadeAnew() const
     {
         PrefixTable anew(anycasts_, routes_);
-        addresses_.each([&](const Address &address) { anew.addressChanged(nullptr, &address); });
+        addresses_.each([&](const Ip6Address &address) { anew.addressChanged(nullptr, &address); });
         routes_.eachOnLink([&](const OnLinkRoute &route) { anew.update(route.key()); });
         anycasts_.each([&](const Anycast &anycast) { anew.update({anycast.ifIndex, anycast.address, 128}); });
         return rowsOf(anew);
@@ -302,11 +302,11 @@ TEST_F(Tables, aReadingChangesWhatDiffers)
     address(RTM_NEWADDR, "2001:db8:2::1", 64, 1);
     route(RTM_NEWROUTE, "2001:db8:1::", 64, 1);
     route(RTM_NEWROUTE, "2001:db8:4::", 64, 1);
-    addresses_.fill(*addressMessage(RTM_NEWADDR, "2001:db8:2::1", 64, 1, IFA_F_PERMANENT, {}), 1);
-    addresses_.fill(*addressMessage(RTM_NEWADDR, "2001:db8:3::1", 64, 1, IFA_F_PERMANENT, {}), 1);
+    addresses_.applyDump(*addressMessage(RTM_NEWADDR, "2001:db8:2::1", 64, 1, IFA_F_PERMANENT, {}), 1);
+    addresses_.applyDump(*addressMessage(RTM_NEWADDR, "2001:db8:3::1", 64, 1, IFA_F_PERMANENT, {}), 1);
     addresses_.sweep(1);
     EXPECT_NE(row("2001:db8:1::", 64), nullptr) << "the route is still there";
-    routes_.fill(*routeMessage(RTM_NEWROUTE, "2001:db8:2::", 64, 1, {}), 1);
+    routes_.applyDump(*routeMessage(RTM_NEWROUTE, "2001:db8:2::", 64, 1, {}), 1);
     routes_.sweep(1);
     EXPECT_EQ(row("2001:db8:1::", 64), nullptr);
     EXPECT_TRUE(row("2001:db8:2::", 64)->onLink);

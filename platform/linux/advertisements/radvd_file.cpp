@@ -53,12 +53,12 @@ RadvdFile::~RadvdFile()
     }
 }
 
-void RadvdFile::start(EventLoop &loop, std::string path)
+void RadvdFile::start(PlatformLoop &loop, std::string path)
 {
     loop_ = &loop;
     path_ = std::move(path);
     inotify_ = Descriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    if (!inotify_ || !loop.watch(inotify_.get(), EventLoop::Work::background, [this] { readEvents(); })) {
+    if (!inotify_ || !loop.watch(inotify_.get(), PlatformLoop::Work::background, [this] { readEvents(); })) {
         logWarning("radvd: cannot watch %s: %s; it is read again on reload only", path_.c_str(), std::strerror(errno));
     }
     reload();

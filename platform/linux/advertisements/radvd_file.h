@@ -3,7 +3,7 @@
 #pragma once
 
 #include "advertisements/radvd_conf.h"
-#include "core/event_loop.h"
+#include "core/platform_loop.h"
 
 #include <sys/inotify.h>
 
@@ -23,7 +23,7 @@ class RadvdFile
     RadvdFile &operator=(const RadvdFile &) = delete;
 
     // Reads the file, which may be missing, and follows it from now on.
-    void start(EventLoop &loop, std::string path);
+    void start(PlatformLoop &loop, std::string path);
     // Looks at the file whether or not it seems to have changed.
     void reload();
 
@@ -39,7 +39,7 @@ class RadvdFile
     void use(const std::string &text);
     void complain(const std::string &line);
 
-    EventLoop *loop_ = nullptr;
+    PlatformLoop *loop_ = nullptr;
     std::string path_;
     Descriptor inotify_;
     std::multimap<int, std::string> entries_; // by watched directory: the entries in it whose change matters

@@ -58,7 +58,7 @@ class RadvdFileTest : public testing::Test
     bool names(const char *interface) const { return file_.find(interface) != nullptr; }
 
     fs::path folder_;
-    EventLoop loop_;
+    PlatformLoop loop_;
     RadvdFile file_;
 };
 

@@ -26,7 +26,7 @@ bool meansEmpty(int error)
 }
 } // namespace
 
-std::string DumpQueue::start(EventLoop &loop)
+std::string DumpQueue::start(PlatformLoop &loop)
 {
     loop_ = &loop;
     const bool timers = soon_.open(loop, [this] { readPieces(); }) && retry_.open(loop, [this] {
@@ -58,7 +58,7 @@ bool DumpQueue::openSocket()
         lastError_ = socket_.error();
         return false;
     }
-    if (!loop_->watch(socket_.descriptor(), EventLoop::Work::background, [this] { readPieces(); })) {
+    if (!loop_->watch(socket_.descriptor(), PlatformLoop::Work::background, [this] { readPieces(); })) {
         lastError_ = std::string("watch: ") + std::strerror(errno);
         socket_.close();
         return false;
@@ -169,7 +169,7 @@ bool DumpQueue::readPiece()
     }
     Mirror &mirror = *waiting_.front();
     const Rtnetlink::Read result =
-        socket_.read([&](const nlmsghdr &message) { mirror.table_.fill(message, mirror.generation_); });
+        socket_.read([&](const nlmsghdr &message) { mirror.table_.applyDump(message, mirror.generation_); });
     switch (result) {
     case Rtnetlink::Read::rows:
         return true;

@@ -22,12 +22,12 @@ Mirror::~Mirror()
     }
 }
 
-std::string Mirror::start(EventLoop &loop, int receiveBuffer, unsigned pieces)
+std::string Mirror::start(PlatformLoop &loop, int receiveBuffer, unsigned pieces)
 {
     loop_ = &loop;
     const std::vector<unsigned> groups = table_.groups();
     if (!announcements_.open(groups.data(), groups.size(), receiveBuffer) ||
-        !loop.watch(announcements_.descriptor(), EventLoop::Work::announcement, [this] {
+        !loop.watch(announcements_.descriptor(), PlatformLoop::Work::announcement, [this] {
             readAnnouncements(loop_->packetWaits() ? announcementsPerRead : announcementsPerTurn);
         })) {
         return std::string(table_.name()) + ": cannot listen to the kernel: " + announcements_.error();
@@ -79,7 +79,7 @@ void Mirror::readAnnouncements(unsigned most)
         }
         const auto take = [this](const nlmsghdr &message) {
             if (state_ != State::dumping) {
-                table_.apply(message);
+                table_.applyChange(message);
                 return;
             }
             const auto *bytes = reinterpret_cast<const std::byte *>(&message);
@@ -108,7 +108,7 @@ bool Mirror::applyHeld(unsigned most)
     auto left = static_cast<int>(held_.size() - heldFrom_);
     const auto *message = reinterpret_cast<const nlmsghdr *>(held_.data() + heldFrom_);
     for (; most > 0 && holdsMessage(message, left); --most) {
-        table_.apply(*message);
+        table_.applyChange(*message);
         message = mnl_nlmsg_next(message, &left);
     }
     if (left > 0) {

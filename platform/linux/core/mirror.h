@@ -12,7 +12,7 @@
 // longer for a table that takes longer to read.
 #pragma once
 
-#include "core/event_loop.h"
+#include "core/platform_loop.h"
 #include "core/rtnetlink.h"
 #include "ordered_table.h"
 
@@ -41,7 +41,7 @@ class KernelTable
     virtual RtnetlinkRequest dump(std::size_t which) = 0;
 
     // A message of a dump: its rows come in, or are changed, and have this generation.
-    virtual void fill(const nlmsghdr &message, Generation generation) = 0;
+    virtual void applyDump(const nlmsghdr &message, Generation generation) = 0;
     // All dumps of a reading have ended well: rows that do not have this generation are gone. Called until it is true,
     // packets between: a large table does this in pieces.
     virtual bool sweep(Generation generation) = 0;
@@ -49,7 +49,7 @@ class KernelTable
     // marking the dump as interrupted.
     virtual bool disturbs(const nlmsghdr &) const { return false; }
     // An announcement.
-    virtual void apply(const nlmsghdr &message) = 0;
+    virtual void applyChange(const nlmsghdr &message) = 0;
 };
 
 class DumpQueue;
@@ -67,7 +67,7 @@ class Mirror
 
     // Joins the groups and fills the table; the answer, when it fails, is one line for the user. What is left of it
     // after so many pieces of up to 32 KiB is read between packets.
-    std::string start(EventLoop &loop, int receiveBuffer = defaultReceiveBuffer, unsigned pieces = UINT_MAX);
+    std::string start(PlatformLoop &loop, int receiveBuffer = defaultReceiveBuffer, unsigned pieces = UINT_MAX);
 
     // Reads the table again, between packets, while the rows of now are served on. A reading that is under way may have
     // missed what the caller knows of, so another one follows it.
@@ -117,7 +117,7 @@ class Mirror
 
     KernelTable &table_;
     DumpQueue &dumps_;
-    EventLoop *loop_ = nullptr;
+    PlatformLoop *loop_ = nullptr;
     Rtnetlink announcements_;
     State state_ = State::live;
     bool again_ = false;
@@ -151,7 +151,7 @@ class DumpQueue
     // Between packets, before the last read, which takes a third of it.
     static constexpr std::chrono::microseconds longestPiece{300};
 
-    std::string start(EventLoop &loop);
+    std::string start(PlatformLoop &loop);
     void stop();
 
     // The reading begins with the next turn of the event loop, never within the call; later when the system has no
@@ -181,7 +181,7 @@ class DumpQueue
     void armRetry();
     void end(bool well);
 
-    EventLoop *loop_ = nullptr;
+    PlatformLoop *loop_ = nullptr;
     Rtnetlink socket_;
     Timer soon_;
     Timer retry_;

@@ -36,13 +36,13 @@ class Diary : public KernelTable
             refused_ ? 1 : 0; // strict checking refuses what a dump does not look at
         return request;
     }
-    void fill(const nlmsghdr &, Generation) override { write("fill"); }
+    void applyDump(const nlmsghdr &, Generation) override { write("fill"); }
     bool sweep(Generation) override
     {
         write("sweep");
         return true;
     }
-    void apply(const nlmsghdr &) override { write("announcement"); }
+    void applyChange(const nlmsghdr &) override { write("announcement"); }
 
   private:
     void write(const char *event)
@@ -94,7 +94,7 @@ class MirrorNetns : public testing::Test
 
     std::optional<netns::Namespace> space_;
     std::optional<netns::Inside> inside_;
-    EventLoop loop_;
+    PlatformLoop loop_;
     DumpQueue dumps_;
     Diary diary_;
     std::optional<Mirror> mirror_;

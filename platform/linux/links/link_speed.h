@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // How fast links are. Their drivers know it, and some of them ask the hardware, which takes its time: so it is asked
-// once after each word of the kernel on a link, and a link whose speed changes goes down and up again.
+// once after each announcement of a link, and a link whose speed changes goes down and up again.
 #pragma once
 
 #include "core/descriptor.h"

@@ -74,7 +74,7 @@ RtnetlinkRequest LinkTable::dump(std::size_t)
     return request;
 }
 
-void LinkTable::fill(const nlmsghdr &message, Generation generation)
+void LinkTable::applyDump(const nlmsghdr &message, Generation generation)
 {
     Link link;
     if (message.nlmsg_type == RTM_NEWLINK && parseLink(message, link)) {
@@ -91,7 +91,7 @@ bool LinkTable::sweep(Generation generation)
     return true;
 }
 
-void LinkTable::apply(const nlmsghdr &message)
+void LinkTable::applyChange(const nlmsghdr &message)
 {
     Link link;
     if (!parseLink(message, link)) {

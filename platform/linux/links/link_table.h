@@ -64,9 +64,9 @@ class LinkTable : public KernelTable
     const char *name() const override { return "links"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
     RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
+    void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
+    void applyChange(const nlmsghdr &message) override;
 
   private:
     struct ByIfIndex {

@@ -111,16 +111,16 @@ class Recorder : public KernelTable
         keys_.clear();
         return table_.dump(which);
     }
-    void fill(const nlmsghdr &message, Generation generation) override
+    void applyDump(const nlmsghdr &message, Generation generation) override
     {
         Neighbour row;
         if (readNeighbour(message, AF_INET6, 0, row) == NeighbourNews::present) {
             keys_.push_back(row.key());
         }
-        table_.fill(message, generation);
+        table_.applyDump(message, generation);
     }
     bool sweep(Generation generation) override { return table_.sweep(generation); }
-    void apply(const nlmsghdr &message) override { table_.apply(message); }
+    void applyChange(const nlmsghdr &message) override { table_.applyChange(message); }
 
   private:
     NeighbourTable &table_;
@@ -161,7 +161,7 @@ TEST_F(NeighboursNetns, rowsThatADumpPassesOverStay)
 {
     runBatch(*space_, batchOfRandomAddresses(20'000));
     const netns::Inside inside(*space_);
-    EventLoop loop;
+    PlatformLoop loop;
     DumpQueue dumps;
     KernelNeighbours kernel(AF_INET6);
     NeighbourTable table(kernel);

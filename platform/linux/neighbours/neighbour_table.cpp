@@ -57,7 +57,7 @@ RtnetlinkRequest NeighbourTable::dump(std::size_t)
     return request;
 }
 
-void NeighbourTable::fill(const nlmsghdr &message, Generation generation)
+void NeighbourTable::applyDump(const nlmsghdr &message, Generation generation)
 {
     Neighbour neighbour;
     if (readNeighbour(message, kernel_.family(), monotonicMilliseconds(), neighbour) == NeighbourNews::present) {
@@ -103,7 +103,7 @@ void NeighbourTable::askForWhatTheDumpPassedOver(Generation generation)
     }
 }
 
-void NeighbourTable::apply(const nlmsghdr &message)
+void NeighbourTable::applyChange(const nlmsghdr &message)
 {
     Neighbour neighbour;
     const NeighbourNews news = readNeighbour(message, kernel_.family(), monotonicMilliseconds(), neighbour);

@@ -38,9 +38,9 @@ class NeighbourTable : public KernelTable
     const char *name() const override;
     std::vector<unsigned> groups() const override { return {RTNLGRP_NEIGH}; }
     RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
+    void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
+    void applyChange(const nlmsghdr &message) override;
 
   private:
     void take(NeighbourNews news, Neighbour &neighbour);

@@ -16,7 +16,7 @@ constexpr int readingsAtStart = 3; // of a table that changes meanwhile
 
 } // namespace
 
-std::string Neighbours::start(EventLoop &loop, int receiveBuffer)
+std::string Neighbours::start(PlatformLoop &loop, int receiveBuffer)
 {
     if (!kernel_.open()) {
         return std::string(table_.name()) + ": cannot open a netlink socket: " + kernel_.error();

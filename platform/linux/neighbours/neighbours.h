@@ -15,7 +15,7 @@ class Neighbours
     Neighbours(DumpQueue &dumps, std::uint8_t family) : dumps_(dumps), kernel_(family) {}
 
     // The answer, when it fails, is one line for the user.
-    std::string start(EventLoop &loop, int receiveBuffer);
+    std::string start(PlatformLoop &loop, int receiveBuffer);
 
     // Null for none. Pointers are good until the next call. None of them reads the table: they ask the kernel for
     // single entries, at most `mostQuestions` between two readings of the table.

@@ -20,7 +20,7 @@ bool isDefault(const Route &route)
 }
 
 // Interfaces of a VRF have their routes in its table. The loopback interface's prefix is a local route.
-bool tellsOfLink(const Route &route)
+bool isOnLinkRoute(const Route &route)
 {
     if (route.length == 0) {
         return false;
@@ -118,7 +118,7 @@ void Ipv4RouteTable::fillRoute(const Route &route, Generation generation)
         std::erase_if(defaults_, [&](const Default &other) { return leadSameWay(other.route, route); });
         defaults_.push_back({route, generation});
         listed_ = false;
-    } else if (tellsOfLink(route)) {
+    } else if (isOnLinkRoute(route)) {
         for (const RouteNexthop &hop : route.nexthops) {
             if (isOnLinkHop(hop) &&
                 isPrefixOfAddress({hop.ifIndex, static_cast<std::uint32_t>(route.destination.low), route.length})) {
@@ -139,7 +139,7 @@ bool Ipv4RouteTable::sweepRoutes(Generation generation)
 void Ipv4RouteTable::applyNews(const RouteNews &news)
 {
     const Route &route = news.route;
-    if (!isDefault(route) && !tellsOfLink(route)) {
+    if (!isDefault(route) && !isOnLinkRoute(route)) {
         return;
     }
     if (news.replaces) {

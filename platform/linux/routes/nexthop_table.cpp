@@ -47,7 +47,7 @@ std::uint32_t parseNexthop(const nlmsghdr &message, NexthopObject &nexthop)
     return attributes.get<std::uint32_t>(NHA_ID).value_or(0);
 }
 
-void NexthopTable::fill(const nlmsghdr &message, Generation generation)
+void NexthopTable::applyDump(const nlmsghdr &message, Generation generation)
 {
     NexthopObject nexthop;
     if (const std::uint32_t id = parseNexthop(message, nexthop); id != 0) {
@@ -65,11 +65,11 @@ std::vector<std::uint32_t> NexthopTable::sweep(Generation generation)
         }
         return leaves;
     });
-    tell();
+    countChange();
     return gone;
 }
 
-std::vector<std::uint32_t> NexthopTable::apply(const nlmsghdr &message)
+std::vector<std::uint32_t> NexthopTable::applyChange(const nlmsghdr &message)
 {
     NexthopObject nexthop;
     const std::uint32_t id = parseNexthop(message, nexthop);
@@ -82,7 +82,7 @@ std::vector<std::uint32_t> NexthopTable::apply(const nlmsghdr &message)
     } else if (rows_.erase(id) != 0) {
         gone.push_back(id);
     }
-    tell();
+    countChange();
     return gone;
 }
 
@@ -115,7 +115,7 @@ std::vector<std::uint32_t> NexthopTable::linkLost(std::uint32_t ifIndex)
         rows_.erase(id);
     }
     gone.insert(gone.end(), empty.begin(), empty.end());
-    tell();
+    countChange();
     return gone;
 }
 
@@ -130,7 +130,7 @@ void NexthopTable::put(std::uint32_t id, NexthopObject object, Generation genera
     row.generation = generation;
 }
 
-void NexthopTable::tell()
+void NexthopTable::countChange()
 {
     ++version_;
     if (changed_) {

@@ -58,16 +58,16 @@ class NexthopTable
     }
 
     // As those of KernelTable. The answers are the objects that have gone.
-    void fill(const nlmsghdr &message, Generation generation);
+    void applyDump(const nlmsghdr &message, Generation generation);
     std::vector<std::uint32_t> sweep(Generation generation);
-    std::vector<std::uint32_t> apply(const nlmsghdr &message);
+    std::vector<std::uint32_t> applyChange(const nlmsghdr &message);
     // An interface is down, away, or has no carrier: the kernel drops the objects on it without a word, also from
     // groups, and groups that are empty then.
     std::vector<std::uint32_t> linkLost(std::uint32_t ifIndex);
 
   private:
     void put(std::uint32_t id, NexthopObject object, Generation generation);
-    void tell();
+    void countChange();
 
     struct Row {
         NexthopObject object;

@@ -120,7 +120,7 @@ RtnetlinkRequest RouteFeed::dump(std::size_t which)
     }
 }
 
-void RouteFeed::fill(const nlmsghdr &message, Generation generation)
+void RouteFeed::applyDump(const nlmsghdr &message, Generation generation)
 {
     switch (message.nlmsg_type) {
     case RTM_NEWLINK:
@@ -128,12 +128,12 @@ void RouteFeed::fill(const nlmsghdr &message, Generation generation)
         break;
     case RTM_NEWADDR:
         if (family_ == AF_INET) {
-            addresses_.fill(message, generation);
+            addresses_.applyDump(message, generation);
             fillLoopbackPrefix(message, generation);
         }
         break;
     case RTM_NEWNEXTHOP:
-        nexthops_.fill(message, generation);
+        nexthops_.applyDump(message, generation);
         break;
     case RTM_NEWRULE:
         hasRules_ = hasRules_ || !isUsualRule(message);
@@ -204,7 +204,7 @@ bool RouteFeed::sweep(Generation generation)
     return true;
 }
 
-void RouteFeed::apply(const nlmsghdr &message)
+void RouteFeed::applyChange(const nlmsghdr &message)
 {
     switch (message.nlmsg_type) {
     case RTM_NEWROUTE:
@@ -222,7 +222,7 @@ void RouteFeed::apply(const nlmsghdr &message)
         break;
     case RTM_NEWNEXTHOP:
     case RTM_DELNEXTHOP:
-        nexthopsGone(nexthops_.apply(message));
+        nexthopsGone(nexthops_.applyChange(message));
         for (RouteConsumer *consumer : consumers_) {
             consumer->nexthopsChanged();
         }
@@ -276,7 +276,7 @@ void RouteFeed::applyIpv4Address(const nlmsghdr &message)
     }
     const bool isNewPrefix =
         message.nlmsg_type == RTM_NEWADDR && !isPrefixOfAddress({address.ifIndex, address.prefix(), address.length});
-    addresses_.apply(message);
+    addresses_.applyChange(message);
     if (isNewPrefix) {
         applyNewPrefix(address);
     }

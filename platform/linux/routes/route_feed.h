@@ -69,9 +69,9 @@ class RouteFeed : public KernelTable
     std::vector<unsigned> groups() const override;
     std::size_t dumps() const override;
     RtnetlinkRequest dump(std::size_t which) override;
-    void fill(const nlmsghdr &message, Generation generation) override;
+    void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;
-    void apply(const nlmsghdr &message) override;
+    void applyChange(const nlmsghdr &message) override;
     // The kernel goes on with a dump of IPv6 routes at a place that it has counted, which is another one when routes in
     // front of it have gone.
     bool disturbs(const nlmsghdr &message) const override

@@ -21,7 +21,7 @@ bool isOnLink(const RouteNexthop &nexthop)
 
 // The kernel's own on-link routes count in every table (an interface in a VRF has them in the VRF's), configured ones
 // in the main table. What a routing protocol puts on a link is not a prefix of the interface.
-bool tellsOfPrefix(const Route &route)
+bool isPrefixRoute(const Route &route)
 {
     if (route.type != RTN_UNICAST || route.length == 0 || route.sourceLength != 0 || route.destination.isLinkLocal() ||
         route.destination.isMulticast() || route.table == RT_TABLE_LOCAL) {
@@ -40,13 +40,13 @@ bool tellsOfPrefix(const Route &route)
     }
 }
 
-bool tellsOfRouter(const Route &route)
+bool isRouterRoute(const Route &route)
 {
     return route.type == RTN_UNICAST && route.length == 0 && route.table == RT_TABLE_MAIN;
 }
 
 // Others can be entered by hand, and do not make this node a member.
-bool tellsOfAnycast(const Route &route)
+bool isAnycastRoute(const Route &route)
 {
     return route.type == RTN_ANYCAST && route.protocol == RTPROT_KERNEL && !route.nexthops.empty();
 }
@@ -110,7 +110,7 @@ void RouteTable::readLearnedDefaults(Rtnetlink &socket)
 void RouteTable::updateLearnedDefaults(const nlmsghdr &message, std::uint32_t now)
 {
     Route route;
-    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, AF_INET6, now, route) || !tellsOfRouter(route)) {
+    if (message.nlmsg_type != RTM_NEWROUTE || !parseRoute(message, AF_INET6, now, route) || !isRouterRoute(route)) {
         return;
     }
     for (DefaultRoute &row : defaultRoutes(route)) {
@@ -131,11 +131,11 @@ void RouteTable::updateLearnedDefaults(const nlmsghdr &message, std::uint32_t no
 
 void RouteTable::fillRoute(const Route &route, Generation generation)
 {
-    if (tellsOfRouter(route)) {
+    if (isRouterRoute(route)) {
         for (const DefaultRoute &row : defaultRoutes(route)) {
             defaults_.put(row, generation);
         }
-    } else if (tellsOfPrefix(route)) {
+    } else if (isPrefixRoute(route)) {
         for (const RouteNexthop &nexthop : route.nexthops) {
             if (isOnLink(nexthop)) {
                 fillOnLink(onLinkRoute(route, nexthop), generation);
@@ -156,7 +156,7 @@ bool RouteTable::asksForAdvertised() const
 
 void RouteTable::fillAdvertised(const Route &route)
 {
-    if (!tellsOfPrefix(route)) {
+    if (!isPrefixRoute(route)) {
         return;
     }
     for (const RouteNexthop &nexthop : route.nexthops) {
@@ -251,20 +251,20 @@ void RouteTable::applyAdvertisedPrefix(const nlmsghdr &message)
 void RouteTable::applyNews(const RouteNews &news)
 {
     const Route &route = news.route;
-    if (tellsOfAnycast(route)) {
+    if (isAnycastRoute(route)) {
         if (handlers_.anycastChanged) {
             handlers_.anycastChanged(route.destination, route.nexthops[0].ifIndex, news.comes);
         }
         return;
     }
-    if (tellsOfRouter(route)) {
+    if (isRouterRoute(route)) {
         applyDefault(news);
         return;
     }
     if (news.replaces) {
         eraseReplaced(route);
     }
-    if (tellsOfPrefix(route)) {
+    if (isPrefixRoute(route)) {
         applyOnLink(news);
     }
 }

@@ -2,7 +2,7 @@
 // What the agent's forwarding tables say of routes.
 #include "routes/routes.h"
 
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <linux/rtnetlink.h>
 

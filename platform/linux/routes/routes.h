@@ -9,12 +9,12 @@
 namespace ipmib::platform
 {
 
-class Platform;
+class LinuxPlatform;
 
 class Routes
 {
   public:
-    explicit Routes(Platform &platform) : platform_(platform) {}
+    explicit Routes(LinuxPlatform &platform) : platform_(platform) {}
 
     // Which of the kernel's tables are shown, before routes are followed: numbers, "main", "local", "default" or "all",
     // with commas between them. The answer, when it is wrong, is one line for the user.
@@ -42,7 +42,7 @@ class Routes
     bool isRead(const Followed &followed) const;
     void tidy();
 
-    Platform &platform_;
+    LinuxPlatform &platform_;
     RouteTables tables_;
     RouteLimit limit_;
     std::unique_ptr<ForwardingTable> ipv4_; // null until they are followed

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What tables outside the module say of IP on this system: settings, and counters from the same reading as the
 // module's.
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <cstring>
 

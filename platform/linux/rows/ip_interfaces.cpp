@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What tables outside the module say of IP on this system: the interfaces on which it runs.
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <linux/if.h>
 
@@ -72,7 +72,7 @@ std::vector<IpRows::InterfaceState> IpRows::interfaceStates(std::uint32_t versio
     const std::uint32_t smallestMtu = version == IPMIB_IPV4 ? smallestIpv4Mtu : smallestIpv6Mtu;
     for (const Link *link = links.after(0); link != nullptr; link = links.after(link->ifIndex)) {
         if (link->mtu >= smallestMtu) {
-            const Address *onLink =
+            const Ip6Address *onLink =
                 version == IPMIB_IPV6 ? platform_.addressing().addresses().usableOnLink(link->ifIndex) : nullptr;
             states.push_back(
                 {link->ifIndex, enabled(version, *link), onLink != nullptr ? onLink->address : PackedAddress{}});
@@ -127,7 +127,7 @@ std::uint32_t IpRows::interfacesChanged(std::uint32_t version)
 
 std::uint32_t IpRows::linkLocalPrefixLength(std::uint32_t ifIndex)
 {
-    const Address *found = platform_.addressing().addresses().linkLocal(ifIndex);
+    const Ip6Address *found = platform_.addressing().addresses().linkLocal(ifIndex);
     return found == nullptr ? 0 : found->length;
 }
 

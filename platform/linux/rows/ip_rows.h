@@ -18,12 +18,12 @@
 namespace ipmib::platform
 {
 
-class Platform;
+class LinuxPlatform;
 
 class IpRows
 {
   public:
-    explicit IpRows(Platform &platform) : platform_(platform) {}
+    explicit IpRows(LinuxPlatform &platform) : platform_(platform) {}
 
     // The answer, when it fails, is one line for the user.
     std::string follow(std::uint32_t rows);
@@ -87,7 +87,7 @@ class IpRows
     const std::vector<IpmibStack> &stack();
     const std::vector<IpmibReceiveAddress> &receiveAddresses();
 
-    Platform &platform_;
+    LinuxPlatform &platform_;
     bool followsReceiveAddresses_ = false;
     InterfaceStates interfaces_[2];               // of IPv4 and of IPv6
     std::array<std::uint64_t, 3> seenVersions_{}; // of links and addresses

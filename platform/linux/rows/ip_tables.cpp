@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What tables outside the module say of IP on this system: addresses, prefixes, neighbours and routers of IPv4.
-#include "platform.h"
+#include "linux_platform.h"
 
 #include "ipv4_neighbour.h"
 

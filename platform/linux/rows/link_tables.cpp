@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What tables outside the module say of links: which run over which, and the link-layer addresses that they listen to.
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <linux/if.h>
 

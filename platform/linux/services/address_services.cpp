@@ -14,13 +14,13 @@ constexpr std::size_t ethernetLength = 6; // of link-layer addresses that identi
 
 // Before 5.18 the kernel did not mark the link-local addresses that it made: one with the interface's identifier is
 // taken for such a one.
-bool isOfTheLink(const Platform &platform, const Address &address)
+bool isOfTheLink(const LinuxPlatform &platform, const Ip6Address &address)
 {
     const Link *link = platform.links().find(address.ifIndex);
     return link != nullptr && link->addressSize == ethernetLength && hasIdentifierOf(address.address, link->address);
 }
 
-uint32_t originCode(Platform &platform, const Address &address)
+uint32_t originCode(LinuxPlatform &platform, const Ip6Address &address)
 {
     switch (originOf(address)) {
     case AddressOrigin::manual:
@@ -53,7 +53,7 @@ void fillTimes(const Uptime &uptime, uint32_t created, uint32_t changed, FullAdd
     record->last_changed_s = uptime.at(changed) / Uptime::ticksPerSecond;
 }
 
-void fill(Platform &platform, const Address &address, FullAddressRecord *record)
+void fillUnicast(LinuxPlatform &platform, const Ip6Address &address, FullAddressRecord *record)
 {
     *record = FullAddressRecord{};
     record->if_index = address.ifIndex;
@@ -64,7 +64,7 @@ void fill(Platform &platform, const Address &address, FullAddressRecord *record)
     fillTimes(platform.uptime(), address.created, address.changed, record);
 }
 
-void fill(Platform &platform, const Anycast &anycast, FullAddressRecord *record)
+void fillAnycast(LinuxPlatform &platform, const Anycast &anycast, FullAddressRecord *record)
 {
     *record = FullAddressRecord{};
     record->if_index = anycast.ifIndex;
@@ -77,7 +77,7 @@ void fill(Platform &platform, const Anycast &anycast, FullAddressRecord *record)
 }
 
 // The next one that is shown, as long as it is in front of the limit.
-const Anycast *shown(Platform &platform, const Anycast *anycast, const Address *limit)
+const Anycast *shown(LinuxPlatform &platform, const Anycast *anycast, const Ip6Address *limit)
 {
     const AnycastTable &anycasts = platform.addressing().anycasts();
     while (anycast != nullptr && (limit == nullptr || anycast->address < limit->address) && !platform.shows(*anycast)) {
@@ -87,14 +87,14 @@ const Anycast *shown(Platform &platform, const Anycast *anycast, const Address *
 }
 
 // One row for each address, so that of an address that is both, the unicast one counts.
-uint32_t fillLower(Platform &platform, const Address *address, const Anycast *anycast, FullAddressRecord *record)
+uint32_t fillLower(LinuxPlatform &platform, const Ip6Address *address, const Anycast *anycast, FullAddressRecord *record)
 {
     if (address != nullptr && (anycast == nullptr || address->address <= anycast->address)) {
-        fill(platform, *address, record);
+        fillUnicast(platform, *address, record);
         return success;
     }
     if (anycast != nullptr) {
-        fill(platform, *anycast, record);
+        fillAnycast(platform, *anycast, record);
         return success;
     }
     return noMore;
@@ -102,13 +102,13 @@ uint32_t fillLower(Platform &platform, const Address *address, const Anycast *an
 
 // Nothing but what the version counts takes part, unless the routes say how the address was formed or the clock of its
 // time stamps is ahead.
-InterfaceList::Answer askLinkLocal(Platform &platform, uint32_t ifIndex, FullAddressRecord *record)
+InterfaceList::Answer askLinkLocal(LinuxPlatform &platform, uint32_t ifIndex, FullAddressRecord *record)
 {
-    const Address *found = platform.addressing().addresses().linkLocal(ifIndex);
+    const Ip6Address *found = platform.addressing().addresses().linkLocal(ifIndex);
     if (found == nullptr) {
         return {false, true};
     }
-    fill(platform, *found, record);
+    fillUnicast(platform, *found, record);
     return {true, originOf(*found) != AddressOrigin::leased && platform.uptime().isSettled(found->changed)};
 }
 
@@ -116,8 +116,8 @@ InterfaceList::Answer askLinkLocal(Platform &platform, uint32_t ifIndex, FullAdd
 
 uint32_t IP6Addr_GetLinkLocalAddr(uint32_t if_index, LinkLocalBuffer *buffer)
 {
-    Platform *platform = running();
-    const Address *found = platform == nullptr ? nullptr : platform->addressing().addresses().linkLocal(if_index);
+    LinuxPlatform *platform = running();
+    const Ip6Address *found = platform == nullptr ? nullptr : platform->addressing().addresses().linkLocal(if_index);
     if (found == nullptr) {
         return notFound;
     }
@@ -133,19 +133,19 @@ uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t vrf, uint32_t kind, FullAddressRecord
 
 uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return noMore;
     }
     Addressing &addressing = platform->addressing();
     const PackedAddress key = PackedAddress::of(record->address);
-    const Address *address = addressing.addresses().after(key);
+    const Ip6Address *address = addressing.addresses().after(key);
     return fillLower(*platform, address, shown(*platform, addressing.anycasts().after(key), address), record);
 }
 
 uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, FullAddressRecord *record)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return notFound;
     }
@@ -158,7 +158,7 @@ uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, 
 
 uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *record)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return notFound;
     }

@@ -7,7 +7,7 @@ using namespace ipmib::platform;
 
 uint32_t ND_GetIfConfigInfo(uint32_t if_index, NdIfConfigInfo *info)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     const Ip6Link *ip6 = platform == nullptr ? nullptr : platform->ip6Link(if_index);
     if (ip6 == nullptr) {
         return notFound;
@@ -23,7 +23,7 @@ uint32_t ND_GetIfConfigInfo(uint32_t if_index, NdIfConfigInfo *info)
 // What a row of router advertisements shows as the link's MTU: the one of the MTU option.
 uint32_t IP6_GetIfMTU(uint32_t if_index, uint32_t *mtu)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     const Ip6Link *ip6 = platform == nullptr ? nullptr : platform->ip6Link(if_index);
     if (ip6 == nullptr) {
         return notFound;
@@ -35,7 +35,7 @@ uint32_t IP6_GetIfMTU(uint32_t if_index, uint32_t *mtu)
 
 uint32_t ND_GetHopLimit(void)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return 0;
     }

@@ -6,7 +6,7 @@ using namespace ipmib::platform;
 
 uint32_t IP6_GetMibStat(uint32_t, Ip6MibStat *stat)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     const auto *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
     if (counters == nullptr) {
         return notFound;
@@ -17,7 +17,7 @@ uint32_t IP6_GetMibStat(uint32_t, Ip6MibStat *stat)
 
 uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr || platform->links().find(if_index) == nullptr) {
         return noMore; // behind the last interface: a clean end of the walk
     }
@@ -32,7 +32,7 @@ uint32_t IP6_GetIfStat(uint32_t if_index, uint32_t, Ip6MibStat *stat)
 
 uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr || platform->links().find(if_index) == nullptr) {
         return noMore;
     }
@@ -42,7 +42,7 @@ uint32_t IP_GetMibIfStat(uint32_t if_index, IpMibIfStat *stat)
 
 uint32_t ICMP6_GetMibStat(Icmp6MibStat *stat)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     const auto *counters = platform == nullptr ? nullptr : platform->systemCounters().read();
     if (counters == nullptr) {
         return notFound;

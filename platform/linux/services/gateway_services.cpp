@@ -10,7 +10,7 @@ namespace
 {
 
 // The lifetime is what is left now, and so it was learned now.
-uint32_t fill(const Platform &platform, const Router *router, GatewayRecord *record)
+uint32_t fillGateway(const LinuxPlatform &platform, const Router *router, GatewayRecord *record)
 {
     if (router == nullptr) {
         return noMore;
@@ -34,37 +34,37 @@ bool readClass(uint32_t code, RouterList::Class &of)
 
 uint32_t get(const GatewayKey *key, GatewayRecord *gateway)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return notFound;
     }
     const Router *router =
-        platform->addressing().routers().find(PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
-    return fill(*platform, router, gateway) == success ? success : notFound;
+        platform->addressing().refreshedRouters().find(PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
+    return fillGateway(*platform, router, gateway) == success ? success : notFound;
 }
 
 } // namespace
 
 uint32_t IP6Mib_GetFirstGatewayInVrf(uint32_t, uint32_t gateway_class, GatewayRecord *gateway)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     RouterList::Class of;
     if (platform == nullptr || !readClass(gateway_class, of)) {
         return noMore;
     }
-    return fill(*platform, platform->addressing().routers().first(of), gateway);
+    return fillGateway(*platform, platform->addressing().refreshedRouters().first(of), gateway);
 }
 
 uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t, uint32_t gateway_class, const GatewayKey *key, GatewayRecord *gateway)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     RouterList::Class of;
     if (platform == nullptr || !readClass(gateway_class, of)) {
         return noMore;
     }
     const Router *router =
-        platform->addressing().routers().after(of, PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
-    return fill(*platform, router, gateway);
+        platform->addressing().refreshedRouters().after(of, PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
+    return fillGateway(*platform, router, gateway);
 }
 
 uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gateway)

@@ -56,7 +56,7 @@ uint32_t IF_GetFirstIfIndexByIfSelect(IfSelection *selection, uintptr_t iterator
 
 uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t, uint32_t if_index)
 {
-    const Platform *platform = running();
+    const LinuxPlatform *platform = running();
     const InterfaceList::Row *next =
         platform == nullptr ? nullptr : platform->links().list().next(TypeSelection::in(*selection), if_index);
     return next == nullptr ? 0 : next->ifIndex;
@@ -64,6 +64,6 @@ uint32_t IF_GetNextIfIndexByIfSelect(IfSelection *selection, uintptr_t, uint32_t
 
 uint32_t IF_IsValidIfIndex(uint32_t if_index)
 {
-    const Platform *platform = running();
+    const LinuxPlatform *platform = running();
     return platform != nullptr && platform->links().find(if_index) != nullptr ? 1 : 0;
 }

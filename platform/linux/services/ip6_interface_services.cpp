@@ -9,13 +9,13 @@ using namespace ipmib::platform;
 
 uint32_t IP6Mib_GetIFID(uint32_t if_index, uint8_t *identifier)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     const Ip6Link *ip6 = platform == nullptr ? nullptr : platform->ip6Link(if_index);
     if (ip6 == nullptr) {
         return notFound;
     }
     std::uint8_t bytes[16];
-    const Address *onLink = platform->addressing().addresses().usableOnLink(if_index);
+    const Ip6Address *onLink = platform->addressing().addresses().usableOnLink(if_index);
     if (onLink != nullptr) {
         onLink->address.copyTo(bytes);
     }
@@ -27,12 +27,12 @@ uint32_t IP6Mib_GetIFID(uint32_t if_index, uint8_t *identifier)
 
 uint32_t IP6ADDR_DRVK_GetMainLLA(uint32_t if_index, FullAddressRecord *address)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return notFound;
     }
     platform->rowHopLimit().mainLinkLocalAsked(if_index);
-    const Address *onLink = platform->addressing().addresses().usableOnLink(if_index);
+    const Ip6Address *onLink = platform->addressing().addresses().usableOnLink(if_index);
     if (onLink == nullptr) {
         return notFound;
     }

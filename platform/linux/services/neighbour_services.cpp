@@ -7,7 +7,7 @@ using namespace ipmib::platform;
 namespace
 {
 
-void fill(const Platform &platform, const Neighbour &row, NeighbourEntry *entry)
+void fillNeighbour(const LinuxPlatform &platform, const Neighbour &row, NeighbourEntry *entry)
 {
     *entry = entryOf(row);
     entry->last_updated_s = ipmib_be32(platform.uptime().atSecond(row.lastUpdatedS) / Uptime::ticksPerSecond);
@@ -17,19 +17,19 @@ void fill(const Platform &platform, const Neighbour &row, NeighbourEntry *entry)
 
 uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, NeighbourEntry *entry, uintptr_t)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     const Neighbour *row =
         platform == nullptr ? nullptr : platform->neighbours().find(NeighbourKey::of(if_index, address));
     if (row == nullptr) {
         return notFound;
     }
-    fill(*platform, *row, entry);
+    fillNeighbour(*platform, *row, entry);
     return success;
 }
 
 uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr || (mode != neighboursGlobal && mode != neighboursLinkLocal)) {
         return noMore;
     }
@@ -39,6 +39,6 @@ uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
     if (row == nullptr) {
         return noMore;
     }
-    fill(*platform, *row, entry);
+    fillNeighbour(*platform, *row, entry);
     return success;
 }

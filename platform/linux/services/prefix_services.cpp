@@ -28,7 +28,7 @@ uint32_t originCode(PrefixOrigin origin)
 
 // The lifetimes are what is left now, and so they were learned now: nothing has passed since then that a reader would
 // take off, in particular not from one without an end.
-uint32_t fill(const Platform &platform, uint32_t ifIndex, const Prefix *prefix, FullPrefixRecord *record)
+uint32_t fillPrefix(const LinuxPlatform &platform, uint32_t ifIndex, const Prefix *prefix, FullPrefixRecord *record)
 {
     if (prefix == nullptr || prefix->ifIndex != ifIndex) {
         return noMore;
@@ -51,21 +51,21 @@ uint32_t fill(const Platform &platform, uint32_t ifIndex, const Prefix *prefix, 
 
 uint32_t IP6CFG_GetFirstFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *record)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return noMore;
     }
     const PrefixTable &prefixes = platform->addressing().prefixes();
-    return fill(*platform, if_index, prefixes.atOrAfter(PrefixKey{if_index, {}, 0}), record);
+    return fillPrefix(*platform, if_index, prefixes.atOrAfter(PrefixKey{if_index, {}, 0}), record);
 }
 
 uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *record)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     if (platform == nullptr) {
         return noMore;
     }
     const auto length = static_cast<uint8_t>(std::min(ipmib_be32_get(record->length), beyondEveryLength));
     const PrefixKey key{if_index, PackedAddress::of(record->prefix), length};
-    return fill(*platform, if_index, platform->addressing().prefixes().after(key), record);
+    return fillPrefix(*platform, if_index, platform->addressing().prefixes().after(key), record);
 }

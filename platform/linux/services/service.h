@@ -4,6 +4,6 @@
 
 #include "core/codes.h"
 #include "core/results.h"
-#include "platform.h"
+#include "linux_platform.h"
 
 #include <ipmib/platform.h>

@@ -7,7 +7,7 @@ using namespace ipmib::platform;
 
 uint32_t IP6_DaemonCheck(uint32_t)
 {
-    Platform *platform = running();
+    LinuxPlatform *platform = running();
     return platform != nullptr && platform->systemCounters().available() ? success : notFound;
 }
 
@@ -19,7 +19,7 @@ uint32_t IP_DaemonCheck(uint32_t)
 
 uint32_t TIME_GetSystemBootTime(uint32_t *seconds, uint32_t *other)
 {
-    const Platform *platform = running();
+    const LinuxPlatform *platform = running();
     *seconds = platform != nullptr ? platform->now() : secondsSinceBoot();
     *other = 0;
     return success;

@@ -147,7 +147,7 @@ Routes::Place Routes::sibling(Place place) const
     return next < rows_.size() && rows_[next].destination() == rows_[place].destination() ? next : end();
 }
 
-void Routes::fill(Place place, IpmibRoute &row) const
+void Routes::fillRoute(Place place, IpmibRoute &row) const
 {
     const Row &from = rows_[place];
     row = ways_[from.way].route;

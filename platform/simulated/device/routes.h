@@ -67,7 +67,7 @@ class Routes
     const RouteWay &way(Place place) const { return ways_[rows_[place].way]; }
     std::uint32_t version(Place place) const { return rows_[place].version; }
     // All but the age.
-    void fill(Place place, IpmibRoute &row) const;
+    void fillRoute(Place place, IpmibRoute &row) const;
 
   private:
     struct Row {

@@ -10,7 +10,7 @@ namespace
 
 constexpr uint32_t perSecond = 100; // of sysUpTime
 
-uint32_t fill(const Device &device, const Address *address, uint32_t without, FullAddressRecord *record)
+uint32_t fillAddress(const Device &device, const Address *address, uint32_t without, FullAddressRecord *record)
 {
     if (address == nullptr) {
         return without;
@@ -44,20 +44,20 @@ uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetFirstAddrInVrf);
     // :: is nobody's address.
-    return call ? fill(call.device(), call.device().addressAfter(PackedAddress{}), noMore, record) : call.result();
+    return call ? fillAddress(call.device(), call.device().addressAfter(PackedAddress{}), noMore, record) : call.result();
 }
 
 uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetNextAddrInVrf);
-    return call ? fill(call.device(), call.device().addressAfter(PackedAddress::of(record->address)), noMore, record)
+    return call ? fillAddress(call.device(), call.device().addressAfter(PackedAddress::of(record->address)), noMore, record)
                 : call.result();
 }
 
 uint32_t IP6Mib_GetAddrFullInfoInVrf(uint32_t, const uint8_t *address, int32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetAddrFullInfoInVrf);
-    return call ? fill(call.device(), call.device().address(PackedAddress::of(address)), notFound, record)
+    return call ? fillAddress(call.device(), call.device().address(PackedAddress::of(address)), notFound, record)
                 : call.result();
 }
 
@@ -73,7 +73,7 @@ uint32_t IP6Mib_GetLinkLocalFullAddr(uint32_t if_index, FullAddressRecord *recor
         const Address *address = device.linkLocal(if_index);
         const bool isSteady = interface != nullptr && interface->outages.never();
         const bool isPast = address == nullptr || address->changedS <= device.secondsSinceBoot();
-        return InterfaceList::Answer{fill(device, address, notFound, answer) == success, isSteady && isPast};
+        return InterfaceList::Answer{fillAddress(device, address, notFound, answer) == success, isSteady && isPast};
     };
     return device.list().linkLocal(if_index, device.uptimeVersion(), ask, record) ? success : notFound;
 }

@@ -24,7 +24,7 @@ bool isDown(const Device &device, ServiceInfo::Part part)
 
 Call Call::decided(Service service, std::uint32_t ifIndex)
 {
-    Platform *const platform = running();
+    SimulatedPlatform *const platform = running();
     if (platform == nullptr) {
         return {nullptr, infoOf(service).failure};
     }

@@ -4,7 +4,7 @@
 
 #include "core/codes.h"
 #include "core/results.h"
-#include "platform.h"
+#include "simulated_platform.h"
 
 #include <ipmib/platform.h>
 
@@ -34,10 +34,10 @@ class Call
     platform::RowHopLimit &rowHopLimit() const { return platform_->rowHopLimit(); }
 
   private:
-    Call(Platform *platform, std::uint32_t result) : platform_(platform), result_(result) {}
+    Call(SimulatedPlatform *platform, std::uint32_t result) : platform_(platform), result_(result) {}
     static Call decided(Service service, std::uint32_t ifIndex);
 
-    Platform *platform_;
+    SimulatedPlatform *platform_;
     std::uint32_t result_ = success;
 };
 

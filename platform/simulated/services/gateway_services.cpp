@@ -10,7 +10,7 @@ namespace
 {
 
 // The lifetime is what is left now, and so it was learned now.
-uint32_t fill(const Device &device, const Router *router, uint32_t without, GatewayRecord *record)
+uint32_t fillGateway(const Device &device, const Router *router, uint32_t without, GatewayRecord *record)
 {
     if (router == nullptr) {
         return without;
@@ -45,7 +45,7 @@ RouterKey keyOf(const GatewayKey &key)
 uint32_t get(Service service, const GatewayKey &key, GatewayRecord *gateway)
 {
     const Call call(service, ipmib_be32_get(key.if_index));
-    return call ? fill(call.device(), call.device().router(keyOf(key)), notFound, gateway) : call.result();
+    return call ? fillGateway(call.device(), call.device().router(keyOf(key)), notFound, gateway) : call.result();
 }
 
 } // namespace
@@ -57,7 +57,7 @@ uint32_t IP6Mib_GetFirstGatewayInVrf(uint32_t, uint32_t gateway_class, GatewayRe
     if (!call || !of) {
         return call ? noMore : call.result();
     }
-    return fill(call.device(), call.device().firstRouter(*of), noMore, gateway);
+    return fillGateway(call.device(), call.device().firstRouter(*of), noMore, gateway);
 }
 
 uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t, uint32_t gateway_class, const GatewayKey *key, GatewayRecord *gateway)
@@ -67,7 +67,7 @@ uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t, uint32_t gateway_class, const Gate
     if (!call || !of) {
         return call ? noMore : call.result();
     }
-    return fill(call.device(), call.device().routerAfter(*of, keyOf(*key)), noMore, gateway);
+    return fillGateway(call.device(), call.device().routerAfter(*of, keyOf(*key)), noMore, gateway);
 }
 
 uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *gateway)

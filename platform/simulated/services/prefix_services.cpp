@@ -10,7 +10,7 @@ namespace
 {
 
 // The lifetimes are what is left now, and so they were learned now.
-uint32_t fill(const Device &device, const Prefix *prefix, FullPrefixRecord *record)
+uint32_t fillPrefix(const Device &device, const Prefix *prefix, FullPrefixRecord *record)
 {
     if (prefix == nullptr) {
         return noMore;
@@ -32,7 +32,7 @@ uint32_t fill(const Device &device, const Prefix *prefix, FullPrefixRecord *reco
 uint32_t IP6CFG_GetFirstFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *record)
 {
     const Call call(Service::IP6CFG_GetFirstFullPrefix, if_index);
-    return call ? fill(call.device(), call.device().firstPrefix(if_index), record) : call.result();
+    return call ? fillPrefix(call.device(), call.device().firstPrefix(if_index), record) : call.result();
 }
 
 uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *record)
@@ -43,5 +43,5 @@ uint32_t IP6CFG_GetNextFullPrefix(uint32_t if_index, int32_t, FullPrefixRecord *
     }
     const uint32_t length = std::min(ipmib_be32_get(record->length), ipmib::platform::beyondEveryLength);
     const PrefixKey key{if_index, PackedAddress::of(record->prefix), static_cast<uint8_t>(length)};
-    return fill(call.device(), call.device().prefixAfter(key), record);
+    return fillPrefix(call.device(), call.device().prefixAfter(key), record);
 }

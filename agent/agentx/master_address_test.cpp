@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Where a master is, as people write it.
 
-#include "agent/agentx/address.h"
+#include "agent/agentx/master_address.h"
 
 #include "host/command_line.h"
 
@@ -35,13 +35,13 @@ TEST(AgentxAddress, Paths)
 
 TEST(AgentxAddress, HostsAndPorts)
 {
-    const Address plain = parseAddress("tcp:localhost:7050");
+    const MasterAddress plain = parseAddress("tcp:localhost:7050");
     EXPECT_FALSE(plain.isLocal());
     EXPECT_EQ(plain.family, AF_INET);
     EXPECT_EQ(plain.host, "localhost");
     EXPECT_EQ(plain.port, "7050");
     EXPECT_EQ(parseAddress("tcp:192.0.2.1").port, "705");
-    const Address six = parseAddress("tcp6:[2001:db8::1]:7050");
+    const MasterAddress six = parseAddress("tcp6:[2001:db8::1]:7050");
     EXPECT_EQ(six.family, AF_INET6);
     EXPECT_EQ(six.host, "2001:db8::1");
     EXPECT_EQ(six.port, "7050");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The one Linux platform of a process: every mirror, reader and timer, from start to stop.
-#include "platform.h"
+#include "linux_platform.h"
 
 #include "core/boot_time.h"
 #include "core/log.h"
@@ -18,12 +18,12 @@ namespace
 constexpr std::uint32_t usualHopLimit = 64; // of a kernel without IPv6, and of every kernel that nobody configured
 } // namespace
 
-std::string Platform::takeArgument(const char *argument)
+std::string LinuxPlatform::takeArgument(const char *argument)
 {
     return *argument == '\0' ? "" : "platform linux takes no argument, not \"" + std::string(argument) + "\"";
 }
 
-std::string Platform::takeOption(const IpmibPlatformOption &option)
+std::string LinuxPlatform::takeOption(const IpmibPlatformOption &option)
 {
     const std::string_view name = option.name;
     const std::string_view value = option.value;
@@ -47,7 +47,7 @@ std::string Platform::takeOption(const IpmibPlatformOption &option)
            "--router-anycast";
 }
 
-std::string Platform::start(const Settings &settings)
+std::string LinuxPlatform::start(const Settings &settings)
 {
     now_ = secondsSinceBoot();
     receiveBuffer_ = settings.receiveBuffer;
@@ -94,13 +94,13 @@ std::string Platform::start(const Settings &settings)
     return "";
 }
 
-void Platform::dispatch()
+void LinuxPlatform::dispatch()
 {
     loop_.run();
     ip_.noteChanges();
 }
 
-void Platform::beginPacket()
+void LinuxPlatform::beginPacket()
 {
     loop_.runAnnouncements();
     ip_.noteChanges();
@@ -115,12 +115,12 @@ void Platform::beginPacket()
     ipv4Accounting_.checkRoomFor(links_.size());
 }
 
-void Platform::reload()
+void LinuxPlatform::reload()
 {
     radvd_.reload();
 }
 
-void Platform::onLinkChange(IpmibLinkChanged changed, void *context)
+void LinuxPlatform::onLinkChange(IpmibLinkChanged changed, void *context)
 {
     if (changed == nullptr) {
         links_.onChange({});
@@ -138,23 +138,23 @@ void Platform::onLinkChange(IpmibLinkChanged changed, void *context)
     });
 }
 
-const char *Platform::interfaceName(std::uint32_t ifIndex) const
+const char *LinuxPlatform::interfaceName(std::uint32_t ifIndex) const
 {
     const Link *link = links_.find(ifIndex);
     return link == nullptr ? nullptr : link->name;
 }
 
-bool Platform::findInterface(std::uint32_t ifIndex, IpmibInterface &interface)
+bool LinuxPlatform::findInterface(std::uint32_t ifIndex, IpmibInterface &interface)
 {
     return describe(links_.find(ifIndex), interface);
 }
 
-bool Platform::interfaceAfter(std::uint32_t ifIndex, IpmibInterface &interface)
+bool LinuxPlatform::interfaceAfter(std::uint32_t ifIndex, IpmibInterface &interface)
 {
     return describe(links_.after(ifIndex), interface);
 }
 
-bool Platform::describe(const Link *link, IpmibInterface &interface)
+bool LinuxPlatform::describe(const Link *link, IpmibInterface &interface)
 {
     if (link == nullptr) {
         return false;
@@ -164,7 +164,7 @@ bool Platform::describe(const Link *link, IpmibInterface &interface)
     return true;
 }
 
-bool Platform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic)
+bool LinuxPlatform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic)
 {
     const IpmibInterfaceTraffic *read = links_.find(ifIndex) == nullptr ? nullptr : linkTraffic_.read(ifIndex);
     if (read == nullptr) {
@@ -174,7 +174,7 @@ bool Platform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic)
     return true;
 }
 
-void Platform::forgetLink(std::uint32_t ifIndex)
+void LinuxPlatform::forgetLink(std::uint32_t ifIndex)
 {
     ip6Links_.forget(ifIndex);
     linkTraffic_.forget(ifIndex);
@@ -182,7 +182,7 @@ void Platform::forgetLink(std::uint32_t ifIndex)
     ipv4Accounting_.linkRemoved(ifIndex);
 }
 
-const Ip6Link *Platform::ip6Link(std::uint32_t ifIndex)
+const Ip6Link *LinuxPlatform::ip6Link(std::uint32_t ifIndex)
 {
     if (links_.find(ifIndex) == nullptr) {
         return nullptr;
@@ -191,7 +191,7 @@ const Ip6Link *Platform::ip6Link(std::uint32_t ifIndex)
     return link != nullptr && link->present ? link : nullptr;
 }
 
-std::uint32_t Platform::hopLimit()
+std::uint32_t LinuxPlatform::hopLimit()
 {
     return hopLimitFile_.readNumber().value_or(usualHopLimit);
 }

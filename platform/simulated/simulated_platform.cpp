@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The one simulated platform of a process: a device, and the clock by which it lives.
-#include "platform.h"
+#include "simulated_platform.h"
 
 #include "core/log.h"
 #include "scenario/read_scenario.h"
@@ -27,13 +27,13 @@ std::optional<Time> parseSeconds(std::string_view text)
 
 } // namespace
 
-std::string Platform::takeArgument(const char *argument)
+std::string SimulatedPlatform::takeArgument(const char *argument)
 {
     path_ = argument;
     return path_.empty() ? "platform simulated needs a scenario: --platform simulated:FILE" : "";
 }
 
-std::string Platform::takeOption(const IpmibPlatformOption &option)
+std::string SimulatedPlatform::takeOption(const IpmibPlatformOption &option)
 {
     if (option.name != std::string_view("at")) {
         return std::string("there is no option --") + option.name + "; that of platform simulated is --at=SECONDS";
@@ -42,13 +42,13 @@ std::string Platform::takeOption(const IpmibPlatformOption &option)
     return stopped_ ? "" : std::string("--at needs the seconds since the device's start, not \"") + option.value + "\"";
 }
 
-void Platform::take(Device device)
+void SimulatedPlatform::take(Device device)
 {
     device_ = std::move(device);
     hasFailures_ = !device_.failures.empty() || !device_.ip6Down.never() || !device_.ip4Down.never();
 }
 
-std::string Platform::start()
+std::string SimulatedPlatform::start()
 {
     try {
         take(readScenario(path_));
@@ -65,14 +65,14 @@ std::string Platform::start()
     return "";
 }
 
-Time Platform::now() const
+Time SimulatedPlatform::now() const
 {
     using std::chrono::milliseconds;
     const auto elapsed = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start_);
     return stopped_.value_or(static_cast<Time>(elapsed.count()));
 }
 
-void Platform::beginPacket()
+void SimulatedPlatform::beginPacket()
 {
     device_.setTime(now());
     if (uptimeBeganMs_) {
@@ -83,19 +83,19 @@ void Platform::beginPacket()
     linkClock_.run(device_.time());
 }
 
-void Platform::uptimeBegan(std::uint64_t monotonicMs)
+void SimulatedPlatform::uptimeBegan(std::uint64_t monotonicMs)
 {
     uptimeBeganMs_ = monotonicMs;
     beginPacket();
 }
 
-std::uint64_t Platform::startMs() const
+std::uint64_t SimulatedPlatform::startMs() const
 {
     using std::chrono::milliseconds;
     return static_cast<std::uint64_t>(std::chrono::duration_cast<milliseconds>(start_.time_since_epoch()).count());
 }
 
-void Platform::reload()
+void SimulatedPlatform::reload()
 {
     try {
         take(readScenario(path_));
@@ -107,20 +107,20 @@ void Platform::reload()
     }
 }
 
-const char *Platform::interfaceName(std::uint32_t ifIndex) const
+const char *SimulatedPlatform::interfaceName(std::uint32_t ifIndex) const
 {
     const Interface *interface = device_.find(ifIndex);
     return interface == nullptr ? nullptr : interface->name.c_str();
 }
 
-std::uint64_t Platform::onMonotonicClock(Time time) const
+std::uint64_t SimulatedPlatform::onMonotonicClock(Time time) const
 {
     const std::uint64_t moment = startMs() + time;
     const Time standing = stopped_.value_or(0); // so long ago the device of a stopped clock began
     return time == 0 || moment <= standing ? 0 : moment - standing;
 }
 
-bool Platform::describe(const Interface *interface, IpmibInterface &row) const
+bool SimulatedPlatform::describe(const Interface *interface, IpmibInterface &row) const
 {
     if (interface == nullptr) {
         return false;
@@ -130,7 +130,7 @@ bool Platform::describe(const Interface *interface, IpmibInterface &row) const
     return true;
 }
 
-bool Platform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic) const
+bool SimulatedPlatform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic) const
 {
     const Interface *interface = device_.find(ifIndex);
     if (interface == nullptr) {
@@ -140,14 +140,14 @@ bool Platform::traffic(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic) co
     return true;
 }
 
-std::uint32_t Platform::interfaceCount() const
+std::uint32_t SimulatedPlatform::interfaceCount() const
 {
     const auto &all = device_.interfaces();
     return static_cast<std::uint32_t>(std::count_if(
         all.begin(), all.end(), [this](const Interface &interface) { return interface.exists(device_.time()); }));
 }
 
-std::uint64_t Platform::interfacesChangedMs() const
+std::uint64_t SimulatedPlatform::interfacesChangedMs() const
 {
     Time last = 0;
     for (const Interface &interface : device_.interfaces()) {

@@ -18,12 +18,12 @@
 namespace ipmib::simulated
 {
 
-class Platform
+class SimulatedPlatform
 {
   public:
-    Platform() = default;
-    Platform(const Platform &) = delete;
-    Platform &operator=(const Platform &) = delete;
+    SimulatedPlatform() = default;
+    SimulatedPlatform(const SimulatedPlatform &) = delete;
+    SimulatedPlatform &operator=(const SimulatedPlatform &) = delete;
 
     // What the command line says, before the start. The answer, when it is wrong, is one line for the user.
     std::string takeArgument(const char *argument);
@@ -90,12 +90,12 @@ class Platform
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.
-inline Platform *serving = nullptr;
-inline Platform *running()
+inline SimulatedPlatform *serving = nullptr;
+inline SimulatedPlatform *running()
 {
     return serving;
 }
-inline void setRunning(Platform *platform)
+inline void setRunning(SimulatedPlatform *platform)
 {
     serving = platform;
 }

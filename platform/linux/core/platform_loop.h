@@ -11,7 +11,7 @@
 namespace ipmib::platform
 {
 
-class EventLoop
+class PlatformLoop
 {
   public:
     // Announcements are what the kernel has told us: a packet of requests waits until they are read. Everything else
@@ -57,7 +57,7 @@ class Timer
     Timer(const Timer &) = delete;
     Timer &operator=(const Timer &) = delete;
 
-    bool open(EventLoop &loop, EventLoop::Handler handler);
+    bool open(PlatformLoop &loop, PlatformLoop::Handler handler);
     void close();
     // Starts it anew, also when it runs already.
     void arm(unsigned milliseconds);
@@ -65,7 +65,7 @@ class Timer
     bool armed() const { return armed_; }
 
   private:
-    EventLoop *loop_ = nullptr;
+    PlatformLoop *loop_ = nullptr;
     Descriptor fd_;
     bool armed_ = false;
 };

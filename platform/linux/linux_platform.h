@@ -6,7 +6,7 @@
 #include "addressing.h"
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
-#include "core/event_loop.h"
+#include "core/platform_loop.h"
 #include "core/mirror.h"
 #include "core/proc_file.h"
 #include "core/uptime.h"
@@ -38,12 +38,12 @@ struct Settings {
     bool ipv4Accounting = false; // counts IPv4 traffic by interface, with a table in the packet filter
 };
 
-class Platform
+class LinuxPlatform
 {
   public:
-    Platform() = default;
-    Platform(const Platform &) = delete;
-    Platform &operator=(const Platform &) = delete;
+    LinuxPlatform() = default;
+    LinuxPlatform(const LinuxPlatform &) = delete;
+    LinuxPlatform &operator=(const LinuxPlatform &) = delete;
 
     // What the command line says, before the start. The answer, when it is wrong, is one line for the user.
     std::string takeArgument(const char *argument);
@@ -82,7 +82,7 @@ class Platform
     std::string followIpv4() { return followRows(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_NEIGHBOURS); }
     std::string followRows(std::uint32_t rows) { return ipv4_.follow(rows, loop_, receiveBuffer_); }
     std::string followRoutes() { return ipv4_.followRoutes(loop_, receiveBuffer_); }
-    EventLoop &loop() { return loop_; }
+    PlatformLoop &loop() { return loop_; }
     Ipv4 &ipv4() { return ipv4_; }
     // For tables outside the module.
     IpRows &ip() { return ip_; }
@@ -126,7 +126,7 @@ class Platform
     void forgetLink(std::uint32_t ifIndex);
 
     // In the order in which they depend on each other: the loop outlives what it watches.
-    EventLoop loop_;
+    PlatformLoop loop_;
     DumpQueue dumps_;
     DumpQueue routeDumps_; // of their own: other tables need not wait for a million routes
     LinkTable links_;
@@ -155,12 +155,12 @@ class Platform
 };
 
 // The platform that serves now; null before start and after stop, and then every service fails.
-inline Platform *serving = nullptr;
-inline Platform *running()
+inline LinuxPlatform *serving = nullptr;
+inline LinuxPlatform *running()
 {
     return serving;
 }
-inline void setRunning(Platform *platform)
+inline void setRunning(LinuxPlatform *platform)
 {
     serving = platform;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The library's transports connect while everything else waits, and keep the reason of a failure to themselves.
 
-#include "agent/agentx/address.h"
+#include "agent/agentx/master_address.h"
 
 #include "host/command_line.h"
 
@@ -60,11 +60,11 @@ Begun beginToConnect(const Place &place)
     return {descriptor, connected};
 }
 
-Address parseAddress(const std::string &text)
+MasterAddress parseAddress(const std::string &text)
 {
     const auto fail = [&](const char *what) { throw host::UsageError("-x " + text + ": " + what); };
     const auto follows = [&](const char *start) { return text.starts_with(start); };
-    Address address;
+    MasterAddress address;
     address.text = text;
     if (follows("/") || follows("unix:")) {
         address.path = follows("/") ? text : text.substr(text.find(':') + 1);
@@ -100,7 +100,7 @@ Address parseAddress(const std::string &text)
     return address;
 }
 
-std::optional<Place> placeWithoutLookup(const Address &address)
+std::optional<Place> placeWithoutLookup(const MasterAddress &address)
 {
     Place place{};
     if (address.isLocal()) {

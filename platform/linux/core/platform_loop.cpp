@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the platform waits for, behind one descriptor that the host's own event loop watches.
-#include "core/event_loop.h"
+#include "core/platform_loop.h"
 
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
@@ -11,19 +11,19 @@
 namespace ipmib::platform
 {
 
-bool EventLoop::open()
+bool PlatformLoop::open()
 {
     epoll_ = Descriptor(epoll_create1(EPOLL_CLOEXEC));
     return static_cast<bool>(epoll_);
 }
 
-void EventLoop::close()
+void PlatformLoop::close()
 {
     watches_.clear();
     epoll_.reset();
 }
 
-bool EventLoop::watch(int fd, Work work, Handler handler)
+bool PlatformLoop::watch(int fd, Work work, Handler handler)
 {
     epoll_event event{};
     event.events = EPOLLIN;
@@ -35,14 +35,14 @@ bool EventLoop::watch(int fd, Work work, Handler handler)
     return true;
 }
 
-void EventLoop::forget(int fd)
+void PlatformLoop::forget(int fd)
 {
     if (watches_.erase(fd) != 0) {
         epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, fd, nullptr);
     }
 }
 
-void EventLoop::run(bool background)
+void PlatformLoop::run(bool background)
 {
     packetWaits_ = !background;
     std::array<epoll_event, 32> events;
@@ -59,11 +59,11 @@ void EventLoop::run(bool background)
     }
 }
 
-bool Timer::open(EventLoop &loop, EventLoop::Handler handler)
+bool Timer::open(PlatformLoop &loop, PlatformLoop::Handler handler)
 {
     fd_ = Descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     loop_ = &loop;
-    return fd_ && loop.watch(fd_.get(), EventLoop::Work::background, [this, handler = std::move(handler)] {
+    return fd_ && loop.watch(fd_.get(), PlatformLoop::Work::background, [this, handler = std::move(handler)] {
         std::uint64_t expirations;
         if (read(fd_.get(), &expirations, sizeof expirations) == sizeof expirations) {
             armed_ = false;

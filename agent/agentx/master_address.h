@@ -10,7 +10,7 @@
 namespace ipmib::agent::agentx
 {
 
-struct Address {
+struct MasterAddress {
     std::string text; // as it was written
     std::string path; // of a local socket; else
     std::string host;
@@ -21,7 +21,7 @@ struct Address {
 };
 
 // Throws host::UsageError.
-Address parseAddress(const std::string &text);
+MasterAddress parseAddress(const std::string &text);
 
 // The same for the kernel.
 struct Place {
@@ -30,7 +30,7 @@ struct Place {
 };
 
 // Nothing where a name must be looked up first.
-std::optional<Place> placeWithoutLookup(const Address &address);
+std::optional<Place> placeWithoutLookup(const MasterAddress &address);
 
 // A socket that does not block, with its connection under way or made.
 struct Begun {
