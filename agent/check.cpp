@@ -2,7 +2,7 @@
 // As a sub-agent it claims the tables as always, since an agent tells what it serves in no other way, and leaves at
 // once. What the master asks meanwhile is answered.
 
-#include "check.h"
+#include "run_modes.h"
 
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
@@ -11,7 +11,6 @@
 #include "event_loop.h"
 #include "net_snmp.h"
 #include "ownership_report.h"
-#include "platform_events.h"
 #include "route_limit.h"
 #include "snmp_library.h"
 #include "system_group.h"

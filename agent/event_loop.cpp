@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Waits with the library's own select, in which its sessions, registered descriptors and alarms meet.
-
 #include "event_loop.h"
 
 #include "datagrams.h"
 #include "log.h"
-#include "service_watchdog.h"
+#include "net_snmp.h"
+#include "service_manager.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -17,7 +17,6 @@
 
 namespace ipmib::agent
 {
-
 namespace
 {
 
@@ -119,6 +118,22 @@ void EventLoop::wait()
     }
     run_alarms();
     netsnmp_check_outstanding_agent_requests();
+}
+
+PlatformEvents::PlatformEvents(const IpmibPlatformHooks *platform)
+{
+    if (platform != nullptr && platform->descriptor != nullptr && (descriptor_ = platform->descriptor()) >= 0) {
+        register_readfd(
+            descriptor_, [](int, void *hooks) { static_cast<const IpmibPlatformHooks *>(hooks)->dispatch(); },
+            const_cast<IpmibPlatformHooks *>(platform));
+    }
+}
+
+PlatformEvents::~PlatformEvents()
+{
+    if (descriptor_ >= 0) {
+        unregister_readfd(descriptor_);
+    }
 }
 
 } // namespace ipmib::agent

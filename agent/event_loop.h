@@ -4,6 +4,8 @@
 
 #include "net_snmp.h"
 
+#include <ipmib/platform_hooks.h>
+
 #include <functional>
 
 namespace ipmib::agent
@@ -33,6 +35,19 @@ class EventLoop
     int signals_;
     bool stopping_ = false;
     bool reloading_ = false;
+};
+
+class PlatformEvents
+{
+  public:
+    // Null stands for a platform that needs no driving.
+    explicit PlatformEvents(const IpmibPlatformHooks *platform);
+    ~PlatformEvents();
+    PlatformEvents(const PlatformEvents &) = delete;
+    PlatformEvents &operator=(const PlatformEvents &) = delete;
+
+  private:
+    int descriptor_ = -1;
 };
 
 } // namespace ipmib::agent

@@ -3,9 +3,9 @@
 
 #include "frontend.h"
 
+#include "event_loop.h"
 #include "held_questions.h"
 #include "packet.h"
-#include "platform_events.h"
 #include "stream_clients.h"
 #include "varbind.h"
 

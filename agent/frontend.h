@@ -13,8 +13,8 @@ namespace ipmib::agent
 class Frontend
 {
   public:
-    // Has the library wait for the platform's descriptor, too. The catalogue, whose tables are handed to it, must outlive
-    // the front end.
+    // Has the library wait for the platform's descriptor, too. The catalogue, whose tables are handed to it, must
+    // outlive the front end.
     explicit Frontend(host::Catalogue &catalogue);
     ~Frontend();
     Frontend(const Frontend &) = delete;

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ipmibd: serves the IP-MIB of this machine over SNMP.
 
-#include "check.h"
 #include "log.h"
 #include "options.h"
+#include "run_modes.h"
 #include "snmp_library.h"
-#include "standalone.h"
-#include "subagent.h"
 
 #include "support/printable.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Everything that can fail comes before the process lets go of its terminal and says that it is ready.
 
-#include "standalone.h"
+#include "run_modes.h"
 
 #include "agentx_master.h"
 #include "detachment.h"
@@ -15,7 +15,7 @@
 #include "pid_file.h"
 #include "route_limit.h"
 #include "serve_settings.h"
-#include "service_notify.h"
+#include "service_manager.h"
 #include "snmp_library.h"
 #include "stream_clients.h"
 #include "system_group.h"

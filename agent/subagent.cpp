@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The plug-in is loaded, and its mirrors are full, before the master hears of us.
 
-#include "subagent.h"
+#include "run_modes.h"
 
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
@@ -11,9 +11,8 @@
 #include "link_notifications.h"
 #include "net_snmp.h"
 #include "pid_file.h"
-#include "platform_events.h"
 #include "route_limit.h"
-#include "service_notify.h"
+#include "service_manager.h"
 #include "snmp_library.h"
 #include "system_group.h"
 

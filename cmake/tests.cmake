@@ -26,10 +26,23 @@ if(IPMIB_BUILD_TESTS)
   # An executable, because these are compiled with other flags than libraries.
   add_executable(ipmib_test_headers EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/empty.cpp)
   target_link_libraries(ipmib_test_headers PRIVATE ipmib_test_options GTest::gtest GTest::gtest_main)
-  target_precompile_headers(ipmib_test_headers PRIVATE
-      <gtest/gtest.h> <algorithm> <array> <chrono> <cstdint> <cstring> <fstream> <functional> <map> <optional> <random>
-      <set> <span> <sstream> <string> <vector>)
+  set(headers <algorithm> <array> <chrono> <cstdint> <cstring> <fstream> <functional> <map> <optional> <random> <set> <span>
+              <sstream> <string> <vector>)
+  target_precompile_headers(ipmib_test_headers PRIVATE <gtest/gtest.h> ${headers})
+
+  # Likewise for libraries.
+  add_library(ipmib_test_library_headers OBJECT ${PROJECT_BINARY_DIR}/empty.cpp)
+  target_link_libraries(ipmib_test_library_headers PRIVATE ipmib_test_options)
+  target_precompile_headers(ipmib_test_library_headers PRIVATE ${headers})
 endif()
+
+# ipmib_test_library(TARGET): a library of tests alone is compiled as tests are.
+function(ipmib_test_library target)
+  target_link_libraries(${target} PRIVATE ipmib_test_options)
+  if(IPMIB_BUILD_TESTS)
+    target_precompile_headers(${target} REUSE_FROM ipmib_test_library_headers)
+  endif()
+endfunction()
 
 # ipmib_test(NAME SOURCES... [LIBS...]): one GoogleTest program, each of its cases a ctest of its own.
 # With IPMIB_TEST_PROGRAMS, where a start is dear (sanitizers, emulation), the program is one ctest, and what became of each

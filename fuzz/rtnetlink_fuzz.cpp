@@ -28,7 +28,7 @@ class Tables
     Tables()
     {
         addresses_.onChange(
-            [this](const Address *before, const Address *now) { prefixes_.addressChanged(before, now); });
+            [this](const Ip6Address *before, const Ip6Address *now) { prefixes_.addressChanged(before, now); });
         anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
             prefixes_.update({ifIndex, address, 128});
         });
@@ -85,7 +85,7 @@ class Tables
             prefix = next;
         }
         PackedAddress last{};
-        while (const Address *address = addresses_.after(last)) {
+        while (const Ip6Address *address = addresses_.after(last)) {
             require(last < address->address && !address->address.isLinkLocal(), "addresses ascend");
             last = address->address;
         }

@@ -2,7 +2,7 @@
 // The reader of scenario files: any text gives a device whose rows ascend, or one line about a mistake.
 #include "bytes.h"
 
-#include "scenario/read_scenario.h"
+#include "scenario/read.h"
 #include "scenario/value.h"
 
 #include <sys/mman.h>

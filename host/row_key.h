@@ -2,16 +2,44 @@
 // The index of one row as values, and how it is written as, and read from, the sub-identifiers of an instance.
 #pragma once
 
-#include "index_part.h"
 #include "oid.h"
+
+#include <ipmib/mib_tree.h>
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <vector>
 
 namespace ipmib::host
 {
+
+struct IndexPart {
+    std::uint32_t parameter; // under which its value travels
+    std::uint32_t valueType; // VT_* in a reply
+    bool isOctets;
+    bool hasFixedLength; // octets without a length in front
+    // What rows may hold: the values of a number, the lengths of octets.
+    std::uint32_t low;
+    std::uint32_t high;
+    bool isObjectId = false; // an identifier, of at most maxIndexIds sub-identifiers, with their number in front
+};
+
+inline constexpr std::size_t maxIndexParts = 8;
+inline constexpr std::size_t maxIndexIds = 32;
+
+using IndexParts = std::vector<IndexPart>;
+
+// Empty when the object's syntax cannot be part of an index.
+std::optional<IndexPart> indexPart(const MibTreeNode &column);
+
+// The columns of an index list.
+inline std::span<const MibTreeNode *const> columnsOf(const MibIndexList &list)
+{
+    return {list.ppstColumns, list.ulCount};
+}
 
 // The values of all parts of an index. It holds any key of maxIndexParts parts, without allocation.
 class RowKey

@@ -10,14 +10,21 @@ add_library(ipmib_host_testing STATIC
     testing/packets.cpp
     testing/sorted_table.cpp
     testing/test_tree.cpp)
-target_link_libraries(ipmib_host_testing PRIVATE ipmib_test_options PUBLIC ipmib_host GTest::gtest)
+target_link_libraries(ipmib_host_testing PUBLIC ipmib_host GTest::gtest)
+ipmib_test_library(ipmib_host_testing)
+
+# A device's rows, for the scripted platform, which whoever links this links behind it.
+add_library(ipmib_scripted_device STATIC testing/device.cpp testing/identifiers.cpp)
+target_include_directories(ipmib_scripted_device PUBLIC ${PROJECT_SOURCE_DIR} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+target_link_libraries(ipmib_scripted_device PUBLIC ipmib_contract)
+ipmib_test_library(ipmib_scripted_device)
 
 ipmib_test(host_property_test SOURCES merged_property_test.cpp resolver_property_test.cpp LIBS ipmib_host_testing)
 
 # The module in the same program, over the scripted platform; its message layer is the host's.
 ipmib_test(host_whole_module_test
-    SOURCES whole_module_test.cpp testing/device.cpp
-    LIBS ipmib_host_testing ipmib_host ipmib_module_objects ipmib_scripted)
+    SOURCES whole_module_test.cpp
+    LIBS ipmib_host_testing ipmib_host ipmib_module_objects ipmib_scripted_device ipmib_scripted)
 ipmib_test(host_unit_test
     SOURCES
     allocation_test.cpp
@@ -56,13 +63,11 @@ host_test_plugin(module_without_tree module.cpp WITHOUT_TREE)
 host_test_plugin(module_without_callback module.cpp WITHOUT_CALLBACK)
 host_test_plugin(module_broken_tree module.cpp WITH_BROKEN_TREE)
 host_test_plugin(platform_scripted scripted_device.cpp)
-target_sources(platform_scripted PRIVATE testing/device.cpp testing/identifiers.cpp)
-target_include_directories(platform_scripted PRIVATE ${PROJECT_SOURCE_DIR})
-target_link_libraries(platform_scripted PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,ipmib_scripted>)
+target_link_libraries(platform_scripted PRIVATE ipmib_scripted_device $<LINK_LIBRARY:WHOLE_ARCHIVE,ipmib_scripted>)
 
 ipmib_test(host_plugin_test
-    SOURCES plugin_test.cpp testing/device.cpp
-    LIBS ipmib_host_testing ipmib_host ipmib_scripted)
+    SOURCES plugin_test.cpp
+    LIBS ipmib_host_testing ipmib_host ipmib_scripted_device ipmib_scripted)
 target_compile_definitions(host_plugin_test PRIVATE
     IPMIB_TEST_PLUGINS="${plugins}" IPMIB_LIBRARY="$<TARGET_FILE:ipmib>")
 add_dependencies(host_plugin_test ipmib ${host_test_plugins})

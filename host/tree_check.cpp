@@ -2,8 +2,8 @@
 // The rules that the resolver relies on, checked in one walk over the tree.
 #include "tree_check.h"
 
-#include "index_part.h"
 #include "oid.h"
+#include "row_key.h"
 
 #include <algorithm>
 #include <vector>

@@ -2,9 +2,9 @@
 // The served part of a tree, flat and in identifier order: what an identifier names is found by a binary search.
 #pragma once
 
-#include "index_part.h"
 #include "oid.h"
 #include "row_cursors.h"
+#include "row_key.h"
 
 #include <ipmib/mib_tree.h>
 

@@ -2,8 +2,8 @@
 // A stream of AgentX messages to and from a master, in the library's wait. Nothing here ever blocks.
 #pragma once
 
-#include "agent/agentx/master_address.h"
 #include "agent/agentx/codec.h"
+#include "agent/agentx/master_address.h"
 #include "agent/agentx/name_lookup.h"
 
 #include <functional>

@@ -4,7 +4,9 @@
 
 #include <endian.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace ipmib::platform
 {
@@ -17,6 +19,21 @@ constexpr std::uint64_t linkLocalEnd = 0xfebf'ffff'ffff'ffff;
 const Neighbour *onInterface(std::uint32_t ifIndex, const Neighbour *row)
 {
     return row != nullptr && row->ifIndex == ifIndex ? row : nullptr;
+}
+
+std::uint32_t typeOf(const Neighbour &neighbour)
+{
+    const bool unresolved = neighbour.state == NeighbourState::invalid || neighbour.state == NeighbourState::incomplete;
+    switch (neighbour.type) {
+    case NeighbourType::fixed:
+        return IPMIB_MEDIA_STATIC;
+    case NeighbourType::dynamic:
+        return unresolved ? IPMIB_MEDIA_INVALID : IPMIB_MEDIA_DYNAMIC;
+    case NeighbourType::invalid:
+        return IPMIB_MEDIA_INVALID;
+    default:
+        return IPMIB_MEDIA_OTHER;
+    }
 }
 
 } // namespace
@@ -60,6 +77,19 @@ NeighbourEntry entryOf(const Neighbour &neighbour)
     entry.state = ipmib_be32(static_cast<std::uint32_t>(neighbour.state));
     entry.last_updated_s = ipmib_be32(neighbour.lastUpdatedS);
     return entry;
+}
+
+void describe(const Neighbour &neighbour, IpmibIpv4Neighbour &row)
+{
+    row = IpmibIpv4Neighbour{};
+    row.if_index = neighbour.ifIndex;
+    row.address = static_cast<std::uint32_t>(neighbour.low);
+    row.type = typeOf(neighbour);
+    const auto isZero = [](std::uint8_t octet) { return octet == 0; };
+    if (!std::all_of(std::begin(neighbour.linkLayer), std::end(neighbour.linkLayer), isZero)) {
+        row.link_layer_size = sizeof neighbour.linkLayer;
+        std::memcpy(row.link_layer, neighbour.linkLayer, sizeof neighbour.linkLayer);
+    }
 }
 
 } // namespace ipmib::platform

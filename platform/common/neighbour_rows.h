@@ -4,6 +4,7 @@
 
 #include "ordered_table.h"
 
+#include <ipmib/platform_ipv4.h>
 #include <ipmib/records.h>
 
 #include <compare>
@@ -62,5 +63,13 @@ const Neighbour *afterGlobal(const NeighbourRows &rows, const NeighbourKey &key)
 const Neighbour *afterLinkLocal(const NeighbourRows &rows, const NeighbourKey &key);
 
 NeighbourEntry entryOf(const Neighbour &neighbour);
+
+inline NeighbourKey ipv4Neighbour(std::uint32_t ifIndex, std::uint32_t address)
+{
+    return {ifIndex, 0, address};
+}
+
+// As ipNetToMediaTable shows it, which has no column for the state: what has not been resolved is invalid there.
+void describe(const Neighbour &neighbour, IpmibIpv4Neighbour &row);
 
 } // namespace ipmib::platform

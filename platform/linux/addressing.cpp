@@ -2,7 +2,7 @@
 // The IPv6 addresses, prefixes and default routers of this network namespace, as services see them.
 #include "addressing.h"
 
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <linux/rtnetlink.h>
 
@@ -26,7 +26,8 @@ std::string Addressing::start(PlatformLoop &loop, int receiveBuffer)
 void Addressing::connect()
 {
     constexpr std::uint8_t wholeAddress = 128;
-    addresses_.onChange([this](const Ip6Address *before, const Ip6Address *now) { prefixes_.addressChanged(before, now); });
+    addresses_.onChange(
+        [this](const Ip6Address *before, const Ip6Address *now) { prefixes_.addressChanged(before, now); });
     anycasts_.onChange([this](const PackedAddress &address, std::uint32_t ifIndex) {
         prefixes_.update({ifIndex, address, wholeAddress});
     });

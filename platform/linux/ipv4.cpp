@@ -2,7 +2,7 @@
 // The IPv4 addresses, routes and neighbours of this network namespace: mirrors that somebody has to ask for.
 #include "ipv4.h"
 
-#include "ipv4_neighbour.h"
+#include "neighbour_rows.h"
 
 namespace ipmib::platform
 {

@@ -2,9 +2,12 @@
 // The one Linux platform of a process: every mirror, reader and timer, from start to stop.
 #include "linux_platform.h"
 
-#include "core/boot_time.h"
+#include "core/hooks.h"
 #include "core/log.h"
+#include "core/uptime.h"
 #include "links/interface_row.h"
+
+#include <ipmib/contract_note.h>
 
 #include <cerrno>
 #include <cstring>
@@ -197,3 +200,9 @@ std::uint32_t LinuxPlatform::hopLimit()
 }
 
 } // namespace ipmib::platform
+
+IPMIB_CONTRACT_NOTE;
+
+// What the host calls to drive the platform.
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks =
+    ipmib::platform::Hooks<ipmib::platform::LinuxPlatform>::record();

@@ -2,8 +2,8 @@
 // For tests: the platform started in a network namespace, and driven as a host drives it.
 #pragma once
 
-#include "netns/namespace.h"
 #include "linux_platform.h"
+#include "netns/namespace.h"
 
 #include <poll.h>
 

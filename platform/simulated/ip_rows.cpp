@@ -2,7 +2,7 @@
 // A simulated device's rows as platform_ip.h has them.
 #include "ip_rows.h"
 
-#include "ipv4_neighbour.h"
+#include "neighbour_rows.h"
 
 #include <algorithm>
 #include <iterator>

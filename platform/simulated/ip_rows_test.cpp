@@ -2,7 +2,7 @@
 // Rows beside those that the module asks for: IPv4, the transport layer, how interfaces are stacked.
 #include "ip_rows.h"
 
-#include "scenario/read_scenario.h"
+#include "scenario/read.h"
 #include "test_scenario.h"
 
 #include <gtest/gtest.h>

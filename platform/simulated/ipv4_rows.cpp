@@ -2,7 +2,7 @@
 // A simulated device's IPv4 rows at this moment, as the agent's IPv4 tables want them.
 #include "ipv4_rows.h"
 
-#include "ipv4_neighbour.h"
+#include "neighbour_rows.h"
 
 namespace ipmib::simulated
 {

@@ -2,8 +2,11 @@
 // The one simulated platform of a process: a device, and the clock by which it lives.
 #include "simulated_platform.h"
 
+#include "core/hooks.h"
 #include "core/log.h"
-#include "scenario/read_scenario.h"
+#include "scenario/read.h"
+
+#include <ipmib/contract_note.h>
 
 #include <algorithm>
 #include <charconv>
@@ -157,3 +160,9 @@ std::uint64_t SimulatedPlatform::interfacesChangedMs() const
 }
 
 } // namespace ipmib::simulated
+
+IPMIB_CONTRACT_NOTE;
+
+// What the host calls to drive the platform.
+extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks =
+    ipmib::platform::Hooks<ipmib::simulated::SimulatedPlatform>::record();

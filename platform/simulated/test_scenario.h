@@ -2,7 +2,7 @@
 // For tests: scenarios as text, read into a device or put to the services at a given time.
 #pragma once
 
-#include "scenario/read_scenario.h"
+#include "scenario/read.h"
 
 #include <ipmib/platform_hooks.h>
 

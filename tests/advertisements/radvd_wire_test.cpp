@@ -6,6 +6,8 @@
 #include "netns/process.h"
 #include "programs.h"
 
+#include <nlohmann/json.hpp>
+
 #include <filesystem>
 #include <fstream>
 #include <map>

@@ -2,6 +2,8 @@
 // `ipmibctl show addresses` and `show routers` say what `ip -6 address` and `ip -6 route` say.
 #include "netns/namespace.h"
 
+#include <nlohmann/json.hpp>
+
 #include <map>
 #include <set>
 #include <string>

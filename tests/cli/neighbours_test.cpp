@@ -2,6 +2,8 @@
 // `ipmibctl show neighbours` says what `ip -6 neigh` says, field by field.
 #include "netns/namespace.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <chrono>
 #include <map>

@@ -3,6 +3,8 @@
 
 #include "e2e/agent_under_test.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <csignal>
 #include <map>

@@ -4,6 +4,8 @@
 #include "e2e/agent_under_test.h"
 #include "e2e/rows.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <map>
 

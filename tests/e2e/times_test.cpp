@@ -3,6 +3,8 @@
 
 #include "e2e/master_under_test.h"
 
+#include <nlohmann/json.hpp>
+
 #include <map>
 
 namespace ipmib::e2e

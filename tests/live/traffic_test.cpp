@@ -4,6 +4,7 @@
 #include "live_agent.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <set>
 #include <sstream>

@@ -3,6 +3,8 @@
 #include "host/plugin.h"
 #include "netns/namespace.h"
 
+#include <nlohmann/json.hpp>
+
 #include <arpa/inet.h>
 
 #include <array>

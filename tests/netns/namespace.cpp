@@ -2,6 +2,8 @@
 // A network namespace that lives as long as the test that made it.
 #include "netns/namespace.h"
 
+#include <nlohmann/json.hpp>
+
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/wait.h>

@@ -2,7 +2,7 @@
 // The catalogue's objects by region.
 #include "objects.h"
 
-#include "host/index_part.h"
+#include "host/row_key.h"
 
 #include <ipmib/module.h>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "portcheck.h"
-#include "watch.h"
+#include "checker.h"
 
 namespace ipmib::portcheck
 {

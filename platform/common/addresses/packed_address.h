@@ -44,4 +44,17 @@ struct PackedAddress {
     static std::uint64_t upper(unsigned bits) { return bits == 0 ? 0 : bits >= 64 ? ~0ull : ~(~0ull >> bits); }
 };
 
+struct PrefixKey {
+    std::uint32_t ifIndex;
+    PackedAddress prefix;
+    std::uint8_t length; // bits; more than 128 in a key stands behind every length that there is
+
+    static PrefixKey of(std::uint32_t ifIndex, const PackedAddress &address, unsigned length)
+    {
+        return {ifIndex, address.masked(length), static_cast<std::uint8_t>(length)};
+    }
+
+    friend auto operator<=>(const PrefixKey &, const PrefixKey &) = default;
+};
+
 } // namespace ipmib::platform

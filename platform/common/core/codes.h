@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The numbers that arguments and records of services carry.
+// The numbers that arguments, records and results of services carry.
 #pragma once
+
+#include <ipmib/message.h>
 
 #include <cstdint>
 
@@ -46,5 +48,9 @@ enum : std::uint32_t { gatewayClassLinkLocal = 2, gatewayClassGlobal = 14 };
 enum : std::uint32_t { neighboursGlobal = 1, neighboursLinkLocal = 2 };
 
 inline constexpr std::uint32_t infiniteLifetime = 0xFFFFFFFF; // seconds
+
+constexpr std::uint32_t success = 0;
+constexpr std::uint32_t notFound = RC_NOT_FOUND;
+constexpr std::uint32_t noMore = RC_NO_MORE;
 
 } // namespace ipmib::platform

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "addresses/deadline.h"
-#include "addresses/prefix_key.h"
+#include "addresses/packed_address.h"
 
 #include <libmnl/libmnl.h>
 #include <linux/if_addr.h>
@@ -43,5 +43,18 @@ struct Anycast {
 
 // Of an answer to RTM_GETANYCAST; false when it is not about an IPv6 anycast address.
 bool parseAnycast(const nlmsghdr &message, Anycast &anycast);
+
+enum class AddressOrigin {
+    manual,
+    leased,         // from a DHCP server
+    autoconfigured, // formed from an advertised prefix, or by the kernel on the link itself
+    temporary,      // the same with a random identifier
+    unknown,
+};
+
+AddressOrigin originOf(const Ip6Address &address);
+
+// Whether the last 64 bits are made from a link-layer address of 6 bytes.
+bool hasIdentifierOf(const PackedAddress &address, const std::uint8_t *linkLayer);
 
 } // namespace ipmib::platform

@@ -2,7 +2,7 @@
 // The IPv6 addresses of this network namespace: the link-local ones by interface, all others by address.
 #include "addresses/address_table.h"
 
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <linux/if_addr.h>
 

@@ -2,7 +2,7 @@
 // What the addresses with a prefix say of it, counted.
 #include "addresses/address_tally.h"
 
-#include "addresses/address_origin.h"
+#include "addresses/address_message.h"
 
 namespace ipmib::platform
 {

@@ -4,7 +4,7 @@
 
 #include "addresses/address_message.h"
 #include "core/attributes.h"
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>

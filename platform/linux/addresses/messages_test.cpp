@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What is read from the kernel's messages about addresses, routes and prefixes, and from messages that are none.
-#include "addresses/address_origin.h"
+#include "addresses/address_message.h"
 #include "addresses/test_messages.h"
 #include "routes/nexthop_table.h"
 #include "routes/route_message.h"

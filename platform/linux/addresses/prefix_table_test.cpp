@@ -5,7 +5,7 @@
 
 #include "addresses/address_table.h"
 #include "addresses/test_messages.h"
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <random>
 #include <tuple>

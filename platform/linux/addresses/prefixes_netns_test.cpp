@@ -6,6 +6,7 @@
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <map>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Names, values, defaults and limits of radvd's interface options.
-#include "advertisements/radvd_options.h"
+#include "advertisements/radvd_conf.h"
 
 #include <algorithm>
 #include <cctype>

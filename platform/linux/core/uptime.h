@@ -1,12 +1,34 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Times of rows: what happened at a moment of the kernel's clock is told as a value of sysUpTime, and what was there
-// before sysUpTime began as 0.
+// The clocks of the platform, and times of rows: what happened at a moment of the kernel's clock is told as a value of
+// sysUpTime, and what was there before sysUpTime began as 0.
 #pragma once
 
-#include "core/boot_time.h"
+#include <cstdint>
+#include <ctime>
 
 namespace ipmib::platform
 {
+
+inline std::uint64_t millisecondsSinceBoot()
+{
+    timespec now{};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+}
+
+// Whole seconds since boot.
+inline std::uint32_t secondsSinceBoot()
+{
+    return static_cast<std::uint32_t>(millisecondsSinceBoot() / 1'000);
+}
+
+// Of the clock that stands still while the machine sleeps, by which an SNMP agent measures its own uptime.
+inline std::uint64_t monotonicMilliseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+}
 
 class Uptime
 {

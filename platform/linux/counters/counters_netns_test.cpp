@@ -8,6 +8,7 @@
 #include <ipmib/platform.h>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <map>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// A link as the interface tables show it.
+// What other tables than the module's show of a link, and the type code under which it can be selected.
 #pragma once
 
 #include "links/link_table.h"
@@ -8,6 +8,9 @@
 
 namespace ipmib::platform
 {
+
+// One of the 36 codes of the standard selection, so that every interface can be selected.
+std::uint8_t typeCode(const Link &link);
 
 // All but the speed. Texts are those of the link.
 void describe(const Link &link, IpmibInterface &interface);

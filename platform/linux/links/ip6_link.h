@@ -5,6 +5,7 @@
 
 #include "core/rtnetlink.h"
 #include "counters/counter_layout.h"
+#include "links/link_table.h"
 
 #include <net/if.h>
 
@@ -80,5 +81,11 @@ class Ip6LinkReader
     bool askedForAll_ = false;     // in this packet
     std::uint64_t kernelReads_ = 0;
 };
+
+using InterfaceIdentifier = std::array<std::uint8_t, 8>;
+
+// From the token that the administrator set, else from the link-local address (16 bytes, null when there is none), else
+// from the link-layer address. All zero for a link that has none of them yet.
+InterfaceIdentifier interfaceIdentifier(const Link &link, const Ip6Link &ip6, const std::uint8_t *linkLocal);
 
 } // namespace ipmib::platform

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What is read from messages about links, from well-formed and from malformed ones; type codes; interface identifiers.
-#include "links/interface_identifier.h"
 #include "links/interface_row.h"
+#include "links/ip6_link.h"
 #include "links/link_traffic.h"
-#include "links/link_type.h"
 
 #include <gtest/gtest.h>
 

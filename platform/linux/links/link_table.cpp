@@ -3,8 +3,8 @@
 #include "links/link_table.h"
 
 #include "core/attributes.h"
-#include "core/boot_time.h"
-#include "links/link_type.h"
+#include "core/uptime.h"
+#include "links/interface_row.h"
 
 #include <linux/if.h>
 #include <linux/if_link.h>

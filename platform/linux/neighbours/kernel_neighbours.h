@@ -1,14 +1,26 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Single questions about the kernel's neighbour cache.
+// Neighbours as the kernel tells them: what a message says, and single entries when they are asked for.
 #pragma once
 
 #include "core/rtnetlink.h"
-#include "neighbours/neighbour.h"
+#include "neighbour_rows.h"
 
+#include <libmnl/libmnl.h>
+
+#include <cstdint>
 #include <optional>
 
 namespace ipmib::platform
 {
+
+enum class NeighbourNews { ignored, present, gone };
+
+// Bytes of an address of AF_INET6 or AF_INET.
+std::size_t addressSize(std::uint8_t family);
+
+// What a message says of neighbours in the family AF_INET6 or AF_INET. `ignored` is about something that is no such
+// neighbour of ours; `gone` leaves only the key.
+NeighbourNews readNeighbour(const nlmsghdr &message, std::uint8_t family, std::uint64_t nowMs, Neighbour &neighbour);
 
 // How many entries the kernel has made and destroyed since boot, in all network namespaces.
 struct NeighbourEntryCounts {

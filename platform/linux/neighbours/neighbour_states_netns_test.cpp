@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Each kind of neighbour and each kind of change, against the kernel's own list.
-#include "core/boot_time.h"
+#include "core/uptime.h"
 #include "neighbours/neighbour_testing.h"
 
 namespace ipmib::platform

@@ -2,7 +2,7 @@
 // The neighbours of one address family in this network namespace, by interface and address.
 #include "neighbours/neighbour_table.h"
 
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <linux/neighbour.h>
 #include <sys/socket.h>

@@ -4,7 +4,6 @@
 
 #include "core/mirror.h"
 #include "neighbours/kernel_neighbours.h"
-#include "neighbours/neighbour.h"
 
 namespace ipmib::platform
 {

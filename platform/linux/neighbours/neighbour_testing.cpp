@@ -2,6 +2,8 @@
 // For tests: what the services say of neighbours, and what the kernel's own tool says, in one form.
 #include "neighbours/neighbour_testing.h"
 
+#include <nlohmann/json.hpp>
+
 #include <arpa/inet.h>
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 // The forwarding table of one version of IP: how routes come, change and go.
 #include "routes/forwarding_table.h"
 
-#include "core/boot_time.h"
 #include "core/log.h"
+#include "core/uptime.h"
 
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>

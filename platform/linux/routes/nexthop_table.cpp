@@ -3,7 +3,7 @@
 #include "routes/nexthop_table.h"
 
 #include "core/attributes.h"
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <arpa/inet.h>
 #include <linux/nexthop.h>

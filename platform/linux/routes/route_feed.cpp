@@ -3,7 +3,7 @@
 #include "routes/route_feed.h"
 
 #include "core/attributes.h"
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <linux/fib_rules.h>
 #include <linux/if.h>

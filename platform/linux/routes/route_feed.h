@@ -32,7 +32,7 @@ class RouteConsumer
 
     virtual ~RouteConsumer() = default;
 
-    // As `fill`, `sweep` and `apply` of KernelTable.
+    // As `applyDump`, `sweep` and `applyChange` of KernelTable.
     virtual void fillRoute(const Route &route, Generation generation) = 0;
     virtual bool sweepRoutes(Generation generation) = 0;
     virtual void applyNews(const RouteNews &news) = 0;

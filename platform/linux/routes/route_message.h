@@ -3,7 +3,7 @@
 #pragma once
 
 #include "addresses/deadline.h"
-#include "addresses/prefix_key.h"
+#include "addresses/packed_address.h"
 
 #include <libmnl/libmnl.h>
 #include <sys/socket.h>

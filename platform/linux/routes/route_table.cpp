@@ -2,7 +2,7 @@
 // What the routing tables tell of prefixes and default routers: the on-link routes and the default routes.
 #include "routes/route_table.h"
 
-#include "core/boot_time.h"
+#include "core/uptime.h"
 
 #include <linux/rtnetlink.h>
 

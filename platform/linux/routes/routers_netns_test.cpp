@@ -5,6 +5,7 @@
 #include "test_platform.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <map>
 #include <set>

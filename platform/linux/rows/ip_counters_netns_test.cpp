@@ -6,6 +6,7 @@
 #include <ipmib/platform.h>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <map>
 #include <set>

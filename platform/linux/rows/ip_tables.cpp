@@ -2,7 +2,7 @@
 // What tables outside the module say of IP on this system: addresses, prefixes, neighbours and routers of IPv4.
 #include "linux_platform.h"
 
-#include "ipv4_neighbour.h"
+#include "neighbour_rows.h"
 
 #include <linux/if_addr.h>
 #include <linux/rtnetlink.h>

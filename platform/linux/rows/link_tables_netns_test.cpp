@@ -4,6 +4,7 @@
 #include "test_platform.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <set>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // IPv6 addresses: the global ones by address, and the main link-local one of each interface.
-#include "addresses/address_origin.h"
+#include "addresses/address_message.h"
 #include "services/service.h"
 
 #include <linux/if_addr.h>
@@ -87,7 +87,8 @@ const Anycast *shown(LinuxPlatform &platform, const Anycast *anycast, const Ip6A
 }
 
 // One row for each address, so that of an address that is both, the unicast one counts.
-uint32_t fillLower(LinuxPlatform &platform, const Ip6Address *address, const Anycast *anycast, FullAddressRecord *record)
+uint32_t fillLower(LinuxPlatform &platform, const Ip6Address *address, const Anycast *anycast,
+                   FullAddressRecord *record)
 {
     if (address != nullptr && (anycast == nullptr || address->address <= anycast->address)) {
         fillUnicast(platform, *address, record);

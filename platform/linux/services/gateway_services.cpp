@@ -62,8 +62,8 @@ uint32_t IP6Mib_GetNextGatewayInVrf(uint32_t, uint32_t gateway_class, const Gate
     if (platform == nullptr || !readClass(gateway_class, of)) {
         return noMore;
     }
-    const Router *router =
-        platform->addressing().refreshedRouters().after(of, PackedAddress::of(key->address), ipmib_be32_get(key->if_index));
+    const Router *router = platform->addressing().refreshedRouters().after(of, PackedAddress::of(key->address),
+                                                                           ipmib_be32_get(key->if_index));
     return fillGateway(*platform, router, gateway);
 }
 

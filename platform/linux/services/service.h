@@ -3,7 +3,6 @@
 #pragma once
 
 #include "core/codes.h"
-#include "core/results.h"
 #include "linux_platform.h"
 
 #include <ipmib/platform.h>

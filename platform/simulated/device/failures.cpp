@@ -2,7 +2,7 @@
 // Which services there are, what they need, and which of them fail at what time.
 #include "device/failures.h"
 
-#include "core/results.h"
+#include "core/codes.h"
 
 #include <array>
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "addresses/packed_address.h"
-#include "addresses/prefix_key.h"
 #include "core/codes.h"
 #include "neighbour_rows.h"
 #include "ordered_table.h"

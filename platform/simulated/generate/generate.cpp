@@ -3,10 +3,8 @@
 // on it, has random numbers of its own, so that more of one does not change the others.
 #include "generate/generate.h"
 
-#include "generate/random_rows.h"
 #include "scenario/forms.h"
-#include "scenario/interface_types.h"
-#include "scenario/read_rows.h"
+#include "scenario/read.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Rows made of random numbers.
-#include "generate/random_rows.h"
+#include "generate/generate.h"
 
-#include "scenario/read_rows.h"
+#include "scenario/read.h"
 
 #include <algorithm>
 #include <string_view>

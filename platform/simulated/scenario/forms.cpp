@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace ipmib::simulated
@@ -170,6 +171,36 @@ std::uint32_t readLifetime(const Value &value, std::uint32_t longest)
     }
     constexpr Word words[] = {{"infinite", platform::infiniteLifetime}};
     return value.word(words);
+}
+
+Lifetime readRenewed(Object &object, const char *name, std::uint32_t longest)
+{
+    Lifetime lifetime;
+    if (const auto seconds = object.find(name)) {
+        lifetime.seconds = readLifetime(*seconds, longest);
+    }
+    lifetime.renewedEvery = object.number("renewed", 0, 1, UINT32_MAX);
+    return lifetime;
+}
+
+void readLifetimes(Object &object, Lifetime &valid, Lifetime &preferred)
+{
+    valid = readRenewed(object, "valid");
+    preferred = valid;
+    if (const auto said = object.find("preferred")) {
+        preferred.seconds = readLifetime(*said);
+        if (preferred.seconds > valid.seconds) {
+            said->fail("the preferred lifetime is not longer than the valid one");
+        }
+    }
+}
+
+void readLinkLayer(Object &object, Neighbour &neighbour)
+{
+    if (const auto mac = object.find("mac")) {
+        const Mac bytes = readMac(*mac);
+        std::copy(bytes.begin(), bytes.end(), neighbour.linkLayer);
+    }
 }
 
 } // namespace ipmib::simulated

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A JSON file as a document.
-#include "scenario/json_file.h"
+#include "scenario/read.h"
 
 #include "support/named_file.h"
 

@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Reads one interface of a scenario.
-#include "scenario/read_interface.h"
+#include "scenario/read.h"
 
 #include "scenario/forms.h"
-#include "scenario/interface_types.h"
-#include "scenario/read_ipv4.h"
-#include "scenario/read_rows.h"
-#include "scenario/row_parts.h"
 
 #include <ipmib/records.h>
 
@@ -16,6 +12,11 @@ namespace ipmib::simulated
 {
 namespace
 {
+
+constexpr Word types[] = {
+    {"ethernet", 6}, {"other", 1}, {"ppp", 23}, {"serial", 22}, {"slip", 28}, {"wifi", 71},
+};
+constexpr std::uint32_t usual = 6;
 
 constexpr std::uint32_t smallestMtu = 68; // of IPv4
 constexpr std::uint32_t smallestIp6Mtu = 1280;
@@ -152,6 +153,15 @@ void refuseIp6(Object &object)
 }
 
 } // namespace
+
+std::uint8_t readInterfaceType(Object &object)
+{
+    const auto type = object.find("type");
+    if (!type) {
+        return usual;
+    }
+    return static_cast<std::uint8_t>(type->isNumber() ? type->number(1, 255) : type->word(types));
+}
 
 void readInterface(const Value &value, Device &device)
 {

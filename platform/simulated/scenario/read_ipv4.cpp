@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Reads what a scenario says of IPv4: the same words as of IPv6, with the numbers of the tables' columns.
-#include "scenario/read_ipv4.h"
+#include "scenario/read.h"
 
 #include "scenario/forms.h"
-#include "scenario/row_parts.h"
 
 namespace ipmib::simulated
 {

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Reads the routes that a scenario lists or has made by the number.
-#include "scenario/read_routes.h"
+#include "scenario/read.h"
 
 #include "scenario/forms.h"
-#include "scenario/row_parts.h"
 
 #include <ipmib/big_endian.h>
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Reads what a scenario lists on an interface.
-#include "scenario/read_rows.h"
+#include "scenario/read.h"
 
 #include "scenario/forms.h"
-#include "scenario/row_parts.h"
 
 namespace ipmib::simulated
 {

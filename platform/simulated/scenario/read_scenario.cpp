@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Reads a scenario file: the device as a whole, and its interfaces one by one.
-#include "scenario/read_scenario.h"
+#include "scenario/read.h"
 
-#include "core/results.h"
+#include "core/codes.h"
 #include "generate/generate.h"
-#include "scenario/json_file.h"
-#include "scenario/read_interface.h"
-#include "scenario/read_ipv4.h"
-#include "scenario/read_routes.h"
 
 #include <nlohmann/json.hpp>
 

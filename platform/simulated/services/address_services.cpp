@@ -44,13 +44,15 @@ uint32_t IP6Mib_GetFirstAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetFirstAddrInVrf);
     // :: is nobody's address.
-    return call ? fillAddress(call.device(), call.device().addressAfter(PackedAddress{}), noMore, record) : call.result();
+    return call ? fillAddress(call.device(), call.device().addressAfter(PackedAddress{}), noMore, record)
+                : call.result();
 }
 
 uint32_t IP6Mib_GetNextAddrInVrf(uint32_t, uint32_t, FullAddressRecord *record)
 {
     const Call call(Service::IP6Mib_GetNextAddrInVrf);
-    return call ? fillAddress(call.device(), call.device().addressAfter(PackedAddress::of(record->address)), noMore, record)
+    return call ? fillAddress(call.device(), call.device().addressAfter(PackedAddress::of(record->address)), noMore,
+                              record)
                 : call.result();
 }
 

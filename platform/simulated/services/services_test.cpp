@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The services over a scenario: what they answer, and that each of them fails when it shall.
-#include "core/results.h"
+#include "core/codes.h"
 #include "test_scenario.h"
 
 #include <ipmib/platform.h>

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The notification protocol is one datagram to a socket that the environment names: too little for a library.
+// The notification protocol is one datagram to a socket that the environment names: too little for a library. The alarm
+// of the watchdog goes off at half of the manager's patience.
+#include "service_manager.h"
 
-#include "service_notify.h"
+#include "net_snmp.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -16,7 +18,6 @@
 
 namespace ipmib::agent
 {
-
 namespace
 {
 
@@ -73,6 +74,28 @@ std::chrono::microseconds watchdogPatience()
         return std::chrono::microseconds(0);
     }
     return std::chrono::microseconds(std::max(0LL, std::atoll(patience)));
+}
+
+ServiceWatchdog::ServiceWatchdog()
+{
+    const std::chrono::microseconds patience = watchdogPatience();
+    if (patience.count() == 0) {
+        return;
+    }
+    constexpr auto perSecond = std::chrono::microseconds(std::chrono::seconds(1)).count();
+    const auto half = patience.count() / 2;
+    timeval interval{};
+    interval.tv_sec = half / perSecond;
+    interval.tv_usec = half % perSecond;
+    alarm_ = snmp_alarm_register_hr(
+        interval, SA_REPEAT, [](unsigned, void *) { notifyAlive(); }, nullptr);
+}
+
+ServiceWatchdog::~ServiceWatchdog()
+{
+    if (alarm_ != 0) {
+        snmp_alarm_unregister(alarm_);
+    }
 }
 
 } // namespace ipmib::agent

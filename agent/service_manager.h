@@ -1,9 +1,21 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Tells a service manager, as often as it asked for, that the event loop still turns.
+// What a service manager is told: in what state this daemon is, and, as often as it asked for, that the event loop
+// still turns.
 #pragma once
+
+#include <chrono>
 
 namespace ipmib::agent
 {
+
+// Each does nothing when no service manager asked for it (NOTIFY_SOCKET).
+void notifyReady();
+void notifyReloading();
+void notifyStopping();
+void notifyAlive();
+
+// How long the manager waits for notifyAlive before it takes this process for dead; 0 when it does not wait for it.
+std::chrono::microseconds watchdogPatience();
 
 class ServiceWatchdog
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The messages that a service manager receives.
 
-#include "service_notify.h"
+#include "service_manager.h"
 
 #include <gtest/gtest.h>
 

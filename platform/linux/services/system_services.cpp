@@ -1,8 +1,30 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Traffic counters: of the system from /proc, of a link from netlink, each read once for a packet of requests.
+// Whether the IP services run, the time since boot, and traffic counters: of the system from /proc, of a link from
+// netlink, each read once for a packet of requests.
+#include "core/uptime.h"
 #include "services/service.h"
 
 using namespace ipmib::platform;
+
+uint32_t IP6_DaemonCheck(uint32_t)
+{
+    LinuxPlatform *platform = running();
+    return platform != nullptr && platform->systemCounters().available() ? success : notFound;
+}
+
+// No Linux with network namespaces is without IPv4.
+uint32_t IP_DaemonCheck(uint32_t)
+{
+    return running() != nullptr ? success : notFound;
+}
+
+uint32_t TIME_GetSystemBootTime(uint32_t *seconds, uint32_t *other)
+{
+    const LinuxPlatform *platform = running();
+    *seconds = platform != nullptr ? platform->now() : secondsSinceBoot();
+    *other = 0;
+    return success;
+}
 
 uint32_t IP6_GetMibStat(uint32_t, Ip6MibStat *stat)
 {

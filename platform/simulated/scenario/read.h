@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Readers of a scenario's parts: of the file, the device, an interface, and what is listed on it. All throw
+// ScenarioError.
+#pragma once
+
+#include "device/device.h"
+#include "scenario/value.h"
+
+#include <string>
+
+namespace ipmib::simulated
+{
+
+// Throws ScenarioError: "cannot read it: No such file or directory", "line 3, column 5: ...". A key that stands twice
+// in one object is an error.
+Json readJsonFile(const std::string &path);
+
+// Throws ScenarioError, with the name of the file in front.
+Device readScenario(const std::string &path);
+
+// Adds it to the device, with all that is listed on it.
+void readInterface(const Value &value, Device &device);
+
+// The member "type": a word, or the number of a type code.
+std::uint8_t readInterfaceType(Object &object);
+
+// "addresses", "prefixes", "neighbours" and "routers" of the interface.
+void readRows(Object &object, Interface &interface, Device &device);
+
+// An address that is complete, with its prefix on the interface. False when the device has it already.
+bool addAddress(const Address &address, Device &device);
+
+// Of an interface: whether IPv4 runs there, "ipv4Addresses", "ipv4Prefixes", "ipv4Neighbours", "ipv4Routers" and
+// "ipv4RetransmitTime".
+void readIpv4Of(Object &object, Interface &interface, Device &device);
+
+// Of the device: "forwarding", "defaultTtl", "reasmTimeout".
+void readIpv4Settings(const Value &value, IpmibIpSettings &settings);
+
+// A list of routes; the device has all its interfaces.
+void readRoutes(const Value &value, Device &device);
+
+} // namespace ipmib::simulated
