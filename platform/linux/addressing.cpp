@@ -2,6 +2,7 @@
 // The IPv6 addresses, prefixes and default routers of this network namespace, as services see them.
 #include "addressing.h"
 
+#include "core/dump_queue.h"
 #include "core/uptime.h"
 
 #include <linux/rtnetlink.h>

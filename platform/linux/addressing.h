@@ -5,6 +5,7 @@
 #include "addresses/address_table.h"
 #include "addresses/anycast_table.h"
 #include "addresses/prefix_table.h"
+#include "core/mirror.h"
 #include "counters/system_counters.h"
 #include "routes/route_table.h"
 #include "routes/router_list.h"

@@ -2,6 +2,7 @@
 // The IPv4 addresses, routes and neighbours of this network namespace: mirrors that somebody has to ask for.
 #include "ipv4.h"
 
+#include "core/dump_queue.h"
 #include "neighbour_rows.h"
 
 namespace ipmib::platform

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "addresses/ipv4_address_table.h"
+#include "core/mirror.h"
 #include "neighbours/neighbours.h"
 #include "routes/ipv4_route_table.h"
 

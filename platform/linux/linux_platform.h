@@ -6,7 +6,7 @@
 #include "addressing.h"
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
-#include "core/mirror.h"
+#include "core/dump_queue.h"
 #include "core/platform_loop.h"
 #include "core/proc_file.h"
 #include "core/uptime.h"

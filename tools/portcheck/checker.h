@@ -3,7 +3,7 @@
 #pragma once
 
 #include "portcheck.h"
-#include "checker.h"
+#include "watch.h"
 
 namespace ipmib::portcheck
 {

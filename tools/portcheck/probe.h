@@ -6,7 +6,7 @@
 #include "findings.h"
 #include "items.h"
 #include "services.h"
-#include "checker.h"
+#include "watch.h"
 
 #include <ipmib/platform_hooks.h>
 

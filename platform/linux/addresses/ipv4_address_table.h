@@ -4,7 +4,7 @@
 #pragma once
 
 #include "addresses/deadline.h"
-#include "core/mirror.h"
+#include "core/kernel_table.h"
 #include "ordered_table.h"
 
 #include <compare>

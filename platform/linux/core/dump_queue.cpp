@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Reads tables of the kernel one after the other over one socket, in pieces.
-#include "core/mirror.h"
+#include "core/dump_queue.h"
 
 #include "core/log.h"
 

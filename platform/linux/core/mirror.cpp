@@ -3,6 +3,7 @@
 #include "core/mirror.h"
 
 #include "core/datagram.h"
+#include "core/dump_queue.h"
 #include "core/log.h"
 
 #include <algorithm>

@@ -12,45 +12,16 @@
 // longer for a table that takes longer to read.
 #pragma once
 
+#include "core/kernel_table.h"
 #include "core/platform_loop.h"
-#include "core/rtnetlink.h"
-#include "ordered_table.h"
 
 #include <chrono>
 #include <climits>
-#include <deque>
 #include <string>
 #include <vector>
 
 namespace ipmib::platform
 {
-
-// One table of the kernel: how to ask for it, and what a message says about its rows.
-class KernelTable
-{
-  public:
-    virtual ~KernelTable() = default;
-
-    // For log lines.
-    virtual const char *name() const = 0;
-    // The RTNLGRP_* groups that announce changes.
-    virtual std::vector<unsigned> groups() const = 0;
-    // The requests that together dump the table: how many there are, and one of them, which is sent now: what comes
-    // from now on answers it.
-    virtual std::size_t dumps() const { return 1; }
-    virtual RtnetlinkRequest dump(std::size_t which) = 0;
-
-    // A message of a dump: its rows come in, or are changed, and have this generation.
-    virtual void applyDump(const nlmsghdr &message, Generation generation) = 0;
-    // All dumps of a reading have ended well: rows that do not have this generation are gone. Called until it is true,
-    // packets between: a large table does this in pieces.
-    virtual bool sweep(Generation generation) = 0;
-    // Whether the kernel, when it announces this while it dumps the table, may have passed other rows over without
-    // marking the dump as interrupted.
-    virtual bool disturbs(const nlmsghdr &) const { return false; }
-    // An announcement.
-    virtual void applyChange(const nlmsghdr &message) = 0;
-};
 
 class DumpQueue;
 
@@ -139,62 +110,6 @@ class Mirror
     unsigned timesRead_ = 0;
     unsigned timesLost_ = 0;
     unsigned timesEnded_ = 0;
-};
-
-// Reads tables one after the other over one socket, in pieces.
-class DumpQueue
-{
-  public:
-    static constexpr unsigned attempts = 5;             // in a row, of a dump that is interrupted
-    static constexpr unsigned disturbedDumps = 3;       // that together make up a reading
-    static constexpr unsigned retryMilliseconds = 1000; // until the next row of attempts
-    // Between packets, before the last read, which takes a third of it.
-    static constexpr std::chrono::microseconds longestPiece{300};
-
-    std::string start(PlatformLoop &loop);
-    void stop();
-
-    // The reading begins with the next turn of the event loop, never within the call; later when the system has no
-    // descriptor or no memory for it.
-    void add(Mirror &mirror);
-    void remove(Mirror &mirror);
-    // Works until the queue is empty or so many pieces have been read, waiting for the kernel: at the start only. The
-    // answer, when a dump failed or could not begin, is one line for the user.
-    std::string runToEnd(unsigned pieces = UINT_MAX);
-    bool idle() const { return waiting_.empty(); }
-    // One read of the dump that is under way, or one piece of the sweep behind it; false when there was nothing to
-    // read.
-    bool readPiece();
-    // For tests: dumps that the kernel marked as interrupted.
-    unsigned timesInterrupted() const { return timesInterrupted_; }
-
-  private:
-    bool openSocket();
-    void closeSocket();
-    void begin();
-    void readPieces();
-    bool sendRequest();
-    void sweep();
-    void finish(Rtnetlink::Read result);
-    void fail();
-    void tryAgainLater(Mirror &mirror, const std::string &reason);
-    void armRetry();
-    void end(bool well);
-
-    PlatformLoop *loop_ = nullptr;
-    Rtnetlink socket_;
-    Timer soon_;
-    Timer retry_;
-    std::deque<Mirror *> waiting_; // the first is the one that is read, when reading_ says so
-    std::vector<Mirror *> later_;  // wait for the retry timer
-    bool reading_ = false;
-    bool sweeping_ = false; // the reading has all its rows
-    std::size_t which_ = 0;
-    unsigned attempt_ = 0;
-    bool interrupted_ = false;
-    bool saidCannotBegin_ = false; // in the log, since the last beginning
-    unsigned timesInterrupted_ = 0;
-    std::string lastError_;
 };
 
 } // namespace ipmib::platform

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // How tables are read again: what is tried anew when it cannot be, and in which order dumps and announcements are used.
+#include "core/dump_queue.h"
 #include "core/log.h"
-#include "core/mirror.h"
 #include "netns/namespace.h"
 #include "test_descriptors.h"
 

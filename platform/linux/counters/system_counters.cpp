@@ -13,6 +13,7 @@ namespace
 {
 
 using Text = Ipv4CounterText;
+using Values = Ipv4CounterText::Values;
 
 void setCounted(IpmibIpCounters &counters, unsigned which, std::uint64_t value)
 {
@@ -20,7 +21,7 @@ void setCounted(IpmibIpCounters &counters, unsigned which, std::uint64_t value)
     counters.counted |= std::uint64_t{1} << which;
 }
 
-void addCounted(IpmibIpCounters &counters, const Text::Values &values)
+void addCounted(IpmibIpCounters &counters, const Values &values)
 {
     for (unsigned which = 0; which < IPMIB_IP_COUNTERS; ++which) {
         if (values.there[which]) {
@@ -33,71 +34,50 @@ void addCounted(IpmibIpCounters &counters, const Text::Values &values)
 
 const Snmp6Counters *SystemCounters::read()
 {
-    if (!fresh_) {
-        static char text[64 * 1024]; // 512 message types at most, of some 40 characters each
-        const std::string_view content = file_.read(text, sizeof text);
-        if (content.empty()) {
-            if (file_.isAbsent()) {
-                return nullptr;
-            }
-            if (!std::exchange(saidUnreadable_, true)) {
-                logWarning("ipv6: cannot read the system's counters: %s, trying again with the next request",
-                           std::strerror(file_.error() != 0 ? file_.error() : EIO));
-            }
-            return kernelReads_ != 0 ? &values_ : nullptr;
-        }
+    if (snmp6_.read()) {
         saidUnreadable_ = false;
-        ++kernelReads_;
-        text_.parse(content, values_);
-        fresh_ = true;
-    }
-    return &values_;
-}
-
-bool Ipv4Counters::read(ProcFile &file, Ipv4CounterText &text, Ipv4CounterText::Values &values, bool &fresh)
-{
-    if (!fresh) {
-        static char buffer[32 * 1024]; // several times what a kernel of today writes
-        const std::string_view content = file.read(buffer, sizeof buffer);
-        if (content.empty()) {
-            return false;
+    } else {
+        ProcFile &file = snmp6_.file();
+        if (file.isAbsent()) {
+            return nullptr;
         }
-        ++kernelReads_;
-        text.parse(content, values);
-        fresh = true;
+        if (!std::exchange(saidUnreadable_, true)) {
+            logWarning("ipv6: cannot read the system's counters: %s, trying again with the next request",
+                       std::strerror(file.error() != 0 ? file.error() : EIO));
+        }
     }
-    return true;
+    return kernelReads() != 0 ? &snmp6_.values() : nullptr;
 }
 
 bool Ipv4Counters::ip(IpmibIpCounters &counters)
 {
-    if (!readSnmp()) {
+    if (!snmp_.read()) {
         return false;
     }
     const std::uint64_t wanted = counters.counted;
     counters = IpmibIpCounters{};
-    addCounted(counters, snmpValues_);
+    addCounted(counters, snmp_.values());
     const auto &value = counters.value;
     // The kernel counts what it forwards when it goes out.
     setCounted(counters, IPMIB_IP_IN_FORW_DATAGRAMS, value[IPMIB_IP_OUT_FORW_DATAGRAMS]);
-    if (!snmpValues_.there[IPMIB_IP_OUT_TRANSMITS]) {
+    if (!snmp_.values().there[IPMIB_IP_OUT_TRANSMITS]) {
         setCounted(counters, IPMIB_IP_OUT_TRANSMITS, value[IPMIB_IP_OUT_REQUESTS] + value[IPMIB_IP_OUT_FORW_DATAGRAMS]);
     }
     setCounted(counters, IPMIB_IP_OUT_FRAG_REQDS, value[IPMIB_IP_OUT_FRAG_OKS] + value[IPMIB_IP_OUT_FRAG_FAILS]);
     // Linux keeps no cache of routes that it could drop for want of room.
     setCounted(counters, IPMIB_IP_ROUTING_DISCARDS, 0);
-    if ((wanted & ~counters.counted) != 0 && readNetstat()) {
-        addCounted(counters, netstatValues_);
+    if ((wanted & ~counters.counted) != 0 && netstat_.read()) {
+        addCounted(counters, netstat_.values());
     }
     return true;
 }
 
 bool Ipv4Counters::icmp(IpmibIcmpCounters &counters)
 {
-    if (!readSnmp()) {
+    if (!snmp_.read()) {
         return false;
     }
-    const auto &value = snmpValues_.value;
+    const auto &[value, there] = snmp_.values();
     counters = IpmibIcmpCounters{};
     counters.in_msgs = value[Text::icmpInMsgs];
     counters.in_errors = value[Text::icmpInErrors];
@@ -106,7 +86,7 @@ bool Ipv4Counters::icmp(IpmibIcmpCounters &counters)
     for (std::size_t type = 0; type < std::size(counters.in_type); ++type) {
         counters.in_type[type] = value[Text::icmpInType + type];
         counters.out_type[type] = value[Text::icmpOutType + type];
-        if (snmpValues_.there[Text::icmpInType + type] || snmpValues_.there[Text::icmpOutType + type]) {
+        if (there[Text::icmpInType + type] || there[Text::icmpOutType + type]) {
             counters.listed[type / 8] = static_cast<std::uint8_t>(counters.listed[type / 8] | 1u << type % 8);
         }
     }
@@ -115,10 +95,10 @@ bool Ipv4Counters::icmp(IpmibIcmpCounters &counters)
 
 bool Ipv4Counters::tcp(IpmibTcpCounters &counters)
 {
-    if (!readSnmp()) {
+    if (!snmp_.read()) {
         return false;
     }
-    const auto &value = snmpValues_.value;
+    const auto &value = snmp_.values().value;
     counters = IpmibTcpCounters{};
     counters.rto_algorithm = static_cast<std::uint32_t>(value[Text::tcpRtoAlgorithm]);
     counters.rto_min_ms = static_cast<std::uint32_t>(value[Text::tcpRtoMin]);
@@ -139,10 +119,10 @@ bool Ipv4Counters::tcp(IpmibTcpCounters &counters)
 
 bool Ipv4Counters::udp(IpmibUdpCounters &counters)
 {
-    if (!readSnmp()) {
+    if (!snmp_.read()) {
         return false;
     }
-    const auto &value = snmpValues_.value;
+    const auto &value = snmp_.values().value;
     counters = {value[Text::udpInDatagrams], value[Text::udpNoPorts], value[Text::udpInErrors],
                 value[Text::udpOutDatagrams]};
     return true;

@@ -10,31 +10,69 @@
 namespace ipmib::platform
 {
 
+// One of the files; `Text` knows its form.
+template <class Text, class Values>
+class CounterFile
+{
+  public:
+    explicit CounterFile(const char *path) : file_(path) {}
+
+    void newPacket() { fresh_ = false; }
+    // False when it cannot be read: the values are what they last were.
+    bool read()
+    {
+        if (fresh_) {
+            return true;
+        }
+        static char buffer[64 * 1024]; // several times what a kernel of today writes
+        const std::string_view content = file_.read(buffer, sizeof buffer);
+        if (content.empty()) {
+            return false;
+        }
+        text_.parse(content, values_);
+        ++kernelReads_;
+        return fresh_ = true;
+    }
+
+    ProcFile &file() { return file_; }
+    const Values &values() const { return values_; }
+    std::uint64_t kernelReads() const { return kernelReads_; }
+
+  private:
+    ProcFile file_;
+    Text text_;
+    Values values_{};
+    bool fresh_ = false;
+    std::uint64_t kernelReads_ = 0;
+};
+
+// Of IPv6, of ICMPv6 and of UDP over IPv6.
 class SystemCounters
 {
   public:
     // Whether the kernel runs IPv6 in this namespace.
-    bool available() { return !file_.isAbsent(); }
+    bool available() { return !snmp6_.file().isAbsent(); }
 
-    void newPacket() { fresh_ = false; }
+    void newPacket() { snmp6_.newPacket(); }
     // Null when there is no IPv6. While they cannot be read for another reason they are what they last were, and null
     // before that; the log says so once.
     const Snmp6Counters *read();
-    std::uint64_t kernelReads() const { return kernelReads_; }
+    std::uint64_t kernelReads() const { return snmp6_.kernelReads(); }
 
   private:
-    ProcFile file_{"/proc/thread-self/net/snmp6"};
-    Snmp6Text text_;
-    Snmp6Counters values_;
-    bool fresh_ = false;
+    CounterFile<Snmp6Text, Snmp6Counters> snmp6_{"/proc/thread-self/net/snmp6"};
     bool saidUnreadable_ = false; // in the log, since they were last read
-    std::uint64_t kernelReads_ = 0;
 };
 
+// Of IPv4, ICMP, TCP and UDP.
 class Ipv4Counters
 {
   public:
-    void newPacket() { freshSnmp_ = freshNetstat_ = false; }
+    void newPacket()
+    {
+        snmp_.newPacket();
+        netstat_.newPacket();
+    }
 
     // False when the kernel does not say. Of `ip` those counters whose bits are set in `counted`, and others as they
     // come: /proc/net/netstat takes the kernel longer than all else, and has few that are asked for alone.
@@ -44,22 +82,13 @@ class Ipv4Counters
     // Without what the kernel counts for IPv6.
     bool udp(IpmibUdpCounters &counters);
 
-    std::uint64_t kernelReads() const { return kernelReads_; }
+    std::uint64_t kernelReads() const { return snmp_.kernelReads() + netstat_.kernelReads(); }
 
   private:
-    bool readSnmp() { return read(snmp_, snmpText_, snmpValues_, freshSnmp_); }
-    bool readNetstat() { return read(netstat_, netstatText_, netstatValues_, freshNetstat_); }
-    bool read(ProcFile &file, Ipv4CounterText &text, Ipv4CounterText::Values &values, bool &fresh);
+    using File = CounterFile<Ipv4CounterText, Ipv4CounterText::Values>;
 
-    ProcFile snmp_{"/proc/thread-self/net/snmp"};
-    ProcFile netstat_{"/proc/thread-self/net/netstat"};
-    Ipv4CounterText snmpText_;
-    Ipv4CounterText netstatText_;
-    Ipv4CounterText::Values snmpValues_{};
-    Ipv4CounterText::Values netstatValues_{};
-    bool freshSnmp_ = false;
-    bool freshNetstat_ = false;
-    std::uint64_t kernelReads_ = 0;
+    File snmp_{"/proc/thread-self/net/snmp"};
+    File netstat_{"/proc/thread-self/net/netstat"};
 };
 
 } // namespace ipmib::platform

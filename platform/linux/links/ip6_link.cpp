@@ -118,7 +118,7 @@ std::optional<Ip6Counters> Ip6LinkReader::countersOf(const Ip6LinkMessage &messa
 
 void Ip6LinkReader::newPacket(std::size_t links)
 {
-    ++packet_;
+    readings_.newPacket();
     links_ = links;
     wantedBefore_ = wanted_;
     wanted_ = 0;
@@ -141,18 +141,11 @@ void Ip6LinkReader::askForAll()
     const auto none = [] { return std::nullopt; }; // the order of counters is known
     const int error = socket_.ask(request, [&](const nlmsghdr &message) {
         const Ip6LinkMessage answer(message);
-        if (!answer.link.present) {
-            return;
-        }
-        const auto counters = layout_.decode(answer.array(), {none, none});
-        if (!counters) {
-            return;
-        }
-        Entry &entry = read_[answer.ifIndex];
-        if (entry.packet != packet_) { // one read is what the packet has seen
-            entry.packet = packet_;
-            entry.link = answer.link;
-            entry.link.counters = *counters;
+        const auto counters = answer.link.present ? layout_.decode(answer.array(), {none, none}) : std::nullopt;
+        if (counters && !readings_.isFresh(answer.ifIndex)) { // one read is what the packet has seen
+            Ip6Link link = answer.link;
+            link.counters = *counters;
+            readings_.put(answer.ifIndex, link);
         }
     });
     if (error != 0) {
@@ -162,28 +155,19 @@ void Ip6LinkReader::askForAll()
 
 const Ip6Link *Ip6LinkReader::read(std::uint32_t ifIndex)
 {
-    auto known = read_.find(ifIndex);
-    if (known == read_.end() || known->second.wantedIn != packet_) {
+    if (!readings_.isAsked(ifIndex)) {
         ++wanted_;
     }
-    const auto isRead = [&] { return known != read_.end() && known->second.packet == packet_; };
-    if (!isRead() && paysToAskForAll()) {
+    if (!readings_.isFresh(ifIndex) && paysToAskForAll()) {
         askForAll();
-        known = read_.find(ifIndex);
     }
-    if (!isRead()) {
+    return readings_.get(ifIndex, [&](Ip6Link &link) {
         const auto answer = ask(ifIndex);
-        if (!answer && known == read_.end()) {
-            return nullptr;
-        }
-        known = read_.try_emplace(ifIndex).first;
-        known->second.packet = packet_;
         if (answer) {
-            take(*answer, ifIndex, known->second.link);
+            take(*answer, ifIndex, link);
         }
-    }
-    known->second.wantedIn = packet_;
-    return &known->second.link;
+        return answer.has_value();
+    });
 }
 
 void Ip6LinkReader::take(const Ip6LinkMessage &answer, std::uint32_t ifIndex, Ip6Link &link)

@@ -3,6 +3,7 @@
 // requests, however many of its values are asked for; of all links at once when a walk asks for many of them.
 #pragma once
 
+#include "core/packet_readings.h"
 #include "core/rtnetlink.h"
 #include "counters/counter_layout.h"
 #include "links/link_table.h"
@@ -10,7 +11,6 @@
 #include <net/if.h>
 
 #include <array>
-#include <unordered_map>
 
 namespace ipmib::platform
 {
@@ -47,7 +47,7 @@ class Ip6LinkReader
     // Forgets what the packet before has read. There are so many links now.
     void newPacket(std::size_t links);
     // A link that has gone for good.
-    void forget(std::uint32_t ifIndex) { read_.erase(ifIndex); }
+    void forget(std::uint32_t ifIndex) { readings_.forget(ifIndex); }
 
     // Null when the kernel has no such link. One that vanishes while a packet still counts on it keeps what was last
     // read.
@@ -65,16 +65,9 @@ class Ip6LinkReader
     void take(const Ip6LinkMessage &answer, std::uint32_t ifIndex, Ip6Link &link);
     std::optional<Ip6Counters> countersOf(const Ip6LinkMessage &message, std::uint32_t ifIndex);
 
-    struct Entry {
-        std::uint64_t packet = 0;   // that has read it
-        std::uint64_t wantedIn = 0; // the packet that asked for it last
-        Ip6Link link;
-    };
-
     Rtnetlink &socket_;
     CounterLayout layout_;
-    std::unordered_map<std::uint32_t, Entry> read_;
-    std::uint64_t packet_ = 1;
+    PacketReadings<std::uint32_t, Ip6Link> readings_;
     std::size_t links_ = 0;
     std::size_t wanted_ = 0;       // links, in this packet
     std::size_t wantedBefore_ = 0; // in the one before

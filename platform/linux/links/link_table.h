@@ -2,7 +2,7 @@
 // The interfaces of this network namespace, by ifIndex.
 #pragma once
 
-#include "core/mirror.h"
+#include "core/kernel_table.h"
 #include "interface_list.h"
 #include "ordered_table.h"
 

@@ -27,12 +27,13 @@ IpmibInterfaceTraffic trafficOf(const rtnl_link_stats64 &stats)
     return traffic;
 }
 
-bool LinkTrafficReader::ask(std::uint32_t ifIndex, rtnl_link_stats64 &stats)
+bool LinkTrafficReader::ask(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic)
 {
     RtnetlinkRequest request(RTM_GETSTATS, 0);
     auto &family = request.family<if_stats_msg>();
     family.ifindex = ifIndex;
     family.filter_mask = IFLA_STATS_FILTER_BIT(IFLA_STATS_LINK_64);
+    rtnl_link_stats64 stats{};
     bool answered = false;
     ++kernelReads_;
     const int error = socket_.ask(request, [&](const nlmsghdr &message) {
@@ -42,26 +43,15 @@ bool LinkTrafficReader::ask(std::uint32_t ifIndex, rtnl_link_stats64 &stats)
     if (error != 0 && error != ENODEV) {
         logWarning("netlink: counters of interface %u: %s", ifIndex, socket_.error().c_str());
     }
+    if (answered) {
+        traffic = trafficOf(stats);
+    }
     return answered;
 }
 
 const IpmibInterfaceTraffic *LinkTrafficReader::read(std::uint32_t ifIndex)
 {
-    const auto known = read_.find(ifIndex);
-    if (known != read_.end() && known->second.packet == packet_) {
-        return &known->second.traffic;
-    }
-    rtnl_link_stats64 stats{};
-    const bool answered = ask(ifIndex, stats);
-    if (!answered && known == read_.end()) {
-        return nullptr;
-    }
-    Entry &entry = read_[ifIndex];
-    entry.packet = packet_;
-    if (answered) {
-        entry.traffic = trafficOf(stats);
-    }
-    return &entry.traffic;
+    return readings_.get(ifIndex, [&](IpmibInterfaceTraffic &traffic) { return ask(ifIndex, traffic); });
 }
 
 } // namespace ipmib::platform

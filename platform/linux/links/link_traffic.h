@@ -2,13 +2,12 @@
 // What a link has carried, whatever the protocol, as of this moment. Read once for a packet of requests.
 #pragma once
 
+#include "core/packet_readings.h"
 #include "core/rtnetlink.h"
 
 #include <ipmib/platform_interfaces.h>
 
 #include <linux/if_link.h>
-
-#include <unordered_map>
 
 namespace ipmib::platform
 {
@@ -20,9 +19,9 @@ class LinkTrafficReader
     explicit LinkTrafficReader(Rtnetlink &socket) : socket_(socket) {}
 
     // Forgets what the packet before has read.
-    void newPacket() { ++packet_; }
+    void newPacket() { readings_.newPacket(); }
     // A link that has gone for good.
-    void forget(std::uint32_t ifIndex) { read_.erase(ifIndex); }
+    void forget(std::uint32_t ifIndex) { readings_.forget(ifIndex); }
 
     // Null when the kernel has no such link. One that vanishes while a packet still counts on it keeps what was last
     // read.
@@ -32,16 +31,10 @@ class LinkTrafficReader
     std::uint64_t kernelReads() const { return kernelReads_; }
 
   private:
-    bool ask(std::uint32_t ifIndex, rtnl_link_stats64 &stats);
-
-    struct Entry {
-        std::uint64_t packet = 0;
-        IpmibInterfaceTraffic traffic{};
-    };
+    bool ask(std::uint32_t ifIndex, IpmibInterfaceTraffic &traffic);
 
     Rtnetlink &socket_;
-    std::unordered_map<std::uint32_t, Entry> read_;
-    std::uint64_t packet_ = 1;
+    PacketReadings<std::uint32_t, IpmibInterfaceTraffic> readings_;
     std::uint64_t kernelReads_ = 0;
 };
 

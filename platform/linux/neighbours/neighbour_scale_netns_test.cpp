@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Many neighbours, and changes while they are read, against the kernel's own list.
+#include "core/dump_queue.h"
 #include "neighbours/neighbour_testing.h"
 #include "netns/process.h"
 

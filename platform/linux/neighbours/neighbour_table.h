@@ -2,7 +2,7 @@
 // The neighbours of one address family in this network namespace, by interface and address.
 #pragma once
 
-#include "core/mirror.h"
+#include "core/kernel_table.h"
 #include "neighbours/kernel_neighbours.h"
 
 namespace ipmib::platform

@@ -3,6 +3,8 @@
 // announce all it does.
 #include "neighbours/neighbours.h"
 
+#include "core/dump_queue.h"
+
 namespace ipmib::platform
 {
 namespace

@@ -3,6 +3,7 @@
 // announce all it does.
 #pragma once
 
+#include "core/mirror.h"
 #include "neighbours/neighbour_table.h"
 
 namespace ipmib::platform

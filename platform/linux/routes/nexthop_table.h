@@ -3,7 +3,7 @@
 #pragma once
 
 #include "addresses/packed_address.h"
-#include "core/mirror.h"
+#include "core/kernel_table.h"
 
 #include <functional>
 #include <unordered_map>

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "addresses/ipv4_address_table.h"
-#include "core/mirror.h"
+#include "core/kernel_table.h"
 #include "routes/nexthop_table.h"
 #include "routes/route_message.h"
 

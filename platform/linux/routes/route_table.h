@@ -3,7 +3,7 @@
 // routes, of which there may be a million, are looked at once and forgotten.
 #pragma once
 
-#include "core/mirror.h"
+#include "core/kernel_table.h"
 #include "ordered_table.h"
 #include "routes/route_feed.h"
 #include "routes/route_message.h"

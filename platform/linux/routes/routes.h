@@ -2,6 +2,7 @@
 // What the agent's forwarding tables say of routes: each function is the one of IpmibRouteHooks that its name says.
 #pragma once
 
+#include "core/mirror.h"
 #include "routes/forwarding_table.h"
 
 #include <string>
