@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: BSD-3-Clause
-# Checks that the built platform library exports the services that the contract declares, the host's hooks, and nothing
-# else. Usage: exports_test.sh LIBRARY PLATFORM_HEADER
+# Checks that the built platform library exports the services that the contract declares and lists, the host's hooks, and
+# nothing else. Usage: exports_test.sh LIBRARY PLATFORM_HEADER
 set -eu
 export LC_ALL=C
 work=$(mktemp -d)
@@ -13,6 +13,12 @@ trap 'rm -rf "$work"' EXIT
     echo ipmib_platform_hooks
 } | sort >"$work/expected"
 [ "$(wc -l <"$work/expected")" -eq 35 ] || { echo "$2: declares other than 34 services"; exit 1; }
+
+sed -nE 's/^IPMIB_SERVICE\((\w+),.*/\1/p' "$(dirname "$2")/services.def" >"$work/listed"
+sed -nE 's/^u?int(32|ptr)_t ([A-Z0-9a-z_]+)\(.*/\2/p' "$2" | diff - "$work/listed" || {
+    echo "services.def lists other services (<) than $2 declares, or in another order"
+    exit 1
+}
 
 readelf --dyn-syms -W "$1" | awk '$1 ~ /^[0-9]+:$/ && $8 != "" && $7 != "UND" { sub(/@.*/, "", $8); print $8 }' |
     sort >"$work/exported"

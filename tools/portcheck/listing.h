@@ -3,8 +3,8 @@
 #pragma once
 
 #include "items.h"
+#include "key.h"
 #include "probe.h"
-#include "rows.h"
 
 #include <array>
 #include <cstring>

@@ -23,9 +23,9 @@ void bindOne(const host::SharedLibrary &library, const char *name, Function &fun
 std::vector<std::string> Services::bind(const host::SharedLibrary &library)
 {
     std::vector<std::string> missing;
-#define SERVICE(name) bindOne(library, #name, name, missing);
-#include "services.def"
-#undef SERVICE
+#define IPMIB_SERVICE(name, ...) bindOne(library, #name, name, missing);
+#include <ipmib/services.def>
+#undef IPMIB_SERVICE
     return missing;
 }
 

@@ -13,9 +13,9 @@ namespace ipmib::portcheck
 {
 
 struct Services {
-#define SERVICE(name) decltype(&::name) name = nullptr;
-#include "services.def"
-#undef SERVICE
+#define IPMIB_SERVICE(name, ...) decltype(&::name) name = nullptr;
+#include <ipmib/services.def>
+#undef IPMIB_SERVICE
 
     // Finds every service; returns the names of those that the library lacks.
     std::vector<std::string> bind(const host::SharedLibrary &library);

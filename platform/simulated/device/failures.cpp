@@ -2,7 +2,7 @@
 // Which services there are, what they need, and which of them fail at what time.
 #include "device/failures.h"
 
-#include "core/codes.h"
+#include <ipmib/message.h>
 
 #include <array>
 
@@ -11,44 +11,12 @@ namespace ipmib::simulated
 namespace
 {
 
-using Part = ServiceInfo::Part;
-using platform::notFound;
+enum Subject : bool { system, interface };
 
 constexpr std::array<ServiceInfo, static_cast<std::size_t>(Service::count)> services = {{
-    {"IP6_DaemonCheck", Part::ip6, false, notFound},
-    {"IP_DaemonCheck", Part::ip4, false, notFound},
-    {"IF_Select_Init", Part::device, false, notFound},
-    {"IF_SelectType_Set", Part::device, false, notFound},
-    {"IF_SelectTypeSetGroup", Part::device, false, notFound},
-    {"IF_SelectCondition_Set", Part::device, false, notFound},
-    {"IF_IteratorInitialize", Part::device, false, 0},
-    {"IF_IteratorFinalize", Part::device, false, notFound},
-    {"IF_GetFirstIfIndexByIfSelect", Part::device, false, 0},
-    {"IF_GetNextIfIndexByIfSelect", Part::device, true, 0},
-    {"IF_IsValidIfIndex", Part::device, true, 0},
-    {"IP6_GetMibStat", Part::ip6, false, notFound},
-    {"IP6_GetIfStat", Part::ip6, true, notFound},
-    {"IP_GetMibIfStat", Part::ip4, true, notFound},
-    {"ICMP6_GetMibStat", Part::ip6, false, notFound},
-    {"ND_GetHopLimit", Part::device, false, 0},
-    {"ND_GetIfConfigInfo", Part::ip6, true, notFound},
-    {"IP6Mib_GetIFID", Part::ip6, true, notFound},
-    {"IP6ADDR_DRVK_GetMainLLA", Part::ip6, true, notFound},
-    {"IP6_GetIfMTU", Part::ip6, true, notFound},
-    {"ND_GetNetToPhysicalTable", Part::ip6, true, notFound},
-    {"ND_GetNextNetToPhysicalTable", Part::ip6, true, notFound},
-    {"IP6CFG_GetFirstFullPrefix", Part::ip6, true, notFound},
-    {"IP6CFG_GetNextFullPrefix", Part::ip6, true, notFound},
-    {"IP6Addr_GetLinkLocalAddr", Part::ip6, true, notFound},
-    {"IP6Mib_GetFirstAddrInVrf", Part::ip6, false, notFound},
-    {"IP6Mib_GetNextAddrInVrf", Part::ip6, false, notFound},
-    {"IP6Mib_GetAddrFullInfoInVrf", Part::ip6, false, notFound},
-    {"IP6Mib_GetLinkLocalFullAddr", Part::ip6, true, notFound},
-    {"IP6Mib_GetFirstGatewayInVrf", Part::ip6, false, notFound},
-    {"IP6Mib_GetNextGatewayInVrf", Part::ip6, true, notFound},
-    {"IP6Mib_GetGatewayByKey", Part::ip6, true, notFound},
-    {"IP6ADDR_DRVK_GetGatewayByKey", Part::ip6, true, notFound},
-    {"TIME_GetSystemBootTime", Part::device, false, notFound},
+#define IPMIB_SERVICE(name, part, subject, failure) {#name, ServiceInfo::Part::part, Subject::subject, failure},
+#include <ipmib/services.def>
+#undef IPMIB_SERVICE
 }};
 
 } // namespace

@@ -12,42 +12,10 @@
 namespace ipmib::simulated
 {
 
-// In the order of ipmib/platform.h.
 enum class Service {
-    IP6_DaemonCheck,
-    IP_DaemonCheck,
-    IF_Select_Init,
-    IF_SelectType_Set,
-    IF_SelectTypeSetGroup,
-    IF_SelectCondition_Set,
-    IF_IteratorInitialize,
-    IF_IteratorFinalize,
-    IF_GetFirstIfIndexByIfSelect,
-    IF_GetNextIfIndexByIfSelect,
-    IF_IsValidIfIndex,
-    IP6_GetMibStat,
-    IP6_GetIfStat,
-    IP_GetMibIfStat,
-    ICMP6_GetMibStat,
-    ND_GetHopLimit,
-    ND_GetIfConfigInfo,
-    IP6Mib_GetIFID,
-    IP6ADDR_DRVK_GetMainLLA,
-    IP6_GetIfMTU,
-    ND_GetNetToPhysicalTable,
-    ND_GetNextNetToPhysicalTable,
-    IP6CFG_GetFirstFullPrefix,
-    IP6CFG_GetNextFullPrefix,
-    IP6Addr_GetLinkLocalAddr,
-    IP6Mib_GetFirstAddrInVrf,
-    IP6Mib_GetNextAddrInVrf,
-    IP6Mib_GetAddrFullInfoInVrf,
-    IP6Mib_GetLinkLocalFullAddr,
-    IP6Mib_GetFirstGatewayInVrf,
-    IP6Mib_GetNextGatewayInVrf,
-    IP6Mib_GetGatewayByKey,
-    IP6ADDR_DRVK_GetGatewayByKey,
-    TIME_GetSystemBootTime,
+#define IPMIB_SERVICE(name, ...) name,
+#include <ipmib/services.def>
+#undef IPMIB_SERVICE
     count
 };
 

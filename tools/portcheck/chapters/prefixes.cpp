@@ -3,6 +3,7 @@
 #include "chapters.h"
 #include "judge.h"
 #include "listing.h"
+#include "prefix_mask.h"
 #include "rows.h"
 
 namespace ipmib::portcheck

@@ -2,7 +2,7 @@
 // Mistakes in lists of rows: what follows a key when they are made.
 #pragma once
 
-#include "rows.h"
+#include "key.h"
 #include "wrong_fields.h"
 
 #include <ipmib/message.h>

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Time since boot.
+#include "chapters.h"
+
+#include <chrono>
+#include <thread>
+
+namespace ipmib::portcheck
+{
+
+void checkClock(Probe &probe, host::Resolver &)
+{
+    if (probe.clockTime == std::chrono::milliseconds(0)) {
+        return;
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    const std::uint32_t before = probe.secondsSinceBoot();
+    std::this_thread::sleep_for(probe.clockTime);
+    probe.beginPacket();
+    const std::uint32_t counted = probe.secondsSinceBoot() - before;
+    const auto passed =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin).count();
+    // At least one boundary of a second lies in between.
+    if (counted < 1 || counted > passed + 1) {
+        probe.broken(Promise::clock, "TIME_GetSystemBootTime",
+                     "it counted " + std::to_string(static_cast<std::int32_t>(counted)) + " in " +
+                         std::to_string(passed) + " seconds");
+    }
+}
+
+} // namespace ipmib::portcheck
