@@ -42,7 +42,7 @@ class Addressing
     RouteFeed &routeFeed() { return routes_; }
     // With lifetimes of now: asks the kernel when an advertisement has come, at most every tenth of a second, only
     // while there are learned routers, and with the first question of a packet, so that all answers of a packet agree.
-    const RouterList &routers();
+    const RouterList &refreshedRouters();
     void newPacket() { routersAsked_ = false; }
 
     // For tests.

@@ -7,6 +7,7 @@
 
 #include <ipmib/platform_hooks.h>
 
+#include <concepts>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,18 +15,84 @@
 namespace ipmib::platform
 {
 
-// A platform has takeArgument(const char *), takeOption(const IpmibPlatformOption &) and then start(), each of which
-// answers with one line for the user when it fails, and nothing otherwise; descriptor(), dispatch(), beginPacket(),
-// reload() and interfaceName(std::uint32_t ifIndex); what the interface tables need: findInterface, interfaceAfter,
-// traffic, interfaceCount and interfacesChangedMs, the first three of which answer whether there was something to fill
-// in; what the IPv4 tables need: followIpv4(), which answers as start does, and ipv4(), an object with findAddress,
-// addressAfter, findNeighbour and neighbourAfter, which answer likewise; and beside it a function setRunning(Platform
-// *) that puts it to its services, or takes it away again with null.
+// What is answered is one line for the user when it fails, and nothing otherwise.
+template <class Result>
+concept Complaint = std::convertible_to<Result, std::string>;
+
+// What the interface tables need: whether there was something to fill in.
+template <class Platform>
+concept HasInterfaces = requires(Platform &platform, IpmibInterface &interface, IpmibInterfaceTraffic &traffic)
+{
+    {
+        platform.findInterface(std::uint32_t{}, interface)
+        } -> std::same_as<bool>;
+    {
+        platform.interfaceAfter(std::uint32_t{}, interface)
+        } -> std::same_as<bool>;
+    {
+        platform.traffic(std::uint32_t{}, traffic)
+        } -> std::same_as<bool>;
+    {
+        platform.interfaceCount()
+        } -> std::same_as<std::uint32_t>;
+    {
+        platform.interfacesChangedMs()
+        } -> std::same_as<std::uint64_t>;
+};
+
+// Likewise for the IPv4 tables, which are followed first.
+template <class Platform>
+concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibIpv4Neighbour &neighbour)
+{
+    {
+        platform.followIpv4()
+        } -> Complaint;
+    {
+        platform.ipv4().findAddress(std::uint32_t{}, address)
+        } -> std::same_as<bool>;
+    {
+        platform.ipv4().addressAfter(std::uint32_t{}, address)
+        } -> std::same_as<bool>;
+    {
+        platform.ipv4().findNeighbour(std::uint32_t{}, std::uint32_t{}, neighbour)
+        } -> std::same_as<bool>;
+    {
+        platform.ipv4().neighbourAfter(std::uint32_t{}, std::uint32_t{}, neighbour)
+        } -> std::same_as<bool>;
+};
+
+// A platform is told its argument and its options, and then started; setRunning puts it to its services, or takes it
+// away again with null.
 //
 // It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *), and ip() and
 // routes(), objects with a member for each function of IpmibIpHooks and IpmibRouteHooks. For one that has it not the
 // hook is null.
 template <class Platform>
+concept HookedPlatform = HasInterfaces<Platform> && HasIpv4<Platform> && std::default_initializable<Platform> &&
+    requires(Platform &platform, const IpmibPlatformOption &option)
+{
+    {
+        platform.takeArgument("")
+        } -> Complaint;
+    {
+        platform.takeOption(option)
+        } -> Complaint;
+    {
+        platform.start()
+        } -> Complaint;
+    {
+        platform.descriptor()
+        } -> std::same_as<int>;
+    platform.dispatch();
+    platform.beginPacket();
+    platform.reload();
+    {
+        platform.interfaceName(std::uint32_t{})
+        } -> std::same_as<const char *>;
+    setRunning(&platform);
+};
+
+template <HookedPlatform Platform>
 class Hooks
 {
   public:
