@@ -2,7 +2,7 @@
 // How cells are made from a row's values.
 #include "cell.h"
 
-#include "session.h"
+#include "local_device.h"
 #include "text.h"
 
 #include "support/printable.h"
@@ -44,13 +44,13 @@ Cell emptyCell()
 
 Cell interfaceCell(const TableReader &rows, std::size_t part)
 {
-    return textCell(rows.session().interfaceName(rows.key().number(part)), Tone::interface);
+    return textCell(rows.device().interfaceName(rows.key().number(part)), Tone::interface);
 }
 
 Cell addressCell(const TableReader &rows, std::size_t part)
 {
     const auto octets = rows.key().octets(part);
-    return textCell(addressText(rows.session(), octets), toneOfAddress(octets));
+    return textCell(addressText(rows.device(), octets), toneOfAddress(octets));
 }
 
 Cell indexLabelCell(const TableReader &rows, std::size_t part)
@@ -74,7 +74,7 @@ Cell numberCell(const TableReader &rows, std::size_t column)
 Cell interfaceNumberCell(const TableReader &rows, std::size_t column)
 {
     return ofValue(rows, column, [&rows](const host::Value &value) {
-        return textCell(rows.session().interfaceName(static_cast<std::uint32_t>(value.number)), Tone::interface);
+        return textCell(rows.device().interfaceName(static_cast<std::uint32_t>(value.number)), Tone::interface);
     });
 }
 
@@ -119,7 +119,7 @@ Cell agoCell(const TableReader &rows, std::size_t column)
     return ofValue(rows, column, [&rows](const host::Value &value) {
         constexpr std::uint64_t perSecond = 100;
         const std::uint64_t seconds = value.number / perSecond;
-        const std::uint64_t now = std::max<std::uint64_t>(rows.session().uptime(), seconds);
+        const std::uint64_t now = std::max<std::uint64_t>(rows.device().uptime(), seconds);
         Cell cell{durationText(now - seconds) + " ago", static_cast<double>(value.number) / perSecond, {}};
         cell.age = now - seconds;
         return cell;

@@ -25,7 +25,7 @@ Cell timeCell()
     return {timeText("%H:%M:%S", local), timeText("%Y-%m-%dT%H:%M:%SZ", utc), {}};
 }
 
-bool sameFacts(std::span<const Column> columns, const Row &a, const Row &b)
+bool sameFacts(std::span<const ListingColumn> columns, const Row &a, const Row &b)
 {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i].role == Role::fact && a[i].text != b[i].text) {
@@ -37,10 +37,10 @@ bool sameFacts(std::span<const Column> columns, const Row &a, const Row &b)
 
 } // namespace
 
-Changes::Changes(std::span<const Column> viewColumns)
+Changes::Changes(std::span<const ListingColumn> viewColumns)
     : viewColumns_(viewColumns), columns_{{"TIME", "time"}, {"CHANGE", "change"}}
 {
-    for (const Column &column : viewColumns) {
+    for (const ListingColumn &column : viewColumns) {
         if (column.role != Role::time) {
             columns_.push_back(column);
         }

@@ -14,10 +14,10 @@ namespace ipmib::cli
 class Changes
 {
   public:
-    explicit Changes(std::span<const Column> viewColumns);
+    explicit Changes(std::span<const ListingColumn> viewColumns);
 
     // When and what has changed, then the view's columns but those that pass by themselves.
-    std::span<const Column> columns() const { return columns_; }
+    std::span<const ListingColumn> columns() const { return columns_; }
 
     // One row for each change since the look before, in the order of the rows, those that are gone behind them; none at
     // the first look. A row that is gone is told as it was last.
@@ -30,8 +30,8 @@ class Changes
     std::string keyOf(const Row &row) const;
     Row changed(const char *what, Tone tone, const Row &row) const;
 
-    std::span<const Column> viewColumns_;
-    std::vector<Column> columns_;
+    std::span<const ListingColumn> viewColumns_;
+    std::vector<ListingColumn> columns_;
     std::map<std::string, Row> before_;
     bool isFirst_ = true;
 };

@@ -10,7 +10,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"ADDRESS", "address", Align::left, 0, Role::key},
     {"STATE", "state"},
     {"OCTETS IN", "octetsIn", Align::right, 1, Role::time},

@@ -2,8 +2,8 @@
 // The commands of ipmibctl, in one table: what runs, what --help says, and what shells complete.
 #pragma once
 
+#include "local_device.h"
 #include "options.h"
-#include "session.h"
 
 #include <span>
 #include <string>
@@ -16,11 +16,11 @@ using Words = std::vector<std::string>;
 
 // Each is given the words behind its own name, writes to standard output, and answers with an exit status. They throw
 // host::UsageError for words that they do not understand, std::runtime_error for the rest.
-int show(Session &session, const Options &options, const Words &words);
-int watch(Session &session, const Options &options, const Words &words);
-int get(Session &session, const Options &options, const Words &words);
-int walk(Session &session, const Options &options, const Words &words);
-int drawTree(Session &session, const Options &options, const Words &words);
+int show(LocalDevice &device, const Options &options, const Words &words);
+int watch(LocalDevice &device, const Options &options, const Words &words);
+int get(LocalDevice &device, const Options &options, const Words &words);
+int walk(LocalDevice &device, const Options &options, const Words &words);
+int drawTree(LocalDevice &device, const Options &options, const Words &words);
 
 // What may stand behind a command's name.
 enum class Operands { views, objects, shells };
@@ -33,7 +33,7 @@ struct Usage {
 struct Command {
     const char *name;
     const char *summary;
-    int (*run)(Session &, const Options &, const Words &); // null: it needs no device
+    int (*run)(LocalDevice &, const Options &, const Words &); // null: it needs no device
     Operands operands;
     std::span<const Usage> usages;
 };

@@ -95,7 +95,7 @@ std::optional<ViewRequest> requestOf(const Words &words)
 void addColumns(const Words &words, const Candidates &candidates, const char *behind)
 {
     const auto request = words.empty() ? std::nullopt : requestOf(words);
-    for (const Column &column : request ? request->view->columns : std::span<const Column>()) {
+    for (const ListingColumn &column : request ? request->view->columns : std::span<const ListingColumn>()) {
         candidates.add(column.key + std::string(behind), column.heading);
     }
 }
@@ -118,8 +118,8 @@ void addOperands(const Words &words, const Options &options, const Candidates &c
         candidates.add("dev", "of one interface");
     }
     if (isNamed || !isOfAddresses) {
-        Session session(options.plugin);
-        for (const std::string &name : session.interfaceNames()) {
+        LocalDevice device(options.plugin);
+        for (const std::string &name : device.interfaceNames()) {
             candidates.add(name, "interface");
         }
     }
@@ -127,8 +127,8 @@ void addOperands(const Words &words, const Options &options, const Candidates &c
 
 void addObjects(const Options &options, const Candidates &candidates)
 {
-    Session session(options.plugin);
-    for (const Object &object : session.tree().objects()) {
+    LocalDevice device(options.plugin);
+    for (const Object &object : device.tree().objects()) {
         candidates.add(object.node->pszName, object.isServed ? "served" : "");
     }
 }

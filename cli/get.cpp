@@ -11,10 +11,10 @@ namespace
 {
 
 // Of a scalar its only instance is meant.
-host::Oid instanceNamed(Session &session, const std::string &word)
+host::Oid instanceNamed(LocalDevice &device, const std::string &word)
 {
-    host::Oid oid = parseIdentifier(session, word);
-    const Object *object = session.tree().find(oid.view());
+    host::Oid oid = parseIdentifier(device, word);
+    const Object *object = device.tree().find(oid.view());
     if (object == nullptr) {
         return oid;
     }
@@ -39,22 +39,22 @@ const char *problem(host::Status status)
 
 } // namespace
 
-int get(Session &session, const Options &options, const Words &words)
+int get(LocalDevice &device, const Options &options, const Words &words)
 {
     if (words.empty()) {
         throw host::UsageError("get: get what? Name an object");
     }
-    session.freshState();
+    device.freshState();
     std::vector<host::Oid> names;
     for (const std::string &word : words) {
-        names.push_back(instanceNamed(session, word));
+        names.push_back(instanceNamed(device, word));
     }
     std::vector<host::Variable> variables(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
         variables[i].asked = names[i].view();
     }
-    session.get(variables);
-    InstanceWriter writer(session, options);
+    device.get(variables);
+    InstanceWriter writer(device, options);
     int status = host::exitSuccess;
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (variables[i].status == host::Status::ok) {

@@ -6,7 +6,6 @@
 #include "text.h"
 
 #include "host/command_line.h"
-#include "host/index_part.h"
 #include "host/row_key.h"
 #include "host/syntax.h"
 
@@ -70,7 +69,7 @@ std::vector<std::string> bracketed(std::string_view text)
     return parts;
 }
 
-std::optional<std::uint32_t> readNumberPart(Session &session, const MibTreeNode &node, const std::string &text)
+std::optional<std::uint32_t> readNumberPart(LocalDevice &device, const MibTreeNode &node, const std::string &text)
 {
     if (const auto number = parseNumber(text)) {
         return number;
@@ -80,7 +79,7 @@ std::optional<std::uint32_t> readNumberPart(Session &session, const MibTreeNode 
             return static_cast<std::uint32_t>(label.lValue);
         }
     }
-    return isInterfaceNumber(node) ? std::optional(session.interfaceIndex(text)) : std::nullopt;
+    return isInterfaceNumber(node) ? std::optional(device.interfaceIndex(text)) : std::nullopt;
 }
 
 // "02:00:5e:00:53:01"
@@ -102,7 +101,7 @@ bool readLinkLayerPart(std::string_view text, std::size_t part, host::RowKey &ke
     return true;
 }
 
-bool readAddressPart(Session &session, const std::string &text, std::size_t part, host::RowKey &key)
+bool readAddressPart(LocalDevice &device, const std::string &text, std::size_t part, host::RowKey &key)
 {
     if (text.empty()) { // none, as of a next hop
         key.resizeOctets(part, 0);
@@ -122,22 +121,22 @@ bool readAddressPart(Session &session, const std::string &text, std::size_t part
     const auto octets = key.resizeOctets(part, zoned ? zonedSize : addressSize);
     std::memcpy(octets.data(), &address, addressSize);
     if (zoned) {
-        const IpmibBe32 zone = ipmib_be32(session.interfaceIndex(text.substr(percent + 1)));
+        const IpmibBe32 zone = ipmib_be32(device.interfaceIndex(text.substr(percent + 1)));
         std::memcpy(octets.data() + addressSize, &zone, sizeof zone);
     }
     return true;
 }
 
-std::string nearObjects(Session &session, const std::string &name)
+std::string nearObjects(LocalDevice &device, const std::string &name)
 {
     std::vector<std::string> names;
-    for (const Object &object : session.tree().objects()) {
+    for (const Object &object : device.tree().objects()) {
         names.emplace_back(object.node->pszName);
     }
     return didYouMean(name, names);
 }
 
-void appendIndex(Session &session, const std::string &text, const MibTreeNode &node,
+void appendIndex(LocalDevice &device, const std::string &text, const MibTreeNode &node,
                  const std::vector<std::string> &words, host::Oid &oid)
 {
     if (node.pstIndex == nullptr || words.size() > node.pstIndex->ulCount) {
@@ -156,8 +155,8 @@ void appendIndex(Session &session, const std::string &text, const MibTreeNode &n
             read = appendNumbers(words[i], identifier) && identifier.size() <= host::maxIndexIds;
             key.setObjectId(i, read ? identifier.view() : host::OidView());
         } else if (parts.back().isOctets) {
-            read = readAddressPart(session, words[i], i, key);
-        } else if (const auto number = readNumberPart(session, *columns[i], words[i])) {
+            read = readAddressPart(device, words[i], i, key);
+        } else if (const auto number = readNumberPart(device, *columns[i], words[i])) {
             key.setNumber(i, *number);
             read = true;
         }
@@ -168,7 +167,7 @@ void appendIndex(Session &session, const std::string &text, const MibTreeNode &n
     host::appendKey(parts, key, oid);
 }
 
-std::string indexText(const Session &session, const MibTreeNode &node, host::OidView instance)
+std::string indexText(const LocalDevice &device, const MibTreeNode &node, host::OidView instance)
 {
     const auto columns = host::columnsOf(*node.pstIndex);
     host::IndexParts parts;
@@ -188,9 +187,9 @@ std::string indexText(const Session &session, const MibTreeNode &node, host::Oid
             text += "[]";
             continue;
         } else if (parts[i].isOctets) {
-            part = addressText(session, key.octets(i));
+            part = addressText(device, key.octets(i));
         } else if (isInterfaceNumber(*columns[i])) {
-            part = session.interfaceName(key.number(i));
+            part = device.interfaceName(key.number(i));
         } else {
             part = labelText(*columns[i]->pstSyntax, key.number(i));
         }
@@ -206,7 +205,7 @@ bool isInterfaceNumber(const MibTreeNode &node)
     return std::string_view(node.pszName).ends_with("IfIndex");
 }
 
-host::Oid parseIdentifier(Session &session, const std::string &text)
+host::Oid parseIdentifier(LocalDevice &device, const std::string &text)
 {
     host::Oid oid;
     const std::string_view numbers = std::string_view(text).substr(text.starts_with('.') ? 1 : 0);
@@ -214,9 +213,9 @@ host::Oid parseIdentifier(Session &session, const std::string &text)
         return oid;
     }
     const std::size_t end = text.find_first_of(".[");
-    const Object *object = session.tree().named(text.substr(0, end));
+    const Object *object = device.tree().named(text.substr(0, end));
     if (object == nullptr) {
-        refuse(text, "there is no such object" + nearObjects(session, text.substr(0, end)));
+        refuse(text, "there is no such object" + nearObjects(device, text.substr(0, end)));
     }
     oid = object->oid;
     if (end == std::string::npos) {
@@ -225,23 +224,23 @@ host::Oid parseIdentifier(Session &session, const std::string &text)
     const std::string_view rest = std::string_view(text).substr(end);
     const std::vector<std::string> words = bracketed(rest);
     if (!words.empty()) {
-        appendIndex(session, text, *object->node, words, oid);
+        appendIndex(device, text, *object->node, words, oid);
     } else if (rest.front() == '[' || !appendNumbers(rest.substr(1), oid)) {
         refuse(text, "an index is written .1.2 or [1][2]");
     }
     return oid;
 }
 
-std::string identifierText(const Session &session, host::OidView oid)
+std::string identifierText(const LocalDevice &device, host::OidView oid)
 {
-    const Object *object = session.tree().deepest(oid);
+    const Object *object = device.tree().deepest(oid);
     if (object == nullptr) {
         return numbersText(oid);
     }
     const host::OidView instance = oid.subspan(object->oid.size());
     std::string text = object->node->pszName;
     if (object->node->ulKind == MIB_NODE_COLUMN && !instance.empty()) {
-        const std::string index = indexText(session, *object->node, instance);
+        const std::string index = indexText(device, *object->node, instance);
         if (!index.empty()) {
             return text + index;
         }

@@ -13,10 +13,10 @@ namespace ipmib::cli
 namespace
 {
 
-Cell numberCell(const Session &session, const MibTreeNode &node, const host::Value &value)
+Cell numberCell(const LocalDevice &device, const MibTreeNode &node, const host::Value &value)
 {
     const std::string number = std::to_string(value.number);
-    const std::string label = isInterfaceNumber(node) ? session.interfaceName(static_cast<std::uint32_t>(value.number))
+    const std::string label = isInterfaceNumber(node) ? device.interfaceName(static_cast<std::uint32_t>(value.number))
                                                       : labelText(*node.pstSyntax, value.number);
     if (isInterfaceNumber(node)) {
         return {label == number ? number : label + "(" + number + ")", value.number, {}, Tone::interface};
@@ -26,20 +26,20 @@ Cell numberCell(const Session &session, const MibTreeNode &node, const host::Val
     return label.empty() ? Cell{plain, signedNumber, {}} : Cell{label + "(" + plain + ")", label, {}};
 }
 
-Cell valueCell(const Session &session, const MibTreeNode &node, const host::Value &value)
+Cell valueCell(const LocalDevice &device, const MibTreeNode &node, const host::Value &value)
 {
     constexpr std::uint64_t ticksPerSecond = 100;
     switch (value.type) {
     case host::ValueType::integer32:
-        return numberCell(session, node, value);
+        return numberCell(device, node, value);
     case host::ValueType::timeTicks:
         return {durationText(value.number / ticksPerSecond), value.number, {}};
     case host::ValueType::octets:
         return textCell(hexText(value.octets), Tone::linkLayer);
     case host::ValueType::ipAddress:
-        return textCell(addressText(session, value.octets), toneOfAddress(value.octets));
+        return textCell(addressText(device, value.octets), toneOfAddress(value.octets));
     case host::ValueType::objectId:
-        return {identifierText(session, value.objectId), numbersText(value.objectId), {}};
+        return {identifierText(device, value.objectId), numbersText(value.objectId), {}};
     case host::ValueType::unsigned32:
     case host::ValueType::counter32:
     case host::ValueType::counter64:
@@ -52,16 +52,16 @@ Cell valueCell(const Session &session, const MibTreeNode &node, const host::Valu
 
 void InstanceWriter::add(host::OidView name, const host::Value &value)
 {
-    const Object *object = session_.tree().deepest(name);
-    const std::string text = identifierText(session_, name);
-    const Cell cell = valueCell(session_, *object->node, value);
+    const Object *object = device_.tree().deepest(name);
+    const std::string text = identifierText(device_, name);
+    const Cell cell = valueCell(device_, *object->node, value);
     if (!json_) {
         std::printf("%s = %s\n", text.c_str(), palette_.painted(cell.tone, cell.text).c_str());
         return;
     }
     Json json = {{"name", text}, {"oid", numbersText(name)}, {"value", cell.json}};
     if (isInterfaceNumber(*object->node)) {
-        json["interface"] = session_.interfaceName(static_cast<std::uint32_t>(value.number));
+        json["interface"] = device_.interfaceName(static_cast<std::uint32_t>(value.number));
     } else if (value.type == host::ValueType::integer32 && cell.json.is_string()) {
         json["number"] = static_cast<std::int32_t>(value.number);
     }

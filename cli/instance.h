@@ -3,8 +3,8 @@
 #pragma once
 
 #include "colour.h"
+#include "local_device.h"
 #include "options.h"
-#include "session.h"
 
 #include "host/resolver.h"
 
@@ -14,8 +14,8 @@ namespace ipmib::cli
 class InstanceWriter
 {
   public:
-    InstanceWriter(const Session &session, const Options &options)
-        : session_(session), palette_(Palette::ofStandardOutput(options)), json_(options.json)
+    InstanceWriter(const LocalDevice &device, const Options &options)
+        : device_(device), palette_(Palette::ofStandardOutput(options)), json_(options.json)
     {
     }
 
@@ -23,7 +23,7 @@ class InstanceWriter
     void finish();
 
   private:
-    const Session &session_;
+    const LocalDevice &device_;
     Palette palette_;
     bool json_;
     bool any_ = false;

@@ -2,8 +2,8 @@
 // Writes rows as a table for people, or as a list of objects for programs.
 #include "listing.h"
 
+#include "local_device.h"
 #include "output.h"
-#include "session.h"
 #include "view_names.h"
 
 #include <sys/ioctl.h>
@@ -12,13 +12,13 @@
 namespace ipmib::cli
 {
 
-void listRows(Session &session, const View &view, const ViewRequest &request, const Sink &sink)
+void listRows(LocalDevice &device, const View &view, const ViewRequest &request, const Sink &sink)
 {
     const std::size_t place = interfaceColumn(view);
     const bool isFiltered = !request.interface.empty();
     const std::string name =
-        isFiltered ? session.interfaceName(session.interfaceIndex(request.interface)) : std::string();
-    view.list(session, request.argument, [&](Row row) {
+        isFiltered ? device.interfaceName(device.interfaceIndex(request.interface)) : std::string();
+    view.list(device, request.argument, [&](Row row) {
         if (!isFiltered || row[place].text == name) {
             sink(std::move(row));
         }
@@ -74,7 +74,7 @@ void JsonList::finish()
     std::fputs(any_ ? "]\n" : "[]\n", stdout);
 }
 
-Listing::Listing(std::span<const Column> columns, const Options &options)
+Listing::Listing(std::span<const ListingColumn> columns, const Options &options)
     : isForPrograms_(options.json), width_(outputWidth(options)), selection_(columns, options), json_(columns),
       table_(stdout, columns, width_, Palette::ofStandardOutput(options))
 {

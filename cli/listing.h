@@ -16,7 +16,7 @@ namespace ipmib::cli
 struct ViewRequest;
 
 // The rows of a view that are of the request's interface.
-void listRows(Session &session, const View &view, const ViewRequest &request, const Sink &sink);
+void listRows(LocalDevice &device, const View &view, const ViewRequest &request, const Sink &sink);
 
 // The places in a line of standard output; TextTable::noLimit when it is no terminal.
 std::size_t outputWidth(const Options &options);
@@ -29,13 +29,13 @@ std::string noteOfLeftOut(const std::vector<std::string> &headings, std::size_t 
 class JsonList
 {
   public:
-    explicit JsonList(std::span<const Column> columns) : columns_(columns) {}
+    explicit JsonList(std::span<const ListingColumn> columns) : columns_(columns) {}
 
     void add(const Row &row);
     void finish();
 
   private:
-    std::span<const Column> columns_;
+    std::span<const ListingColumn> columns_;
     bool any_ = false;
 };
 
@@ -43,7 +43,7 @@ class Listing
 {
   public:
     // Throws host::UsageError when the options name a column that there is not.
-    Listing(std::span<const Column> columns, const Options &options);
+    Listing(std::span<const ListingColumn> columns, const Options &options);
 
     void add(Row row);
     // What the note below the table says in any case.

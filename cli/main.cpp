@@ -53,13 +53,13 @@ void logLine(int priority, const char *line)
 
 int runOnDevice(const cli::Command &command, const cli::Options &options, const cli::Words &words)
 {
-    std::optional<cli::Session> session;
+    std::optional<cli::LocalDevice> device;
     try {
-        session.emplace(options.plugin);
+        device.emplace(options.plugin);
     } catch (const host::UsageError &error) {
         refuseWithHint(error, options);
     }
-    return command.run(*session, options, words);
+    return command.run(*device, options, words);
 }
 
 int writeHelp()

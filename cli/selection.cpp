@@ -28,7 +28,7 @@ std::string plain(std::string_view name)
 }
 
 // By its key or its heading, or by the beginning of one that no other has.
-std::optional<std::size_t> columnNamed(std::span<const Column> columns, const std::string &name)
+std::optional<std::size_t> columnNamed(std::span<const ListingColumn> columns, const std::string &name)
 {
     const std::string wanted = plain(name);
     std::vector<std::size_t> found;
@@ -45,14 +45,14 @@ std::optional<std::size_t> columnNamed(std::span<const Column> columns, const st
     return found.size() == 1 ? std::optional(found.front()) : std::nullopt;
 }
 
-std::size_t columnOrRefuse(std::span<const Column> columns, const char *option, const std::string &name)
+std::size_t columnOrRefuse(std::span<const ListingColumn> columns, const char *option, const std::string &name)
 {
     if (const auto column = columnNamed(columns, name)) {
         return *column;
     }
     std::vector<std::string> keys;
     std::string all;
-    for (const Column &column : columns) {
+    for (const ListingColumn &column : columns) {
         keys.emplace_back(column.key);
         all += (all.empty() ? "" : ", ") + keys.back();
     }
@@ -83,7 +83,7 @@ double activity(const Row &row)
 
 } // namespace
 
-Selection::Selection(std::span<const Column> columns, const Options &options)
+Selection::Selection(std::span<const ListingColumn> columns, const Options &options)
 {
     for (const std::string &filter : options.filters) {
         const std::size_t equals = filter.find('=');

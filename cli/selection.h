@@ -15,7 +15,7 @@ class Selection
 {
   public:
     // Throws host::UsageError for a column that there is not.
-    Selection(std::span<const Column> columns, const Options &options);
+    Selection(std::span<const ListingColumn> columns, const Options &options);
 
     // Whether all filters hold.
     bool takes(const Row &row) const;

@@ -7,15 +7,15 @@
 namespace ipmib::cli
 {
 
-int show(Session &session, const Options &options, const Words &words)
+int show(LocalDevice &device, const Options &options, const Words &words)
 {
     const ViewRequest request = parseViewRequest("show", words);
     const Version version = options.version == Version::both ? request.version : options.version;
     const View &view = request.view == &countersView ? countersViewOf(version) : *request.view;
     Listing listing(view.columns, options); // complains about columns that there are not
-    session.show(version);
-    session.freshState();
-    listRows(session, view, request, [&listing](Row row) { listing.add(std::move(row)); });
+    device.show(version);
+    device.freshState();
+    listRows(device, view, request, [&listing](Row row) { listing.add(std::move(row)); });
     listing.finish();
     return host::exitSuccess;
 }

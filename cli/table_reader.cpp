@@ -2,10 +2,10 @@
 // Reads a table row by row, several columns at a time.
 #include "table_reader.h"
 
-#include "session.h"
+#include "local_device.h"
 #include "text.h"
 
-#include "host/index_part.h"
+#include "host/row_key.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -26,14 +26,14 @@ const Object &objectNamed(const ObjectTree &tree, std::string_view name)
 
 } // namespace
 
-TableReader::TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns, Rows rows)
-    : session_(session), entry_(&objectNamed(session.tree(), entry)), rows_(rows)
+TableReader::TableReader(LocalDevice &device, std::string_view entry, std::vector<std::string_view> columns, Rows rows)
+    : device_(device), entry_(&objectNamed(device.tree(), entry)), rows_(rows)
 {
     for (const MibTreeNode *part : host::columnsOf(*entry_->node->pstIndex)) {
         parts_.push_back(*host::indexPart(*part));
     }
     for (const std::string_view name : columns) {
-        const Object &object = objectNamed(session.tree(), name);
+        const Object &object = objectNamed(device.tree(), name);
         const bool served = object.isServed;
         columns_.push_back({&object, served ? static_cast<int>(variables_.size()) : -1, object.oid});
         if (served) {
@@ -44,7 +44,7 @@ TableReader::TableReader(Session &session, std::string_view entry, std::vector<s
 
 bool TableReader::next()
 {
-    const Version wanted = rows_ == Rows::all ? Version::both : session_.shown();
+    const Version wanted = rows_ == Rows::all ? Version::both : device_.shown();
     while (readNext()) {
         const Version found = wanted == Version::both ? wanted : version();
         if (found == wanted || found == Version::both) {
@@ -71,8 +71,8 @@ Version TableReader::version() const
 
 bool TableReader::readNext()
 {
-    const Column *first = nullptr;
-    for (Column &column : columns_) {
+    const ReadColumn *first = nullptr;
+    for (ReadColumn &column : columns_) {
         if (column.variable >= 0) {
             column.asked = column.object->oid;
             column.asked.append(instance_.view());
@@ -83,7 +83,7 @@ bool TableReader::readNext()
     if (first == nullptr) {
         return false;
     }
-    session_.getNext(variables_, entry_->oid.view());
+    device_.getNext(variables_, entry_->oid.view());
     const host::Variable &leading = variables_.front();
     if (leading.status == host::Status::genErr) {
         throw std::runtime_error(std::string(first->object->node->pszName) + ": the module's answer is unusable");
@@ -100,7 +100,7 @@ bool TableReader::readNext()
 std::optional<host::Oid> TableReader::nearestRow() const
 {
     std::optional<host::Oid> nearest;
-    for (const Column &column : columns_) {
+    for (const ReadColumn &column : columns_) {
         if (column.variable < 0) {
             continue;
         }
@@ -119,7 +119,7 @@ std::optional<host::Oid> TableReader::nearestRow() const
 
 const host::Value *TableReader::value(std::size_t place) const
 {
-    const Column &column = columns_[place];
+    const ReadColumn &column = columns_[place];
     if (column.variable < 0) {
         return nullptr;
     }

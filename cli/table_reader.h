@@ -15,17 +15,17 @@
 namespace ipmib::cli
 {
 
-class Session;
+class LocalDevice;
 enum class Version;
 
 class TableReader
 {
   public:
-    // All rows, or those of the version of IP that the session shows.
+    // All rows, or those of the version of IP that the device shows.
     enum class Rows { shown, all };
 
     // The entry by its name, and the names of columns, of which one that is not served has no values.
-    TableReader(Session &session, std::string_view entry, std::vector<std::string_view> columns,
+    TableReader(LocalDevice &device, std::string_view entry, std::vector<std::string_view> columns,
                 Rows rows = Rows::shown);
 
     // The next row is the first one behind this instance, which need not be a row's, nor be complete.
@@ -42,24 +42,24 @@ class TableReader
     const host::Value *value(std::size_t column) const;
     const MibTreeNode &object(std::size_t column) const { return *columns_[column].object->node; }
 
-    Session &session() const { return session_; }
+    LocalDevice &device() const { return device_; }
 
   private:
     bool readNext();
     Version version() const;
     std::optional<host::Oid> nearestRow() const;
 
-    struct Column {
+    struct ReadColumn {
         const Object *object;
         int variable; // place among those that are asked for; -1 when it is not served
         host::Oid asked;
     };
 
-    Session &session_;
+    LocalDevice &device_;
     const Object *entry_;
     Rows rows_;
     host::IndexParts parts_;
-    std::vector<Column> columns_;
+    std::vector<ReadColumn> columns_;
     std::vector<host::Variable> variables_;
     host::Oid instance_;
     host::RowKey key_;

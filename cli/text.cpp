@@ -2,7 +2,7 @@
 // Values as people write them.
 #include "text.h"
 
-#include "session.h"
+#include "local_device.h"
 
 #include "host/syntax.h"
 
@@ -32,7 +32,7 @@ std::string format(const char *pattern, Arguments... arguments)
 
 } // namespace
 
-std::string addressText(const Session &session, std::span<const std::uint8_t> octets)
+std::string addressText(const LocalDevice &device, std::span<const std::uint8_t> octets)
 {
     char text[INET6_ADDRSTRLEN];
     if (octets.size() == ipv4Size && inet_ntop(AF_INET, octets.data(), text, sizeof text) != nullptr) {
@@ -45,7 +45,7 @@ std::string addressText(const Session &session, std::span<const std::uint8_t> oc
     if (octets.size() == addressSize) {
         return text;
     }
-    return std::string(text) + "%" + session.interfaceName(ipmib_be32_read(octets.data() + addressSize));
+    return std::string(text) + "%" + device.interfaceName(ipmib_be32_read(octets.data() + addressSize));
 }
 
 Tone toneOfAddress(std::span<const std::uint8_t> octets)

@@ -15,10 +15,10 @@
 namespace ipmib::cli
 {
 
-class Session;
+class LocalDevice;
 
 // 16 bytes, or 20 with a zone: "2001:db8::1", "fe80::1%eth0".
-std::string addressText(const Session &session, std::span<const std::uint8_t> octets);
+std::string addressText(const LocalDevice &device, std::span<const std::uint8_t> octets);
 Tone toneOfAddress(std::span<const std::uint8_t> octets);
 // "02:00:5e:00:53:01"
 std::string hexText(std::span<const std::uint8_t> octets);

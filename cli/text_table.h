@@ -18,7 +18,7 @@ class TextTable
   public:
     static constexpr std::size_t noLimit = 0;
 
-    TextTable(std::FILE *out, std::span<const Column> columns, std::size_t width, Palette palette = {})
+    TextTable(std::FILE *out, std::span<const ListingColumn> columns, std::size_t width, Palette palette = {})
         : out_(out), columns_(columns), width_(width), palette_(palette)
     {
     }
@@ -40,7 +40,7 @@ class TextTable
     void write(const Row &row);
 
     std::FILE *out_;
-    std::span<const Column> columns_;
+    std::span<const ListingColumn> columns_;
     std::size_t width_;
     Palette palette_;
     bool begun_ = false;

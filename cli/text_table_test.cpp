@@ -11,7 +11,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"NAME", "name"},
     {"COUNT", "count", Align::right},
     {"NOTE", "note", Align::left, 1},

@@ -4,7 +4,7 @@
 #include "identifier.h"
 #include "listing.h"
 
-#include "host/index_part.h"
+#include "host/row_key.h"
 
 #include <algorithm>
 #include <vector>
@@ -14,13 +14,13 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"OBJECT", "object"},
     {"TYPE", "type", Align::left, 1},
     {"ACCESS", "access", Align::left, 2},
     {"SERVED", "served"},
 };
-constexpr Column columnsForPrograms[] = {
+constexpr ListingColumn columnsForPrograms[] = {
     {"", "object"}, {"", "oid"}, {"", "type"}, {"", "access"}, {"", "served"},
 };
 
@@ -144,18 +144,18 @@ void list(const ObjectTree &tree, const Object &root, Listing &listing)
 
 } // namespace
 
-int drawTree(Session &session, const Options &options, const Words &words)
+int drawTree(LocalDevice &device, const Options &options, const Words &words)
 {
     if (words.size() > 1) {
         throw host::UsageError("tree: \"" + words.back() + "\" is too much");
     }
-    const ObjectTree &tree = session.tree();
+    const ObjectTree &tree = device.tree();
     const Object *root =
-        words.empty() ? &tree.objects().front() : tree.find(parseIdentifier(session, words.front()).view());
+        words.empty() ? &tree.objects().front() : tree.find(parseIdentifier(device, words.front()).view());
     if (root == nullptr) {
         throw host::UsageError(words.front() + ": there is no such object");
     }
-    Listing listing(options.json ? std::span<const Column>(columnsForPrograms) : columns, options);
+    Listing listing(options.json ? std::span<const ListingColumn>(columnsForPrograms) : columns, options);
     if (options.json) {
         list(tree, *root, listing);
     } else {

@@ -12,7 +12,7 @@
 namespace ipmib::cli
 {
 
-class Session;
+class LocalDevice;
 
 enum class Align { left, right };
 
@@ -23,7 +23,7 @@ enum class Role {
     time, // passes by itself
 };
 
-struct Column {
+struct ListingColumn {
     const char *heading;
     const char *key; // for programs
     Align align = Align::left;
@@ -34,9 +34,9 @@ struct Column {
 
 struct View {
     const char *name; // to be read in plain text
-    std::span<const Column> columns;
+    std::span<const ListingColumn> columns;
     // The argument is empty, or names what the listing is of.
-    void (*list)(Session &session, const std::string &argument, const Sink &sink);
+    void (*list)(LocalDevice &device, const std::string &argument, const Sink &sink);
     bool takesArgument = false;
 };
 

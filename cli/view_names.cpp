@@ -149,7 +149,7 @@ ViewRequest parseViewRequest(const std::string &command, const std::vector<std::
 std::size_t interfaceColumn(const View &view)
 {
     const auto column = std::ranges::find_if(
-        view.columns, [](const Column &each) { return each.key == std::string_view("interface"); });
+        view.columns, [](const ListingColumn &each) { return each.key == std::string_view("interface"); });
     return static_cast<std::size_t>(column - view.columns.begin());
 }
 

@@ -12,15 +12,15 @@ namespace
 {
 
 // The values of one table that lie below the root.
-void walkTable(Session &session, const host::ServedTable &table, host::OidView root, InstanceWriter &writer)
+void walkTable(LocalDevice &device, const host::ServedTable &table, host::OidView root, InstanceWriter &writer)
 {
     host::Oid asked(host::isWithin(root, table.root.view()) ? root : table.root.view());
     for (;;) {
         host::Variable variable;
         variable.asked = asked.view();
-        session.getNext({&variable, 1}, table.root.view());
+        device.getNext({&variable, 1}, table.root.view());
         if (variable.status == host::Status::genErr) {
-            throw std::runtime_error("behind " + identifierText(session, asked.view()) + " the answer is unusable");
+            throw std::runtime_error("behind " + identifierText(device, asked.view()) + " the answer is unusable");
         }
         if (variable.status != host::Status::ok || !host::isWithin(variable.name.view(), root)) {
             return;
@@ -32,19 +32,19 @@ void walkTable(Session &session, const host::ServedTable &table, host::OidView r
 
 } // namespace
 
-int walk(Session &session, const Options &options, const Words &words)
+int walk(LocalDevice &device, const Options &options, const Words &words)
 {
     if (words.size() != 1) {
         throw host::UsageError("walk: name one object");
     }
-    session.freshState();
-    const host::Oid root = parseIdentifier(session, words.front());
-    InstanceWriter writer(session, options);
+    device.freshState();
+    const host::Oid root = parseIdentifier(device, words.front());
+    InstanceWriter writer(device, options);
     bool served = false;
-    for (const host::ServedTable &table : session.tree().tables()) {
+    for (const host::ServedTable &table : device.tree().tables()) {
         if (host::isWithin(table.root.view(), root.view()) || host::isWithin(root.view(), table.root.view())) {
             served = true;
-            walkTable(session, table, root.view(), writer);
+            walkTable(device, table, root.view(), writer);
         }
     }
     if (!served) {

@@ -51,11 +51,11 @@ class RateColumns
     RateColumns(const RateColumns &) = delete;
     RateColumns &operator=(const RateColumns &) = delete;
 
-    std::span<const Column> columns() const { return columns_; }
+    std::span<const ListingColumn> columns() const { return columns_; }
 
   private:
     std::list<std::string> headings_;
-    std::vector<Column> columns_;
+    std::vector<ListingColumn> columns_;
 };
 
 // The lines of the terminal that the output goes to; 0: it goes somewhere else.
@@ -72,7 +72,7 @@ std::size_t roomForRows(std::size_t height)
     return height > others ? height - others : 1;
 }
 
-void writePicture(std::span<const Column> columns, std::vector<Row> rows, const Options &options, bool first)
+void writePicture(std::span<const ListingColumn> columns, std::vector<Row> rows, const Options &options, bool first)
 {
     constexpr const char *clearScreen = "\033[H\033[2J";
     const bool isTerminal = isatty(STDOUT_FILENO) == 1;
@@ -101,37 +101,37 @@ void writePicture(std::span<const Column> columns, std::vector<Row> rows, const 
 
 // Looks until it has looked often enough, or a signal comes.
 template <class Look>
-int lookAgainAndAgain(Session &session, const Options &options, Look look)
+int lookAgainAndAgain(LocalDevice &device, const Options &options, Look look)
 {
     endOnInterrupt();
     for (unsigned looks = 0;; ++looks) {
-        session.freshState();
+        device.freshState();
         look(looks);
         std::fflush(stdout);
         if (looks == options.count && options.count != 0) {
             return host::exitSuccess;
         }
-        if (!session.wait(static_cast<int>(options.intervalMs)) || signalled != 0) {
+        if (!device.wait(static_cast<int>(options.intervalMs)) || signalled != 0) {
             return exitSignalled + signalled;
         }
     }
 }
 
-std::vector<Row> rowsOf(Session &session, const View &view, const ViewRequest &request)
+std::vector<Row> rowsOf(LocalDevice &device, const View &view, const ViewRequest &request)
 {
     std::vector<Row> rows;
-    listRows(session, view, request, [&rows](Row row) { rows.push_back(std::move(row)); });
+    listRows(device, view, request, [&rows](Row row) { rows.push_back(std::move(row)); });
     return rows;
 }
 
-int watchRates(Session &session, const Options &options, const View &view, const ViewRequest &request)
+int watchRates(LocalDevice &device, const Options &options, const View &view, const ViewRequest &request)
 {
     const Selection columnsExist(view.columns, options);
     Rates rates;
     Clock::time_point before;
-    return lookAgainAndAgain(session, options, [&](unsigned looks) {
+    return lookAgainAndAgain(device, options, [&](unsigned looks) {
         const Clock::time_point now = Clock::now();
-        const std::vector<Row> counted = rowsOf(session, view, request);
+        const std::vector<Row> counted = rowsOf(device, view, request);
         const std::vector<Row> rows = rates.update(counted, std::chrono::duration<double>(now - before).count());
         if (looks > 0) {
             writePicture(RateColumns(view, counted).columns(), rows, options, looks == 1);
@@ -140,14 +140,14 @@ int watchRates(Session &session, const Options &options, const View &view, const
     });
 }
 
-int watchChanges(Session &session, const Options &options, const View &view, const ViewRequest &request)
+int watchChanges(LocalDevice &device, const Options &options, const View &view, const ViewRequest &request)
 {
     Changes changes(view.columns);
     const Selection selection(changes.columns(), options);
     const std::size_t width = outputWidth(options);
     TextTable table(stdout, changes.columns(), width, Palette::ofStandardOutput(options));
-    return lookAgainAndAgain(session, options, [&](unsigned looks) {
-        const std::vector<Row> rows = rowsOf(session, view, request);
+    return lookAgainAndAgain(device, options, [&](unsigned looks) {
+        const std::vector<Row> rows = rowsOf(device, view, request);
         std::vector<Row> told = changes.update(rows);
         if (looks == 0) {
             if (!options.json) {
@@ -176,19 +176,19 @@ bool isCounted(const View &view)
 
 } // namespace
 
-int watch(Session &session, const Options &options, const Words &words)
+int watch(LocalDevice &device, const Options &options, const Words &words)
 {
     ViewRequest request = parseViewRequest("watch", words);
     const Version version = options.version == Version::both ? request.version : options.version;
-    session.show(version);
+    device.show(version);
     // What an interface does is its traffic; all counters of the system are more than its line in the table.
     if (request.view == &interfacesView) {
         request.view = &statisticsView;
     } else if (request.view == &statisticsView || request.view == &countersView) {
         request.view = &countersViewOf(version);
     }
-    return isCounted(*request.view) ? watchRates(session, options, *request.view, request)
-                                    : watchChanges(session, options, *request.view, request);
+    return isCounted(*request.view) ? watchRates(device, options, *request.view, request)
+                                    : watchChanges(device, options, *request.view, request);
 }
 
 } // namespace ipmib::cli

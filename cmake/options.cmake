@@ -69,11 +69,19 @@ file(RELATIVE_PATH IPMIB_PLUGIN_FROM_BIN /prefix/${CMAKE_INSTALL_BINDIR} /prefix
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/empty.cpp CONTENT "")
 add_library(ipmib_standard_headers OBJECT ${PROJECT_BINARY_DIR}/empty.cpp)
 target_link_libraries(ipmib_standard_headers PRIVATE ipmib_options)
-target_precompile_headers(ipmib_standard_headers PRIVATE
-    <algorithm> <array> <chrono> <cstdint> <cstring> <functional> <map> <memory> <optional> <set> <span> <stdexcept>
-    <string> <string_view> <utility> <vector>)
+set(IPMIB_STANDARD_HEADERS <algorithm> <array> <chrono> <cstdint> <cstring> <functional> <map> <memory> <optional> <set>
+                           <span> <stdexcept> <string> <string_view> <utility> <vector>)
+target_precompile_headers(ipmib_standard_headers PRIVATE ${IPMIB_STANDARD_HEADERS})
 function(ipmib_precompile target)
   target_precompile_headers(${target} REUSE_FROM ipmib_standard_headers)
+  ipmib_precompiled_warnings(${target})
+endfunction()
+# The same with further headers, for a target of many sources that read them.
+function(ipmib_precompile_with target)
+  target_precompile_headers(${target} PRIVATE ${IPMIB_STANDARD_HEADERS} ${ARGN})
+  ipmib_precompiled_warnings(${target})
+endfunction()
+function(ipmib_precompiled_warnings target)
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
     # GCC 12 forgets that a precompiled header is the system's, and warns of what std::string does inside.
     target_compile_options(${target} PRIVATE -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The device's addresses, with the lengths of their prefixes.
-#include "session.h"
+// The device's addresses, with the lengths of their prefixes, and the prefixes of all interfaces.
+#include "local_device.h"
 #include "view.h"
 
 namespace ipmib::cli
@@ -8,7 +8,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn addressColumns[] = {
     {"ADDRESS", "address", Align::left, 0, Role::key},
     {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"STATUS", "status"},
@@ -23,7 +23,7 @@ std::uint32_t prefixLength(const TableReader &rows, const host::Value *interface
 {
     constexpr std::size_t withZone = 20; // octets
     const std::uint32_t own = interface != nullptr && rows.key().octets(1).size() == withZone
-                                  ? rows.session().linkLocalPrefixLength(static_cast<std::uint32_t>(interface->number))
+                                  ? rows.device().linkLocalPrefixLength(static_cast<std::uint32_t>(interface->number))
                                   : 0;
     return own != 0 || prefix == nullptr || prefix->objectId.empty() ? own : prefix->objectId.back();
 }
@@ -33,10 +33,10 @@ Cell withLength(const Cell &address, std::uint32_t length)
     return length == 0 ? address : textCell(address.text + "/" + std::to_string(length), address.tone);
 }
 
-void list(Session &session, const std::string &, const Sink &sink)
+void listAddresses(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { ifIndex, type, prefix, origin, status, created, changed };
-    TableReader rows(session, "ipAddressEntry",
+    TableReader rows(device, "ipAddressEntry",
                      {"ipAddressIfIndex", "ipAddressType", "ipAddressPrefix", "ipAddressOrigin", "ipAddressStatus",
                       "ipAddressCreated", "ipAddressLastChanged"});
     while (rows.next()) {
@@ -46,8 +46,34 @@ void list(Session &session, const std::string &, const Sink &sink)
     }
 }
 
+constexpr ListingColumn prefixColumns[] = {
+    {"PREFIX", "prefix", Align::left, 0, Role::key},
+    {"INTERFACE", "interface", Align::left, 0, Role::key},
+    {"ORIGIN", "origin", Align::left, 1},
+    {"ON LINK", "onLink", Align::left, 3},
+    {"AUTONOMOUS", "autonomous", Align::left, 2},
+    {"VALID", "valid", Align::right, 4, Role::time},
+    {"PREFERRED", "preferred", Align::right, 5, Role::time},
+};
+
+void listPrefixes(LocalDevice &device, const std::string &, const Sink &sink)
+{
+    enum { origin, onLink, autonomous, preferred, valid };
+    TableReader rows(device, "ipAddressPrefixEntry",
+                     {"ipAddressPrefixOrigin", "ipAddressPrefixOnLinkFlag", "ipAddressPrefixAutonomousFlag",
+                      "ipAddressPrefixAdvPreferredLifetime", "ipAddressPrefixAdvValidLifetime"});
+    while (rows.next()) {
+        const std::string length = std::to_string(rows.key().number(3));
+        const Cell prefix = addressCell(rows, 2);
+        sink({textCell(prefix.text + "/" + length, prefix.tone), interfaceCell(rows, 0), labelCell(rows, origin),
+              truthCell(rows, onLink), truthCell(rows, autonomous), lifetimeCell(rows, valid),
+              lifetimeCell(rows, preferred)});
+    }
+}
+
 } // namespace
 
-const View addressesView{"addresses", columns, list};
+const View addressesView{"addresses", addressColumns, listAddresses};
+const View prefixesView{"prefixes", prefixColumns, listPrefixes};
 
 } // namespace ipmib::cli

@@ -7,7 +7,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"SENT", "sent"},
     {"INTERVAL", "interval", Align::right},
@@ -40,10 +40,10 @@ Cell unlessZero(Cell cell)
     return cell;
 }
 
-void list(Session &session, const std::string &, const Sink &sink)
+void list(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { sent, max, min, managed, other, mtu, reachable, retransmit, hopLimit, lifetime };
-    TableReader rows(session, "ipv6RouterAdvertEntry",
+    TableReader rows(device, "ipv6RouterAdvertEntry",
                      {"ipv6RouterAdvertSendAdverts", "ipv6RouterAdvertMaxInterval", "ipv6RouterAdvertMinInterval",
                       "ipv6RouterAdvertManagedFlag", "ipv6RouterAdvertOtherConfigFlag", "ipv6RouterAdvertLinkMTU",
                       "ipv6RouterAdvertReachableTime", "ipv6RouterAdvertRetransmitTime", "ipv6RouterAdvertCurHopLimit",

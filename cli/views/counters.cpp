@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // All traffic counters of the system or of one interface, one row for each, with both versions side by side.
-#include "session.h"
+#include "local_device.h"
 #include "view.h"
 
 #include "host/tree_check.h"
@@ -15,13 +15,13 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"COUNTER", "counter"},
     {"IPV4", "ipv4", Align::right},
     {"IPV6", "ipv6", Align::right},
 };
-constexpr Column columnsOfIpv4[] = {columns[0], columns[1]};
-constexpr Column columnsOfIpv6[] = {columns[0], columns[2]};
+constexpr ListingColumn columnsOfIpv4[] = {columns[0], columns[1]};
+constexpr ListingColumn columnsOfIpv6[] = {columns[0], columns[2]};
 
 constexpr host::SubId ipv4 = 1;
 constexpr host::SubId ipv6 = 2;
@@ -53,7 +53,7 @@ std::vector<Counter> countersOf(const ObjectTree &tree, const Object &entry, con
 }
 
 // The counters' cells of one row; empty when there is no such row.
-Row readRow(Session &session, const std::vector<Counter> &counters, host::OidView instance)
+Row readRow(LocalDevice &device, const std::vector<Counter> &counters, host::OidView instance)
 {
     std::vector<host::Oid> names;
     for (const Counter &counter : counters) {
@@ -64,7 +64,7 @@ Row readRow(Session &session, const std::vector<Counter> &counters, host::OidVie
     for (std::size_t i = 0; i < names.size(); ++i) {
         variables[i].asked = names[i].view();
     }
-    session.get(variables);
+    device.get(variables);
     Row row;
     bool exists = false;
     for (const host::Variable &variable : variables) {
@@ -74,21 +74,21 @@ Row readRow(Session &session, const std::vector<Counter> &counters, host::OidVie
     return exists ? row : Row{};
 }
 
-void list(Session &session, const std::string &name, const Sink &sink)
+void list(LocalDevice &device, const std::string &name, const Sink &sink)
 {
     const bool ofSystem = name.empty() || name == "system";
     const std::string table = ofSystem ? "ipSystemStats" : "ipIfStats";
-    const std::uint32_t ifIndex = ofSystem ? 0 : session.interfaceIndex(name);
-    const Object *entry = session.tree().named(table + "Entry");
+    const std::uint32_t ifIndex = ofSystem ? 0 : device.interfaceIndex(name);
+    const Object *entry = device.tree().named(table + "Entry");
     if (entry == nullptr) {
         throw std::runtime_error("the module has no object " + table + "Entry");
     }
-    const std::vector<Counter> counters = countersOf(session.tree(), *entry, table);
+    const std::vector<Counter> counters = countersOf(device.tree(), *entry, table);
     std::vector<Row> rows;
     for (const host::SubId version : {ipv4, ipv6}) {
-        if (session.shown() == Version::both || session.shown() == (version == ipv4 ? Version::ipv4 : Version::ipv6)) {
+        if (device.shown() == Version::both || device.shown() == (version == ipv4 ? Version::ipv4 : Version::ipv6)) {
             const host::SubId instance[] = {version, ifIndex};
-            rows.push_back(readRow(session, counters, {instance, ofSystem ? 1u : 2u}));
+            rows.push_back(readRow(device, counters, {instance, ofSystem ? 1u : 2u}));
         }
     }
     if (std::ranges::all_of(rows, &Row::empty)) {

@@ -10,7 +10,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"VERSION", "version"},         {"TYPE", "type", Align::right},
     {"MESSAGE", "message"},         {"RECEIVED", "received", Align::right},
     {"SENT", "sent", Align::right},
@@ -62,10 +62,10 @@ Cell messageCell(std::uint32_t version, std::uint32_t number)
     return type == types.end() ? emptyCell() : textCell(type->name);
 }
 
-void list(Session &session, const std::string &, const Sink &sink)
+void list(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { inMsgs, outMsgs, inErrors, outErrors };
-    TableReader all(session, "icmpStatsEntry",
+    TableReader all(device, "icmpStatsEntry",
                     {"icmpStatsInMsgs", "icmpStatsOutMsgs", "icmpStatsInErrors", "icmpStatsOutErrors"});
     while (all.next()) {
         const Cell version = indexLabelCell(all, 0);
@@ -73,7 +73,7 @@ void list(Session &session, const std::string &, const Sink &sink)
         sink({version, emptyCell(), textCell("errors"), counterCell(all, inErrors), counterCell(all, outErrors)});
     }
     enum { inPkts, outPkts };
-    TableReader byType(session, "icmpMsgStatsEntry", {"icmpMsgStatsInPkts", "icmpMsgStatsOutPkts"});
+    TableReader byType(device, "icmpMsgStatsEntry", {"icmpMsgStatsInPkts", "icmpMsgStatsOutPkts"});
     while (byType.next()) {
         const std::uint32_t type = byType.key().number(1);
         sink({indexLabelCell(byType, 0), Cell{std::to_string(type), type, {}},

@@ -8,7 +8,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"INTERFACE", "interface"},
     {"INDEX", "ifIndex", Align::right},
     {"VERSION", "version"},
@@ -39,16 +39,16 @@ Cell ifIndexCell(const TableReader &rows)
     return {std::to_string(ifIndex), ifIndex, {}};
 }
 
-void list(Session &session, const std::string &, const Sink &sink)
+void list(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { ip4EnableStatus, ip4Retransmit };
-    TableReader ip4(session, "ipv4InterfaceEntry", {"ipv4InterfaceEnableStatus", "ipv4InterfaceRetransmitTime"});
+    TableReader ip4(device, "ipv4InterfaceEntry", {"ipv4InterfaceEnableStatus", "ipv4InterfaceRetransmitTime"});
     while (ip4.next()) {
         sink({interfaceCell(ip4, 0), ifIndexCell(ip4), textCell("ipv4"), labelCell(ip4, ip4EnableStatus), emptyCell(),
               emptyCell(), emptyCell(), millisecondsCell(ip4, ip4Retransmit)});
     }
     enum { identifier, enableStatus, reachable, retransmit, forwarding };
-    TableReader rows(session, "ipv6InterfaceEntry",
+    TableReader rows(device, "ipv6InterfaceEntry",
                      {"ipv6InterfaceIdentifier", "ipv6InterfaceEnableStatus", "ipv6InterfaceReachableTime",
                       "ipv6InterfaceRetransmitTime", "ipv6InterfaceForwarding"});
     while (rows.next()) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The neighbours on all interfaces.
+// The neighbours on all interfaces, and the default routers among them.
 #include "text.h"
 #include "view.h"
 
@@ -10,7 +10,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn neighbourColumns[] = {
     {"ADDRESS", "address", Align::left, 0, Role::key},
     {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"LINK-LAYER ADDRESS", "linkLayerAddress", Align::left, 1},
@@ -27,11 +27,11 @@ Cell linkLayerCell(const host::Value *value)
     return known ? textCell(hexText(value->octets), Tone::linkLayer) : emptyCell();
 }
 
-void list(Session &session, const std::string &, const Sink &sink)
+void listNeighbours(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { physAddress, lastUpdated, type, state };
     TableReader rows(
-        session, "ipNetToPhysicalEntry",
+        device, "ipNetToPhysicalEntry",
         {"ipNetToPhysicalPhysAddress", "ipNetToPhysicalLastUpdated", "ipNetToPhysicalType", "ipNetToPhysicalState"});
     while (rows.next()) {
         sink({addressCell(rows, 2), interfaceCell(rows, 0), linkLayerCell(rows.value(physAddress)),
@@ -39,8 +39,29 @@ void list(Session &session, const std::string &, const Sink &sink)
     }
 }
 
+constexpr ListingColumn routerColumns[] = {
+    {"ROUTER", "address", Align::left, 0, Role::key},
+    {"INTERFACE", "interface", Align::left, 0, Role::key},
+    {"PREFERENCE", "preference"},
+    {"LIFETIME", "lifetime", Align::right, 1, Role::time},
+};
+
+// The object can hold no more.
+constexpr std::uint32_t endless = 65'535;
+
+void listRouters(LocalDevice &device, const std::string &, const Sink &sink)
+{
+    enum { lifetime, preference };
+    TableReader rows(device, "ipDefaultRouterEntry", {"ipDefaultRouterLifetime", "ipDefaultRouterPreference"});
+    while (rows.next()) {
+        sink({addressCell(rows, 1), interfaceCell(rows, 2), labelCell(rows, preference),
+              lifetimeCell(rows, lifetime, endless)});
+    }
+}
+
 } // namespace
 
-const View neighboursView{"neighbours", columns, list};
+const View neighboursView{"neighbours", neighbourColumns, listNeighbours};
+const View routersView{"routers", routerColumns, listRouters};
 
 } // namespace ipmib::cli

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The routes: all of them, those within a prefix, or those by which an address is reached.
-#include "session.h"
+#include "local_device.h"
 #include "text.h"
 #include "view.h"
 
@@ -17,7 +17,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"DESTINATION", "destination", Align::left, 0, Role::key},
     {"NEXT HOP", "nextHop", Align::left, 0, Role::key},
     {"INTERFACE", "interface"},
@@ -128,22 +128,22 @@ Row rowOf(const TableReader &rows)
             textCell(policy)};
 }
 
-TableReader reader(Session &session)
+TableReader reader(LocalDevice &device)
 {
-    return {session,
+    return {device,
             "inetCidrRouteEntry",
             {"inetCidrRouteIfIndex", "inetCidrRouteType", "inetCidrRouteProto", "inetCidrRouteAge",
              "inetCidrRouteMetric1"}};
 }
 
-void listRoutes(Session &session, const std::string &prefix, const Sink &sink)
+void listRoutes(LocalDevice &device, const std::string &prefix, const Sink &sink)
 {
     Prefix within;
-    TableReader rows = reader(session);
+    TableReader rows = reader(device);
     if (!prefix.empty()) {
         within = readPrefix(prefix);
         rows.startBehind(placeBefore(within).view());
-    } else if (session.shown() == Version::ipv6) {
+    } else if (device.shown() == Version::ipv6) {
         rows.startBehind(host::Oid{IPMIB_IPV6}.view());
     }
     while (rows.next()) {
@@ -156,21 +156,21 @@ void listRoutes(Session &session, const std::string &prefix, const Sink &sink)
     }
 }
 
-void listRouteTo(Session &session, const std::string &text, const Sink &sink)
+void listRouteTo(LocalDevice &device, const std::string &text, const Sink &sink)
 {
     if (text.empty() || text.find('/') != std::string::npos) {
-        listRoutes(session, text, sink);
+        listRoutes(device, text, sink);
         return;
     }
     const Prefix address = readPrefix(text);
-    const IpmibRouteHooks *routes = session.routes();
+    const IpmibRouteHooks *routes = device.routes();
     IpmibRoute first;
     if (routes == nullptr || routes->match(address.version, address.octets.data(), &first) != 0) {
         throw std::runtime_error("there is no route to " + text);
     }
     Prefix prefix{address.version, {}, first.key.prefix_length};
     std::ranges::copy(first.key.destination, prefix.octets.begin());
-    TableReader rows = reader(session);
+    TableReader rows = reader(device);
     rows.startBehind(placeBefore(prefix).view());
     while (rows.next() &&
            std::ranges::equal(rows.key().octets(destinationPart), std::span(prefix.octets).first(prefix.size()))) {

@@ -9,7 +9,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr Column columns[] = {
+constexpr ListingColumn columns[] = {
     {"INTERFACE", "interface"},
     {"VERSION", "version"},
     {"RECEIVED", "received", Align::right},
@@ -41,15 +41,15 @@ Row withCounters(Row row, const TableReader &rows, std::size_t count)
     return row;
 }
 
-void list(Session &session, const std::string &, const Sink &sink)
+void list(LocalDevice &device, const std::string &, const Sink &sink)
 {
     const std::vector<std::string> ofSystem = counters("ipSystemStats");
-    TableReader system(session, "ipSystemStatsEntry", {ofSystem.begin(), ofSystem.end()});
+    TableReader system(device, "ipSystemStatsEntry", {ofSystem.begin(), ofSystem.end()});
     while (system.next()) {
         sink(withCounters({textCell("system"), indexLabelCell(system, 0)}, system, ofSystem.size()));
     }
     const std::vector<std::string> ofInterface = counters("ipIfStats");
-    TableReader interfaces(session, "ipIfStatsEntry", {ofInterface.begin(), ofInterface.end()});
+    TableReader interfaces(device, "ipIfStatsEntry", {ofInterface.begin(), ofInterface.end()});
     while (interfaces.next()) {
         sink(withCounters({interfaceCell(interfaces, 1), indexLabelCell(interfaces, 0)}, interfaces,
                           ofInterface.size()));

@@ -18,11 +18,11 @@
 namespace ipmib::cli
 {
 
-class Session
+class LocalDevice
 {
   public:
     // Throws host::PluginError.
-    explicit Session(const host::PluginOptions &options);
+    explicit LocalDevice(const host::PluginOptions &options);
 
     const ObjectTree &tree() const { return device_.catalogue(); }
 

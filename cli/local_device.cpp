@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A device in this process: its platform, the module, and the tables through which every value comes.
-#include "session.h"
+#include "local_device.h"
 
 #include "near_names.h"
 #include "table_reader.h"
@@ -21,15 +21,15 @@
 namespace ipmib::cli
 {
 
-Session::Session(const host::PluginOptions &options) : plugin_(options), device_(plugin_) {}
+LocalDevice::LocalDevice(const host::PluginOptions &options) : plugin_(options), device_(plugin_) {}
 
-void Session::freshState()
+void LocalDevice::freshState()
 {
     device_.catalogue().beginPacket();
 }
 
 // Rows that take a while to be read are waited for.
-void Session::begin(host::Source &source)
+void LocalDevice::begin(host::Source &source)
 {
     constexpr int step = 10; // milliseconds
     source.start();
@@ -37,7 +37,7 @@ void Session::begin(host::Source &source)
     }
 }
 
-void Session::get(std::span<host::Variable> variables)
+void LocalDevice::get(std::span<host::Variable> variables)
 {
     for (host::Variable &variable : variables) {
         variable.status = host::Status::noSuchObject;
@@ -64,7 +64,7 @@ void Session::get(std::span<host::Variable> variables)
     }
 }
 
-void Session::getNext(std::span<host::Variable> variables, host::OidView region)
+void LocalDevice::getNext(std::span<host::Variable> variables, host::OidView region)
 {
     const host::ServedTable *table = tree().tableOf(region);
     if (table == nullptr) {
@@ -77,7 +77,7 @@ void Session::getNext(std::span<host::Variable> variables, host::OidView region)
     table->source->getNext(variables, region);
 }
 
-bool Session::wait(int milliseconds)
+bool LocalDevice::wait(int milliseconds)
 {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
@@ -99,7 +99,7 @@ bool Session::wait(int milliseconds)
     }
 }
 
-const IpmibRouteHooks *Session::routes()
+const IpmibRouteHooks *LocalDevice::routes()
 {
     const IpmibPlatformHooks *platform = plugin_.platform();
     const Object *number = tree().named("inetCidrRouteNumber");
@@ -111,7 +111,7 @@ const IpmibRouteHooks *Session::routes()
     return platform->routes;
 }
 
-std::uint32_t Session::uptime() const
+std::uint32_t LocalDevice::uptime() const
 {
     // The platform's symbols are global, as the module needs them.
     using Service = decltype(&TIME_GetSystemBootTime);
@@ -124,7 +124,7 @@ std::uint32_t Session::uptime() const
     return seconds;
 }
 
-std::uint32_t Session::linkLocalPrefixLength(std::uint32_t ifIndex) const
+std::uint32_t LocalDevice::linkLocalPrefixLength(std::uint32_t ifIndex) const
 {
     const IpmibPlatformHooks *platform = plugin_.platform();
     const bool knows =
@@ -132,7 +132,7 @@ std::uint32_t Session::linkLocalPrefixLength(std::uint32_t ifIndex) const
     return knows ? platform->ip->link_local_prefix_length(ifIndex) : 0;
 }
 
-std::string Session::interfaceName(std::uint32_t ifIndex) const
+std::string LocalDevice::interfaceName(std::uint32_t ifIndex) const
 {
     const IpmibPlatformHooks *platform = plugin_.platform();
     const char *name =
@@ -140,7 +140,7 @@ std::string Session::interfaceName(std::uint32_t ifIndex) const
     return name == nullptr ? std::to_string(ifIndex) : support::printable(name);
 }
 
-std::uint32_t Session::interfaceIndex(std::string_view name)
+std::uint32_t LocalDevice::interfaceIndex(std::string_view name)
 {
     std::uint32_t number = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
@@ -156,7 +156,7 @@ std::uint32_t Session::interfaceIndex(std::string_view name)
     throw std::runtime_error("no interface is called " + std::string(name) + didYouMean(shown, interfaceNames()));
 }
 
-std::vector<std::string> Session::interfaceNames()
+std::vector<std::string> LocalDevice::interfaceNames()
 {
     std::vector<std::string> names;
     for (const std::uint32_t ifIndex : interfaceIndexes()) {
@@ -165,7 +165,7 @@ std::vector<std::string> Session::interfaceNames()
     return names;
 }
 
-std::vector<std::uint32_t> Session::interfaceIndexes()
+std::vector<std::uint32_t> LocalDevice::interfaceIndexes()
 {
     // A platform that leaves interface tables to somebody else has them in the traffic of IP alone.
     const host::Object *own = tree().named("ifIndex");
