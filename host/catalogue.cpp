@@ -2,9 +2,9 @@
 // Put together once, at the start: trees into one list, and each source's objects into tables.
 #include "catalogue.h"
 
-#include "row_key.h"
 #include "merged_source.h"
 #include "rest_of_table.h"
+#include "row_key.h"
 
 #include <algorithm>
 #include <set>
