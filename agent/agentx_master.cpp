@@ -71,7 +71,9 @@ int accept(netsnmp_transport *listening)
 // The library closes the connection, with all that was registered over it, when it reads its end.
 int send(netsnmp_transport *transport, const void *buffer, int size, void **, int *)
 {
-    if (::send(transport->sock, buffer, static_cast<std::size_t>(size), MSG_DONTWAIT | MSG_NOSIGNAL) != size) {
+    const ssize_t sent = ::send(transport->sock, buffer, static_cast<std::size_t>(size), MSG_DONTWAIT | MSG_NOSIGNAL);
+    const bool isShut = sent < 0 && errno == EPIPE; // since an earlier request, or by the sub-agent
+    if (sent != size && !isShut) {
         snmp_log(LOG_NOTICE, "agentx: a sub-agent does not take its requests, closing the connection\n");
         shutdown(transport->sock, SHUT_RDWR);
     }
