@@ -159,20 +159,21 @@ class Shells(unittest.TestCase):
     def tearDown(self):
         self.folder.cleanup()
 
+    device = f"--platform simulated:{root}/examples/home-router.json"
     # What is written, and what may stand there in place of the last word.
     lines = {
         "sh": {"show"},
         "show ne": {"neighbours"},
         "neigh dev ": None,
         "watch stat": {"statistics"},
-        "get ipv6IpDef": {"ipv6IpDefaultHopLimit"},
+        f"{device} get ipv6IpDef": {"ipv6IpDefaultHopLimit"},
         "neigh --sort up": {"updated"},
         "--platform simulated:x.json show ro": {"routers", "routes", "route"},
         "--platform sim": {"simulated:"},
         "completion ": {"bash", "zsh", "fish"},
         "--color=al": {"--color=always"},
     }
-    interfaces = f"--platform simulated:{root}/examples/home-router.json neigh dev l"
+    interfaces = f"{device} neigh dev l"
 
     def candidates(self, line):
         *words, last = line.split(" ")

@@ -19,6 +19,7 @@ import sys
 root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 END_OF_OUTPUT = "=== end of the output of command"
 NUMBER = re.compile(r"^(-?[0-9.]+)([kMGT]?)$")
+BIG_ENDIAN_ONLY = re.compile(r"\nThis processor is big-endian: .*\n")
 UNITS = {"": 1, "k": 1e3, "M": 1e6, "G": 1e9, "T": 1e12}
 
 
@@ -69,7 +70,7 @@ def run(commands, programs):
     result = subprocess.run(["sh"], input=script, cwd=root, env=environment, text=True, encoding="utf-8",
                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300, check=False)
     written = result.stdout.replace(os.path.realpath(programs + "/.."), "/usr")
-    outputs = written.split(END_OF_OUTPUT + "\n")
+    outputs = BIG_ENDIAN_ONLY.sub("", written).split(END_OF_OUTPUT + "\n")
     if len(outputs) != len(commands) + 1:
         sys.exit(f"{len(outputs) - 1} of {len(commands)} commands came to their end:\n{result.stdout}")
     return [output.split("\n")[:-1] for output in outputs[:-1]]
