@@ -64,8 +64,8 @@ typedef struct IpmibPlatformHooks {
     int (*descriptor)(void);
     /* Handles what is ready, in a bounded piece; never blocks. */
     void (*dispatch)(void);
-    /* A new packet of requests begins: brings the mirrors up to what the kernel has announced by now, and forgets
-     * counters that were read for the packet before. Never blocks. */
+    /* A new packet of requests begins, or several that waited together: brings the mirrors up to what the kernel has
+     * announced by now, and forgets counters that were read before. Never blocks. */
     void (*begin_packet)(void);
     /* Reads configuration files again (SIGHUP). */
     void (*reload)(void);
