@@ -56,34 +56,11 @@ class Variables
     netsnmp_variable_list *first_ = nullptr;
 };
 
-LinkNotificationSettings *inForce = nullptr;
-
-void parseLine(const char *directive, char *line)
-{
-    const std::string mistake = inForce->read(line);
-    if (!mistake.empty()) {
-        netsnmp_config_error("%s: %s", directive, mistake.c_str());
-    }
-}
-
-void forgetLines()
-{
-    inForce->forget();
-}
-
 } // namespace
 
 LinkNotificationSettings::LinkNotificationSettings(const char *fileType, const char *word)
-    : fileType_(fileType), word_(word)
+    : line_(*this, fileType, word, "no | all | COUNT SECONDS")
 {
-    inForce = this;
-    register_config_handler(fileType_, word_, parseLine, forgetLines, "no | all | COUNT SECONDS");
-}
-
-LinkNotificationSettings::~LinkNotificationSettings()
-{
-    unregister_config_handler(fileType_, word_);
-    inForce = nullptr;
 }
 
 void LinkNotificationSettings::forget()

@@ -2,7 +2,7 @@
 // linkDown and linkUp of IF-MIB, at the moment at which the platform tells of the change.
 #pragma once
 
-#include "net_snmp.h"
+#include "config_line.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -23,9 +23,6 @@ class LinkNotificationSettings
     // From here on the library hands the lines to it, as it does for ServeSettings. Before it reads them again it is
     // back at the defaults.
     LinkNotificationSettings(const char *fileType, const char *word);
-    ~LinkNotificationSettings();
-    LinkNotificationSettings(const LinkNotificationSettings &) = delete;
-    LinkNotificationSettings &operator=(const LinkNotificationSettings &) = delete;
 
     bool areSent() const { return areSent_; }
     // At most so many of one interface at once, and as many again over the seconds; 0: without a limit.
@@ -40,11 +37,10 @@ class LinkNotificationSettings
     static constexpr unsigned usualCount = 10;
     static constexpr unsigned usualSeconds = 60;
 
-    const char *fileType_;
-    const char *word_;
     bool areSent_ = true;
     unsigned count_ = usualCount;
     unsigned seconds_ = usualSeconds;
+    ConfigLine<LinkNotificationSettings> line_;
 };
 
 class LinkNotifications

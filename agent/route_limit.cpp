@@ -1,40 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The library's parsers get no pointer of ours, hence the one that is in force.
-
 #include "route_limit.h"
-
-#include "net_snmp.h"
 
 #include <charconv>
 
 namespace ipmib::agent
 {
-namespace
-{
-
-RouteLimit *inForce = nullptr;
-
-void parseLine(const char *directive, char *line)
-{
-    const std::string mistake = inForce->read(line);
-    if (!mistake.empty()) {
-        netsnmp_config_error("%s: %s", directive, mistake.c_str());
-    }
-}
-
-} // namespace
-
-RouteLimit::RouteLimit(const char *fileType, const char *word) : fileType_(fileType), word_(word)
-{
-    inForce = this;
-    register_config_handler(fileType_, word_, parseLine, nullptr, "NUMBER");
-}
-
-RouteLimit::~RouteLimit()
-{
-    unregister_config_handler(fileType_, word_);
-    inForce = nullptr;
-}
+RouteLimit::RouteLimit(const char *fileType, const char *word) : line_(*this, fileType, word, "NUMBER") {}
 
 void RouteLimit::handTo(const IpmibPlatformHooks *platform) const
 {

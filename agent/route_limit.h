@@ -2,6 +2,8 @@
 // The configuration's line `routes NUMBER`: at most so many rows of routes.
 #pragma once
 
+#include "config_line.h"
+
 #include <ipmib/platform_hooks.h>
 
 #include <cstdint>
@@ -18,9 +20,6 @@ class RouteLimit
 
     // From here on the library hands the lines to it, as it does for ServeSettings.
     RouteLimit(const char *fileType, const char *word);
-    ~RouteLimit();
-    RouteLimit(const RouteLimit &) = delete;
-    RouteLimit &operator=(const RouteLimit &) = delete;
 
     // Once, before anything is served: a platform is told before it follows routes.
     void handTo(const IpmibPlatformHooks *platform) const;
@@ -29,9 +28,8 @@ class RouteLimit
     std::string read(const std::string &line);
 
   private:
-    const char *fileType_;
-    const char *word_;
     std::optional<std::uint64_t> most_;
+    ConfigLine<RouteLimit> line_;
 };
 
 } // namespace ipmib::agent

@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The library's parsers get no pointer of ours, hence the one that is in force.
-
 #include "serve_settings.h"
-
-#include "net_snmp.h"
 
 #include <algorithm>
 #include <set>
@@ -16,8 +12,6 @@ namespace
 {
 
 constexpr const char *everyTable = "all";
-
-ServeSettings *inForce = nullptr;
 
 bool isAmong(const std::vector<host::ServedTable> &tables, const std::string &name)
 {
@@ -36,32 +30,11 @@ std::string listed(const std::vector<host::ServedTable> &tables)
     return names;
 }
 
-void parseLine(const char *directive, char *line)
-{
-    const std::string mistake = inForce->read(line);
-    if (!mistake.empty()) {
-        netsnmp_config_error("%s: %s", directive, mistake.c_str());
-    }
-}
-
-void forgetLines()
-{
-    inForce->forget();
-}
-
 } // namespace
 
 ServeSettings::ServeSettings(const char *fileType, const char *word, const std::vector<host::ServedTable> *tables)
-    : fileType_(fileType), word_(word), tables_(tables)
+    : tables_(tables), line_(*this, fileType, word, "TABLE|all auto|take|off")
 {
-    inForce = this;
-    register_config_handler(fileType_, word_, parseLine, forgetLines, "TABLE|all auto|take|off");
-}
-
-ServeSettings::~ServeSettings()
-{
-    unregister_config_handler(fileType_, word_);
-    inForce = nullptr;
 }
 
 Serve ServeSettings::of(const host::ServedTable &table) const

@@ -2,6 +2,7 @@
 // The configuration's lines `serve TABLE auto|take|off`.
 #pragma once
 
+#include "config_line.h"
 #include "ownership.h"
 
 #include <map>
@@ -20,9 +21,6 @@ class ServeSettings
     // ones are complained about there, with file and line, and left aside. One at a time, as the library has it.
     // Without tables every name is taken, until `unknownNames` is asked.
     ServeSettings(const char *fileType, const char *word, const std::vector<host::ServedTable> *tables);
-    ~ServeSettings();
-    ServeSettings(const ServeSettings &) = delete;
-    ServeSettings &operator=(const ServeSettings &) = delete;
 
     Serve of(const host::ServedTable &table) const;
     std::vector<const host::ServedTable *> notOff() const;
@@ -33,10 +31,9 @@ class ServeSettings
     void forget() { wishes_.clear(); }
 
   private:
-    const char *fileType_;
-    const char *word_;
     const std::vector<host::ServedTable> *tables_;
     std::map<std::string, Serve> wishes_; // "all" among them
+    ConfigLine<ServeSettings> line_;
 };
 
 } // namespace ipmib::agent
