@@ -7,6 +7,7 @@
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
 #include "comparison.h"
+#include "context_settings.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
 #include "net_snmp.h"
@@ -149,7 +150,8 @@ bool checkSubagent(EventLoop &loop, tables::ServedDevice &device, const ServeSet
     const std::vector<Difference> compared = differences(device.catalogue(), ask); // before there is a claim
     const PlatformEvents platformEvents(device.catalogue().platform());
     agentx::Session session(
-        device.catalogue(), device.sysUpTime(), settings, master, [&] { loop.stop(); }, agentx::Session::Purpose::look);
+        device.catalogue(), device.instances(), device.sysUpTime(), settings, master, [&] { loop.stop(); },
+        agentx::Session::Purpose::look);
     session.start();
     loop.run([] {});
     if (!session.isServing()) {
@@ -173,10 +175,11 @@ bool check(const Options &options)
     const std::vector<host::ServedTable> &tables = device.catalogue().tables();
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
+    const ContextSettings contextSettings;
     if (isSubagent) {
         passOverSystemGroup();
     } else {
-        serveSystemGroup();
+        serveSystemGroup(SystemGroupOf::agent);
     }
     const bool good = readWithoutComplaint(library);
     if (isSubagent) {

@@ -120,12 +120,23 @@ void EventLoop::wait()
     netsnmp_check_outstanding_agent_requests();
 }
 
-PlatformEvents::PlatformEvents(const IpmibPlatformHooks *platform)
+PlatformEvents::PlatformEvents(const IpmibPlatformHooks *platform, host::Instances *instances)
+    : platform_(platform), instances_(instances)
 {
     if (platform != nullptr && platform->descriptor != nullptr && (descriptor_ = platform->descriptor()) >= 0) {
         register_readfd(
-            descriptor_, [](int, void *hooks) { static_cast<const IpmibPlatformHooks *>(hooks)->dispatch(); },
-            const_cast<IpmibPlatformHooks *>(platform));
+            descriptor_, [](int, void *self) { static_cast<const PlatformEvents *>(self)->dispatch(); }, this);
+    }
+}
+
+void PlatformEvents::dispatch() const
+{
+    if (instances_ != nullptr) {
+        instances_->select(host::Instances::first);
+    }
+    platform_->dispatch();
+    if (done_) {
+        done_();
     }
 }
 

@@ -2,11 +2,13 @@
 // The daemon's one wait: for packets, for the platform, for the library's alarms and for signals.
 #pragma once
 
+#include "host/instances.h"
 #include "net_snmp.h"
 
 #include <ipmib/platform_hooks.h>
 
 #include <functional>
+#include <utility>
 
 namespace ipmib::agent
 {
@@ -41,13 +43,21 @@ class PlatformEvents
 {
   public:
     // Null stands for a platform that needs no driving.
-    explicit PlatformEvents(const IpmibPlatformHooks *platform);
+    // Of several instances the first one is selected when it works: what it tells is told of that one.
+    explicit PlatformEvents(const IpmibPlatformHooks *platform, host::Instances *instances = nullptr);
+    // Called after each piece of the platform's work.
+    void whenDone(std::function<void()> done) { done_ = std::move(done); }
     ~PlatformEvents();
     PlatformEvents(const PlatformEvents &) = delete;
     PlatformEvents &operator=(const PlatformEvents &) = delete;
 
   private:
+    void dispatch() const;
+
+    const IpmibPlatformHooks *platform_;
+    host::Instances *instances_;
     int descriptor_ = -1;
+    std::function<void()> done_;
 };
 
 } // namespace ipmib::agent

@@ -5,15 +5,18 @@
 
 #include "event_loop.h"
 #include "held_questions.h"
+#include "library_context.h"
 #include "packet.h"
 #include "stream_clients.h"
 #include "varbind.h"
 
 #include <algorithm>
+#include <cstring>
 #include <deque>
 #include <list>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 namespace ipmib::agent
 {
@@ -21,7 +24,9 @@ namespace ipmib::agent
 class Frontend::Impl
 {
   public:
-    explicit Impl(host::Catalogue &catalogue) : catalogue_(catalogue), platformEvents_(catalogue.platform())
+    Impl(host::Catalogue &catalogue, host::Instances &instances)
+        : catalogue_(catalogue), instances_(instances), platformEvents_(catalogue.platform(), &instances),
+          held_(instances)
     {
         StreamClients::all().onClose([this](const netsnmp_transport &client) { held_.forget(&client); });
     }
@@ -30,61 +35,90 @@ class Frontend::Impl
     {
         StreamClients::all().onClose({});
         held_.release(nullptr);
-        for (const ServedRegion &region : served_) {
-            netsnmp_unregister_handler(region.registration);
+        while (!places_.empty()) {
+            leave(places_.begin()->first);
         }
     }
 
-    int add(const host::ServedTable &table, host::OidView place, int priority)
+    void whenPlatformHasWorked(std::function<void()> done) { platformEvents_.whenDone(std::move(done)); }
+
+    int add(const host::ServedTable &table, host::OidView root, int priority, const Context &context)
     {
+        instances_.select(context.instance);
         table.source->start();
-        LibraryOid root(place);
+        LibraryOid place(root);
         netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
-            table.name, handle, root.data(), root.size(), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);
+            table.name, handle, place.data(), place.size(), HANDLER_CAN_RONLY | HANDLER_CAN_GETBULK);
         if (registration == nullptr) {
             throw std::runtime_error("out of memory");
         }
         registration->priority = priority;
+        if (!context.name.empty()) {
+            registration->contextName = strdup(context.name.c_str()); // the library frees it
+        }
         // Of a scalar the place may be its instance.
-        ServedRegion &served = served_.emplace_back(
-            ServedRegion{this, table.source, table.isScalar() ? table.root : host::Oid(place), registration});
-        registration->handler->myvoid = &served;
+        std::list<ServedRegion> &served = places_[context.name].served;
+        ServedRegion &region = served.emplace_back(ServedRegion{
+            this, table.source, table.isScalar() ? table.root : host::Oid(root), registration, context.instance});
+        registration->handler->myvoid = &region;
         const int answer = netsnmp_register_handler(registration);
         if (answer != MIB_REGISTERED_OK) {
-            served_.pop_back(); // the library has freed the registration
+            served.pop_back(); // the library has freed the registration
         }
         return answer;
     }
 
-    void remove(host::OidView place, int priority)
+    void remove(host::OidView root, int priority, const std::string &context)
     {
-        const LibraryOid root(place);
-        const auto found = std::ranges::find_if(served_, [&](const ServedRegion &served) {
-            return served.registration->priority == priority &&
-                   snmp_oid_compare(served.registration->rootoid, served.registration->rootoid_len, root.data(),
-                                    root.size()) == 0;
+        const LibraryOid place(root);
+        std::list<ServedRegion> &served = places_[context].served;
+        const auto found = std::ranges::find_if(served, [&](const ServedRegion &region) {
+            return region.registration->priority == priority &&
+                   snmp_oid_compare(region.registration->rootoid, region.registration->rootoid_len, place.data(),
+                                    place.size()) == 0;
         });
-        if (found != served_.end()) {
+        if (found != served.end()) {
             held_.release(found->source);
-            netsnmp_unregister_handler(found->registration);
-            served_.erase(found);
+            unregister(*found, context);
+            served.erase(found);
         }
     }
 
-    void serve(const std::vector<const host::ServedTable *> &tables)
+    void serve(const std::vector<const host::ServedTable *> &tables, const Context &context)
     {
-        for (const host::ServedTable *table : whole_) {
+        std::vector<const host::ServedTable *> &whole = places_[context.name].whole;
+        for (const host::ServedTable *table : whole) {
             if (std::ranges::find(tables, table) == tables.end()) {
-                remove(table->root.view(), DEFAULT_MIB_PRIORITY);
+                remove(table->root.view(), DEFAULT_MIB_PRIORITY, context.name);
             }
         }
         for (const host::ServedTable *table : tables) {
-            if (std::ranges::find(whole_, table) == whole_.end() &&
-                add(*table, table->root.view(), DEFAULT_MIB_PRIORITY) != MIB_REGISTERED_OK) {
-                throw std::runtime_error(std::string("cannot register ") + table->name);
+            if (std::ranges::find(whole, table) == whole.end() &&
+                add(*table, table->root.view(), DEFAULT_MIB_PRIORITY, context) != MIB_REGISTERED_OK) {
+                throw std::runtime_error(std::string("cannot register ") + table->name +
+                                         (context.name.empty() ? "" : " in context " + context.name));
             }
         }
-        whole_ = tables;
+        whole = tables;
+    }
+
+    void leave(std::string context)
+    {
+        const auto place = places_.find(context);
+        if (place == places_.end()) {
+            return;
+        }
+        if (!held_.empty()) {
+            held_.release(nullptr);
+            netsnmp_check_outstanding_agent_requests(); // packets that are answered now are done with
+        }
+        for (const ServedRegion &region : place->second.served) {
+            unregister(region, context);
+        }
+        places_.erase(place);
+        if (!context.empty()) {
+            forgetContext(context);
+        }
     }
 
   private:
@@ -93,12 +127,28 @@ class Frontend::Impl
         host::Source *source;
         host::Oid root;
         netsnmp_handler_registration *registration;
+        std::size_t instance;
     };
+    // What is served in one context.
+    struct Place {
+        std::list<ServedRegion> served; // handlers point into it
+        std::vector<const host::ServedTable *> whole;
+    };
+
+    // With copies: the library looks at the root and the context after it has freed the registration.
+    static void unregister(const ServedRegion &region, const std::string &context)
+    {
+        const netsnmp_handler_registration &own = *region.registration;
+        std::vector<oid> root(own.rootoid, own.rootoid + own.rootoid_len);
+        unregister_mib_context(root.data(), root.size(), own.priority, own.range_subid, own.range_ubound,
+                               context.empty() ? nullptr : context.c_str());
+    }
 
     static int handle(netsnmp_mib_handler *handler, netsnmp_handler_registration *registration,
                       netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
         const auto *region = static_cast<const ServedRegion *>(handler->myvoid);
+        region->frontend->instances_.select(region->instance);
         if (region->frontend->held_.mustWait(*region->source)) {
             region->frontend->hold(*region, *handler, registration, info, requests);
         } else {
@@ -133,7 +183,8 @@ class Frontend::Impl
                 packets_.erase(from);
             }
         };
-        held_.hold(*region.source, release, snmp_sess_transport(snmp_sess_pointer(info->asp->session)));
+        held_.hold(*region.source, region.instance, release,
+                   snmp_sess_transport(snmp_sess_pointer(info->asp->session)));
     }
 
     // The library has given up what it saw unanswered of a get.
@@ -155,7 +206,7 @@ class Frontend::Impl
 
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
-        beginPacketOnce(catalogue_, info);
+        beginPacketOnce(catalogue_, info, std::exchange(begun_, region.instance) != region.instance);
         const bool isGet = info->mode == MODE_GET;
         getExactly(region,
                    collect(requests,
@@ -278,33 +329,47 @@ class Frontend::Impl
     };
 
     host::Catalogue &catalogue_;
+    host::Instances &instances_;
     PlatformEvents platformEvents_;
-    std::list<ServedRegion> served_; // handlers point into it
-    std::vector<const host::ServedTable *> whole_;
+    std::map<std::string, Place> places_; // by context
     HeldQuestions held_;
+    std::size_t begun_ = host::Instances::first;            // the instance that the latest packet asks
     std::map<netsnmp_agent_session *, HeldPacket> packets_; // of questions that are held
     // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.
     std::deque<Asked> asked_;
     std::vector<host::Variable> variables_;
 };
 
-Frontend::Frontend(host::Catalogue &catalogue) : impl_(std::make_unique<Impl>(catalogue)) {}
+Frontend::Frontend(host::Catalogue &catalogue, host::Instances &instances)
+    : impl_(std::make_unique<Impl>(catalogue, instances))
+{
+}
 
 Frontend::~Frontend() = default;
 
+void Frontend::whenPlatformHasWorked(std::function<void()> done)
+{
+    impl_->whenPlatformHasWorked(std::move(done));
+}
+
 int Frontend::add(const host::ServedTable &table, host::OidView root, int priority)
 {
-    return impl_->add(table, root, priority);
+    return impl_->add(table, root, priority, {});
 }
 
 void Frontend::remove(host::OidView root, int priority)
 {
-    impl_->remove(root, priority);
+    impl_->remove(root, priority, "");
 }
 
-void Frontend::serve(const std::vector<const host::ServedTable *> &tables)
+void Frontend::serve(const std::vector<const host::ServedTable *> &tables, const Context &context)
 {
-    impl_->serve(tables);
+    impl_->serve(tables, context);
+}
+
+void Frontend::leave(const std::string &context)
+{
+    impl_->leave(context);
 }
 
 } // namespace ipmib::agent

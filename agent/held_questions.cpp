@@ -18,9 +18,9 @@ constexpr timeval between{0, 10'000};
 
 } // namespace
 
-void HeldQuestions::hold(const host::Source &source, Answer answer, const void *client)
+void HeldQuestions::hold(const host::Source &source, std::size_t instance, Answer answer, const void *client)
 {
-    held_.push_back({&source, Clock::now() + longest, std::move(answer), client});
+    held_.push_back({&source, instance, Clock::now() + longest, std::move(answer), client});
     setAlarm(true);
 }
 
@@ -41,9 +41,16 @@ void HeldQuestions::releaseIf(Predicate isDue, bool isWanted)
     std::vector<Held> released(std::make_move_iterator(due), std::make_move_iterator(held_.end()));
     held_.erase(due, held_.end());
     for (const Held &each : released) {
+        instances_.select(each.instance);
         each.answer(isWanted);
     }
     setAlarm(!held_.empty());
+}
+
+bool HeldQuestions::isDue(const Held &held) const
+{
+    instances_.select(held.instance);
+    return held.source->areRead() || held.end <= Clock::now();
 }
 
 void HeldQuestions::setAlarm(bool on)
@@ -52,8 +59,8 @@ void HeldQuestions::setAlarm(bool on)
         alarm_ = snmp_alarm_register_hr(
             between, SA_REPEAT,
             [](unsigned, void *self) {
-                static_cast<HeldQuestions *>(self)->releaseIf(
-                    [now = Clock::now()](const Held &each) { return each.source->areRead() || each.end <= now; });
+                auto *held = static_cast<HeldQuestions *>(self);
+                held->releaseIf([held](const Held &each) { return held->isDue(each); });
             },
             this);
     } else if (!on && alarm_ != 0) {

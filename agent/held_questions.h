@@ -3,6 +3,7 @@
 // what there is by then. Nobody waits for that; other questions are answered meanwhile.
 #pragma once
 
+#include "host/instances.h"
 #include "host/source.h"
 
 #include <chrono>
@@ -15,16 +16,20 @@ namespace ipmib::agent
 class HeldQuestions
 {
   public:
-    HeldQuestions() = default;
+    // The instances of whose rows are asked; they outlive it.
+    explicit HeldQuestions(host::Instances &instances) : instances_(instances) {}
     ~HeldQuestions() { setAlarm(false); }
     HeldQuestions(const HeldQuestions &) = delete;
     HeldQuestions &operator=(const HeldQuestions &) = delete;
 
-    // Whether a question for these rows is to be held: they have not been read, and there is room for one more.
+    bool empty() const { return held_.empty(); }
+    // Whether a question for these rows of the selected instance is to be held: they have not been read, and there is
+    // room for one more.
     bool mustWait(const host::Source &source) const { return !source.areRead() && held_.size() < most; }
-    // Calls `answer` later, once; before the source ends. `client` is any name for who asks.
+    // Calls `answer` later, once, with this instance selected; before the source ends. `client` is any name for who
+    // asks.
     using Answer = std::function<void(bool isWanted)>;
-    void hold(const host::Source &source, Answer answer, const void *client = nullptr);
+    void hold(const host::Source &source, std::size_t instance, Answer answer, const void *client = nullptr);
     // A client is gone: the answers to its questions are called at once, and told that nobody wants them.
     void forget(const void *client);
     // Has those for the rows of this source answered now; null stands for all sources.
@@ -37,6 +42,7 @@ class HeldQuestions
     using Clock = std::chrono::steady_clock;
     struct Held {
         const host::Source *source;
+        std::size_t instance;
         Clock::time_point end;
         Answer answer;
         const void *client;
@@ -46,6 +52,9 @@ class HeldQuestions
     void releaseIf(Predicate isDue, bool isWanted = true);
     void setAlarm(bool on);
 
+    bool isDue(const Held &held) const;
+
+    host::Instances &instances_;
     std::vector<Held> held_;
     unsigned alarm_ = 0;
 };

@@ -9,7 +9,7 @@
 namespace ipmib::agent
 {
 
-void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info)
+void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info, bool isOfAnother)
 {
     static constexpr const char *mark = "ipmib packet";
     static char marked;
@@ -17,7 +17,7 @@ void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *inf
         return;
     }
     netsnmp_agent_add_list_data(info, netsnmp_create_data_list(mark, &marked, nullptr));
-    if (Datagrams::all().packetBegins()) {
+    if (Datagrams::all().packetBegins() || isOfAnother) {
         catalogue.beginPacket();
     }
 }

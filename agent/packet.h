@@ -10,7 +10,7 @@ namespace ipmib::agent
 {
 
 // Tells the catalogue that a packet begins, unless it has been told already of this one, or of one that began when this
-// one was there.
-void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info);
+// one was there. `isOfAnother`: that one asks another instance of the platform than the one before it.
+void beginPacketOnce(host::Catalogue &catalogue, netsnmp_agent_request_info *info, bool isOfAnother);
 
 } // namespace ipmib::agent

@@ -154,7 +154,7 @@ class Object
             snmp_log(LOG_ERR, "%s: there is no table \"%s\"\n", directive, name.c_str());
         }
         routeLimit_.handTo(plugin_->platform());
-        frontend_.emplace(device_->catalogue());
+        frontend_.emplace(device_->catalogue(), device_->instances());
         device_->notifiesOfLinks(linkSettings_.areSent());
         linkNotifications_.emplace(plugin_->platform(), linkSettings_, sendToSinks);
         std::vector<Claim> claims;

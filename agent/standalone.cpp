@@ -4,6 +4,7 @@
 #include "run_modes.h"
 
 #include "agentx_master.h"
+#include "contexts.h"
 #include "detachment.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
@@ -54,15 +55,27 @@ void serveStandalone(const Options &options)
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
-    serveSystemGroup();
+    const ContextSettings contextSettings;
+    const bool saysWhatItIs = device.hasSystemGroup();
+    serveSystemGroup(saysWhatItIs ? SystemGroupOf::device : SystemGroupOf::agent);
     library.readConfiguration();
     routeLimit.handTo(plugin.platform());
     const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
     const Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });
     shareUpTime(device);
-    Frontend frontend(device.catalogue());
-    frontend.serve(settings.notOff());
+    Frontend frontend(device.catalogue(), device.instances());
+    const auto serve = [&] {
+        std::vector<const host::ServedTable *> tables = settings.notOff();
+        if (saysWhatItIs) {
+            tables.push_back(device.systemGroup());
+        }
+        frontend.serve(tables);
+    };
+    serve();
+    Contexts contexts(device, frontend, contextSettings);
+    contexts.serve(settings.notOff());
+    frontend.whenPlatformHasWorked([&] { contexts.follow(); });
     device.notifiesOfLinks(linkSettings.areSent());
     const LinkNotifications linkNotifications(plugin.platform(), linkSettings, sendToSinks);
     const SystemCapabilities capabilities(device.catalogue());
@@ -81,6 +94,9 @@ void serveStandalone(const Options &options)
                  "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");
     }
     snmp_log(LOG_INFO, "ipmibd %s serves %zu tables\n", IPMIB_VERSION, host::countNames(settings.notOff()));
+    if (contexts.size() != 0) {
+        snmp_log(LOG_INFO, "contexts: %zu beside the one without a name\n", contexts.size());
+    }
     if (detachment) {
         detachment->ready(snmp_stderrlog_status() != 0);
     }
@@ -93,10 +109,10 @@ void serveStandalone(const Options &options)
         if (SnmpLibrary::listeningAddresses() != addresses || AgentxMaster::addressesOfConfiguration() != masterAt) {
             snmp_log(LOG_WARNING, "other listening addresses take a restart; listening where it began\n");
         }
-        frontend.serve(settings.notOff());
-        if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
-            plugin.platform()->reload();
-        }
+        contexts.reload();
+        serve();
+        contexts.serve(settings.notOff());
+        device.instances().select(host::Instances::first);
         shareUpTime(device);
         device.notifiesOfLinks(linkSettings.areSent());
         endedAtOnce.reset();

@@ -5,6 +5,7 @@
 
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
+#include "context_settings.h"
 #include "detachment.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
@@ -34,6 +35,7 @@ void serveAsSubagent(const Options &options)
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
+    const ContextSettings contextSettings;
     passOverSystemGroup();
     library.readConfiguration();
     routeLimit.handTo(plugin.platform());
@@ -49,7 +51,7 @@ void serveAsSubagent(const Options &options)
     pidFile.write();
     snmp_log(LOG_INFO, "ipmibd %s serves as a sub-agent\n", IPMIB_VERSION);
     bool isReady = false;
-    agentx::Session session(device.catalogue(), device.sysUpTime(), settings, master, [&] {
+    agentx::Session session(device.catalogue(), device.instances(), device.sysUpTime(), settings, master, [&] {
         if (isReady) {
             return;
         }

@@ -18,9 +18,13 @@ void init_sysORTable(void);
 namespace ipmib::agent
 {
 
-void serveSystemGroup()
+void serveSystemGroup(SystemGroupOf whose)
 {
-    init_system_mib();
+    if (whose == SystemGroupOf::agent) {
+        init_system_mib();
+    } else {
+        passOverSystemGroup();
+    }
     init_sysORTable();
 }
 

@@ -7,9 +7,12 @@
 namespace ipmib::agent
 {
 
+// Of a device that says itself what it is, the front end serves the group, and the library what else there is.
+enum class SystemGroupOf { agent, device };
+
 // To be called before the configuration is read, which names the system, its contact and its location (sysname,
 // syscontact, syslocation, ...) as for snmpd.
-void serveSystemGroup();
+void serveSystemGroup(SystemGroupOf whose);
 
 // Instead of that, for an agent that leaves the group to its master: the same configuration is read without complaint.
 void passOverSystemGroup();

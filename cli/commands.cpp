@@ -15,7 +15,7 @@ namespace
 constexpr Usage ofShow[] = {
     {"[show] VIEW [[dev] INTERFACE]",
      "a table, of all interfaces or of one; VIEW is neighbours, addresses, prefixes, routers,\n"
-     "interfaces, statistics, icmp or advertisements, the beginning of such a word, or what\n"
+     "interfaces, statistics, icmp, advertisements or contexts, the beginning of such a word, or what\n"
      "`ip` says: neigh, addr, route, link; arp is neighbours of IPv4, ndp of IPv6"},
     {"[show] routes [PREFIX]", "all routes, or those within a prefix"},
     {"[show] route ADDRESS", "the routes with the longest prefix that an address lies in"},

@@ -108,7 +108,7 @@ void addOperands(const Words &words, const Options &options, const Candidates &c
         return;
     }
     const bool isOfAddresses = request->view == &routesView || request->view == &routeView;
-    if (request->view == &icmpView) {
+    if (request->view == &icmpView || request->view == &contextsView) {
         return;
     }
     if (request->view == &statisticsView && !isNamed) {

@@ -23,6 +23,33 @@ namespace ipmib::cli
 
 LocalDevice::LocalDevice(const host::PluginOptions &options) : plugin_(options), device_(plugin_) {}
 
+std::vector<host::Instances::Context> LocalDevice::contexts()
+{
+    const IpmibPlatformHooks *platform = plugin_.platform();
+    if (device_.instances().canBeMany() && platform->instances->follow_contexts != nullptr) {
+        char error[512] = "";
+        if (platform->instances->follow_contexts("all", error, sizeof error) != 0) {
+            error[sizeof error - 1] = '\0';
+            throw std::runtime_error(error);
+        }
+    }
+    return device_.instances().contexts();
+}
+
+void LocalDevice::select(const std::string &context)
+{
+    if (context.empty()) {
+        return;
+    }
+    for (const host::Instances::Context &each : contexts()) {
+        if (each.name == context) {
+            device_.instances().select(device_.instances().create(each.argument));
+            return;
+        }
+    }
+    throw std::runtime_error("there is no context \"" + context + "\"; ipmibctl show contexts lists them");
+}
+
 void LocalDevice::freshState()
 {
     device_.catalogue().beginPacket();

@@ -24,6 +24,12 @@ class LocalDevice
     // Throws host::PluginError.
     explicit LocalDevice(const host::PluginOptions &options);
 
+    // Shows this context from here on; throws std::runtime_error when there is none of this name. Empty stands for the
+    // one without a name.
+    void select(const std::string &context);
+    // Those with a name that the platform has by itself.
+    std::vector<host::Instances::Context> contexts();
+
     const ObjectTree &tree() const { return device_.catalogue(); }
 
     // Answers the variables from whatever tables they ask for.

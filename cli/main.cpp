@@ -59,6 +59,7 @@ int runOnDevice(const cli::Command &command, const cli::Options &options, const 
     } catch (const host::UsageError &error) {
         refuseWithHint(error, options);
     }
+    device->select(options.context);
     return command.run(*device, options, words);
 }
 

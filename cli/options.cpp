@@ -17,6 +17,7 @@ enum {
     filterOption,
     intervalOption,
     countOption,
+    contextOption,
 };
 
 constexpr OptionText texts[] = {
@@ -32,6 +33,7 @@ constexpr OptionText texts[] = {
      "show and watch: only rows with this text in any column or in one;\nof several filters all have to hold"},
     {"interval", 0, required_argument, intervalOption, "S", "seconds between two looks of watch (default: 1)"},
     {"count", 0, required_argument, countOption, "N", "how often watch looks (default: until it is interrupted)"},
+    {"context", 0, required_argument, contextOption, "NAME", "a device of a scenario that \"show contexts\" lists"},
     {"platform", 0, required_argument, host::platformOption, "NAME[:ARGUMENT]",
      "where the facts come from (default: linux; simulated:FILE is a device from a scenario)"},
     {"module", 0, required_argument, host::moduleOption, "PATH",
@@ -135,6 +137,9 @@ Options parseOptions(int argc, char *const *argv)
             break;
         case intervalOption:
             options.intervalMs = static_cast<unsigned>(parseNumber("--interval", optarg, 0.01, 86'400.0) * perSecond);
+            break;
+        case contextOption:
+            options.context = optarg;
             break;
         case countOption:
             options.count = parseNumber("--count", optarg, 1u, most);

@@ -32,6 +32,7 @@ struct Options {
     std::vector<std::string> filters; // that all have to hold
     unsigned intervalMs = 1'000;      // of watch
     unsigned count = 0;               // of watch; 0: until it is interrupted
+    std::string context;              // empty for the one without a name
     host::PluginOptions plugin;
 };
 

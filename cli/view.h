@@ -53,6 +53,7 @@ extern const View countersView;   // one row for each counter: of the system, or
 extern const View ipv4CountersView;
 extern const View ipv6CountersView;
 extern const View icmpView;
+extern const View contextsView;
 
 inline const View &countersViewOf(Version version)
 {

@@ -35,6 +35,7 @@ constexpr ViewName names[] = {
     {"stats", &statisticsView, nullptr},
     {"advertisements", &advertisementsView, "what routers are told on each interface"},
     {"icmp", &icmpView, "messages of ICMP and ICMPv6"},
+    {"contexts", &contextsView, "the devices that --context shows"},
 };
 
 constexpr std::string_view verbs[] = {"show", "list", "lst", "ls", "get"};

@@ -63,7 +63,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const File file(data, size);
     try {
-        Device device = readScenario(file.path());
+        Device device = readScenario(file.path()).device;
         for (const Time time : {Time{0}, Time{1'500}, Time{1'000'000'000'000}}) {
             device.setTime(time);
             walk(device);

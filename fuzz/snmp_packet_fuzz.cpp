@@ -77,7 +77,7 @@ class Agent
     // Before anybody listens.
     bool read()
     {
-        agent::serveSystemGroup();
+        agent::serveSystemGroup(agent::SystemGroupOf::agent);
         library_.readConfiguration();
         return true;
     }

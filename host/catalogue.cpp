@@ -165,6 +165,23 @@ const ServedTable *Catalogue::tableOf(OidView oid) const
     return behind != tables_.begin() && isWithin(oid, std::prev(behind)->root.view()) ? &*std::prev(behind) : nullptr;
 }
 
+void Catalogue::select(std::size_t instance)
+{
+    for (Source *source : contents_.sources) {
+        source->select(instance);
+    }
+    for (const auto &source : made_) {
+        source->select(instance);
+    }
+}
+
+void Catalogue::forget(std::size_t instance)
+{
+    for (Source *source : contents_.sources) {
+        source->forget(instance);
+    }
+}
+
 void Catalogue::beginPacket()
 {
     if (contents_.platform != nullptr && contents_.platform->begin_packet != nullptr) {

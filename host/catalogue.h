@@ -97,6 +97,10 @@ class Catalogue
     const std::vector<Capability> &capabilities() const { return contents_.capabilities; }
     const IpmibPlatformHooks *platform() const { return contents_.platform; }
 
+    // From now on all tables are those of this instance of the platform; the sources are told.
+    void select(std::size_t instance);
+    // That instance has ended.
+    void forget(std::size_t instance);
     // A packet of requests begins; the platform and all sources are told.
     void beginPacket();
 

@@ -26,6 +26,8 @@ class MergedSource final : public Source
     bool areRead() const override;
     // The sources are told by whoever owns them.
     void beginPacket() override { ++packet_; }
+    // What is known of one instance's rows does not hold for another's.
+    void select(std::size_t) override { ++packet_; }
     void get(std::span<Variable> variables) override;
     void getNext(std::span<Variable> variables, OidView region) override;
 

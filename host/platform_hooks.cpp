@@ -45,6 +45,10 @@ PlatformHooks::PlatformHooks(const IpmibPlatformHooks &exported)
         copy(*hooks_.routes, hooks_.routes->size, routes_);
         hooks_.routes = &routes_;
     }
+    if (hooks_.instances != nullptr) {
+        copy(*hooks_.instances, hooks_.instances->size, instances_);
+        hooks_.instances = &instances_;
+    }
 }
 
 } // namespace ipmib::host

@@ -21,6 +21,7 @@ class PlatformHooks
     IpmibPlatformHooks hooks_{};
     IpmibIpHooks ip_{};
     IpmibRouteHooks routes_{};
+    IpmibInstanceHooks instances_{};
 };
 
 } // namespace ipmib::host

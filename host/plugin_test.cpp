@@ -3,6 +3,7 @@
 #include "plugin.h"
 
 #include "contract.h"
+#include "instances.h"
 #include "registry.h"
 #include "testing/device.h"
 #include "testing/packets.h"
@@ -207,6 +208,48 @@ TEST_F(PluginTest, usesOfAPlatformWhatItHas)
     options.platform = "future";
     EXPECT_NE(Plugin(options).platform()->uptime_began, nullptr);
     EXPECT_EQ(Plugin(options).platform()->size, sizeof(IpmibPlatformHooks));
+}
+
+TEST_F(PluginTest, aPlatformFromBeforeTheInstancesHasOne)
+{
+    options.platform = "before_sizes:12345";
+    Plugin plugin(options);
+    Catalogue catalogue(
+        {.trees = {{&plugin.tree(), {}}}, .sources = {&plugin.resolver()}, .platform = plugin.platform()});
+    SysUpTime upTime;
+    host::Instances instances(catalogue, upTime);
+    EXPECT_FALSE(instances.canBeMany());
+    EXPECT_TRUE(instances.contexts().empty());
+    EXPECT_THROW(instances.create("x"), std::runtime_error);
+    instances.select(host::Instances::first);
+    EXPECT_EQ(valueOfScalar(plugin), 5u);
+}
+
+TEST_F(PluginTest, answersForTheInstanceThatIsSelected)
+{
+    options.platform = "of_many:12345";
+    Plugin plugin(options);
+    Catalogue catalogue(
+        {.trees = {{&plugin.tree(), {}}}, .sources = {&plugin.resolver()}, .platform = plugin.platform()});
+    SysUpTime upTime;
+    {
+        host::Instances instances(catalogue, upTime);
+        ASSERT_TRUE(instances.canBeMany());
+        const auto red = instances.create("xx");
+        const auto blue = instances.create("xxx");
+        EXPECT_EQ(valueOfScalar(plugin), 5u);
+        instances.select(blue);
+        EXPECT_EQ(valueOfScalar(plugin), 3u);
+        instances.select(red);
+        EXPECT_EQ(valueOfScalar(plugin), 2u);
+        instances.destroy(red);
+        EXPECT_EQ(valueOfScalar(plugin), 5u);
+        EXPECT_EQ(instances.create("xxxx"), red) << "the number is free again";
+        EXPECT_THROW(instances.create("broken"), std::runtime_error);
+        EXPECT_EQ(instances.contexts().at(1).name, "blue");
+        EXPECT_EQ(std::ranges::count(logLines, "destroyed"), 1);
+    }
+    EXPECT_EQ(std::ranges::count(logLines, "destroyed"), 3) << "all that were begun have ended";
 }
 
 TEST_F(PluginTest, refusesHooksOfAnImpossibleSize)

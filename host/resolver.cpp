@@ -50,6 +50,9 @@ class Resolver::Impl
         return names;
     }
 
+    void select(std::size_t instance) { leaves_.select(instance); }
+    void forget(std::size_t instance) { leaves_.forget(instance); }
+
     void get(std::span<Variable> variables)
     {
         begin();
@@ -234,6 +237,16 @@ const std::vector<Resolver::Region> &Resolver::regions() const
 std::vector<Oid> Resolver::objects() const
 {
     return impl_->objects();
+}
+
+void Resolver::select(std::size_t instance)
+{
+    impl_->select(instance);
+}
+
+void Resolver::forget(std::size_t instance)
+{
+    impl_->forget(instance);
 }
 
 void Resolver::get(std::span<Variable> variables)

@@ -36,6 +36,8 @@ class Resolver : public Source
     const std::vector<Region> &regions() const;
 
     std::vector<Oid> objects() const override;
+    void select(std::size_t instance) override;
+    void forget(std::size_t instance) override;
     // Columns of one row share one request to the module, and so one snapshot.
     void get(std::span<Variable> variables) override;
     bool lowestBehind(OidView asked, Oid &lowest) override;

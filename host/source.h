@@ -5,6 +5,7 @@
 
 #include "oid.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -65,6 +66,10 @@ class Source
     // Whether its rows have been read, since `start`. Before, it answers from those that there are by then; whoever
     // serves it keeps questions back for a while.
     virtual bool areRead() const { return true; }
+    // From now on the rows are those of this instance of the platform, by its number; at first, of the one with 0.
+    virtual void select(std::size_t instance) { static_cast<void>(instance); }
+    // That instance has ended; the number may become another one's.
+    virtual void forget(std::size_t instance) { static_cast<void>(instance); }
     // A packet of requests begins: what was found out for the one before is forgotten.
     virtual void beginPacket() {}
 

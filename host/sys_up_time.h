@@ -30,7 +30,21 @@ class SysUpTime
         }
     }
     // As isNow, of a device with a clock of its own, which needs not be told.
-    void isDevices(std::uint64_t milliseconds) { beganMs_ = nowMs() - static_cast<std::int64_t>(milliseconds); }
+    void isDevices(std::uint64_t milliseconds)
+    {
+        beganMs_ = nowMs() - static_cast<std::int64_t>(milliseconds);
+        isOfDevice_ = true;
+    }
+    bool isOfDevice() const { return isOfDevice_; }
+
+    // How many times the listener has been told, and tells it once more: what listens may have changed.
+    std::uint64_t version() const { return version_; }
+    void tellAgain() const
+    {
+        if (version_ != 0 && listener_ != nullptr) {
+            listener_(static_cast<std::uint64_t>(std::max<std::int64_t>(beganMs_, 0)));
+        }
+    }
 
     // sysUpTime at a moment of CLOCK_MONOTONIC in milliseconds; 0 for 0 and for what was before its start.
     Value at(std::uint64_t monotonicMs) const
@@ -56,12 +70,14 @@ class SysUpTime
     void began(std::int64_t momentMs)
     {
         beganMs_ = momentMs;
-        if (listener_ != nullptr) {
-            listener_(static_cast<std::uint64_t>(std::max<std::int64_t>(momentMs, 0)));
-        }
+        isOfDevice_ = false;
+        ++version_;
+        tellAgain();
     }
 
     Listener listener_;
+    std::uint64_t version_ = 0;
+    bool isOfDevice_ = false;
     std::int64_t beganMs_ = 0; // negative for one that has been up longer than this machine
 };
 

@@ -34,6 +34,7 @@ ipmib_test(host_unit_test
     message_test.cpp
     registry_test.cpp
     resolver_test.cpp
+    row_cursors_test.cpp
     row_index_test.cpp
     row_source_test.cpp
     syntax_test.cpp
@@ -53,6 +54,7 @@ host_test_plugin(platform_test platform.cpp)
 host_test_plugin(platform_plain platform.cpp WITHOUT_HOOKS)
 host_test_plugin(platform_before_sizes platform.cpp SIZE=3)
 host_test_plugin(platform_future platform.cpp SIZE=1000)
+host_test_plugin(platform_of_many platform.cpp WITH_INSTANCES)
 host_test_plugin(platform_tiny platform.cpp SIZE=2)
 host_test_plugin(module_good module.cpp)
 host_test_plugin(module_again module.cpp)

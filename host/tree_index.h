@@ -50,6 +50,20 @@ class TreeIndex
     std::size_t size() const { return leaves_.size(); }
     Leaf &operator[](std::size_t leaf) { return leaves_[leaf]; }
 
+    void select(std::size_t instance)
+    {
+        for (Table &table : tables_) {
+            table.cursors.select(instance);
+        }
+    }
+
+    void forget(std::size_t instance)
+    {
+        for (Table &table : tables_) {
+            table.cursors.forget(instance);
+        }
+    }
+
     // The first leaf whose name is greater than this one.
     std::size_t leafAfter(OidView name) const;
     // The leaf that the identifier lies within; the number of leaves when there is none. Packets ask for the same leaf

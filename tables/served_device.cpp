@@ -130,6 +130,10 @@ ServedDevice::ServedDevice(host::Plugin &plugin)
     : upTime_(plugin.platform() == nullptr ? nullptr : plugin.platform()->uptime_began),
       own_(ownTables(plugin.platform(), upTime_, notifiesOfLinks_)), catalogue_(contentsOf(plugin, descriptions_, own_))
 {
+    if (plugin.platform() != nullptr && (systemSource_ = tables::systemGroup(*plugin.platform(), upTime_)) != nullptr) {
+        const host::Oid node{1, 3, 6, 1, 2, 1, 1};
+        systemGroup_ = {"system", node, node, node, systemSource_->objects(), systemSource_.get()};
+    }
     if (const auto own = ownUpTimeMs()) {
         upTime_.isDevices(*own);
     }
@@ -148,6 +152,12 @@ std::optional<std::uint64_t> ServedDevice::ownUpTimeMs() const
         return std::nullopt;
     }
     return platform->uptime_ms();
+}
+
+bool ServedDevice::hasSystemGroup() const
+{
+    IpmibSystem system{};
+    return systemGroup() != nullptr && catalogue_.platform()->system(&system) == 0;
 }
 
 } // namespace ipmib::tables

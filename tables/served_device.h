@@ -6,6 +6,7 @@
 #include "tables/tables.h"
 
 #include "host/catalogue.h"
+#include "host/instances.h"
 #include "host/plugin.h"
 
 #include <cstdint>
@@ -23,6 +24,13 @@ class ServedDevice
 
     host::Catalogue &catalogue() { return catalogue_; }
     const host::Catalogue &catalogue() const { return catalogue_; }
+    // Of the platform; all tables are those of the one that is selected.
+    host::Instances &instances() { return instances_; }
+    // The system group as devices say it of themselves; null when the platform has none that do. It is not among the
+    // catalogue's tables: an agent has one of its own.
+    const host::ServedTable *systemGroup() const { return systemGroup_.source == nullptr ? nullptr : &systemGroup_; }
+    // Whether the instance that is selected does.
+    bool hasSystemGroup() const;
     // The time since boot, or since the boot of a device with a clock of its own, unless whoever serves it says when
     // sysUpTime was 0.
     host::SysUpTime &sysUpTime() { return upTime_; }
@@ -38,6 +46,9 @@ class ServedDevice
     Descriptions descriptions_;
     std::vector<SourcePointer> own_;
     host::Catalogue catalogue_;
+    SourcePointer systemSource_;
+    host::ServedTable systemGroup_;
+    host::Instances instances_{catalogue_, upTime_};
 };
 
 } // namespace ipmib::tables

@@ -45,6 +45,7 @@ SourcePointer ipCidrRouteTable(const IpmibRouteHooks &routes);
 SourcePointer ipRouteTable(const IpmibRouteHooks &routes);
 
 // Groups of scalars
+SourcePointer systemGroup(const IpmibPlatformHooks &platform, const host::SysUpTime &upTime);
 std::vector<SourcePointer> ipScalars(const IpmibIpHooks &ip);
 SourcePointer icmpScalars(const IpmibIpHooks &ip);
 SourcePointer tcpScalars(const IpmibIpHooks &ip);

@@ -34,13 +34,14 @@ bool isAbsence(const std::string &reason)
 
 } // namespace
 
-Session::Session(host::Catalogue &catalogue, host::SysUpTime &upTime, const ServeSettings &settings,
-                 const MasterAddress &master, std::function<void()> settled, Purpose purpose)
+Session::Session(host::Catalogue &catalogue, host::Instances &instances, host::SysUpTime &upTime,
+                 const ServeSettings &settings, const MasterAddress &master, std::function<void()> settled,
+                 Purpose purpose)
     : catalogue_(catalogue), upTime_(upTime), settings_(settings), settled_(std::move(settled)), purpose_(purpose),
       responder_(catalogue),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
-      report_("agentx", ServeSettings::directive)
+      report_("agentx", ServeSettings::directive), held_(instances)
 {
 }
 
@@ -118,7 +119,7 @@ void Session::answer(netsnmp_pdu &message)
     const host::Source *const awaited = responder_.awaited(message);
     if (awaited != nullptr && held_.mustWait(*awaited)) {
         const std::shared_ptr<netsnmp_pdu> kept(snmp_clone_pdu(&message), FreePdu());
-        held_.hold(*awaited, [this, kept](bool) {
+        held_.hold(*awaited, host::Instances::first, [this, kept](bool) {
             if (responder_.answer(*kept)) {
                 connection_.send(*kept);
             }

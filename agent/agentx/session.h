@@ -27,8 +27,9 @@ class Session
 
     // `settled` is called whenever it is known how things stand: the tables are claimed, or the master is out of reach.
     // The others must outlive the session; sysUpTime becomes the master's.
-    Session(host::Catalogue &catalogue, host::SysUpTime &upTime, const ServeSettings &settings,
-            const MasterAddress &master, std::function<void()> settled, Purpose purpose = Purpose::serve);
+    Session(host::Catalogue &catalogue, host::Instances &instances, host::SysUpTime &upTime,
+            const ServeSettings &settings, const MasterAddress &master, std::function<void()> settled,
+            Purpose purpose = Purpose::serve);
     // Sends agentx-Close where a session is open; does not wait.
     ~Session();
     Session(const Session &) = delete;

@@ -55,7 +55,7 @@ SessionBed::SessionBed()
       catalogue_({.trees = {{&tree_.root(), {}}}, .sources = {&resolver_}}),
       settings_("agentx-test", ServeSettings::directive, &catalogue_.tables()), directory_(makeDirectory()),
       listener_(listenIn(directory_)),
-      session_(catalogue_, upTime_, settings_, parseAddress(socketIn(directory_)), nullptr)
+      session_(catalogue_, instances_, upTime_, settings_, parseAddress(socketIn(directory_)), nullptr)
 {
     netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG, 1);
     table_.add({{5}});

@@ -50,6 +50,7 @@ class SessionBed
     host::Resolver resolver_;
     host::Catalogue catalogue_;
     host::SysUpTime upTime_;
+    host::Instances instances_{catalogue_, upTime_};
     ServeSettings settings_;
     std::string directory_;
     int listener_;

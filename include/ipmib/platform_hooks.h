@@ -49,6 +49,49 @@ typedef struct IpmibLinkChange {
 /* Calls no hook. */
 typedef void (*IpmibLinkChanged)(void *context, const IpmibLinkChange *change);
 
+/* Another device, or another network stack, behind the same library: all that `start` begins, once more. */
+typedef struct IpmibInstance IpmibInstance;
+
+/* What there is beside the instance of `start`, by the platform's own account: the devices of a scenario, say. */
+typedef struct IpmibContext {
+    const char *name;     /* under which managers ask for it, at most 32 octets; good until the next call of any hook */
+    const char *argument; /* of `create`; likewise */
+} IpmibContext;
+
+/* Instances, all in one thread. Services and hooks answer for the one that is selected; `start`, `stop`, `descriptor`
+ * and `dispatch` are for all of them. The module does not know that there is more than one. */
+typedef struct IpmibInstanceHooks {
+    uint32_t size; /* as in IpmibPlatformHooks */
+    /* Begins another instance with the options of the first; the argument says which, in the platform's own words.
+     * Selects nothing. Returns 0 and the instance, or another number and one line in the error buffer. Not before
+     * `start`. */
+    int (*create)(const char *argument, IpmibInstance **instance, char *error, size_t capacity);
+    /* Ends it, before `stop`. If it was selected, the one of `start` is. */
+    void (*destroy)(IpmibInstance *instance);
+    /* From now on this one is asked; null is the one of `start`, which is selected at first. Cheap. */
+    void (*select)(IpmibInstance *instance);
+    /* Fills in the context at this place of the list, counted from 0; -1 when the list is shorter. May be null. */
+    int (*context)(size_t place, IpmibContext *context);
+    /* A number that differs after each change of the list, which comes with `dispatch` or `reload`. May be null. */
+    uint64_t (*contexts_changed)(void);
+    /* From now on the list has these as well; which, it says in the platform's own words, in the host's configuration:
+     * "all" stands for whatever the platform can find. Returns 0, or another number and one line in the error buffer.
+     * May be null. */
+    int (*follow_contexts)(const char *argument, char *error, size_t capacity);
+} IpmibInstanceHooks;
+
+/* What a device says of itself. Texts are NUL-terminated, and "" for what it does not say; all is good until the next
+ * call of any hook. */
+typedef struct IpmibSystem {
+    const char *description;
+    const char *contact;
+    const char *name;
+    const char *location;
+    const uint32_t *object_id;
+    size_t object_id_length; /* 0 for none */
+    uint32_t services;       /* as sysServices */
+} IpmibSystem;
+
 /* The record grows at its end. A host uses what lies within the size, and takes the rest for null. */
 typedef struct IpmibPlatformHooks {
     uint32_t size; /* of this record as the platform knows it; 3 in those that end with `ipv4` */
@@ -91,6 +134,11 @@ typedef struct IpmibPlatformHooks {
      * platform knows of it: within `dispatch` and `begin_packet`. There is one listener; null ends it. May itself be
      * null. */
     void (*on_link_change)(IpmibLinkChanged changed, void *context);
+    /* Further instances; null for a platform with one. */
+    const IpmibInstanceHooks *instances;
+    /* Fills in the system group of a device that has one of its own; -1 for one that has not, where the host says what
+     * it knows. May be null. */
+    int (*system)(IpmibSystem *system);
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The one Linux platform of a process: every mirror, reader and timer, from start to stop.
+// The Linux platform in one network namespace: every mirror, reader and timer, from start to stop.
 #include "linux_platform.h"
 
 #include "core/hooks.h"
@@ -9,8 +9,12 @@
 
 #include <ipmib/contract_note.h>
 
+#include <sys/utsname.h>
+
 #include <cerrno>
 #include <cstring>
+#include <iterator>
+#include <sstream>
 #include <string_view>
 
 namespace ipmib::platform
@@ -18,6 +22,7 @@ namespace ipmib::platform
 
 namespace
 {
+constexpr std::uint32_t routerServices = 4; // sysServices of what works on the layer of IP
 constexpr std::uint32_t usualHopLimit = 64; // of a kernel without IPv6, and of every kernel that nobody configured
 } // namespace
 
@@ -35,7 +40,8 @@ std::string LinuxPlatform::takeOption(const IpmibPlatformOption &option)
         return value.empty() ? "--radvd-conf needs the name of a file" : "";
     }
     if (name == "route-tables") {
-        return routes_.takeTables(std::string(value));
+        settings_.routeTables = value;
+        return routes_.takeTables(settings_.routeTables);
     }
     for (const auto &[known, setting] :
          {std::pair("ipv4-accounting", &Settings::ipv4Accounting), {"router-anycast", &Settings::routerAnycast}}) {
@@ -85,7 +91,9 @@ std::string LinuxPlatform::start(const Settings &settings)
         return error;
     }
     radvd_.start(loop_, settings.radvdConf);
-    if (!settings.ipv4Accounting) {
+    if (!settings.ipv4Accounting && ownNamespace() != nullptr) {
+        // It was said at the start.
+    } else if (!settings.ipv4Accounting) {
         logInfo("ipv4: traffic is not counted by interface (the kernel does not; --ipv4-accounting does)");
     } else if (const std::string error = ipv4Accounting_.start(); !error.empty()) {
         return error;
@@ -97,8 +105,79 @@ std::string LinuxPlatform::start(const Settings &settings)
     return "";
 }
 
+LinuxPlatform::~LinuxPlatform()
+{
+    if (parent_ != nullptr) {
+        parent_->forget(loop_.descriptor());
+    }
+}
+
+std::string LinuxPlatform::startAnother(const std::string &argument, LinuxPlatform &another)
+{
+    std::istringstream words(argument);
+    std::string kind;
+    std::string which;
+    words >> kind >> which;
+    if (kind != "netns" || which.empty()) {
+        return "platform linux shows \"netns NAME\", \"netns PATH\" or \"netns PID\", not \"" + argument + "\"";
+    }
+    if (std::string error = another.namespace_.open(which); !error.empty()) {
+        return error;
+    }
+    another.name_ = which.substr(which.find_last_of('/') + 1);
+    Settings settings = settings_;
+    settings.radvdConf = "/etc/netns/" + another.name_ + "/radvd.conf"; // where `ip netns exec` would show it
+    if (!settings.routeTables.empty()) {
+        another.routes_.takeTables(settings.routeTables);
+    }
+    const ChosenNamespace chosen(&another.namespace_);
+    if (std::string error = another.start(settings); !error.empty()) {
+        return "network namespace " + which + ": " + error;
+    }
+    if (!loop_.watch(another.loop_.descriptor(), PlatformLoop::Work::background, [&another] { another.dispatch(); })) {
+        return std::string("cannot watch a network namespace: ") + std::strerror(errno);
+    }
+    another.parent_ = &loop_;
+    return "";
+}
+
+bool LinuxPlatform::findContext(std::size_t place, IpmibContext &context) const
+{
+    if (place >= namespaces_.all().size()) {
+        return false;
+    }
+    const NamedNamespaces::Named &named = namespaces_.all()[place];
+    context = {named.name.c_str(), named.argument.c_str()};
+    return true;
+}
+
+std::string LinuxPlatform::followContexts(const char *argument)
+{
+    if (argument != std::string_view("netns all") && argument != std::string_view("all")) {
+        return "platform linux knows \"netns all\", not \"" + std::string(argument) + "\"";
+    }
+    return namespaces_.follow(loop_);
+}
+
+bool LinuxPlatform::findSystem(IpmibSystem &system) const
+{
+    if (ownNamespace() == nullptr) {
+        return false;
+    }
+    static const std::uint32_t linuxAgent[] = {1, 3, 6, 1, 4, 1, 8072, 3, 2, 10}; // as the library says of itself
+    static const std::string description = [] {
+        utsname names{};
+        uname(&names);
+        return std::string(names.sysname) + " " + names.nodename + " " + names.release + " " + names.version + " " +
+               names.machine;
+    }();
+    system = {description.c_str(), "", name_.c_str(), "", linuxAgent, std::size(linuxAgent), routerServices};
+    return true;
+}
+
 void LinuxPlatform::dispatch()
 {
+    const ChosenNamespace chosen(ownNamespace());
     loop_.run();
     ip_.noteChanges();
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The one Linux platform of a process: every mirror, reader and timer, from start to stop.
+// The Linux platform in one network namespace: every mirror, reader and timer, from start to stop.
 #pragma once
 
 #include "accounting/ipv4_accounting.h"
@@ -7,8 +7,11 @@
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
 #include "core/dump_queue.h"
+#include "core/named_namespaces.h"
+#include "core/network_namespace.h"
 #include "core/platform_loop.h"
 #include "core/proc_file.h"
+#include "core/selected.h"
 #include "core/uptime.h"
 #include "counters/system_counters.h"
 #include "ipv4.h"
@@ -33,14 +36,16 @@ struct Settings {
     // Bytes for waiting announcements, for each mirror; tests make it tiny.
     int receiveBuffer = Mirror::defaultReceiveBuffer;
     std::string radvdConf = "/etc/radvd.conf";
-    bool routerAnycast = false;  // lists the addresses of all routers that this node has joined as a router
-    bool ipv4Accounting = false; // counts IPv4 traffic by interface, with a table in the packet filter
+    std::string routeTables = {}; // as the option has it; empty: as without it
+    bool routerAnycast = false;   // lists the addresses of all routers that this node has joined as a router
+    bool ipv4Accounting = false;  // counts IPv4 traffic by interface, with a table in the packet filter
 };
 
 class LinuxPlatform
 {
   public:
     LinuxPlatform() = default;
+    ~LinuxPlatform();
     LinuxPlatform(const LinuxPlatform &) = delete;
     LinuxPlatform &operator=(const LinuxPlatform &) = delete;
 
@@ -51,6 +56,17 @@ class LinuxPlatform
     // Fills every mirror. The answer, when that fails, is one line for the user.
     std::string start() { return start(settings_); }
     std::string start(const Settings &settings);
+
+    // Another network namespace, "netns NAME|PATH|PID". The answer is as that of `start`.
+    std::string startAnother(const std::string &argument, LinuxPlatform &another);
+    // Those with a name, once they are followed ("netns all", or "all").
+    bool findContext(std::size_t place, IpmibContext &context) const;
+    std::uint64_t contextsChanged() const { return namespaces_.version(); }
+    std::string followContexts(const char *argument);
+    // Of a namespace that is not the process's own, which has its agent's.
+    bool findSystem(IpmibSystem &system) const;
+    // Descriptors are opened in its namespace from now on.
+    void wasSelected() const { NetworkNamespace::choose(ownNamespace()); }
 
     int descriptor() const { return loop_.descriptor(); }
     void dispatch();
@@ -121,8 +137,13 @@ class LinuxPlatform
     DumpQueue &routeDumps() { return routeDumps_; }
 
   private:
+    const NetworkNamespace *ownNamespace() const { return namespace_.isOpen() ? &namespace_ : nullptr; }
     bool describe(const Link *link, IpmibInterface &interface);
     void forgetLink(std::uint32_t ifIndex);
+
+    NetworkNamespace namespace_;     // not open: the process's own
+    std::string name_;               // of that namespace
+    PlatformLoop *parent_ = nullptr; // the first instance's, in which this one's loop hangs
 
     // In the order in which they depend on each other: the loop outlives what it watches.
     PlatformLoop loop_;
@@ -145,6 +166,7 @@ class LinuxPlatform
     RowHopLimit rowHopLimit_;
     IpRows ip_{*this};
     Routes routes_{*this};
+    NamedNamespaces namespaces_;
     Settings settings_;
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;
     Uptime uptime_;
@@ -153,15 +175,14 @@ class LinuxPlatform
     std::uint32_t now_ = 0;
 };
 
-// The platform that serves now; null before start and after stop, and then every service fails.
-inline LinuxPlatform *serving = nullptr;
+// The instance that the services answer for; null for none, and then every service fails.
 inline LinuxPlatform *running()
 {
-    return serving;
+    return selected<LinuxPlatform>;
 }
 inline void setRunning(LinuxPlatform *platform)
 {
-    serving = platform;
+    selected<LinuxPlatform> = platform;
 }
 
 } // namespace ipmib::platform

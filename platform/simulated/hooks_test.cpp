@@ -154,5 +154,145 @@ TEST(SimulatedHooks, aReloadTakesTheFileAsItIsNowAndTheClockGoesOn)
     hooks.stop();
 }
 
+std::string nameOf(std::uint32_t ifIndex)
+{
+    const char *name = hooks.interface_name(ifIndex);
+    return name == nullptr ? "" : name;
+}
+
+// The handle of an instance, as a host has it.
+class Another
+{
+  public:
+    explicit Another(const char *argument)
+    {
+        char error[300] = "";
+        hooks.instances->create(argument, &handle_, error, sizeof error);
+        failure = error;
+    }
+    ~Another()
+    {
+        if (handle_ != nullptr) {
+            hooks.instances->destroy(handle_);
+        }
+    }
+    Another(const Another &) = delete;
+    Another &operator=(const Another &) = delete;
+
+    void select() const { hooks.instances->select(handle_); }
+
+    std::string failure;
+
+  private:
+    IpmibInstance *handle_ = nullptr;
+};
+
+constexpr const char *fleet = R"({
+    "interfaces": [{"name": "own", "ifIndex": 1}],
+    "devices": [
+        {"name": "core", "scenario": {"uptime": 500, "interfaces": [{"name": "up", "ifIndex": 2}]}},
+        {"name": "access{n}", "count": 300, "scenario": {
+            "system": {"name": "ac-{n}", "location": "rack {n/100}, place {n%100}"},
+            "interfaces": [{"name": "lan{n}", "ifIndex": 3,
+                            "ipv4Addresses": [{"address": "10.{n/256}.{n%256}.1/24"}]}]}}
+    ]})";
+
+TEST(SimulatedFleet, servicesAndHooksAnswerForTheDeviceThatIsSelected)
+{
+    const ScenarioFile file(fleet);
+    const Running running(file.path(), 0);
+    const Another core("core");
+    const Another access("access300");
+    ASSERT_EQ(core.failure + access.failure, "");
+    EXPECT_EQ(nameOf(1), "own") << "making devices selects none";
+    core.select();
+    EXPECT_EQ(nameOf(1), "");
+    EXPECT_EQ(nameOf(2), "up");
+    EXPECT_EQ(IF_IsValidIfIndex(2), 1u);
+    EXPECT_EQ(hooks.uptime_ms(), 500'000u);
+    access.select();
+    EXPECT_EQ(nameOf(3), "lan300");
+    EXPECT_EQ(IF_IsValidIfIndex(2), 0u);
+    EXPECT_EQ(hooks.interfaces->count(), 1u);
+    IpmibIpv4Address row{};
+    ASSERT_EQ(hooks.ipv4->next_address(0, &row), 0);
+    EXPECT_EQ(row.address, 0x0A012C01u);
+    hooks.instances->select(nullptr);
+    EXPECT_EQ(nameOf(1), "own");
+}
+
+TEST(SimulatedFleet, aDeviceThatEndsLeavesTheFilesOwnOneSelected)
+{
+    const ScenarioFile file(fleet);
+    const Running running(file.path(), 0);
+    {
+        const Another core("core");
+        core.select();
+    }
+    EXPECT_EQ(nameOf(1), "own");
+    EXPECT_EQ(IF_IsValidIfIndex(1), 1u);
+}
+
+TEST(SimulatedFleet, theContextsAreTheDevicesByName)
+{
+    const ScenarioFile file(fleet);
+    const Running running(file.path(), 0);
+    IpmibContext context{};
+    ASSERT_EQ(hooks.instances->context(0, &context), 0);
+    EXPECT_STREQ(context.name, "core");
+    ASSERT_EQ(hooks.instances->context(300, &context), 0);
+    EXPECT_STREQ(context.name, "access300");
+    EXPECT_STREQ(context.argument, "access300");
+    EXPECT_EQ(hooks.instances->context(301, &context), -1);
+    EXPECT_EQ(Another("nobody").failure, file.path() + " has no device \"nobody\"");
+}
+
+TEST(SimulatedFleet, eachDeviceHasASystemGroupOfItsOwn)
+{
+    const ScenarioFile file(fleet);
+    const Running running(file.path(), 0);
+    IpmibSystem system{};
+    EXPECT_EQ(hooks.system(&system), -1) << "the file's own device says nothing of itself";
+    const Another core("core");
+    core.select();
+    ASSERT_EQ(hooks.system(&system), 0);
+    EXPECT_STREQ(system.name, "core");
+    const Another access("access217");
+    access.select();
+    ASSERT_EQ(hooks.system(&system), 0);
+    EXPECT_STREQ(system.name, "ac-217");
+    EXPECT_STREQ(system.location, "rack 2, place 17");
+    EXPECT_STREQ(system.contact, "");
+}
+
+TEST(SimulatedFleet, aFileThatIsReadAgainChangesAllItsDevices)
+{
+    ScenarioFile file(fleet);
+    const Running running(file.path(), 0);
+    const Another core("core");
+    const auto before = hooks.instances->contexts_changed();
+    file.write(R"({"devices": [{"name": "core", "scenario": {"interfaces": [{"name": "new", "ifIndex": 2}]}}]})");
+    hooks.reload();
+    EXPECT_NE(hooks.instances->contexts_changed(), before);
+    core.select();
+    EXPECT_EQ(nameOf(2), "up");
+    hooks.reload();
+    EXPECT_EQ(nameOf(2), "new");
+}
+
+TEST(SimulatedFleet, aDeviceMayStandInAFileOfItsOwn)
+{
+    const ScenarioFile device(R"({"interfaces": [{"name": "{n}th", "ifIndex": 1}]})");
+    const std::string name = device.path().substr(device.path().find_last_of('/') + 1);
+    const ScenarioFile file(R"({"devices": [{"name": "d{n}", "count": 2, "scenario": ")" + name + "\"}]}");
+    const Running running(file.path(), 0);
+    const Another second("d2");
+    second.select();
+    EXPECT_EQ(nameOf(1), "2th");
+    const ScenarioFile wrong(R"({"devices": [{"name": "d", "scenario": "/no/file"}]})");
+    EXPECT_EQ(start(wrong.path()),
+              wrong.path() + ": devices[0].scenario: /no/file: cannot read it: No such file or directory");
+}
+
 } // namespace
 } // namespace ipmib::simulated

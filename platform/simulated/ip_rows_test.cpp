@@ -20,7 +20,7 @@ class IpRowsTest : public ::testing::Test
   protected:
     void setSeconds(Time seconds) { device.setTime(seconds * 1'000); }
 
-    Device device = readScenario(IPMIB_SOURCE_DIR "/platform/simulated/testdata/full.json");
+    Device device = readScenario(IPMIB_SOURCE_DIR "/platform/simulated/testdata/full.json").device;
     IpRows rows{device};
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The one simulated platform of a process: a device, and the clock by which it lives.
+// A simulated device, and the clock by which it lives.
 #include "simulated_platform.h"
 
 #include "core/hooks.h"
@@ -54,18 +54,75 @@ void SimulatedPlatform::take(Device device)
 std::string SimulatedPlatform::start()
 {
     try {
-        take(readScenario(path_));
+        Scenario scenario = readScenario(path_);
+        *fleet_ = std::move(scenario.fleet);
+        begin(std::move(scenario.device));
     } catch (const ScenarioError &error) {
         return error.what();
     }
-    start_ = std::chrono::steady_clock::now();
-    beginPacket();
     const bool anyChanges = std::ranges::any_of(device_.interfaces(),
                                                 [](const Interface &interface) { return !interface.outages.never(); });
     if (!stopped_ && anyChanges) {
         linkClock_.open();
     }
     return "";
+}
+
+void SimulatedPlatform::begin(Device device)
+{
+    take(std::move(device));
+    start_ = std::chrono::steady_clock::now();
+    beginPacket();
+}
+
+std::string SimulatedPlatform::startAnother(const std::string &name, SimulatedPlatform &another) const
+{
+    const auto place = fleet_->find(name);
+    if (!place) {
+        return path_ + " has no device \"" + name + "\"";
+    }
+    another.path_ = path_;
+    another.fleet_ = fleet_;
+    another.name_ = name;
+    another.stopped_ = stopped_;
+    try {
+        another.begin(fleet_->make(*place));
+    } catch (const ScenarioError &error) {
+        return path_ + ": " + error.what();
+    }
+    return "";
+}
+
+bool SimulatedPlatform::findContext(std::size_t place, IpmibContext &context) const
+{
+    if (place >= fleet_->size()) {
+        return false;
+    }
+    context.name = context.argument = fleet_->name(place).c_str();
+    return true;
+}
+
+std::string SimulatedPlatform::followContexts(const char *argument)
+{
+    return argument == std::string_view("all")
+               ? ""
+               : "platform simulated has the contexts of its scenario, not \"" + std::string(argument) + "\"";
+}
+
+bool SimulatedPlatform::findSystem(IpmibSystem &system) const
+{
+    const SystemGroup &own = device_.system;
+    if (!own.isThere && name_.empty()) {
+        return false;
+    }
+    system = {own.description.c_str(),
+              own.contact.c_str(),
+              own.name.empty() ? name_.c_str() : own.name.c_str(),
+              own.location.c_str(),
+              own.objectId.data(),
+              own.objectId.size(),
+              own.services};
+    return true;
 }
 
 Time SimulatedPlatform::now() const
@@ -101,9 +158,18 @@ std::uint64_t SimulatedPlatform::startMs() const
 void SimulatedPlatform::reload()
 {
     try {
-        take(readScenario(path_));
+        if (name_.empty()) {
+            Scenario scenario = readScenario(path_);
+            *fleet_ = std::move(scenario.fleet);
+            ++fleetVersion_;
+            take(std::move(scenario.device));
+        } else if (const auto place = fleet_->find(name_)) { // the file's own device has read it
+            take(fleet_->make(*place));
+        }
         routes_.newDevice();
-        linkClock_.beginAt(now());
+        if (name_.empty()) {
+            linkClock_.beginAt(now());
+        }
         beginPacket();
     } catch (const ScenarioError &error) {
         platform::logError("simulated: %s; the device stays as it was", error.what());

@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The one simulated platform of a process: a device, and the clock by which it lives.
+// A simulated device, and the clock by which it lives.
 #pragma once
 
 #include "advertisements/row_hop_limit.h"
+#include "core/selected.h"
 #include "device/device.h"
 #include "ip_rows.h"
 #include "ipv4_rows.h"
 #include "link_clock.h"
 #include "route_rows.h"
+#include "scenario/fleet.h"
 
 #include <ipmib/platform_hooks.h>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -30,6 +33,13 @@ class SimulatedPlatform
     std::string takeOption(const IpmibPlatformOption &option);
     // Reads the scenario. The answer, when that fails, is one line for the user.
     std::string start();
+
+    // Another device of the file, by its name. The answer is as that of `start`.
+    std::string startAnother(const std::string &name, SimulatedPlatform &another) const;
+    bool findContext(std::size_t place, IpmibContext &context) const;
+    std::uint64_t contextsChanged() const { return fleetVersion_; }
+    std::string followContexts(const char *argument);
+    bool findSystem(IpmibSystem &system) const;
 
     // What the time brings is seen by the next packet; for links that go up and down there is a clock beside it.
     int descriptor() const { return linkClock_.descriptor(); }
@@ -68,6 +78,7 @@ class SimulatedPlatform
     platform::RowHopLimit &rowHopLimit() { return rowHopLimit_; }
 
   private:
+    void begin(Device device);
     void take(Device device);
     Time now() const;
     bool describe(const Interface *interface, IpmibInterface &row) const;
@@ -77,6 +88,9 @@ class SimulatedPlatform
     std::uint64_t startMs() const;
 
     std::string path_;
+    std::shared_ptr<Fleet> fleet_ = std::make_shared<Fleet>(); // of the file; all its devices share it
+    std::string name_;                                         // in the fleet; empty for the file's own device
+    std::uint64_t fleetVersion_ = 1;
     std::optional<std::uint64_t> uptimeBeganMs_; // on the monotonic clock
     std::optional<Time> stopped_;                // the clock shows this for ever
     std::chrono::steady_clock::time_point start_;
@@ -89,15 +103,14 @@ class SimulatedPlatform
     LinkClock linkClock_{device_};
 };
 
-// The platform that serves now; null before start and after stop, and then every service fails.
-inline SimulatedPlatform *serving = nullptr;
+// The instance that the services answer for; null for none, and then every service fails.
 inline SimulatedPlatform *running()
 {
-    return serving;
+    return platform::selected<SimulatedPlatform>;
 }
 inline void setRunning(SimulatedPlatform *platform)
 {
-    serving = platform;
+    platform::selected<SimulatedPlatform> = platform;
 }
 
 } // namespace ipmib::simulated

@@ -46,7 +46,7 @@ class ScenarioFile
 
 inline Device deviceOf(const std::string &text)
 {
-    return readScenario(ScenarioFile(text).path());
+    return readScenario(ScenarioFile(text).path()).device;
 }
 
 // The answer of a start that failed.

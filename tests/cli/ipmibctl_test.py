@@ -373,12 +373,34 @@ class Files(unittest.TestCase):
         self.assertIn("x1", result.stdout)
 
 
+class Contexts(unittest.TestCase):
+    platform = ["--platform", f"simulated:{root}/examples/campus.json", "--at=0"]
+
+    def test_each_is_a_device_of_its_own(self):
+        listed = json.loads(run("show", "contexts", "--json", *self.platform).stdout)
+        self.assertEqual(len(listed), 1001)
+        self.assertEqual(listed[0]["context"], "core")
+        for number in (1, 300, 1000):
+            rows = json.loads(run("show", "addresses", "management", "--json", "--context", f"access{number}", *self.platform).stdout)
+            self.assertEqual(rows[0]["address"], f"10.{number // 256}.{number % 256}.1/24")
+        own = run("show", "addresses", "--json", *self.platform)
+        self.assertEqual(json.loads(own.stdout), [])
+
+    def test_one_that_is_not_there_is_said(self):
+        result = run("show", "interfaces", "--context", "nobody", *self.platform)
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stderr, 'ipmibctl: there is no context "nobody"; ipmibctl show contexts lists them\n')
+
+
 class Words(unittest.TestCase):
     def test_every_name_that_it_writes_it_also_reads(self):
         for example in examples:
             platform = ["--platform", "simulated:" + example, "--at=0"]
-            with open(example, encoding="utf-8") as scenario:
-                big = "generate" in json.load(scenario)
+            with open(example, encoding="utf-8") as file:
+                scenario = json.load(file)
+            big = "generate" in scenario
+            if "devices" in scenario:
+                platform += ["--context", scenario["devices"][0]["name"]]
             walked = json.loads(run("walk", "ipNetToPhysicalTable" if big else "1.3.6.1", "--json", *platform).stdout)
             self.assertGreater(len(walked), 100)
             some = walked[:: max(1, len(walked) // 2000)]  # a command line has an end

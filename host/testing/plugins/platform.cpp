@@ -60,6 +60,45 @@ void stop()
 
 void uptimeBegan(std::uint64_t) {}
 
+#ifdef WITH_INSTANCES
+// An instance is the answer of its service; the argument of the first one has the length that `start` has seen.
+std::uint32_t answers[10];
+
+int create(const char *argument, IpmibInstance **instance, char *error, size_t capacity)
+{
+    if (std::strcmp(argument, "broken") == 0) {
+        std::snprintf(error, capacity, "the argument \"%s\" is of no use", argument);
+        return -1;
+    }
+    std::uint32_t *free = answers;
+    for (; *free != 0; ++free) {
+    }
+    *free = static_cast<std::uint32_t>(std::strlen(argument));
+    *instance = reinterpret_cast<IpmibInstance *>(free);
+    return 0;
+}
+void select(IpmibInstance *instance)
+{
+    answer = instance == nullptr ? static_cast<std::uint32_t>(std::strlen(host->argument))
+                                 : *reinterpret_cast<std::uint32_t *>(instance);
+}
+void destroy(IpmibInstance *instance)
+{
+    *reinterpret_cast<std::uint32_t *>(instance) = 0;
+    host->log(IPMIB_LOG_INFO, "destroyed");
+}
+int context(size_t place, IpmibContext *found)
+{
+    static const IpmibContext contexts[] = {{"red", "xx"}, {"blue", "xxx"}};
+    if (place >= 2) {
+        return -1;
+    }
+    *found = contexts[place];
+    return 0;
+}
+const IpmibInstanceHooks instances = {sizeof(IpmibInstanceHooks), create, destroy, select, context, nullptr, nullptr};
+#endif
+
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) const IpmibPlatformHooks ipmib_platform_hooks;
@@ -69,6 +108,9 @@ const IpmibPlatformHooks ipmib_platform_hooks = [] {
     hooks.start = start;
     hooks.stop = stop;
     hooks.uptime_began = uptimeBegan;
+#ifdef WITH_INSTANCES
+    hooks.instances = &instances;
+#endif
     return hooks;
 }();
 #endif

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What a host calls to drive a platform: the hooks over the one platform of the process, from start to stop.
+// What a host calls to drive a platform: the hooks over the instances of the platform, from start to stop.
 #pragma once
 
 #include "core/hook_call.h"
 #include "core/log.h"
+#include "core/selected.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -61,12 +62,16 @@ concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibI
         } -> std::same_as<bool>;
 };
 
-// A platform is told its argument and its options, and then started; setRunning puts it to its services, or takes it
-// away again with null.
+// A platform is told its argument and its options, and then started; its services answer for `selected<Platform>`.
 //
 // It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *), and ip() and
 // routes(), objects with a member for each function of IpmibIpHooks and IpmibRouteHooks. For one that has it not the
 // hook is null.
+//
+// One with startAnother(const std::string &argument, Platform &another) has instances: the one that `start` began fills
+// another one there, and answers as start does. It also has findContext(std::size_t place, IpmibContext &context),
+// contextsChanged() and followContexts(const char *argument), which answers as start does. One that has a system group
+// has findSystem(IpmibSystem &system).
 template <class Platform>
 concept HookedPlatform = HasInterfaces<Platform> && HasIpv4<Platform> && std::default_initializable<Platform> &&
     requires(Platform &platform, const IpmibPlatformOption &option)
@@ -102,7 +107,7 @@ class Hooks
                 start,
                 stop,
                 descriptor,
-                hookCall<running, &Platform::dispatch>,
+                hookCall<first, &Platform::dispatch>,
                 hookCall<running, &Platform::beginPacket>,
                 hookCall<running, &Platform::reload>,
                 hookCall<running, &Platform::interfaceName>,
@@ -112,54 +117,68 @@ class Hooks
                 uptimeBegan(),
                 uptimeMs(),
                 routeHooks(),
-                onLinkChange()};
+                onLinkChange(),
+                instanceHooks(),
+                systemHook()};
     }
 
   private:
     static int start(const IpmibPlatformHost *host, char *error, std::size_t capacity)
     {
         setLogSink(host->log);
-        instance_ = std::make_unique<Platform>();
-        const int result = startInstance(*host, error, capacity);
+        first_ = std::make_unique<Platform>();
+        const int result = startFirst(*host, error, capacity);
         if (result != 0) {
             stop();
             return result;
         }
-        setRunning(instance_.get());
+        choose(first_.get());
         return 0;
     }
 
-    static int startInstance(const IpmibPlatformHost &host, char *error, std::size_t capacity)
+    static int startFirst(const IpmibPlatformHost &host, char *error, std::size_t capacity)
     {
         const char *argument = host.argument == nullptr ? "" : host.argument;
-        if (hookFailure(instance_->takeArgument(argument), error, capacity) != 0) {
+        if (hookFailure(first_->takeArgument(argument), error, capacity) != 0) {
             return IPMIB_WRONG_ARGUMENT;
         }
         for (std::size_t i = 0; i < host.option_count; ++i) {
-            if (hookFailure(instance_->takeOption(host.options[i]), error, capacity) != 0) {
+            if (hookFailure(first_->takeOption(host.options[i]), error, capacity) != 0) {
                 return IPMIB_WRONG_OPTION + static_cast<int>(i);
             }
         }
-        return hookFailure(instance_->start(), error, capacity);
+        return hookFailure(first_->start(), error, capacity);
+    }
+
+    // A platform with wasSelected() is told.
+    static void choose(Platform *platform)
+    {
+        selected<Platform> = platform;
+        if constexpr (requires { platform->wasSelected(); }) {
+            if (platform != nullptr) {
+                platform->wasSelected();
+            }
+        }
     }
 
     static void stop()
     {
-        setRunning(static_cast<Platform *>(nullptr));
-        instance_.reset();
+        choose(nullptr);
+        first_.reset();
         setLogSink(nullptr);
     }
 
-    static int descriptor() { return instance_ ? instance_->descriptor() : -1; }
+    static int descriptor() { return first_ ? first_->descriptor() : -1; }
 
-    static Platform *running() { return instance_.get(); }
+    static Platform *first() { return first_.get(); }
+    static Platform *running() { return selected<Platform>; }
     static constexpr IpmibInterfaceHooks interfaces = {
         hookCall<running, &Platform::findInterface>, hookCall<running, &Platform::interfaceAfter>,
         hookCall<running, &Platform::traffic>, hookCall<running, &Platform::interfaceCount>,
         hookCall<running, &Platform::interfacesChangedMs>};
 
     using Ipv4 = std::remove_reference_t<decltype(std::declval<Platform &>().ipv4())>;
-    static Ipv4 *ipv4Rows() { return instance_ ? &instance_->ipv4() : nullptr; }
+    static Ipv4 *ipv4Rows() { return running() != nullptr ? &running()->ipv4() : nullptr; }
     static constexpr IpmibIpv4Hooks ipv4 = {
         hookCall<running, &Platform::followIpv4>, hookCall<ipv4Rows, &Ipv4::findAddress>,
         hookCall<ipv4Rows, &Ipv4::addressAfter>, hookCall<ipv4Rows, &Ipv4::findNeighbour>,
@@ -208,11 +227,29 @@ class Hooks
         }
     }
 
+    static constexpr decltype(IpmibPlatformHooks::system) systemHook()
+    {
+        if constexpr (requires(Platform & platform, IpmibSystem & system) { platform.findSystem(system); }) {
+            return hookCall<running, &Platform::findSystem>;
+        } else {
+            return nullptr;
+        }
+    }
+
+    static constexpr const IpmibInstanceHooks *instanceHooks()
+    {
+        if constexpr (requires(Platform & platform) { platform.startAnother(std::string(), platform); }) {
+            return &InstanceRecord<Platform>::hooks;
+        } else {
+            return nullptr;
+        }
+    }
+
     // A template of its own, of which nothing is looked at for a platform without ip().
     template <class WithIp>
     struct IpRecord {
         using Ip = std::remove_reference_t<decltype(std::declval<WithIp &>().ip())>;
-        static Ip *rows() { return instance_ ? &instance_->ip() : nullptr; }
+        static Ip *rows() { return running() != nullptr ? &running()->ip() : nullptr; }
         static constexpr IpmibIpHooks hooks = {
             sizeof(IpmibIpHooks),
             hookCall<rows, &Ip::follow>,
@@ -246,7 +283,7 @@ class Hooks
     template <class WithRoutes>
     struct RouteRecord {
         using Routes = std::remove_reference_t<decltype(std::declval<WithRoutes &>().routes())>;
-        static Routes *rows() { return instance_ ? &instance_->routes() : nullptr; }
+        static Routes *rows() { return running() != nullptr ? &running()->routes() : nullptr; }
         static constexpr IpmibRouteHooks hooks = {
             sizeof(IpmibRouteHooks),          hookCall<rows, &Routes::follow>, hookCall<rows, &Routes::limit>,
             hookCall<rows, &Routes::areRead>, hookCall<rows, &Routes::count>,  hookCall<rows, &Routes::discards>,
@@ -254,7 +291,41 @@ class Hooks
         };
     };
 
-    static inline std::unique_ptr<Platform> instance_;
+    // Likewise. The handle of an instance is its address.
+    template <class WithInstances>
+    struct InstanceRecord {
+        static int create(const char *argument, IpmibInstance **instance, char *error, std::size_t capacity)
+        {
+            auto another = std::make_unique<WithInstances>();
+            const int result = hookFailure(first_->startAnother(argument, *another), error, capacity);
+            if (result == 0) {
+                *instance = reinterpret_cast<IpmibInstance *>(another.release());
+            }
+            return result;
+        }
+        static void destroy(IpmibInstance *instance)
+        {
+            const std::unique_ptr<WithInstances> ended(reinterpret_cast<WithInstances *>(instance));
+            if (selected<WithInstances> == ended.get()) {
+                choose(first_.get());
+            }
+        }
+        static void select(IpmibInstance *instance)
+        {
+            choose(instance == nullptr ? first_.get() : reinterpret_cast<WithInstances *>(instance));
+        }
+        static constexpr IpmibInstanceHooks hooks = {
+            sizeof(IpmibInstanceHooks),
+            create,
+            destroy,
+            select,
+            hookCall<first, &WithInstances::findContext>,
+            hookCall<first, &WithInstances::contextsChanged>,
+            hookCall<first, &WithInstances::followContexts>,
+        };
+    };
+
+    static inline std::unique_ptr<Platform> first_;
 };
 
 } // namespace ipmib::platform

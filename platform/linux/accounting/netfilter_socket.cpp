@@ -2,6 +2,8 @@
 // The socket to the kernel's packet filter: questions, and changes that happen all together or not at all.
 #include "accounting/netfilter_socket.h"
 
+#include "core/network_namespace.h"
+
 #include "core/datagram.h"
 
 #include <libnftnl/common.h>
@@ -72,6 +74,10 @@ void readNftAnswers(std::span<const char> datagram, std::uint32_t first, std::ui
 int NetfilterSocket::open()
 {
     close();
+    const InsideNamespace inside;
+    if (!inside.entered()) {
+        return errno;
+    }
     socket_ = mnl_socket_open2(NETLINK_NETFILTER, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (socket_ == nullptr) {
         return errno;

@@ -2,6 +2,8 @@
 // A file of /proc that is read again and again.
 #include "core/proc_file.h"
 
+#include "core/network_namespace.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -13,7 +15,8 @@ namespace ipmib::platform
 bool ProcFile::open()
 {
     if (!fd_) {
-        fd_ = Descriptor(::open(path_, O_RDONLY | O_CLOEXEC));
+        const InsideNamespace inside;
+        fd_ = Descriptor(inside.entered() ? ::open(path_, O_RDONLY | O_CLOEXEC) : -1);
         error_ = fd_ ? 0 : errno;
     }
     return static_cast<bool>(fd_);

@@ -4,6 +4,7 @@
 
 #include "core/attributes.h"
 #include "core/datagram.h"
+#include "core/network_namespace.h"
 
 #include <sys/socket.h>
 
@@ -41,6 +42,11 @@ bool Rtnetlink::open(std::initializer_list<unsigned> groups, int receiveBuffer)
 bool Rtnetlink::open(const unsigned *groups, std::size_t count, int receiveBuffer)
 {
     close();
+    const InsideNamespace inside;
+    if (!inside.entered()) {
+        fail(errno, "setns");
+        return false;
+    }
     socket_ = mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (socket_ == nullptr) {
         fail(errno, "socket");

@@ -2,6 +2,8 @@
 // How fast links are.
 #include "links/link_speed.h"
 
+#include "core/network_namespace.h"
+
 #include <linux/ethtool.h>
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
@@ -16,7 +18,8 @@ namespace ipmib::platform
 
 void LinkSpeeds::open()
 {
-    socket_ = Descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const InsideNamespace inside;
+    socket_ = Descriptor(inside.entered() ? socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0) : -1);
 }
 
 std::uint64_t LinkSpeeds::of(const Link &link)

@@ -18,6 +18,17 @@ namespace ipmib::simulated
 
 inline constexpr std::uint32_t highestIfIndex = 0x7FFF'FFFF;
 
+// What the device says of itself.
+struct SystemGroup {
+    bool isThere = false;
+    std::string name;
+    std::string description;
+    std::string contact;
+    std::string location;
+    std::vector<std::uint32_t> objectId;
+    std::uint32_t services = 0;
+};
+
 class Device
 {
   public:
@@ -25,6 +36,7 @@ class Device
 
     std::uint32_t uptimeS = 0; // at the start
     std::uint32_t hopLimit = 64;
+    SystemGroup system;
     // Those that are not the sum of the interfaces'.
     CounterSet<IpmibIpCounters> systemIp6Counters;
     CounterSet<IpmibIpCounters> systemIp4Counters;

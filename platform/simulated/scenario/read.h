@@ -4,6 +4,7 @@
 #pragma once
 
 #include "device/device.h"
+#include "scenario/fleet.h"
 #include "scenario/value.h"
 
 #include <string>
@@ -15,8 +16,16 @@ namespace ipmib::simulated
 // in one object is an error.
 Json readJsonFile(const std::string &path);
 
+struct Scenario {
+    Device device; // of the file itself
+    Fleet fleet;   // those beside it
+};
+
 // Throws ScenarioError, with the name of the file in front.
-Device readScenario(const std::string &path);
+Scenario readScenario(const std::string &path);
+
+// A scenario of one device. What it generates depends on its own seed plus this one. Throws ScenarioError.
+Device readDevice(const Json &scenario, std::uint32_t seed);
 
 // Adds it to the device, with all that is listed on it.
 void readInterface(const Value &value, Device &device);

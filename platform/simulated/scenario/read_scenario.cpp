@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <charconv>
+
 namespace ipmib::simulated
 {
 namespace
@@ -14,7 +16,58 @@ namespace
 
 constexpr std::uint32_t longestUptime = UINT32_MAX / 100; // seconds; managers are told hundredths
 
+// "1.3.6.1.4.1.9"
+std::vector<std::uint32_t> readObjectId(const Value &value)
+{
+    constexpr std::size_t longest = 128;
+    const std::string &text = value.text("an object identifier");
+    std::vector<std::uint32_t> ids;
+    const char *at = text.data();
+    const char *const end = at + text.size();
+    for (;;) {
+        const auto [behind, error] = std::from_chars(at, end, ids.emplace_back());
+        if (error != std::errc() || (behind != end && *behind != '.') || ids.size() > longest) {
+            value.refuse("an object identifier, numbers with dots between them");
+        }
+        if (behind == end) {
+            break;
+        }
+        at = behind + 1;
+    }
+    if (ids.size() < 2 || ids[0] > 2 || (ids[0] < 2 && ids[1] >= 40)) {
+        value.refuse("an object identifier, numbers with dots between them");
+    }
+    return ids;
+}
+
 constexpr Word results[] = {{"notFound", platform::notFound}, {"noMore", platform::noMore}};
+
+// {"name": "core1", "objectId": "1.3.6.1.4.1.8072.3.2.10", ...}
+void readSystemGroup(Object &object, SystemGroup &system)
+{
+    for (const auto &[name, text] : {std::pair("name", &SystemGroup::name),
+                                     {"description", &SystemGroup::description},
+                                     {"contact", &SystemGroup::contact},
+                                     {"location", &SystemGroup::location}}) {
+        if (const auto member = object.find(name)) {
+            constexpr std::size_t longest = 255; // of a DisplayString
+            system.*text = member->text();
+            if ((system.*text).size() > longest) {
+                member->fail("a text of the system group has at most 255 bytes");
+            }
+            system.isThere = true;
+        }
+    }
+    if (const auto member = object.find("objectId")) {
+        system.objectId = readObjectId(*member);
+        system.isThere = true;
+    }
+    if (const auto member = object.find("services")) {
+        constexpr std::uint32_t most = 127;
+        system.services = static_cast<std::uint32_t>(member->number(0, most));
+        system.isThere = true;
+    }
+}
 
 void readSystem(const Value &value, Device &device)
 {
@@ -31,6 +84,7 @@ void readSystem(const Value &value, Device &device)
     read("tcp", device.tcpCounters);
     device.tcpConnections = object.number("tcpConnections", 0, 0, UINT32_MAX);
     read("udp", device.udpCounters);
+    readSystemGroup(object, device.system);
     object.finish();
 }
 
@@ -83,11 +137,15 @@ void readFailure(const Value &value, Device &device)
     device.failures.add(failure);
 }
 
-Device readDevice(const Value &value)
+// The devices beside it, if there may be any, go to the fleet.
+Device readDevice(const Value &value, std::uint32_t moreSeed, const std::string &folder, Fleet *fleet)
 {
     Device device;
     Object object(value);
     object.find("$schema"); // for editors
+    if (const auto devices = fleet == nullptr ? std::nullopt : object.find("devices")) {
+        fleet->read(*devices, folder);
+    }
     if (const auto description = object.find("description")) {
         description->text();
     }
@@ -99,7 +157,7 @@ Device readDevice(const Value &value)
     if (const auto interfaces = object.find("interfaces")) {
         interfaces->each([&device](const Value &interface) { readInterface(interface, device); });
     }
-    const std::uint32_t seed = object.number("seed", 0, 0, UINT32_MAX);
+    const std::uint32_t seed = object.number("seed", 0, 0, UINT32_MAX) + moreSeed;
     if (const auto generated = object.find("generate")) {
         generate(*generated, seed, device);
     }
@@ -121,11 +179,19 @@ Device readDevice(const Value &value)
 
 } // namespace
 
-Device readScenario(const std::string &path)
+Device readDevice(const Json &scenario, std::uint32_t seed)
+{
+    return readDevice(Value(scenario), seed, "", nullptr);
+}
+
+Scenario readScenario(const std::string &path)
 {
     try {
         const Json json = readJsonFile(path);
-        return readDevice(Value(json));
+        const std::string folder = path.substr(0, path.find_last_of('/') + 1);
+        Scenario scenario;
+        scenario.device = readDevice(Value(json), 0, folder, &scenario.fleet);
+        return scenario;
     } catch (const ScenarioError &error) {
         throw ScenarioError(path + ": " + error.what());
     }

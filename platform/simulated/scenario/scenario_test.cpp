@@ -53,7 +53,7 @@ std::string keysInSchema(const std::string &definition)
 
 TEST(Scenario, everyKeyIsUnderstood)
 {
-    const Device device = readScenario(IPMIB_SOURCE_DIR "/platform/simulated/testdata/full.json");
+    const Device device = readScenario(IPMIB_SOURCE_DIR "/platform/simulated/testdata/full.json").device;
     EXPECT_EQ(device.interfaces().size(), 6u);
     EXPECT_EQ(device.addresses().size(), 2u + 3u + 10u);
     EXPECT_EQ(device.neighbours().size(), 102u);

@@ -44,6 +44,9 @@ class Value
     [[noreturn]] void fail(const std::string &what) const;
     [[noreturn]] void refuse(const std::string &expected) const;
 
+    // The value itself, as it stands in the file.
+    const Json &json() const { return json_; }
+
     bool isText() const;
     bool isNumber() const;
     bool isObject() const;

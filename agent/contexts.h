@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The contexts of an agent beside the one without a name: each is an instance of the platform, with all its tables.
+#pragma once
+
+#include "context_settings.h"
+#include "frontend.h"
+
+#include "tables/served_device.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ipmib::agent
+{
+
+class Contexts
+{
+  public:
+    // All outlive it.
+    Contexts(tables::ServedDevice &device, Frontend &frontend, const ContextSettings &settings);
+    Contexts(const Contexts &) = delete;
+    Contexts &operator=(const Contexts &) = delete;
+
+    // Serves these tables, and a system group, in each context that the settings and the platform name now; one that
+    // nobody names any more ends. What cannot be begun is logged, and tried again the next time.
+    void serve(const std::vector<const host::ServedTable *> &tables);
+    // The same when the platform's list has changed.
+    void follow();
+    // Has the platform read its files again, for all instances.
+    void reload();
+
+    std::size_t size() const { return instances_.size(); }
+
+  private:
+    struct Instance {
+        std::string argument;
+        std::size_t number;
+    };
+
+    std::map<std::string, std::string> wanted();
+    void begin(const std::string &name, const std::string &argument);
+    void end(const std::string &name);
+    void letIn();
+    std::uint64_t versionOfList() const;
+
+    tables::ServedDevice &device_;
+    Frontend &frontend_;
+    const ContextSettings &settings_;
+    std::vector<const host::ServedTable *> tables_;
+    std::map<std::string, Instance> instances_; // by the context's name
+    std::uint64_t version_ = 0;                 // of the platform's list
+    bool areListed_ = false;                    // in vacmContextTable
+    std::map<std::string, unsigned> letIn_;     // contexts, with the version of the settings that let communities in
+    unsigned groups_ = 0;                       // likewise
+};
+
+} // namespace ipmib::agent

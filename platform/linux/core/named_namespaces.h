@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The network namespaces that have a name: `ip netns` keeps them in /run/netns. They are followed as they come and go.
+#pragma once
+
+#include "core/platform_loop.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ipmib::platform
+{
+
+class NamedNamespaces
+{
+  public:
+    struct Named {
+        std::string name;
+        std::string argument; // "netns NAME INODE": a namespace that is made anew under its name is another one
+    };
+
+    explicit NamedNamespaces(std::string folder = "/run/netns") : folder_(std::move(folder)) {}
+
+    // The answer, when that fails, is one line for the user.
+    std::string follow(PlatformLoop &loop);
+    // By name.
+    const std::vector<Named> &all() const { return all_; }
+    // Differs after each change.
+    std::uint64_t version() const { return version_; }
+
+  private:
+    void watchFolder();
+    void takeEvents();
+    void look();
+
+    static constexpr unsigned soonMs = 20;
+    // A name is there before the namespace is, which no event tells of.
+    static constexpr unsigned mostLooks = 100;
+
+    std::string folder_;
+    Descriptor events_;
+    Timer again_;
+    unsigned looks_ = 0;
+    bool watchesFolder_ = false;
+    std::vector<Named> all_;
+    std::uint64_t version_ = 1;
+};
+
+} // namespace ipmib::platform

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Contexts: many simulated devices behind one agent, and who may ask in which.
+
+#include "e2e/agent_under_test.h"
+
+#include <algorithm>
+#include <csignal>
+
+namespace ipmib::e2e
+{
+namespace
+{
+
+const std::string sysName = "1.3.6.1.2.1.1.5.0";
+const std::string sysDescr = "1.3.6.1.2.1.1.1.0";
+const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
+const std::string addresses = "1.3.6.1.2.1.4.34.1.3";
+const std::string contextTable = "1.3.6.1.6.3.16.1.1.1.1";
+
+const std::string fleet = R"({
+    "interfaces": [{"name": "own", "ifIndex": 1}],
+    "devices": [
+        {"name": "core", "scenario": {
+            "uptime": 5000,
+            "system": {"name": "core-1", "description": "A core router", "objectId": "1.3.6.1.4.1.8072.9999"},
+            "interfaces": [{"name": "up", "ifIndex": 2, "addresses": [{"address": "2001:db8::1/64"}]},
+                           {"name": "down", "ifIndex": 7}]}},
+        {"name": "access{n}", "count": 40, "scenario": {
+            "interfaces": [{"name": "lan{n}", "ifIndex": 3,
+                            "ipv4Addresses": [{"address": "10.{n/256}.{n%256}.1/24"}]}]}}
+    ]})";
+
+const std::string access = R"(rocommunity public 127.0.0.1
+contextcommunity lab default
+contextcommunity part 127.0.0.1 access1*
+com2sec -Cn core oneDevice default justcore
+group oneDevice v2c oneDevice
+view everything included .1
+access oneDevice core any noauth exact everything none none
+createUser all SHA "all's auth"
+rouser all auth -V everything *
+createUser one SHA "one's auth"
+rouser one auth -V everything core
+)";
+
+Words v2(const std::string &community)
+{
+    return {"-v2c", "-r0", "-t1", "-c", community};
+}
+
+Words v3(const std::string &user, const std::string &context)
+{
+    return {"-v3", "-r0", "-t1", "-l", "authNoPriv", "-u", user, "-a", "SHA", "-A", user + "'s auth", "-n", context};
+}
+
+class ContextTest : public AgentTest
+{
+  protected:
+    void startFleet(const std::string &configuration = access, const std::string &scenario = fleet)
+    {
+        startProgram({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("test.conf", configuration), "--platform",
+                      "simulated:" + writeFile("fleet.json", scenario), address()});
+    }
+    std::string get(const Words &who, const std::string &object) const
+    {
+        const Result result = snmp("snmpget", who, {"-Oqv", object});
+        return result.status == 0 ? result.output : "status " + std::to_string(result.status);
+    }
+};
+
+TEST_F(ContextTest, EachContextIsADeviceOfItsOwn)
+{
+    startFleet();
+    EXPECT_EQ(get(v3("all", "core"), sysName), "\"core-1\"\n");
+    EXPECT_EQ(get(v3("all", "core"), sysDescr), "\"A core router\"\n");
+    EXPECT_EQ(get(v3("all", "access7"), sysName), "\"access7\"\n");
+    EXPECT_EQ(walk("snmpwalk", v3("all", "core"), {}, ifDescr),
+              (Words{".1.3.6.1.2.1.2.2.1.2.2 = STRING: \"up\"", ".1.3.6.1.2.1.2.2.1.2.7 = STRING: \"down\""}));
+    EXPECT_EQ(walk("snmpbulkwalk", v2("lab@access40"), {}, ifDescr),
+              (Words{".1.3.6.1.2.1.2.2.1.2.3 = STRING: \"lan40\""}));
+    EXPECT_EQ(walk("snmpbulkwalk", v2("lab@access12"), {}, addresses),
+              (Words{".1.3.6.1.2.1.4.34.1.3.1.4.10.0.12.1 = INTEGER: 3"}));
+    EXPECT_EQ(walk("snmpwalk", publicV2, {}, ifDescr), (Words{".1.3.6.1.2.1.2.2.1.2.1 = STRING: \"own\""}));
+    stopAgent();
+}
+
+TEST_F(ContextTest, TablesOfTheModuleAreOfTheContextInEveryKindOfRequest)
+{
+    startFleet();
+    const std::string scopes = "1.3.6.1.2.1.4.30.1.2"; // ipv6InterfaceReasmMaxSize, which the module answers
+    for (const char *program : {"snmpwalk", "snmpbulkwalk"}) {
+        EXPECT_EQ(walk(program, v2("lab@core"), {}, scopes).size(), 2u);
+        EXPECT_EQ(walk(program, v3("all", "access3"), {}, scopes).size(), 1u);
+        EXPECT_EQ(walk(program, publicV2, {}, scopes).size(), 1u);
+    }
+    // Walks side by side: each goes on where it stood, in its own context.
+    const std::string asked[] = {scopes, scopes + ".2"};
+    EXPECT_EQ(get(v3("all", "core"), asked[1]), get(v2("lab@core"), asked[1]));
+    EXPECT_NE(snmp("snmpgetnext", v2("lab@core"), {asked[1]}).output.find(scopes + ".7 "), std::string::npos);
+    EXPECT_NE(snmp("snmpgetnext", v2("lab@access3"), {asked[1]}).output.find(scopes + ".3 "), std::string::npos);
+    EXPECT_NE(snmp("snmpgetnext", v2("lab@core"), {asked[1]}).output.find(scopes + ".7 "), std::string::npos);
+    stopAgent();
+}
+
+TEST_F(ContextTest, NobodySeesAContextThatNoRuleLetsThemSee)
+{
+    startFleet();
+    EXPECT_EQ(get(v3("one", "core"), sysName), "\"core-1\"\n");
+    EXPECT_EQ(get(v3("one", "core"), ifDescr + ".2"), "\"up\"\n");
+    for (const char *program : {"snmpget", "snmpgetnext", "snmpbulkget"}) {
+        for (const char *object : {"1.3.6.1.2.1.1.5.0", "1.3.6.1.2.1.2.2.1.2"}) {
+            for (const char *context : {"access1", ""}) {
+                const Result result = snmp(program, v3("one", context), {object});
+                EXPECT_EQ(result.output.find("STRING"), std::string::npos) << program << " " << result.output;
+            }
+        }
+    }
+    EXPECT_NE(snmp("snmpget", v2("public@core"), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", v2("part@core"), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", v2("lab"), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", {"-v1", "-r0", "-t1", "-c", "justcore"}, {sysName}).status, 0) << "let in over v2c alone";
+    EXPECT_EQ(get(v2("justcore"), sysName), "\"core-1\"\n");
+    EXPECT_EQ(get(v2("part@access11"), sysName), "\"access11\"\n");
+    EXPECT_NE(snmp("snmpget", v2("part@access2"), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", v3("all", "nowhere"), {sysName}).status, 0);
+    stopAgent();
+}
+
+TEST_F(ContextTest, ManagersFindTheContexts)
+{
+    startFleet();
+    const Words found = walk("snmpbulkwalk", publicV2, {"-Oqv"}, contextTable);
+    EXPECT_EQ(found.size(), 42u);
+    EXPECT_EQ(std::ranges::count(found, "\"access40\""), 1);
+    EXPECT_EQ(std::ranges::count(found, "\"\""), 1) << "the one without a name";
+    stopAgent();
+}
+
+TEST_F(ContextTest, EachHasASysUpTimeOfItsOwn)
+{
+    startFleet();
+    const std::string sysUpTime = "1.3.6.1.2.1.1.3.0";
+    const auto ticks = [&](const std::string &context) {
+        return std::stoul(snmp("snmpget", v2("lab@" + context), {"-Oqvt", sysUpTime}).output);
+    };
+    const unsigned long core = ticks("core");
+    EXPECT_GE(core, 500'000u);
+    const unsigned long other = ticks("access1");
+    EXPECT_LT(other, 500'000u);
+    EXPECT_GE(ticks("core"), core);
+    stopAgent();
+}
+
+TEST_F(ContextTest, AFileThatIsReadAgainBringsDevicesAndTakesThem)
+{
+    startFleet();
+    writeFile("fleet.json", R"({"devices": [
+        {"name": "core", "scenario": {"system": {"name": "core-2"}, "interfaces": [{"name": "new", "ifIndex": 2}]}},
+        {"name": "later", "scenario": {"interfaces": [{"name": "first", "ifIndex": 9}]}}]})");
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+    EXPECT_EQ(notification(), "READY=1");
+    EXPECT_EQ(get(v2("lab@core"), sysName), "\"core-2\"\n");
+    EXPECT_EQ(get(v3("all", "later"), ifDescr + ".9"), "\"first\"\n");
+    EXPECT_EQ(get(v2("lab@later"), ifDescr + ".9"), "\"first\"\n");
+    EXPECT_NE(snmp("snmpget", v3("all", "access1"), {sysName}).status, 0);
+    EXPECT_EQ(walk("snmpwalk", publicV2, {"-Oqv"}, contextTable).size(), 3u);
+    stopAgent();
+}
+
+TEST_F(ContextTest, WhatCannotBeBegunIsSaidAndTheOthersAreServed)
+{
+    startFleet(access + "context extra nothing\ncontexts nothing\ncontext lonely\n");
+    EXPECT_EQ(get(v2("lab@core"), sysName), "\"core-1\"\n");
+    const std::string text = agent().output() + agent().errors();
+    EXPECT_NE(text.find("context extra: "), std::string::npos) << text;
+    EXPECT_NE(text.find(" has no device \"nothing\"\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("contexts nothing: platform simulated has the contexts of its scenario, not \"nothing\"\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("context: needs a name and what the platform shall show under it"), std::string::npos) << text;
+    stopAgent();
+}
+
+TEST_F(ContextTest, ADeviceOfAPlatformFromBeforeTheInstancesIsServedAsEver)
+{
+    startAgent(everybody + "context other thing\n"); // the scripted one has no instances
+    EXPECT_NE(agent().output().find("context other: this platform has one device and no other\n"), std::string::npos);
+    EXPECT_EQ(snmp("snmpget", publicV2, {"1.3.6.1.2.1.4.26.0"}).output, ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n");
+    EXPECT_TRUE(walk("snmpwalk", publicV2, {}, contextTable).empty());
+    stopAgent();
+}
+
+} // namespace
+} // namespace ipmib::e2e
