@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Counters that begin at a value and grow evenly.
+// Counters that begin at a value and grow.
 #include "device/counters.h"
 
+#include <nlohmann/json.hpp>
+
 #include <charconv>
-#include <cmath>
 #include <limits>
 
 namespace ipmib::simulated
 {
 namespace
 {
-
-constexpr double fastest = 1e12; // a second
-constexpr double perSecond = 1'000;
-constexpr double wrap = 0x1p64; // where a counter begins anew
 
 constexpr CounterField<IpmibIpCounters> ipFields[] = {
     {"inReceives", IPMIB_IP_IN_RECEIVES},
@@ -67,6 +64,26 @@ constexpr CounterField<IpmibUdpCounters> udpFields[] = {
     {"outDatagrams", &IpmibUdpCounters::out_datagrams},
 };
 
+constexpr auto greatest = std::numeric_limits<std::uint64_t>::max();
+
+// A number, or so many counts before a counter of 32 or 64 bits begins anew.
+std::uint64_t readStart(const Value &value)
+{
+    if (!value.isObject()) {
+        return value.number(0, greatest);
+    }
+    Object object(value);
+    constexpr std::uint64_t greatest32 = UINT32_MAX;
+    const auto bits = object.find("bits");
+    const bool is32 = bits && bits->json() == 32;
+    if (bits && !is32 && bits->json() != 64) {
+        bits->refuse("32 or 64");
+    }
+    const std::uint64_t left = object.need("beforeWrap").number(1, is32 ? greatest32 : greatest);
+    object.finish();
+    return (is32 ? greatest32 + 1 : 0) - left;
+}
+
 std::optional<Counter> counter(Object &object, const char *name)
 {
     const auto member = object.find(name);
@@ -95,17 +112,28 @@ std::span<const CounterField<IpmibUdpCounters>> counterFields()
 
 Counter Counter::read(const Value &value)
 {
-    constexpr auto greatest = std::numeric_limits<std::uint64_t>::max();
+    Counter counter;
     if (!value.isObject()) {
-        return {value.number(0, greatest), 0};
+        counter.start_ = value.number(0, greatest);
+        return counter;
     }
     Object object(value);
-    Counter counter;
     if (const auto start = object.find("start")) {
-        counter.start = start->number(0, greatest);
+        counter.start_ = readStart(*start);
     }
     if (const auto rate = object.find("rate")) {
-        counter.rate = rate->real(0, fastest);
+        counter.growth_ = Growth::read(*rate);
+    }
+    if (const auto reset = object.find("reset")) {
+        Object times(*reset);
+        Resets resets{readSeconds(times.need("at")), 0};
+        if (const auto every = times.find("every")) {
+            constexpr double shortest = 0.001;
+            every->real(shortest, longestSeconds);
+            resets.every = readSeconds(*every);
+        }
+        times.finish();
+        counter.resets_ = std::make_shared<const Resets>(resets);
     }
     object.finish();
     return counter;
@@ -113,8 +141,12 @@ Counter Counter::read(const Value &value)
 
 std::uint64_t Counter::after(Time running) const
 {
-    const double grown = std::fmod(rate * static_cast<double>(running) / perSecond, wrap);
-    return start + static_cast<std::uint64_t>(grown);
+    const std::uint64_t grown = growth_.after(running);
+    if (resets_ == nullptr || running < resets_->at) {
+        return start_ + grown;
+    }
+    const Time since = running - resets_->at;
+    return grown - growth_.after(running - (resets_->every == 0 ? since : since % resets_->every));
 }
 
 IcmpCounters IcmpCounters::read(const Value &value)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Counters that begin at a value and grow evenly, by the names of the MIB's columns.
+// Counters that begin at a value and grow, by the names of the MIB's columns.
 #pragma once
 
-#include "scenario/schedule.h"
+#include "device/growth.h"
 
 #include <ipmib/platform_ip.h>
 #include <ipmib/records.h>
@@ -14,14 +14,26 @@
 namespace ipmib::simulated
 {
 
-struct Counter {
-    std::uint64_t start = 0;
-    double rate = 0; // a second
-
-    // A number, or {"start": 100, "rate": 2.5}.
+class Counter
+{
+  public:
+    Counter() = default;
+    // The rate is a second's.
+    Counter(std::uint64_t start, double rate) : start_(start), growth_(rate) {}
+    // A number, or {"start": 100, "rate": 2.5, "reset": {"at": 60, "every": 3600}}.
     static Counter read(const Value &value);
 
     std::uint64_t after(Time running) const;
+
+  private:
+    struct Resets {
+        Time at;
+        Time every; // 0: once
+    };
+
+    std::uint64_t start_ = 0;
+    Growth growth_;
+    std::shared_ptr<const Resets> resets_; // null for none
 };
 
 // One counter of a record: its name in scenarios, and its place.

@@ -12,7 +12,6 @@ namespace
 {
 
 constexpr Time forEver = std::numeric_limits<Time>::max();
-constexpr double longestSeconds = 1e9; // some thirty years
 constexpr double perSecond = 1'000;
 
 } // namespace

@@ -42,6 +42,7 @@ class Schedule
     std::vector<Period> periods_; // ascending, apart from each other
 };
 
+inline constexpr double longestSeconds = 1e9; // some thirty years
 // Seconds, as they stand in a scenario.
 Time readSeconds(const Value &value);
 

@@ -86,6 +86,11 @@ bool Value::isObject() const
     return json_.is_object();
 }
 
+bool Value::isList() const
+{
+    return json_.is_array();
+}
+
 bool Value::boolean() const
 {
     if (!json_.is_boolean()) {

@@ -50,6 +50,7 @@ class Value
     bool isText() const;
     bool isNumber() const;
     bool isObject() const;
+    bool isList() const;
 
     bool boolean() const;
     std::uint64_t number(std::uint64_t low, std::uint64_t high) const;
