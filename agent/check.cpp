@@ -175,7 +175,7 @@ bool check(const Options &options)
     const std::vector<host::ServedTable> &tables = device.catalogue().tables();
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &tables);
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
-    const ContextSettings contextSettings;
+    const ContextSettings contextSettings(SnmpLibrary::applicationName);
     if (isSubagent) {
         passOverSystemGroup();
     } else {

@@ -4,7 +4,6 @@
 #include "context_settings.h"
 
 #include "net_snmp.h"
-#include "snmp_library.h"
 
 #include <algorithm>
 #include <sstream>
@@ -32,19 +31,6 @@ void forgetLines()
     inForce->forget();
 }
 
-struct Directive {
-    const char *word;
-    void (*parse)(const char *, char *);
-    void (*forget)();
-    const char *help;
-};
-
-constexpr Directive directives[] = {
-    {"context", parseLine<&ContextSettings::readContext>, forgetLines, "NAME ARGUMENT..."},
-    {"contexts", parseLine<&ContextSettings::readContexts>, nullptr, "ARGUMENT..."},
-    {"contextcommunity", parseLine<&ContextSettings::readCommunity>, nullptr, "COMMUNITY [SOURCE [CONTEXT]]"},
-};
-
 // The words of a line with a space between them.
 std::string rest(std::istringstream &words)
 {
@@ -57,18 +43,27 @@ std::string rest(std::istringstream &words)
 
 } // namespace
 
-ContextSettings::ContextSettings()
+ContextSettings::ContextSettings(const char *fileType, const char *context, const char *contexts, const char *community)
+    : fileType_(fileType)
 {
     inForce = this;
-    for (const Directive &each : directives) {
-        register_config_handler(SnmpLibrary::applicationName, each.word, each.parse, each.forget, each.help);
+    listen(context, parseLine<&ContextSettings::readContext>, "NAME ARGUMENT...");
+    listen(contexts, parseLine<&ContextSettings::readContexts>, "ARGUMENT...");
+    listen(community, parseLine<&ContextSettings::readCommunity>, "COMMUNITY [SOURCE [CONTEXT]]");
+}
+
+void ContextSettings::listen(const char *directive, void (*parse)(const char *, char *), const char *help)
+{
+    if (directive != nullptr) {
+        register_config_handler(fileType_, directive, parse, directives_.empty() ? forgetLines : nullptr, help);
+        directives_.push_back(directive);
     }
 }
 
 ContextSettings::~ContextSettings()
 {
-    for (const Directive &each : directives) {
-        unregister_config_handler(SnmpLibrary::applicationName, each.word);
+    for (const char *directive : directives_) {
+        unregister_config_handler(fileType_, directive);
     }
     inForce = nullptr;
 }

@@ -22,9 +22,14 @@ class ContextSettings
         bool includes(const std::string &context) const;
     };
 
-    // From here on the library hands the lines in ipmibd.conf to it; wrong ones are complained about there, with file
-    // and line, and left aside. One at a time, as the library has it.
-    ContextSettings();
+    static constexpr const char *contextDirective = "context";
+    static constexpr const char *contextsDirective = "contexts";
+    static constexpr const char *communityDirective = "contextcommunity";
+
+    // From here on the library hands the lines in files of this type to it; wrong ones are complained about there, with
+    // file and line, and left aside. One at a time, as the library has it. No directive for communities: null.
+    explicit ContextSettings(const char *fileType, const char *context = contextDirective,
+                             const char *contexts = contextsDirective, const char *community = communityDirective);
     ~ContextSettings();
     ContextSettings(const ContextSettings &) = delete;
     ContextSettings &operator=(const ContextSettings &) = delete;
@@ -44,6 +49,10 @@ class ContextSettings
     void forget();
 
   private:
+    void listen(const char *directive, void (*parse)(const char *, char *), const char *help);
+
+    const char *fileType_;
+    std::vector<const char *> directives_;
     std::map<std::string, std::string> contexts_;
     std::vector<std::string> followed_;
     std::vector<Community> communities_;

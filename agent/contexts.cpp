@@ -64,8 +64,8 @@ void makeGroup(std::size_t place)
 
 } // namespace
 
-Contexts::Contexts(tables::ServedDevice &device, Frontend &frontend, const ContextSettings &settings)
-    : device_(device), frontend_(frontend), settings_(settings)
+Contexts::Contexts(tables::ServedDevice &device, ContextServer &server, const ContextSettings &settings)
+    : device_(device), server_(server), settings_(settings)
 {
 }
 
@@ -121,7 +121,7 @@ void Contexts::begin(const std::string &name, const std::string &argument)
         if (device_.systemGroup() != nullptr) {
             tables.push_back(device_.systemGroup());
         }
-        frontend_.serve(tables, {name, found->second.number});
+        server_.serve(tables, {name, found->second.number});
     } catch (const std::exception &error) {
         snmp_log(LOG_ERR, "context %s: %s\n", name.c_str(), error.what());
         end(name);
@@ -132,7 +132,7 @@ void Contexts::end(const std::string &name)
 {
     const auto found = instances_.find(name);
     if (found != instances_.end()) {
-        frontend_.leave(name);
+        server_.leave(name);
         device_.instances().destroy(found->second.number);
         instances_.erase(found);
     }

@@ -2,8 +2,8 @@
 // The contexts of an agent beside the one without a name: each is an instance of the platform, with all its tables.
 #pragma once
 
+#include "context_server.h"
 #include "context_settings.h"
-#include "frontend.h"
 
 #include "tables/served_device.h"
 
@@ -19,7 +19,7 @@ class Contexts
 {
   public:
     // All outlive it.
-    Contexts(tables::ServedDevice &device, Frontend &frontend, const ContextSettings &settings);
+    Contexts(tables::ServedDevice &device, ContextServer &server, const ContextSettings &settings);
     Contexts(const Contexts &) = delete;
     Contexts &operator=(const Contexts &) = delete;
 
@@ -46,7 +46,7 @@ class Contexts
     std::uint64_t versionOfList() const;
 
     tables::ServedDevice &device_;
-    Frontend &frontend_;
+    ContextServer &server_;
     const ContextSettings &settings_;
     std::vector<const host::ServedTable *> tables_;
     std::map<std::string, Instance> instances_; // by the context's name

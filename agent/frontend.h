@@ -2,8 +2,7 @@
 // Serves a catalogue's tables inside an agent that is built on the net-snmp library, whichever agent that is.
 #pragma once
 
-#include "host/catalogue.h"
-#include "host/instances.h"
+#include "context_server.h"
 
 #include <functional>
 #include <memory>
@@ -13,19 +12,13 @@
 namespace ipmib::agent
 {
 
-// Under which name managers ask for which instance of the platform.
-struct Context {
-    std::string name; // empty for the one that everybody asks who names none
-    std::size_t instance = host::Instances::first;
-};
-
-class Frontend
+class Frontend : public ContextServer
 {
   public:
     // Has the library wait for the platform's descriptor, too. The catalogue, whose tables are handed to it, and the
     // instances must outlive the front end.
     Frontend(host::Catalogue &catalogue, host::Instances &instances);
-    ~Frontend();
+    ~Frontend() override;
     Frontend(const Frontend &) = delete;
     Frontend &operator=(const Frontend &) = delete;
 
@@ -37,10 +30,8 @@ class Frontend
     int add(const host::ServedTable &table, host::OidView root, int priority);
     void remove(host::OidView root, int priority);
 
-    // Serves whole tables in a context, these and no others. Throws std::runtime_error when the library refuses one.
-    void serve(const std::vector<const host::ServedTable *> &tables, const Context &context = {});
-    // Serves nothing in that context any more, of which there is one.
-    void leave(const std::string &context);
+    void serve(const std::vector<const host::ServedTable *> &tables, const Context &context) override;
+    void leave(const std::string &context) override;
 
   private:
     class Impl;

@@ -46,10 +46,10 @@ Serve ServeSettings::of(const host::ServedTable &table) const
     return wish == wishes_.end() ? Serve::automatic : wish->second;
 }
 
-std::vector<const host::ServedTable *> ServeSettings::notOff() const
+std::vector<const host::ServedTable *> ServeSettings::notOff(const std::vector<host::ServedTable> &tables) const
 {
     std::vector<const host::ServedTable *> kept;
-    for (const host::ServedTable &table : *tables_) {
+    for (const host::ServedTable &table : tables) {
         if (of(table) != Serve::off) {
             kept.push_back(&table);
         }

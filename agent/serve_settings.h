@@ -23,7 +23,8 @@ class ServeSettings
     ServeSettings(const char *fileType, const char *word, const std::vector<host::ServedTable> *tables);
 
     Serve of(const host::ServedTable &table) const;
-    std::vector<const host::ServedTable *> notOff() const;
+    // Those of all tables.
+    std::vector<const host::ServedTable *> notOff(const std::vector<host::ServedTable> &tables) const;
     std::vector<std::string> unknownNames(const std::vector<host::ServedTable> &tables) const;
 
     // Reads a line without the directive. Returns what is wrong with it, or nothing.

@@ -17,7 +17,7 @@ TEST(ServeSettings, WithoutALineEverythingIsAutomatic)
 {
     const ServeSettings settings("test", "serve", &tables);
     EXPECT_EQ(settings.of(tables[0]), Serve::automatic);
-    EXPECT_EQ(settings.notOff().size(), 2u);
+    EXPECT_EQ(settings.notOff(tables).size(), 2u);
 }
 
 TEST(ServeSettings, ATablesOwnLineCountsMoreThanAllWhateverTheirOrder)
@@ -28,7 +28,7 @@ TEST(ServeSettings, ATablesOwnLineCountsMoreThanAllWhateverTheirOrder)
         EXPECT_EQ(settings.read(allFirst ? "aTable\ttake" : "all off"), "");
         EXPECT_EQ(settings.of(tables[0]), Serve::take);
         EXPECT_EQ(settings.of(tables[1]), Serve::off);
-        EXPECT_EQ(settings.notOff(), std::vector{&tables[0]});
+        EXPECT_EQ(settings.notOff(tables), std::vector{&tables[0]});
     }
 }
 

@@ -2,6 +2,7 @@
 // The object that a running snmpd loads: `dlmod ipmib .../ipmib_snmpd.so`. It hears of its settings after it is loaded,
 // line by line, so it begins to serve when the configuration has been read.
 
+#include "contexts.h"
 #include "frontend.h"
 #include "link_notifications.h"
 #include "log.h"
@@ -30,6 +31,8 @@ constexpr const char *fileType = "snmpd";
 constexpr const char *directive = "ipmibServe";
 constexpr const char *routesDirective = "ipmibRoutes";
 constexpr const char *linksDirective = "ipmibLinkNotifications";
+constexpr const char *contextDirective = "ipmibContext";
+constexpr const char *contextsDirective = "ipmibContexts";
 constexpr const char *platformDirective = "ipmibPlatform";
 constexpr const char *optionDirective = "ipmibPlatformOption";
 
@@ -84,7 +87,8 @@ class Object
   public:
     Object()
         : settings_(fileType, directive, nullptr), routeLimit_(fileType, routesDirective),
-          linkSettings_(fileType, linksDirective)
+          linkSettings_(fileType, linksDirective),
+          contextSettings_(fileType, contextDirective, contextsDirective, nullptr)
     {
         register_config_handler(fileType, platformDirective, takePlatform, nullptr, "NAME[:ARGUMENT]");
         register_config_handler(fileType, optionDirective, takeOption, nullptr, "NAME[=VALUE]");
@@ -132,6 +136,10 @@ class Object
             if (device_) {
                 device_->notifiesOfLinks(linkSettings_.areSent());
             }
+            if (contexts_) {
+                contexts_->reload();
+                contexts_->serve(settings_.notOff(device_->catalogue().tables()));
+            }
             return;
         }
         started_ = true;
@@ -173,6 +181,9 @@ class Object
         }
         snmp_log(LOG_INFO, "ipmib: serving %zu of %zu tables\n", host::countNames(ours), host::countNames(all));
         OwnershipReport("ipmib", directive).log(claims);
+        contexts_.emplace(*device_, *frontend_, contextSettings_);
+        contexts_->serve(settings_.notOff(device_->catalogue().tables()));
+        frontend_->whenPlatformHasWorked([this] { contexts_->follow(); });
     }
 
     // A mistake in one line of the configuration costs that line alone.
@@ -212,6 +223,7 @@ class Object
     ServeSettings settings_;
     RouteLimit routeLimit_;
     LinkNotificationSettings linkSettings_;
+    ContextSettings contextSettings_;
     host::PluginOptions options_;
     unsigned alarm_ = 0;
     bool started_ = false;
@@ -219,6 +231,7 @@ class Object
     std::optional<tables::ServedDevice> device_;
     std::optional<Frontend> frontend_;
     std::optional<LinkNotifications> linkNotifications_;
+    std::optional<Contexts> contexts_;
 };
 
 std::optional<Object> Object::loaded;

@@ -55,7 +55,7 @@ void serveStandalone(const Options &options)
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
-    const ContextSettings contextSettings;
+    const ContextSettings contextSettings(SnmpLibrary::applicationName);
     const bool saysWhatItIs = device.hasSystemGroup();
     serveSystemGroup(saysWhatItIs ? SystemGroupOf::device : SystemGroupOf::agent);
     library.readConfiguration();
@@ -66,15 +66,15 @@ void serveStandalone(const Options &options)
     shareUpTime(device);
     Frontend frontend(device.catalogue(), device.instances());
     const auto serve = [&] {
-        std::vector<const host::ServedTable *> tables = settings.notOff();
+        std::vector<const host::ServedTable *> tables = settings.notOff(device.catalogue().tables());
         if (saysWhatItIs) {
             tables.push_back(device.systemGroup());
         }
-        frontend.serve(tables);
+        frontend.serve(tables, {});
     };
     serve();
     Contexts contexts(device, frontend, contextSettings);
-    contexts.serve(settings.notOff());
+    contexts.serve(settings.notOff(device.catalogue().tables()));
     frontend.whenPlatformHasWorked([&] { contexts.follow(); });
     device.notifiesOfLinks(linkSettings.areSent());
     const LinkNotifications linkNotifications(plugin.platform(), linkSettings, sendToSinks);
@@ -93,7 +93,8 @@ void serveStandalone(const Options &options)
         snmp_log(LOG_WARNING,
                  "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");
     }
-    snmp_log(LOG_INFO, "ipmibd %s serves %zu tables\n", IPMIB_VERSION, host::countNames(settings.notOff()));
+    snmp_log(LOG_INFO, "ipmibd %s serves %zu tables\n", IPMIB_VERSION,
+             host::countNames(settings.notOff(device.catalogue().tables())));
     if (contexts.size() != 0) {
         snmp_log(LOG_INFO, "contexts: %zu beside the one without a name\n", contexts.size());
     }
@@ -111,7 +112,7 @@ void serveStandalone(const Options &options)
         }
         contexts.reload();
         serve();
-        contexts.serve(settings.notOff());
+        contexts.serve(settings.notOff(device.catalogue().tables()));
         device.instances().select(host::Instances::first);
         shareUpTime(device);
         device.notifiesOfLinks(linkSettings.areSent());

@@ -5,7 +5,7 @@
 
 #include "agentx/presence_mark.h"
 #include "agentx/session.h"
-#include "context_settings.h"
+#include "contexts.h"
 #include "detachment.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
@@ -35,11 +35,11 @@ void serveAsSubagent(const Options &options)
     const ServeSettings settings(SnmpLibrary::applicationName, ServeSettings::directive, &device.catalogue().tables());
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
-    const ContextSettings contextSettings;
+    const ContextSettings contextSettings(SnmpLibrary::applicationName);
     passOverSystemGroup();
     library.readConfiguration();
     routeLimit.handTo(plugin.platform());
-    const PlatformEvents platformEvents(plugin.platform());
+    PlatformEvents platformEvents(plugin.platform(), &device.instances());
     endedAtOnce.reset();
     const PidFile pidFile(options.pidFile);
 
@@ -65,14 +65,17 @@ void serveAsSubagent(const Options &options)
     const LinkNotifications linkNotifications(
         plugin.platform(), linkSettings,
         [&session](const netsnmp_variable_list &variables) { session.notify(variables); });
+    Contexts contexts(device, session, contextSettings);
+    contexts.serve(settings.notOff(device.catalogue().tables()));
+    platformEvents.whenDone([&contexts] { contexts.follow(); });
     session.start();
     loop.run([&] {
         notifyReloading();
         endedAtOnce.emplace([&pidFile] { pidFile.remove(); });
         library.reload();
-        if (plugin.platform() != nullptr && plugin.platform()->reload != nullptr) {
-            plugin.platform()->reload();
-        }
+        contexts.reload();
+        contexts.serve(settings.notOff(device.catalogue().tables()));
+        device.instances().select(host::Instances::first);
         device.notifiesOfLinks(linkSettings.areSent());
         session.start();
         endedAtOnce.reset();

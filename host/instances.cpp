@@ -76,6 +76,12 @@ void Instances::select(std::size_t instance)
 
 void Instances::showUpTime()
 {
+    const IpmibPlatformHooks *platform = catalogue_.platform();
+    if (selected_ != first && platform->uptime_ms != nullptr) {
+        upTime_.showOthers(platform->uptime_ms());
+        return;
+    }
+    upTime_.showOwn();
     if (upTime_.isOfDevice()) {
         upTime_.isDevices(catalogue_.platform()->uptime_ms());
         return;

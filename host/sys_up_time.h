@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <optional>
 
 namespace ipmib::host
 {
@@ -36,6 +37,9 @@ class SysUpTime
         isOfDevice_ = true;
     }
     bool isOfDevice() const { return isOfDevice_; }
+    // Values are moments of another device's clock, until it is the own one's turn again.
+    void showOthers(std::uint64_t milliseconds) { othersMs_ = nowMs() - static_cast<std::int64_t>(milliseconds); }
+    void showOwn() { othersMs_.reset(); }
 
     // How many times the listener has been told, and tells it once more: what listens may have changed.
     std::uint64_t version() const { return version_; }
@@ -49,7 +53,7 @@ class SysUpTime
     // sysUpTime at a moment of CLOCK_MONOTONIC in milliseconds; 0 for 0 and for what was before its start.
     Value at(std::uint64_t monotonicMs) const
     {
-        const std::int64_t elapsedMs = static_cast<std::int64_t>(monotonicMs) - beganMs_;
+        const std::int64_t elapsedMs = static_cast<std::int64_t>(monotonicMs) - othersMs_.value_or(beganMs_);
         const bool isAfter = monotonicMs != 0 && elapsedMs > 0;
         return {
             ValueType::timeTicks, isAfter ? static_cast<std::uint64_t>(elapsedMs / msPerTick) & UINT32_MAX : 0, {}, {}};
@@ -78,6 +82,7 @@ class SysUpTime
     Listener listener_;
     std::uint64_t version_ = 0;
     bool isOfDevice_ = false;
+    std::optional<std::int64_t> othersMs_;
     std::int64_t beganMs_ = 0; // negative for one that has been up longer than this machine
 };
 

@@ -6,6 +6,7 @@
 #include "agent/varbind.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 extern "C" {
@@ -22,7 +23,9 @@ namespace
 
 constexpr long agentxVersion = 0xC1; // as the library tells it from SNMP's
 constexpr std::uint8_t versionOnTheWire = 1;
-constexpr u_long networkByteOrder = 0x10; // a flag of the header
+// Flags of the header.
+constexpr u_long nonDefaultContext = 0x08;
+constexpr u_long networkByteOrder = 0x10;
 
 } // namespace
 
@@ -59,6 +62,22 @@ void addIdentifier(netsnmp_pdu &message, host::OidView identifier)
     snmp_add_null_var(&message, converted.data(), converted.size());
 }
 
+// The library keeps it where SNMP's messages have their community.
+void setContext(netsnmp_pdu &message, const std::string &context)
+{
+    if (!context.empty()) {
+        message.flags |= nonDefaultContext;
+        message.community = reinterpret_cast<u_char *>(strdup(context.c_str())); // the library frees it
+        message.community_len = context.size();
+    }
+}
+
+std::string contextOf(const netsnmp_pdu &message)
+{
+    const bool hasOne = (message.flags & nonDefaultContext) != 0 && message.community != nullptr;
+    return hasOne ? std::string(reinterpret_cast<const char *>(message.community), message.community_len) : "";
+}
+
 void addText(netsnmp_pdu &message, const std::string &text)
 {
     static constexpr oid none[] = {0, 0};
@@ -72,7 +91,8 @@ void becomeResponse(netsnmp_pdu &message, long error, long errorIndex)
         message.variables = nullptr;
     }
     message.command = responseMessage;
-    message.time = 0; // the master's clock counts
+    message.flags &= ~nonDefaultContext; // which responses do not have
+    message.time = 0;                    // the master's clock counts
     message.errstat = error;
     message.errindex = errorIndex;
 }

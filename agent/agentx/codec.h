@@ -33,7 +33,14 @@ enum MessageType {
 };
 
 // Errors of AgentX itself.
-enum ErrorCode { noError = 0, notOpen = 257, duplicateRegistration = 263, parseError = 266, processingError = 268 };
+enum ErrorCode {
+    noError = 0,
+    notOpen = 257,
+    unsupportedContext = 262,
+    duplicateRegistration = 263,
+    parseError = 266,
+    processingError = 268
+};
 
 // "requestDenied (267)"
 std::string textOfError(long code);
@@ -47,6 +54,9 @@ using Message = std::unique_ptr<netsnmp_pdu, FreePdu>;
 Message makeMessage(MessageType type, long sessionId, long packetId);
 // With its identifier as the message's only variable.
 void addIdentifier(netsnmp_pdu &message, host::OidView identifier);
+// That it is for; "" is the one without a name.
+void setContext(netsnmp_pdu &message, const std::string &context);
+std::string contextOf(const netsnmp_pdu &message);
 void addText(netsnmp_pdu &message, const std::string &text);
 // Turns a request into its response. With an error it has no variables; the index is that of the variable at fault.
 void becomeResponse(netsnmp_pdu &message, long error, long errorIndex = 0);

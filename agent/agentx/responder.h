@@ -7,6 +7,7 @@
 #include "host/catalogue.h"
 
 #include <deque>
+#include <span>
 #include <vector>
 
 namespace ipmib::agent::agentx
@@ -17,8 +18,9 @@ class Responder
   public:
     explicit Responder(host::Catalogue &catalogue) : catalogue_(catalogue) {}
 
-    // Only these tables are answered; ascending.
-    void serve(std::vector<const host::ServedTable *> tables) { tables_ = std::move(tables); }
+    // Only these tables are answered from here on; ascending. They are kept by whoever calls.
+    using Tables = std::span<const host::ServedTable *const>;
+    void serve(Tables tables) { tables_ = tables; }
 
     // The first source that the message asks and whose rows have not been read yet; null when there is none.
     const host::Source *awaited(const netsnmp_pdu &message) const;
@@ -55,7 +57,7 @@ class Responder
     static bool mayFollow(const Asked &asked, host::OidView name);
 
     host::Catalogue &catalogue_;
-    std::vector<const host::ServedTable *> tables_;
+    Tables tables_;
     long error_ = 0;
     long errorIndex_ = 0;
     // The message in work; all keep the size of the largest so far.

@@ -63,11 +63,10 @@ class ResponderTest : public testing::Test
         contents.sources = {&*resolver_};
         catalogue_.emplace(contents);
         responder_.emplace(*catalogue_);
-        std::vector<const host::ServedTable *> served;
         for (const host::ServedTable &table : catalogue_->tables()) {
-            served.push_back(&table);
+            served_.push_back(&table);
         }
-        responder_->serve(served);
+        responder_->serve(served_);
         for (const SortedTable &table : tables_) {
             const auto instances = table.instances();
             instances_.insert(instances_.end(), instances.begin(), instances.end());
@@ -146,6 +145,7 @@ class ResponderTest : public testing::Test
     host::testing::TestModule module_;
     std::optional<host::Resolver> resolver_;
     std::optional<host::Catalogue> catalogue_;
+    std::vector<const host::ServedTable *> served_;
     std::optional<Responder> responder_;
     std::vector<Identifier> instances_;
     Codec codec_;
@@ -194,7 +194,7 @@ TEST_F(ResponderTest, GetNextFindsTheFirstInEachRange)
 
 TEST_F(ResponderTest, OnlyWhatIsServedIsThere)
 {
-    responder_->serve({&catalogue_->tables().back()});
+    responder_->serve(std::span(served_).last(1));
     EXPECT_EQ(foundBy(request(getMessage, {{instances_.front()}, {instances_.back()}})),
               (std::vector<Found>{{instances_.front(), SNMP_NOSUCHOBJECT}, {instances_.back()}}));
     EXPECT_TRUE(std::is_eq(

@@ -37,30 +37,37 @@ bool isAbsence(const std::string &reason)
 Session::Session(host::Catalogue &catalogue, host::Instances &instances, host::SysUpTime &upTime,
                  const ServeSettings &settings, const MasterAddress &master, std::function<void()> settled,
                  Purpose purpose)
-    : catalogue_(catalogue), upTime_(upTime), settings_(settings), settled_(std::move(settled)), purpose_(purpose),
-      responder_(catalogue),
+    : catalogue_(catalogue), instances_(instances), upTime_(upTime), settings_(settings), settled_(std::move(settled)),
+      purpose_(purpose), responder_(catalogue),
       connection_(master, {[this] { connected(); }, [this](netsnmp_pdu &message) { received(message); },
                            [this](const std::string &reason) { lost(reason); }}),
-      report_("agentx", ServeSettings::directive), held_(instances)
+      report_("agentx", ServeSettings::directive), held_(instances), contexts_([this](Message message) {
+          message->sessid = sessionId_;
+          message->transid = message->reqid = ++packetId_;
+          const long number = packetId_;
+          request(std::move(message));
+          return number;
+      })
 {
 }
 
 Session::~Session()
 {
-    leave();
+    leaveMaster();
 }
 
 void Session::start()
 {
-    leave();
+    leaveMaster();
     state_ = State::connecting;
     setAlarm(patienceSeconds);
     connection_.open();
 }
 
-void Session::leave()
+void Session::leaveMaster()
 {
     clearAlarm();
+    contexts_.end();
     held_.drop();
     if (isOpen()) {
         const Message message = makeMessage(closeMessage, sessionId_, ++packetId_);
@@ -114,26 +121,50 @@ void Session::received(netsnmp_pdu &message)
     }
 }
 
-void Session::answer(netsnmp_pdu &message)
+// Whether there is the context that it names; then that one is asked from here on.
+bool Session::isFor(const netsnmp_pdu &message)
 {
-    const host::Source *const awaited = responder_.awaited(message);
-    if (awaited != nullptr && held_.mustWait(*awaited)) {
-        const std::shared_ptr<netsnmp_pdu> kept(snmp_clone_pdu(&message), FreePdu());
-        held_.hold(*awaited, host::Instances::first, [this, kept](bool) {
-            if (responder_.answer(*kept)) {
-                connection_.send(*kept);
-            }
-        });
+    const std::string context = contextOf(message);
+    const ContextRegistrations::Place *place = context.empty() ? nullptr : contexts_.find(context);
+    if (place == nullptr && !context.empty()) {
+        return false;
+    }
+    instances_.select(place == nullptr ? host::Instances::first : place->instance);
+    responder_.serve(place == nullptr ? own_ : place->tables);
+    return true;
+}
+
+void Session::answerNow(netsnmp_pdu &message)
+{
+    if (!isFor(message)) {
+        becomeResponse(message, unsupportedContext);
+        connection_.send(message);
     } else if (responder_.answer(message)) {
         connection_.send(message);
     }
 }
 
+void Session::answer(netsnmp_pdu &message)
+{
+    const host::Source *const awaited = isFor(message) ? responder_.awaited(message) : nullptr;
+    if (awaited != nullptr && held_.mustWait(*awaited)) {
+        const std::shared_ptr<netsnmp_pdu> kept(snmp_clone_pdu(&message), FreePdu());
+        held_.hold(*awaited, instances_.selected(), [this, kept](bool) { answerNow(*kept); });
+    } else {
+        answerNow(message);
+    }
+}
+
 void Session::receivedResponse(const netsnmp_pdu &response)
 {
+    if (state_ == State::serving && response.sessid == sessionId_ && contexts_.take(response)) {
+        answeredInContext();
+        return;
+    }
     if (response.reqid != packetId_) {
         return;
     }
+    instances_.select(host::Instances::first); // of which the master's sysUpTime is told
     if (state_ == State::opening) {
         opened(response);
     } else if (state_ == State::claiming && response.sessid == sessionId_) {
@@ -146,7 +177,8 @@ void Session::lost(const std::string &reason)
 {
     const bool wasServing = state_ == State::serving;
     held_.drop();
-    responder_.serve({});
+    own_.clear();
+    contexts_.end();
     state_ = State::apart;
     setAlarm(retrySeconds);
     const bool isNews = wasServing || (reason != trouble_ && !(isAbsence(reason) && isAbsence(trouble_)));
@@ -181,13 +213,12 @@ void Session::opened(const netsnmp_pdu &response)
     upTime_.isNow(response.time);
     state_ = State::claiming;
     claims_.clear();
-    std::vector<const host::ServedTable *> tables;
+    own_.clear(); // the master may ask for what it has granted, be it for a moment
     for (const host::ServedTable &table : catalogue_.tables()) {
         claims_.emplace_back(table, settings_.of(table),
                              purpose_ == Purpose::look ? Claim::WhenOff::look : Claim::WhenOff::leaveAlone);
-        tables.push_back(&table);
+        own_.push_back(&table);
     }
-    responder_.serve(std::move(tables)); // the master may ask for what it has granted, be it for a moment
     claim_ = 0;
     claimOn();
 }
@@ -198,6 +229,7 @@ void Session::claimOn()
         claims_[claim_].goWith(std::span(claims_).first(claim_));
         const auto attempt = claims_[claim_].next();
         if (!attempt && purpose_ == Purpose::serve && claims_[claim_].isOurs()) {
+            instances_.select(host::Instances::first);
             begin(claims_[claim_].table());
         }
         if (attempt) {
@@ -209,7 +241,7 @@ void Session::claimOn()
             return;
         }
     }
-    serve();
+    serveOwn();
 }
 
 void Session::answered(const netsnmp_pdu &response)
@@ -231,7 +263,7 @@ void Session::begin(const host::ServedTable &table)
     }
 }
 
-void Session::serve()
+void Session::serveOwn()
 {
     clearAlarm();
     std::vector<const host::ServedTable *> all;
@@ -247,10 +279,37 @@ void Session::serve()
                  connection_.address().text.c_str(), host::countNames(tables), host::countNames(all));
         report_.log(claims_);
     }
-    responder_.serve(std::move(tables));
+    own_ = std::move(tables);
     state_ = State::serving;
     trouble_.clear();
-    settle();
+    contexts_.begin();
+    if (contexts_.areDone()) {
+        settle();
+    }
+}
+
+void Session::answeredInContext()
+{
+    trouble_.clear();
+    if (contexts_.areDone()) {
+        clearAlarm();
+        settle();
+    }
+}
+
+void Session::serve(const std::vector<const host::ServedTable *> &tables, const Context &context)
+{
+    instances_.select(context.instance);
+    for (const host::ServedTable *table : tables) {
+        begin(*table);
+    }
+    contexts_.serve(tables, context);
+}
+
+void Session::leave(const std::string &context)
+{
+    held_.release(nullptr); // while there is still somebody to answer
+    contexts_.leave(context);
 }
 
 void Session::setAlarm(unsigned seconds)

@@ -4,7 +4,9 @@
 #pragma once
 
 #include "agent/agentx/connection.h"
+#include "agent/agentx/context_registrations.h"
 #include "agent/agentx/responder.h"
+#include "agent/context_server.h"
 #include "agent/held_questions.h"
 #include "agent/ownership_report.h"
 #include "agent/serve_settings.h"
@@ -18,7 +20,7 @@
 namespace ipmib::agent::agentx
 {
 
-class Session
+class Session : public ContextServer
 {
   public:
     // A sub-agent that serves tells the log how things stand. Somebody who only looks asks the session, and also about
@@ -31,12 +33,16 @@ class Session
             const ServeSettings &settings, const MasterAddress &master, std::function<void()> settled,
             Purpose purpose = Purpose::serve);
     // Sends agentx-Close where a session is open; does not wait.
-    ~Session();
+    ~Session() override;
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
     // Connects at once, anew if need be, and claims the tables by the settings as they are now.
     void start();
+
+    // Of the contexts beside the one without a name, now and in every later session. What the master refuses is logged.
+    void serve(const std::vector<const host::ServedTable *> &tables, const Context &context) override;
+    void leave(const std::string &context) override;
 
     // Hands a notification to the master, its identifier first; false when there is no master to take it.
     bool notify(const netsnmp_variable_list &variables);
@@ -55,15 +61,18 @@ class Session
     void connected();
     void received(netsnmp_pdu &message);
     void answer(netsnmp_pdu &message);
+    void answerNow(netsnmp_pdu &message);
+    bool isFor(const netsnmp_pdu &message);
     void receivedResponse(const netsnmp_pdu &response);
     void lost(const std::string &reason);
     void opened(const netsnmp_pdu &response);
     void answered(const netsnmp_pdu &response);
     void claimOn();
     static void begin(const host::ServedTable &table);
-    void serve();
+    void serveOwn();
+    void answeredInContext();
     void settle();
-    void leave();
+    void leaveMaster();
     void request(Message message);
 
     // The one alarm: to try again while apart, to complain while the master owes an answer.
@@ -72,6 +81,7 @@ class Session
     void alarmWentOff();
 
     host::Catalogue &catalogue_;
+    host::Instances &instances_;
     host::SysUpTime &upTime_;
     const ServeSettings &settings_;
     std::function<void()> settled_;
@@ -87,6 +97,8 @@ class Session
     std::string trouble_; // why nothing is served, as it was logged
     OwnershipReport report_;
     HeldQuestions held_;
+    std::vector<const host::ServedTable *> own_; // tables of the context without a name
+    ContextRegistrations contexts_;
 };
 
 } // namespace ipmib::agent::agentx

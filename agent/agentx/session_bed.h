@@ -38,7 +38,8 @@ class SessionBed
     // Whether the session has closed the connection.
     bool isClosed() const { return closed_; }
 
-    const Session &session() const { return session_; }
+    Session &session() { return session_; }
+    const host::ServedTable &servedTable() const { return catalogue_.tables().front(); }
     std::vector<host::testing::Identifier> instances() const { return table_.instances(); }
 
   private:

@@ -42,8 +42,66 @@ class AgentxSession : public testing::Test
         EXPECT_EQ(response->variables, nullptr);
     }
 
+    // The session's next message is about this context, and is granted or refused.
+    void settle(MessageType type, const std::string &context, long error = noError)
+    {
+        const Message message = bed_.receive();
+        ASSERT_NE(message, nullptr);
+        EXPECT_EQ(message->command, type);
+        EXPECT_EQ(message->sessid, ours);
+        EXPECT_EQ(contextOf(*message), context);
+        becomeResponse(*message, error);
+        bed_.send(*message);
+        bed_.turn();
+    }
+
+    Message answerIn(const std::string &context)
+    {
+        const Message request = makeMessage(getMessage, ours, 99);
+        setContext(*request, context);
+        addIdentifier(*request, bed_.instances().front());
+        bed_.send(*request);
+        bed_.turn();
+        return bed_.receive();
+    }
+
     SessionBed bed_;
 };
+
+TEST_F(AgentxSession, WhatItServesInAContextIsRegisteredAndAskedThere)
+{
+    bed_.session().serve({&bed_.servedTable()}, {"blue"});
+    for (int time = 0; time < 2; ++time) { // and again in the next session
+        bed_.serve(ours);
+        settle(registerMessage, "blue");
+        const Message response = answerIn("blue");
+        ASSERT_NE(response, nullptr);
+        EXPECT_EQ(response->errstat, noError);
+        EXPECT_EQ(response->variables->type, ASN_UNSIGNED);
+        EXPECT_EQ(answerIn("red")->errstat, unsupportedContext);
+        EXPECT_EQ(answerIn("")->errstat, noError);
+    }
+    bed_.session().leave("blue");
+    settle(unregisterMessage, "blue");
+    EXPECT_EQ(answerIn("blue")->errstat, unsupportedContext);
+    bed_.session().serve({&bed_.servedTable()}, {"green"}); // while the session is open
+    settle(registerMessage, "green");
+    EXPECT_EQ(answerIn("green")->errstat, noError);
+}
+
+TEST_F(AgentxSession, AContextThatTheMasterRefusesIsLoggedAndTheRestServed)
+{
+    bed_.session().serve({&bed_.servedTable()}, {"blue"});
+    bed_.session().serve({&bed_.servedTable()}, {"red"});
+    bed_.serve(ours);
+    testing::internal::CaptureStderr();
+    settle(registerMessage, "blue", unsupportedContext);
+    settle(registerMessage, "red");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "agentx: context blue: the master refuses 1 of 1 registrations, the first 1.20.1: "
+              "unsupportedContext (262)\n");
+    EXPECT_EQ(answerIn("red")->errstat, noError);
+}
 
 TEST_F(AgentxSession, ServesTheSessionThatTheMasterOpened)
 {
