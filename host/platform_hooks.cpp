@@ -45,6 +45,10 @@ PlatformHooks::PlatformHooks(const IpmibPlatformHooks &exported)
         copy(*hooks_.routes, hooks_.routes->size, routes_);
         hooks_.routes = &routes_;
     }
+    if (hooks_.connections != nullptr) {
+        copy(*hooks_.connections, hooks_.connections->size, connections_);
+        hooks_.connections = &connections_;
+    }
     if (hooks_.instances != nullptr) {
         copy(*hooks_.instances, hooks_.instances->size, instances_);
         hooks_.instances = &instances_;

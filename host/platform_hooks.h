@@ -21,6 +21,7 @@ class PlatformHooks
     IpmibPlatformHooks hooks_{};
     IpmibIpHooks ip_{};
     IpmibRouteHooks routes_{};
+    IpmibConnectionHooks connections_{};
     IpmibInstanceHooks instances_{};
 };
 

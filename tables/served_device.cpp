@@ -72,6 +72,11 @@ std::vector<SourcePointer> ownTables(const IpmibPlatformHooks *platform, const h
         sources.add(ipCidrRouteTable(routes));
         sources.add(ipRouteTable(routes));
     }
+    if (platform != nullptr && platform->connections != nullptr) {
+        sources.add(connectionTables(*platform->connections));
+        sources.add(tcpConnTable(*platform->connections));
+        sources.add(udpTable(*platform->connections));
+    }
     return sources.take();
 }
 

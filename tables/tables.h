@@ -44,6 +44,11 @@ SourcePointer inetCidrRouteTable(const IpmibRouteHooks &routes);
 SourcePointer ipCidrRouteTable(const IpmibRouteHooks &routes);
 SourcePointer ipRouteTable(const IpmibRouteHooks &routes);
 
+// TCP-MIB, UDP-MIB
+std::vector<SourcePointer> connectionTables(const IpmibConnectionHooks &connections); // for both versions of IP
+SourcePointer tcpConnTable(const IpmibConnectionHooks &connections);
+SourcePointer udpTable(const IpmibConnectionHooks &connections);
+
 // Groups of scalars
 SourcePointer systemGroup(const IpmibPlatformHooks &platform, const host::SysUpTime &upTime);
 std::vector<SourcePointer> ipScalars(const IpmibIpHooks &ip);

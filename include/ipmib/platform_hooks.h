@@ -5,6 +5,7 @@
 #ifndef IPMIB_PLATFORM_HOOKS_H
 #define IPMIB_PLATFORM_HOOKS_H
 
+#include <ipmib/platform_connections.h>
 #include <ipmib/platform_interfaces.h>
 #include <ipmib/platform_ip.h>
 #include <ipmib/platform_ipv4.h>
@@ -139,6 +140,8 @@ typedef struct IpmibPlatformHooks {
     /* Fills in the system group of a device that has one of its own; -1 for one that has not, where the host says what
      * it knows. May be null. */
     int (*system)(IpmibSystem *system);
+    /* The tables of TCP connections and UDP endpoints; null when the platform leaves those to somebody else. */
+    const IpmibConnectionHooks *connections;
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

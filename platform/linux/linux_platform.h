@@ -6,6 +6,7 @@
 #include "addressing.h"
 #include "advertisements/radvd_file.h"
 #include "advertisements/row_hop_limit.h"
+#include "connections/connections.h"
 #include "core/dump_queue.h"
 #include "core/named_namespaces.h"
 #include "core/network_namespace.h"
@@ -102,6 +103,7 @@ class LinuxPlatform
     // For tables outside the module.
     IpRows &ip() { return ip_; }
     Routes &routes() { return routes_; }
+    Connections &connections() { return connections_; }
 
     // For what is asked of the kernel within a request.
     Rtnetlink &requests() { return requests_; }
@@ -166,6 +168,7 @@ class LinuxPlatform
     RowHopLimit rowHopLimit_;
     IpRows ip_{*this};
     Routes routes_{*this};
+    Connections connections_{loop_};
     NamedNamespaces namespaces_;
     Settings settings_;
     int receiveBuffer_ = Mirror::defaultReceiveBuffer;

@@ -64,9 +64,9 @@ concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibI
 
 // A platform is told its argument and its options, and then started; its services answer for `selected<Platform>`.
 //
-// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *), and ip() and
-// routes(), objects with a member for each function of IpmibIpHooks and IpmibRouteHooks. For one that has it not the
-// hook is null.
+// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *), and ip(),
+// routes() and connections(), objects with a member for each function of IpmibIpHooks, IpmibRouteHooks and
+// IpmibConnectionHooks. For one that has it not the hook is null.
 //
 // One with startAnother(const std::string &argument, Platform &another) has instances: the one that `start` began fills
 // another one there, and answers as start does. It also has findContext(std::size_t place, IpmibContext &context),
@@ -119,7 +119,8 @@ class Hooks
                 routeHooks(),
                 onLinkChange(),
                 instanceHooks(),
-                systemHook()};
+                systemHook(),
+                connectionHooks()};
     }
 
   private:
@@ -196,6 +197,14 @@ class Hooks
     {
         if constexpr (requires(Platform & platform) { platform.routes(); }) {
             return &RouteRecord<Platform>::hooks;
+        } else {
+            return nullptr;
+        }
+    }
+    static constexpr const IpmibConnectionHooks *connectionHooks()
+    {
+        if constexpr (requires(Platform & platform) { platform.connections(); }) {
+            return &ConnectionRecord<Platform>::hooks;
         } else {
             return nullptr;
         }
@@ -288,6 +297,19 @@ class Hooks
             sizeof(IpmibRouteHooks),          hookCall<rows, &Routes::follow>, hookCall<rows, &Routes::limit>,
             hookCall<rows, &Routes::areRead>, hookCall<rows, &Routes::count>,  hookCall<rows, &Routes::discards>,
             hookCall<rows, &Routes::find>,    hookCall<rows, &Routes::next>,   hookCall<rows, &Routes::match>,
+        };
+    };
+
+    // Likewise.
+    template <class WithConnections>
+    struct ConnectionRecord {
+        using Connections = std::remove_reference_t<decltype(std::declval<WithConnections &>().connections())>;
+        static Connections *rows() { return running() != nullptr ? &running()->connections() : nullptr; }
+        static constexpr IpmibConnectionHooks hooks = {
+            sizeof(IpmibConnectionHooks),
+            hookCall<rows, &Connections::areRead>,
+            hookCall<rows, &Connections::find>,
+            hookCall<rows, &Connections::next>,
         };
     };
 

@@ -63,6 +63,7 @@ class Timer
     void arm(unsigned milliseconds);
     void disarm();
     bool armed() const { return armed_; }
+    bool isOpen() const { return static_cast<bool>(fd_); }
 
   private:
     PlatformLoop *loop_ = nullptr;

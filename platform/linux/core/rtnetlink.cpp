@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// One rtnetlink socket: requests, dumps piece by piece, and the announcements of multicast groups.
+// One netlink socket: requests, dumps piece by piece, and the announcements of multicast groups.
 #include "core/rtnetlink.h"
 
 #include "core/attributes.h"
@@ -39,7 +39,7 @@ bool Rtnetlink::open(std::initializer_list<unsigned> groups, int receiveBuffer)
     return open(groups.begin(), groups.size(), receiveBuffer);
 }
 
-bool Rtnetlink::open(const unsigned *groups, std::size_t count, int receiveBuffer)
+bool Rtnetlink::open(int protocol, const unsigned *groups, std::size_t count, int receiveBuffer)
 {
     close();
     const InsideNamespace inside;
@@ -47,7 +47,7 @@ bool Rtnetlink::open(const unsigned *groups, std::size_t count, int receiveBuffe
         fail(errno, "setns");
         return false;
     }
-    socket_ = mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    socket_ = mnl_socket_open2(protocol, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (socket_ == nullptr) {
         fail(errno, "socket");
         return false;

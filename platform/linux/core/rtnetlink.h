@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// One rtnetlink socket: requests, dumps piece by piece, and the announcements of multicast groups.
+// One netlink socket, mostly of rtnetlink: requests, dumps piece by piece, and the announcements of multicast groups.
 #pragma once
 
 #include <libmnl/libmnl.h>
@@ -57,7 +57,12 @@ class Rtnetlink
     // Non-blocking. The receive buffer is a wish in bytes, beyond the system's limit where we may; 0 leaves the
     // default.
     bool open(std::initializer_list<unsigned> groups = {}, int receiveBuffer = 0);
-    bool open(const unsigned *groups, std::size_t count, int receiveBuffer);
+    bool open(const unsigned *groups, std::size_t count, int receiveBuffer)
+    {
+        return open(NETLINK_ROUTE, groups, count, receiveBuffer);
+    }
+    // The same for another protocol of netlink.
+    bool openFor(int protocol) { return open(protocol, nullptr, 0, 0); }
     void close();
     bool isOpen() const { return socket_ != nullptr; }
     int descriptor() const { return mnl_socket_get_fd(socket_); }
@@ -77,6 +82,7 @@ class Rtnetlink
     const std::string &error() const { return error_; }
 
   private:
+    bool open(int protocol, const unsigned *groups, std::size_t count, int receiveBuffer);
     Read receive(bool announcements, const Handler &handler);
     Read readDone(const nlmsghdr &message);
     Read readError(const nlmsghdr &message);
