@@ -44,5 +44,8 @@ ipmib_test(addressing_test
     SOURCES addresses/messages_test.cpp addresses/prefix_table_test.cpp routes/forwarding_table_test.cpp
     LIBS ipmib_platform_linux_objects)
 
+ipmib_test(connections_netns_test SOURCES connections/connections_netns_test.cpp connections/test_sockets.cpp
+           LIBS ipmib_platform_linux_objects ipmib_netns)
+
 ipmib_test(routes_netns_test SOURCES routes/routes_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)

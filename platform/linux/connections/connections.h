@@ -11,7 +11,8 @@ class Connections
 {
   public:
     explicit Connections(PlatformLoop &loop)
-        : readings_{SocketReading(loop, tables_, IPPROTO_TCP), SocketReading(loop, tables_, IPPROTO_UDP)}
+        : readings_{SocketReading(loop, times_, tables_, IPPROTO_TCP),
+                    SocketReading(loop, times_, tables_, IPPROTO_UDP)}
     {
     }
 
@@ -29,12 +30,12 @@ class Connections
     }
 
     // For tests and measurements.
+    void setTimes(const SocketTimes &times) { times_ = times; }
     const ConnectionTable &table(std::uint32_t table) const { return tables_[table]; }
-    const SocketReading &reading(std::uint32_t table) const { return readings_[table == IPMIB_UDP_ENDPOINTS ? 1 : 0]; }
-
-  private:
     SocketReading &reading(std::uint32_t table) { return readings_[table == IPMIB_UDP_ENDPOINTS ? 1 : 0]; }
 
+  private:
+    SocketTimes times_;
     ConnectionTable tables_[IPMIB_CONNECTION_TABLES];
     SocketReading readings_[2];
 };

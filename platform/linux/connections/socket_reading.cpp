@@ -28,7 +28,7 @@ SocketReading::~SocketReading()
 bool SocketReading::areRead()
 {
     askedAt_ = Clock::now();
-    if (hasRows_ && askedAt_ - readAt_ <= fresh) {
+    if (hasRows_ && askedAt_ - readAt_ <= times_.fresh) {
         return true;
     }
     if (work_ == Work::none || work_ == Work::clearing) {
@@ -37,7 +37,7 @@ bool SocketReading::areRead()
         }
         readPieces(); // a few sockets are read at once
     }
-    return hasRows_ && Clock::now() - readAt_ <= oldest;
+    return hasRows_ && Clock::now() - readAt_ <= times_.oldest;
 }
 
 bool SocketReading::begin()
@@ -135,15 +135,15 @@ void SocketReading::finish()
     hasRows_ = true;
     readAt_ = Clock::now();
     ++timesRead_;
-    timer_.arm(idle.count());
+    timer_.arm(static_cast<unsigned>(times_.idle.count()));
 }
 
 void SocketReading::onTimer()
 {
     if (work_ == Work::none) {
         const auto unasked = std::chrono::floor<std::chrono::milliseconds>(Clock::now() - askedAt_);
-        if (unasked < idle) {
-            timer_.arm(static_cast<unsigned>((idle - unasked).count()));
+        if (unasked < times_.idle) {
+            timer_.arm(static_cast<unsigned>((times_.idle - unasked).count()));
             return;
         }
         hasRows_ = false;

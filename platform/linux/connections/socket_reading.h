@@ -17,19 +17,21 @@
 namespace ipmib::platform
 {
 
+struct SocketTimes {
+    // Since the end of a reading: rows serve for `oldest` at most, and when they are asked for later than `fresh`, the
+    // next reading begins beside that.
+    std::chrono::milliseconds fresh{1'000};
+    std::chrono::milliseconds oldest{2'000};
+    // Without a question, until the rows are given back.
+    std::chrono::milliseconds idle{10'000};
+};
+
 class SocketReading
 {
   public:
-    // Since the end of a reading: rows serve for `oldest` at most, and when they are asked for later than `fresh`, the
-    // next reading begins beside that.
-    static constexpr std::chrono::milliseconds fresh{1'000};
-    static constexpr std::chrono::milliseconds oldest{2'000};
-    // Without a question, until the rows are given back.
-    static constexpr std::chrono::milliseconds idle{10'000};
-
     // IPPROTO_TCP or IPPROTO_UDP. The rows of IPMIB_TCP_CONNECTIONS... go into the table with that number.
-    SocketReading(PlatformLoop &loop, ConnectionTable *tables, std::uint8_t protocol)
-        : loop_(loop), tables_(tables), protocol_(protocol)
+    SocketReading(PlatformLoop &loop, const SocketTimes &times, ConnectionTable *tables, std::uint8_t protocol)
+        : loop_(loop), times_(times), tables_(tables), protocol_(protocol)
     {
     }
     ~SocketReading();
@@ -63,6 +65,7 @@ class SocketReading
     void tidySome();
 
     PlatformLoop &loop_;
+    const SocketTimes &times_;
     ConnectionTable *tables_;
     std::uint8_t protocol_;
     Rtnetlink socket_; // open while it is read from
