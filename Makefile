@@ -28,10 +28,12 @@
 #   make packages     build the Debian packages in build-packages/
 #   make packages-check
 #                     install, use and purge them on a bare Debian in a folder (needs root)
+#   make image        make an OCI image of these packages in build-image/, for podman, docker and the like
+#   make image-check  unpack it, run it by an OCI runtime on a machine in a namespace and ask it (needs root)
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak state-soak docs packages packages-check format clean
+.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak state-soak docs packages packages-check image image-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -155,6 +157,13 @@ packages:
 
 packages-check: packages
 	@packaging/check_packages.sh
+
+image:
+	@packaging/install_dependencies.sh build packages image
+	@packaging/build_image.sh
+
+image-check: image
+	@packaging/check_image.sh
 
 compare:
 	@packaging/install_dependencies.sh run build bench

@@ -5,6 +5,7 @@ set -eu
 umask 022
 
 build=build-packages
+rm -f "$build/commit"
 flags() { dpkg-buildflags --get "$1"; }
 export DEB_BUILD_MAINT_OPTIONS=hardening=+all
 
@@ -34,4 +35,5 @@ fi
 
 tests/packaging/service_unit_test.sh "$build/installed/lib/systemd/system/ipmibd.service"
 lintian --fail-on error,warning --tag-display-limit 0 "$build"/*.deb
+packaging/commit.sh >"$build/commit"
 ls -l "$build"/*.deb

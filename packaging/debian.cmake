@@ -90,5 +90,9 @@ foreach(part IN ITEMS daemon library development)
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSES/BSD-3-Clause.txt DESTINATION ${place} RENAME LICENSE COMPONENT ${part})
   endif()
 endforeach()
+if(IPMIB_INSTALL_SERVICE)
+  install(FILES debian/libipmib.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides RENAME libipmib
+          COMPONENT library)
+endif()
 
 include(CPack)
