@@ -72,7 +72,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libipmib (= ${package_version})")
 
 # Beside the files: the lists and scripts of the daemon's package.
 if(IPMIB_INSTALL_SERVICE)
-  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/default/ipmibd\n/etc/snmp/ipmibd.conf\n")
+  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/apparmor.d/ipmibd\n/etc/default/ipmibd\n/etc/snmp/ipmibd.conf\n")
   set(CPACK_DEBIAN_DAEMON_PACKAGE_CONTROL_EXTRA
       ${CMAKE_CURRENT_BINARY_DIR}/conffiles ${CMAKE_CURRENT_SOURCE_DIR}/debian/postinst
       ${CMAKE_CURRENT_SOURCE_DIR}/debian/prerm ${CMAKE_CURRENT_SOURCE_DIR}/debian/postrm)

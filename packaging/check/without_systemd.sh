@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: BSD-3-Clause
 # On a bare Debian without a service manager: the service runs by its unit's command line, user and capabilities, and its
-# system calls are compared with the unit's filter. Started by check_packages.sh.
+# system calls are compared with the unit's filter, what it opens with the AppArmor profile. Started by check_packages.sh.
 set -euo pipefail
 . packaging/check/common.sh
 
@@ -16,7 +16,7 @@ unit() { sed -n "s/^$1=//p" "$root/lib/systemd/system/ipmibd.service"; }
 start_service() {
     local capabilities
     capabilities=$(unit AmbientCapabilities | tr 'A-Z' 'a-z' | sed 's/cap_/+/g; s/ /,/g')
-    in_network strace -f -q -o "$work/trace" \
+    in_network strace -f -q -y -s 4096 -o "$work/trace" \
         chroot "$root" setpriv --reuid "$(unit User)" --regid "$(unit Group)" --clear-groups --no-new-privs \
         --bounding-set="-all,$capabilities" --inh-caps="-all,$capabilities" --ambient-caps="-all,$capabilities" --reset-env \
         sh -c ". /etc/default/ipmibd; umask $(unit UMask); exec $(unit ExecStart)" >"$work/service.log" 2>&1 &
@@ -35,6 +35,8 @@ stop_service() {
     wait "$service" || fail "the service ended with status $?: $(cat "$work/service.log")"
     python3 packaging/allowed_calls.py "$root/lib/systemd/system/ipmibd.service" "$work/trace" /usr/sbin/ipmibd ||
         fail "the unit would refuse what the agent does"
+    python3 packaging/allowed_files.py "$root/etc/apparmor.d/ipmibd" "$work/trace" /usr/sbin/ipmibd "$root" ||
+        fail "the AppArmor profile would refuse what the agent does"
 }
 
 echo "On a bare Debian, without systemd:"
