@@ -2,6 +2,7 @@
 // The contexts of an agent beside the one without a name: each is an instance of the platform, with all its tables.
 #pragma once
 
+#include "context_access.h"
 #include "context_server.h"
 #include "context_settings.h"
 
@@ -18,8 +19,9 @@ namespace ipmib::agent
 class Contexts
 {
   public:
-    // All outlive it.
-    Contexts(tables::ServedDevice &device, ContextServer &server, const ContextSettings &settings);
+    // All outlive it. Null for somebody else's access, and listing.
+    Contexts(tables::ServedDevice &device, ContextServer &server, const ContextSettings &settings,
+             ContextAccess *access = nullptr);
     Contexts(const Contexts &) = delete;
     Contexts &operator=(const Contexts &) = delete;
 
@@ -42,18 +44,15 @@ class Contexts
     std::map<std::string, std::string> wanted();
     void begin(const std::string &name, const std::string &argument);
     void end(const std::string &name);
-    void letIn();
     std::uint64_t versionOfList() const;
 
     tables::ServedDevice &device_;
     ContextServer &server_;
     const ContextSettings &settings_;
+    ContextAccess *access_;
     std::vector<const host::ServedTable *> tables_;
     std::map<std::string, Instance> instances_; // by the context's name
     std::uint64_t version_ = 0;                 // of the platform's list
-    bool areListed_ = false;                    // in vacmContextTable
-    std::map<std::string, unsigned> letIn_;     // contexts, with the version of the settings that let communities in
-    unsigned groups_ = 0;                       // likewise
 };
 
 } // namespace ipmib::agent

@@ -7,6 +7,7 @@
 #include "net_snmp.h"
 
 #include <cstdlib>
+#include <unordered_map>
 #include <utility>
 
 // The library exports them and declares them in none of its installed headers.
@@ -19,6 +20,23 @@ namespace ipmib::agent
 {
 namespace
 {
+
+// Where each context stands in the list. It is filled as contexts are asked for, since new ones come without a word.
+std::unordered_map<std::string, subtree_context_cache *> placesByName;
+
+subtree_context_cache *placeOf(const std::string &name)
+{
+    const auto known = placesByName.find(name);
+    if (known != placesByName.end()) {
+        return known->second;
+    }
+    for (subtree_context_cache *each = get_top_context_cache(); each != nullptr; each = each->next) {
+        if (name == each->context_name) {
+            return placesByName[name] = each;
+        }
+    }
+    return nullptr;
+}
 
 // The places that no registration has, which the library keeps as registrations of nobody.
 void freeTree(netsnmp_subtree *tree)
@@ -54,7 +72,23 @@ void forgetContext(const std::string &name)
         *found = *second;
         std::free(second);
     }
+    placesByName.clear();
     clear_lookup_cache(); // which points to what is gone
+}
+
+void bringToFront(const std::string &name)
+{
+    subtree_context_cache *const front = get_top_context_cache();
+    if (front == nullptr || name == front->context_name) {
+        return;
+    }
+    subtree_context_cache *const found = placeOf(name);
+    if (found != nullptr) {
+        std::swap(found->context_name, front->context_name);
+        std::swap(found->first_subtree, front->first_subtree);
+        placesByName[front->context_name] = front;
+        placesByName[found->context_name] = found;
+    }
 }
 
 } // namespace ipmib::agent

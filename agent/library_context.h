@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What the library keeps of a context in which nothing is registered any more.
+// The list of contexts that the library keeps.
 #pragma once
 
 #include <string>
@@ -10,5 +10,8 @@ namespace ipmib::agent
 // As if there had never been the context: nobody may ask in it, and vacmContextTable does not list it. All that was
 // registered in it has been unregistered.
 void forgetContext(const std::string &name);
+
+// The library goes through a list whenever it looks for a context; it finds this one at once.
+void bringToFront(const std::string &name);
 
 } // namespace ipmib::agent

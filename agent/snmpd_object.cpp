@@ -33,6 +33,7 @@ constexpr const char *routesDirective = "ipmibRoutes";
 constexpr const char *linksDirective = "ipmibLinkNotifications";
 constexpr const char *contextDirective = "ipmibContext";
 constexpr const char *contextsDirective = "ipmibContexts";
+constexpr const char *communityDirective = "ipmibContextCommunity";
 constexpr const char *platformDirective = "ipmibPlatform";
 constexpr const char *optionDirective = "ipmibPlatformOption";
 
@@ -88,7 +89,7 @@ class Object
     Object()
         : settings_(fileType, directive, nullptr), routeLimit_(fileType, routesDirective),
           linkSettings_(fileType, linksDirective),
-          contextSettings_(fileType, contextDirective, contextsDirective, nullptr)
+          contextSettings_(fileType, contextDirective, contextsDirective, communityDirective)
     {
         register_config_handler(fileType, platformDirective, takePlatform, nullptr, "NAME[:ARGUMENT]");
         register_config_handler(fileType, optionDirective, takeOption, nullptr, "NAME[=VALUE]");
@@ -181,7 +182,8 @@ class Object
         }
         snmp_log(LOG_INFO, "ipmib: serving %zu of %zu tables\n", host::countNames(ours), host::countNames(all));
         OwnershipReport("ipmib", directive).log(claims);
-        contexts_.emplace(*device_, *frontend_, contextSettings_);
+        access_.emplace(contextSettings_, ContextAccess::Listing::agents);
+        contexts_.emplace(*device_, *frontend_, contextSettings_, &*access_);
         contexts_->serve(settings_.notOff(device_->catalogue().tables()));
         frontend_->whenPlatformHasWorked([this] { contexts_->follow(); });
     }
@@ -231,6 +233,7 @@ class Object
     std::optional<tables::ServedDevice> device_;
     std::optional<Frontend> frontend_;
     std::optional<LinkNotifications> linkNotifications_;
+    std::optional<ContextAccess> access_;
     std::optional<Contexts> contexts_;
 };
 

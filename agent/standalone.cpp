@@ -73,7 +73,8 @@ void serveStandalone(const Options &options)
         frontend.serve(tables, {});
     };
     serve();
-    Contexts contexts(device, frontend, contextSettings);
+    ContextAccess access(contextSettings, ContextAccess::Listing::ours);
+    Contexts contexts(device, frontend, contextSettings, &access);
     contexts.serve(settings.notOff(device.catalogue().tables()));
     frontend.whenPlatformHasWorked([&] { contexts.follow(); });
     device.notifiesOfLinks(linkSettings.areSent());
@@ -89,7 +90,7 @@ void serveStandalone(const Options &options)
         detachment.emplace();
     }
     pidFile.write();
-    if (!SnmpLibrary::mayAnybodyAsk()) {
+    if (!SnmpLibrary::mayAnybodyAsk() && contextSettings.communities().empty()) {
         snmp_log(LOG_WARNING,
                  "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");
     }
