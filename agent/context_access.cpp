@@ -27,6 +27,10 @@ namespace ipmib::agent
 namespace
 {
 
+// The library has a cache of places for each context, and goes through a list of the caches; without any, it goes
+// through the tables of the one context.
+constexpr std::size_t mostWithCaches = 8;
+
 constexpr int checks[] = {SNMPD_CALLBACK_ACM_CHECK, SNMPD_CALLBACK_ACM_CHECK_INITIAL, SNMPD_CALLBACK_ACM_CHECK_SUBTREE};
 
 // Of the entry of com2sec of a line: its community and its security name.
@@ -66,6 +70,9 @@ ContextAccess::~ContextAccess()
 void ContextAccess::add(const std::string &context)
 {
     contexts_.insert(context);
+    if (contexts_.size() == mostWithCaches) {
+        netsnmp_set_lookup_cache_size(0);
+    }
     if (std::exchange(listing_, Listing::agents) == Listing::ours) {
         init_vacm_context();
     }
