@@ -144,6 +144,27 @@ TEST_P(ContextsBesideSnmpd, DevicesComeAndGo)
 INSTANTIATE_TEST_SUITE_P(Ways, ContextsBesideSnmpd, testing::Values(Way::asSubagent, Way::inside),
                          [](const auto &way) { return way.param == Way::asSubagent ? "AsSubagent" : "Inside"; });
 
+using ContextsInsideSnmpd = ContextsBesideSnmpd;
+
+TEST_P(ContextsInsideSnmpd, CommunitiesOfContexts)
+{
+    startMaster(configurationInside("simulated:" + writeFile("fleet.json", fleet)) +
+                "ipmibContextCommunity lab 127.0.0.1 access1*\nipmibContextCommunity elsewhere 192.0.2.9\n");
+    const auto community = [](const std::string &name) { return Words{"-v2c", "-r0", "-t1", "-c", name}; };
+    EXPECT_EQ(walk("snmpbulkwalk", community("lab@access12"), {}, ifDescr),
+              (Words{".1.3.6.1.2.1.2.2.1.2.3 = STRING: \"lan12\""}));
+    for (const char *other : {"lab", "lab@core", "lab@nowhere", "elsewhere@access12", "contextcommunity1"}) {
+        EXPECT_NE(snmp("snmpget", community(other), {sysName}).status, 0) << other;
+    }
+    EXPECT_EQ(get(community("public"), sysName).find("access"), std::string::npos);
+    reconfigureMaster(""); // unloads it, and snmpd checks access by itself again
+    EXPECT_NE(snmp("snmpget", community("lab@access12"), {sysName}).status, 0);
+    EXPECT_EQ(snmp("snmpget", community("public"), {sysName}).status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, ContextsInsideSnmpd, testing::Values(Way::inside),
+                         [](const auto &) { return "Inside"; });
+
 using ContextsOfASubagent = MasterTest;
 
 TEST_F(ContextsOfASubagent, AreThereAgainWhenTheMasterIs)

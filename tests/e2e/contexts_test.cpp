@@ -118,6 +118,7 @@ TEST_F(ContextTest, NobodySeesAContextThatNoRuleLetsThemSee)
     EXPECT_NE(snmp("snmpget", v2("public@core"), {sysName}).status, 0);
     EXPECT_NE(snmp("snmpget", v2("part@core"), {sysName}).status, 0);
     EXPECT_NE(snmp("snmpget", v2("lab"), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", v2("contextcommunity1"), {sysName}).status, 0) << "what the library knows a line by";
     EXPECT_NE(snmp("snmpget", {"-v1", "-r0", "-t1", "-c", "justcore"}, {sysName}).status, 0) << "let in over v2c alone";
     EXPECT_EQ(get(v2("justcore"), sysName), "\"core-1\"\n");
     EXPECT_EQ(get(v2("part@access11"), sysName), "\"access11\"\n");
