@@ -103,16 +103,15 @@ void EventLoop::wait()
     netsnmp_external_event_info2(&descriptors, readable.get(), writable.get(), exceptional.get());
     int ready = netsnmp_large_fd_set_select(descriptors, readable.get(), writable.get(), exceptional.get(),
                                             block != 0 ? nullptr : &timeout);
-    if (ready > 0) {
-        netsnmp_dispatch_external_events2(&ready, readable.get(), writable.get(), exceptional.get());
-    }
-    if (ready > 0) {
+    if (ready > 0) { // requests first: the platform always has work while the system changes fast
         if (choose_) {
             choose_(*readable.get());
         }
-        do {
-            snmp_read2(readable.get());
-        } while (Datagrams::all().leaveWaiting(*readable.get()));
+        snmp_read2(readable.get());
+        for (DescriptorSet waiting; Datagrams::all().leaveWaiting(*waiting.get());) {
+            snmp_read2(waiting.get());
+        }
+        netsnmp_dispatch_external_events2(&ready, readable.get(), writable.get(), exceptional.get());
     } else if (ready == 0) {
         snmp_timeout();
     }

@@ -9,7 +9,8 @@
 //   bench_load AGENT PIDS together CLIENTS REPETITIONS VARIABLES COLUMN...
 //       the same by several clients at a time
 //   bench_load AGENT PIDS gets RATE SECONDS COLUMN...
-//       single GETs of instances of the columns, so many a second
+//       single GETs of instances of the columns, so many a second: how long each waited from the moment when it was
+//       due, and what the agent worked from when it was sent to when it was answered
 //
 // PIDS are the agent's processes, separated by commas; their processor time is what is counted.
 #include "processor_time.h"
@@ -123,8 +124,10 @@ void measureTogether(const char *agent, const ProcessorTime &time, long clients,
 }
 
 // Each request goes out when its time has come, whether the earlier ones are answered or not, and its time runs from
-// then: a stall of the agent is seen by all requests that fall into it.
-void measureGets(SnmpSession &session, int rate, int seconds, const std::vector<Identifier> &columns)
+// then: a stall of the agent is seen by all requests that fall into it. What the agent has worked meanwhile, for
+// whatever reason, is what a machine that does nothing else would have made the client wait, however busy this one is.
+void measureGets(SnmpSession &session, const ProcessorTime &time, int rate, int seconds,
+                 const std::vector<Identifier> &columns)
 {
     std::vector<Identifier> instances;
     Walk(columns).run(session, 20, [&](const Identifier &name) { instances.push_back(name); });
@@ -133,13 +136,16 @@ void measureGets(SnmpSession &session, int rate, int seconds, const std::vector<
     }
     std::shuffle(instances.begin(), instances.end(), std::mt19937(1));
     std::vector<double> milliseconds;
+    std::vector<double> worked;
     const auto count = static_cast<std::size_t>(rate) * static_cast<std::size_t>(seconds);
     const Clock::time_point begin = Clock::now();
     for (std::size_t i = 0; i < count; ++i) {
         const Clock::time_point due = begin + i * std::chrono::nanoseconds(1'000'000'000 / rate);
         session.dispatch(due);
-        session.send(SNMP_MSG_GET, {instances[i % instances.size()]}, [&milliseconds, due](const netsnmp_pdu &) {
+        const std::uint64_t before = time.now();
+        session.send(SNMP_MSG_GET, {instances[i % instances.size()]}, [&, due, before](const netsnmp_pdu &) {
             milliseconds.push_back(std::chrono::duration<double, std::milli>(Clock::now() - due).count());
+            worked.push_back(static_cast<double>(time.now() - before) / 1e6);
         });
     }
     for (int i = 0; i < 50 && milliseconds.size() < count; ++i) {
@@ -148,12 +154,16 @@ void measureGets(SnmpSession &session, int rate, int seconds, const std::vector<
     if (milliseconds.empty()) {
         throw std::runtime_error("no GET was answered");
     }
-    std::sort(milliseconds.begin(), milliseconds.end());
-    const auto share = [&](double part) {
-        return milliseconds[static_cast<std::size_t>(part * static_cast<double>(milliseconds.size() - 1))];
-    };
-    std::printf("{\"gets\": %zu, \"unanswered\": %zu, \"p50_ms\": %.3f, \"p99_ms\": %.3f, \"worst_ms\": %.3f}\n", count,
-                count - milliseconds.size(), share(0.5), share(0.99), milliseconds.back());
+    std::printf("{\"gets\": %zu, \"unanswered\": %zu", count, count - milliseconds.size());
+    for (auto &[prefix, values] : {std::pair("", &milliseconds), {"worked_", &worked}}) {
+        std::sort(values->begin(), values->end());
+        const auto share = [values = values](double part) {
+            return (*values)[static_cast<std::size_t>(part * static_cast<double>(values->size() - 1))];
+        };
+        std::printf(", \"%sp50_ms\": %.3f, \"%sp99_ms\": %.3f, \"%sworst_ms\": %.3f", prefix, share(0.5), prefix,
+                    share(0.99), prefix, values->back());
+    }
+    std::printf("}\n");
 }
 
 int usage()
@@ -190,7 +200,8 @@ int main(int argc, char **argv)
             measureTogether(argv[1], ProcessorTime(argv[2]), std::max(1L, std::atol(argv[4])), std::atol(argv[5]),
                             std::strtoull(argv[6], nullptr, 10), names);
         } else if (what == "gets") {
-            measureGets(session, std::max(1, std::atoi(argv[4])), std::max(1, std::atoi(argv[5])), names);
+            measureGets(session, ProcessorTime(argv[2]), std::max(1, std::atoi(argv[4])),
+                        std::max(1, std::atoi(argv[5])), names);
         } else {
             return usage();
         }

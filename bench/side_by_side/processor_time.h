@@ -2,8 +2,10 @@
 // What some processes have spent.
 #pragma once
 
+#include <sys/types.h>
+#include <time.h>
+
 #include <cstdint>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -12,7 +14,7 @@
 namespace ipmib::bench
 {
 
-// Processor time in nanoseconds, as the scheduler counts it.
+// Processor time in nanoseconds, up to this moment also of one that runs.
 class ProcessorTime
 {
   public:
@@ -20,26 +22,29 @@ class ProcessorTime
     {
         std::istringstream parts(pids);
         for (std::string pid; std::getline(parts, pid, ',');) {
-            files_.push_back("/proc/" + pid + "/schedstat");
+            clockid_t clock{};
+            if (clock_getcpuclockid(static_cast<pid_t>(std::stol(pid)), &clock) != 0) {
+                throw std::runtime_error("there is no process " + pid);
+            }
+            clocks_.push_back(clock);
         }
     }
 
     std::uint64_t now() const
     {
         std::uint64_t sum = 0;
-        for (const std::string &name : files_) {
-            std::ifstream file(name);
-            std::uint64_t spent = 0;
-            if (!(file >> spent)) {
-                throw std::runtime_error("cannot read " + name);
+        for (const clockid_t clock : clocks_) {
+            timespec spent{};
+            if (clock_gettime(clock, &spent) != 0) {
+                throw std::runtime_error("a process that is measured has ended");
             }
-            sum += spent;
+            sum += static_cast<std::uint64_t>(spent.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(spent.tv_nsec);
         }
         return sum;
     }
 
   private:
-    std::vector<std::string> files_;
+    std::vector<clockid_t> clocks_;
 };
 
 } // namespace ipmib::bench

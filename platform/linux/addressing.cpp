@@ -43,6 +43,8 @@ void Addressing::connect()
     handlers.uncertain = [this] { routeMirror_.refreshSoon(); };
     handlers.mayBeAdvertised = [this](const PrefixKey &key) { return prefixes_.mayBeAdvertised(key); };
     handlers.rebuilt = [this] { anycastMirror_.refresh(); }; // whose announcements are among those of the routes
+    // What is announced of links is read first, and of routes later: an advertisement may have come before.
+    handlers.linkDown = [this](std::uint32_t ifIndex) { linkDown(ifIndex); };
     routes_.connect(std::move(handlers));
 }
 
@@ -59,8 +61,9 @@ void Addressing::applyAnycast(const PackedAddress &address, std::uint32_t ifInde
     }
 }
 
-bool Addressing::programFormed(const Ip6Address &address) const
+bool Addressing::programFormed(const Ip6Address &address)
 {
+    routeMirror_.readForPacket();
     bool learned = false;
     routes_.eachOnLink(address.prefix(),
                        [&](const OnLinkRoute &route) { learned = learned || route.protocol == RTPROT_RA; });
@@ -78,6 +81,7 @@ const RouterList &Addressing::refreshedRouters()
     constexpr std::uint64_t shortestRest = 100; // ms
     constexpr std::uint64_t restRatio = 100;    // long tables take longer to read, and are read less often
 
+    routeMirror_.readForPacket();
     listRouters();
     if (std::exchange(routersAsked_, true)) {
         return routers_;

@@ -28,22 +28,31 @@ class Addressing
     void linkDown(std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); }
 
     const AddressTable &addresses() const { return addresses_; }
-    const AnycastTable &anycasts() const { return anycasts_; }
+    const AnycastTable &anycasts()
+    {
+        routeMirror_.readForPacket();
+        return anycasts_;
+    }
     const PrefixTable &prefixes()
     {
+        routeMirror_.readForPacket();
         prefixes_.settle();
         return prefixes_;
     }
     // Whether it looks as if a program formed the address that listens to routers in place of the kernel: it enters a
     // route to the prefix, too, and says of that where it comes from.
-    bool programFormed(const Ip6Address &address) const;
+    bool programFormed(const Ip6Address &address);
     // Whether a router has joined it because it is one: the address of all routers of a prefix of its interface.
     bool isOfAllRouters(const Anycast &anycast);
     RouteFeed &routeFeed() { return routes_; }
     // With lifetimes of now: asks the kernel when an advertisement has come, at most every tenth of a second, only
     // while there are learned routers, and with the first question of a packet, so that all answers of a packet agree.
     const RouterList &refreshedRouters();
-    void newPacket() { routersAsked_ = false; }
+    void newPacket()
+    {
+        routersAsked_ = false;
+        routeMirror_.newPacket();
+    }
 
     // For tests.
     Mirror &addressMirror() { return addressMirror_; }

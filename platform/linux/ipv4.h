@@ -26,7 +26,12 @@ class Ipv4
     bool follows(std::uint32_t row) const { return (follows_ & row) != 0; }
 
     const Ipv4AddressTable &addresses() const { return addresses_; }
-    Ipv4RouteTable &routes() { return routes_; }
+    Ipv4RouteTable &routes()
+    {
+        routeMirror_.readForPacket();
+        return routes_;
+    }
+    void newPacket() { routeMirror_.newPacket(); }
     Neighbours &neighbours() { return neighbours_; }
 
     // For the older tables. False when there is no such row.

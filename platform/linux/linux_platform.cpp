@@ -188,6 +188,7 @@ void LinuxPlatform::beginPacket()
     ip_.noteChanges();
     now_ = secondsSinceBoot();
     addressing_.newPacket();
+    ipv4_.newPacket();
     ip6Links_.newPacket(links_.size());
     linkTraffic_.newPacket();
     systemCounters_.newPacket();

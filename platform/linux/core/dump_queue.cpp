@@ -5,6 +5,7 @@
 #include "core/log.h"
 
 #include <poll.h>
+#include <time.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -24,6 +25,13 @@ bool meansEmpty(int error)
 {
     return error == EOPNOTSUPP || error == EAFNOSUPPORT || error == ENOENT;
 }
+// Of this thread: a busy machine takes what else passes.
+std::chrono::nanoseconds processorTime()
+{
+    timespec used{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
 } // namespace
 
 std::string DumpQueue::start(PlatformLoop &loop)
@@ -35,7 +43,13 @@ std::string DumpQueue::start(PlatformLoop &loop)
         }
         begin();
     });
-    if (!timers) {
+    const bool rest = rest_.open(loop, [this] {
+        if (socket_.isOpen()) {
+            loop_->heed(socket_.descriptor(), true);
+        }
+        readPieces();
+    });
+    if (!timers || !rest) {
         return std::string("cannot create a timer: ") + std::strerror(errno);
     }
     return openSocket() ? "" : "cannot open a netlink socket: " + lastError_;
@@ -45,10 +59,12 @@ void DumpQueue::stop()
 {
     soon_.close();
     retry_.close();
+    rest_.close();
     closeSocket();
     waiting_.clear();
     later_.clear();
     reading_ = false;
+    settling_ = false;
     sweeping_ = false;
 }
 
@@ -89,7 +105,9 @@ void DumpQueue::remove(Mirror &mirror)
     if (reading_ && waiting_.front() == &mirror) {
         waiting_.pop_front();
         reading_ = false;
+        settling_ = false;
         sweeping_ = false;
+        rest_.disarm();
         closeSocket();
         begin();
     } else {
@@ -100,10 +118,26 @@ void DumpQueue::remove(Mirror &mirror)
 void DumpQueue::readPieces()
 {
     const auto end = std::chrono::steady_clock::now() + longestPiece;
-    while (readPiece() && std::chrono::steady_clock::now() < end) {
+    bool more = !rest_.armed();
+    while (more && std::chrono::steady_clock::now() < end) {
+        const auto before = processorTime();
+        more = readPiece();
+        const auto cost = processorTime() - before;
+        if (reading_ && cost > costlyRead && waiting_.front()->table_.needsQuiet()) {
+            rest(std::chrono::duration_cast<std::chrono::microseconds>(cost));
+            return;
+        }
     }
-    if (sweeping_) {
-        soon_.arm(0);
+    if (settling_ || sweeping_) {
+        soon_.arm(0); // no descriptor becomes readable for it
+    }
+}
+
+void DumpQueue::rest(std::chrono::microseconds cost)
+{
+    const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(cost * restRatio);
+    if (loop_->heed(socket_.descriptor(), false)) {
+        rest_.arm(static_cast<unsigned>(std::min(rest, longestRest).count()));
     }
 }
 
@@ -120,10 +154,14 @@ void DumpQueue::begin()
         return;
     }
     saidCannotBegin_ = false;
+    if (!waiting_.front()->dumpBegins()) {
+        postponed_ = true;
+        soon_.arm(0);
+        return;
+    }
     reading_ = true;
     which_ = 0;
     interrupted_ = false;
-    waiting_.front()->dumpBegins();
     sendRequest();
 }
 
@@ -146,6 +184,9 @@ std::string DumpQueue::runToEnd(unsigned pieces)
             ++read;
             continue;
         }
+        if (std::exchange(postponed_, false)) {
+            continue;
+        }
         if (!reading_) {
             return lastError_;
         }
@@ -162,6 +203,9 @@ bool DumpQueue::readPiece()
     begin();
     if (!reading_) {
         return false;
+    }
+    if (settling_) {
+        return settle();
     }
     if (sweeping_) {
         sweep();
@@ -194,27 +238,38 @@ void DumpQueue::finish(Rtnetlink::Read result)
         sendRequest();
         return;
     }
-    mirror.readAnnouncements(); // which are kept, but looked at
+    settling_ = true;
+    soon_.arm(0);
+}
+
+// The announcements are kept, but looked at: those that were made until the dump ended tell whether it is whole.
+bool DumpQueue::settle()
+{
+    Mirror &mirror = *waiting_.front();
+    if (!mirror.readAnnouncements(Mirror::announcementsPerTurn)) {
+        return true;
+    }
+    settling_ = false;
     if (!interrupted_ && mirror.disturbed_ && attempt_ + 1 < disturbedDumps) {
         ++attempt_;
         mirror.goesOn_ = true;
         reading_ = false;
         begin();
-        return;
+        return true;
     }
     if (!interrupted_) {
         sweeping_ = true;
-        soon_.arm(0); // no descriptor becomes readable for it
-        return;
+        return true;
     }
     ++timesInterrupted_;
     if (++attempt_ < attempts) {
         reading_ = false;
         begin();
-        return;
+        return true;
     }
     tryAgainLater(mirror, "the table changed during each of " + std::to_string(attempts) + " readings");
     end(false);
+    return !idle();
 }
 
 void DumpQueue::sweep()

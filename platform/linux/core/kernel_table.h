@@ -32,6 +32,12 @@ class KernelTable
     // Whether the kernel, when it announces this while it dumps the table, may have passed other rows over without
     // marking the dump as interrupted.
     virtual bool disturbs(const nlmsghdr &) const { return false; }
+    // Whether the kernel goes on with a dump that has been read in part from the first row on, passing over those that
+    // have been read, when the table has changed meanwhile: a read of a large table takes it milliseconds then, all in
+    // one system call. Such a table is not read while it changes much, and with rests when it must be.
+    virtual bool needsQuiet() const { return false; }
+    // Whether those who ask for its rows call Mirror::readForPacket first, so that other packets need not wait.
+    virtual bool isReadOnDemand() const { return false; }
     // An announcement.
     virtual void applyChange(const nlmsghdr &message) = 0;
 };

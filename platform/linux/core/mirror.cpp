@@ -27,13 +27,21 @@ std::string Mirror::start(PlatformLoop &loop, int receiveBuffer, unsigned pieces
 {
     loop_ = &loop;
     const std::vector<unsigned> groups = table_.groups();
+    const auto work = table_.isReadOnDemand() ? PlatformLoop::Work::onDemand : PlatformLoop::Work::announcement;
     if (!announcements_.open(groups.data(), groups.size(), receiveBuffer) ||
-        !loop.watch(announcements_.descriptor(), PlatformLoop::Work::announcement, [this] {
+        !loop.watch(announcements_.descriptor(), work, [this] {
             readAnnouncements(loop_->packetWaits() ? announcementsPerRead : announcementsPerTurn);
         })) {
         return std::string(table_.name()) + ": cannot listen to the kernel: " + announcements_.error();
     }
-    if (!calm_.open(loop, [this] { readWhenCalm(); })) {
+    const auto look = [this] {
+        const unsigned lostBefore = timesLost_;
+        readAnnouncements(announcementsPerTurn);
+        if (timesLost_ == lostBefore) { // else it has been called
+            readWhenCalm();
+        }
+    };
+    if (!calm_.open(loop, look)) {
         return std::string(table_.name()) + ": cannot create a timer";
     }
     refresh();
@@ -58,6 +66,7 @@ void Mirror::readAnew()
         return;
     }
     state_ = State::waiting;
+    hear(true);
     dumps_.remove(*this);
     dumps_.add(*this);
 }
@@ -69,16 +78,25 @@ void Mirror::refreshSoon()
     }
 }
 
-void Mirror::readAnnouncements(unsigned most)
+void Mirror::readForPacket()
+{
+    if (!std::exchange(asked_, true) && announcements_.isOpen()) {
+        readAnnouncements();
+    }
+}
+
+bool Mirror::readAnnouncements(unsigned most)
 {
     if (state_ != State::dumping && !applyHeld(std::min(most, announcementsPerTurn))) {
-        return;
+        return false;
     }
     for (unsigned i = 0; i < most; ++i) {
         if (state_ == State::dumping && held_.size() >= mostHeld) {
-            return;
+            hear(!table_.needsQuiet()); // its reading may rest for long
+            return true;
         }
         const auto take = [this](const nlmsghdr &message) {
+            ++changes_;
             if (state_ != State::dumping) {
                 table_.applyChange(message);
                 return;
@@ -96,10 +114,18 @@ void Mirror::readAnnouncements(unsigned most)
             break; // the rest must be read, or the kernel goes on dropping
         case Rtnetlink::Read::failed:
             logWarning("netlink: %s: %s", table_.name(), announcements_.error().c_str());
-            return;
+            return true;
         default:
-            return;
+            return true;
         }
+    }
+    return false;
+}
+
+void Mirror::hear(bool on)
+{
+    if (deaf_ == on && loop_->heed(announcements_.descriptor(), on)) {
+        deaf_ = !on;
     }
 }
 
@@ -142,11 +168,15 @@ void Mirror::lost()
 // Called for each loss, and when the time that it sets is over.
 void Mirror::readWhenCalm()
 {
+    constexpr std::chrono::milliseconds shortestQuiet{20};
     const auto storm = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - stormBegan_);
-    if (!std::exchange(lostSince_, false)) { // and the time is over
+    const std::uint64_t changed = changes_ - std::exchange(changesBeforeCalm_, changes_);
+    const bool quiet = !table_.needsQuiet() || changed <= mostWhileCalm;
+    if (!std::exchange(lostSince_, false) && quiet) { // and the time is over
         refresh();
     } else if (storm < longestStorm) {
-        const std::chrono::milliseconds calm = std::min(readingTook_ / calmShare, longestCalm);
+        const std::chrono::milliseconds shortest = table_.needsQuiet() ? shortestQuiet : std::chrono::milliseconds(0);
+        const std::chrono::milliseconds calm = std::clamp(readingTook_ / calmShare, shortest, longestCalm);
         calm_.arm(static_cast<unsigned>(calm.count()));
     } else {
         if (!std::exchange(saidStorm_, true)) {
@@ -160,25 +190,32 @@ void Mirror::readWhenCalm()
     }
 }
 
-void Mirror::dumpBegins()
+bool Mirror::dumpBegins()
 {
     state_ = State::waiting; // also when it follows an interrupted one
+    hear(true);
+    // What is older than the dump must not be applied to it.
+    if (!readAnnouncements(announcementsPerTurn) && ++drains_ < announcementsPerRead / announcementsPerTurn) {
+        return false;
+    }
+    drains_ = 0;
     applyHeld(UINT_MAX);
-    readAnnouncements(); // what is older than the dump must not be applied to it
     state_ = State::dumping;
     again_ = false;
     lostSince_ = false;
     disturbed_ = false;
     if (std::exchange(goesOn_, false)) {
-        return;
+        return true;
     }
     generation_ = generation_ == std::numeric_limits<Generation>::max() ? 1 : static_cast<Generation>(generation_ + 1);
     readingBegan_ = Clock::now();
+    return true;
 }
 
 void Mirror::dumpEnds(bool well)
 {
     state_ = State::live;
+    hear(true);
     timesRead_ += well ? 1 : 0;
     ++timesEnded_;
     readingTook_ = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - readingBegan_);

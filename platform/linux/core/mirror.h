@@ -10,6 +10,8 @@
 // A loss means that the kernel announces faster than is read here, and reading the table meanwhile would only end in
 // the next loss: so what still comes is taken in, and the table is read once when no more is lost for a while, which is
 // longer for a table that takes longer to read.
+//
+// What has been announced is read for each packet; of tables that are read on demand, only for those that ask for them.
 #pragma once
 
 #include "core/kernel_table.h"
@@ -17,6 +19,7 @@
 
 #include <chrono>
 #include <climits>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -49,6 +52,10 @@ class Mirror
     void refreshSoon();
     // Applies what has been announced by now.
     void readAnnouncements() { readAnnouncements(announcementsPerRead); }
+    // Of a table that is read on demand: a packet has begun, and asks for rows, which is when the announcements are
+    // read, once.
+    void newPacket() { asked_ = false; }
+    void readForPacket();
 
     KernelTable &table() { return table_; }
     // For tests and the log: how often the table was read, and how often announcements were lost.
@@ -66,24 +73,29 @@ class Mirror
     // More than fits into the receive buffer: bounds a packet's wait when the kernel announces faster than we read.
     static constexpr unsigned announcementsPerRead = 100'000;
     // Between packets: well below a millisecond.
-    static constexpr unsigned announcementsPerTurn = 200;
+    static constexpr unsigned announcementsPerTurn = 100;
     // Octets of announcements that are kept while the table is read: some 5,000. Others wait in the socket.
     static constexpr std::size_t mostHeld = 512 * 1024;
     // Without a loss, until the table is read again: a part of what that takes.
     static constexpr std::chrono::milliseconds longestCalm{200};
+    // Changes meanwhile of a table that needs quiet.
+    static constexpr std::uint64_t mostWhileCalm = 20;
     static constexpr int calmShare = 4;
     static constexpr std::chrono::milliseconds shortestRest{100};
     static constexpr std::chrono::milliseconds longestRest{2'000};
     // With losses that do not end.
     static constexpr std::chrono::milliseconds longestStorm{10'000};
 
-    void readAnnouncements(unsigned most);
+    // Whether none is left.
+    bool readAnnouncements(unsigned most);
     bool applyHeld(unsigned most);
     void lost();
     void readWhenCalm();
 
-    // The queue's view of one dump.
-    void dumpBegins();
+    void hear(bool on);
+
+    // The queue's view of one dump. False when it has to be called once more, packets between.
+    bool dumpBegins();
     void dumpEnds(bool well);
 
     KernelTable &table_;
@@ -92,6 +104,9 @@ class Mirror
     Rtnetlink announcements_;
     State state_ = State::live;
     bool again_ = false;
+    unsigned drains_ = 0;       // before the dump that is to begin
+    bool asked_ = false;        // for rows, in this packet
+    bool deaf_ = false;         // the loop does not call for announcements
     bool disturbed_ = false;    // the reading that is under way
     bool goesOn_ = false;       // the next dump belongs to the same reading
     Generation generation_ = 0; // of the last reading
@@ -100,6 +115,8 @@ class Mirror
     Timer catchUp_;            // with what is held; opened when it is first needed
     bool catchesUp_ = false;
     Timer calm_;
+    std::uint64_t changes_ = 0; // announced so far
+    std::uint64_t changesBeforeCalm_ = 0;
     bool storm_ = false;     // since a loss, until a reading ends without another one
     bool lostSince_ = false; // the reading began
     bool saidStorm_ = false; // in the log

@@ -26,6 +26,8 @@ class Diary : public KernelTable
   public:
     const Words &events() const { return events_; }
     void refuse(bool on) { refused_ = on; }
+    void readOnDemand() { onDemand_ = true; }
+    void needQuiet() { quiet_ = true; }
 
     const char *name() const override { return "diary"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
@@ -43,6 +45,8 @@ class Diary : public KernelTable
         return true;
     }
     void applyChange(const nlmsghdr &) override { write("announcement"); }
+    bool isReadOnDemand() const override { return onDemand_; }
+    bool needsQuiet() const override { return quiet_; }
 
   private:
     void write(const char *event)
@@ -54,6 +58,8 @@ class Diary : public KernelTable
 
     Words events_;
     bool refused_ = false;
+    bool onDemand_ = false;
+    bool quiet_ = false;
 };
 
 Words lines;
@@ -153,6 +159,47 @@ TEST_F(MirrorNetns, announcementsOlderThanARetriedDumpAreNotAppliedToIt)
     EXPECT_GT(dumps_.timesInterrupted(), 0u);
     const Words since(diary_.events().begin() + static_cast<std::ptrdiff_t>(before.size()), diary_.events().end());
     EXPECT_EQ(since, (Words{"fill", "announcement", "fill", "sweep"}));
+}
+
+TEST_F(MirrorNetns, aPacketWaitsForAnnouncementsThatItAsksForOnly)
+{
+    Diary other;
+    other.readOnDemand();
+    Mirror onDemand(other, dumps_);
+    ASSERT_EQ(onDemand.start(loop_), "");
+    const Words before = other.events();
+    space_->run("ip link del bridge50");
+    loop_.runAnnouncements();
+    EXPECT_EQ(diary_.events().back(), "announcement");
+    EXPECT_EQ(other.events(), before);
+    onDemand.newPacket();
+    onDemand.readForPacket();
+    EXPECT_EQ(other.events().back(), "announcement");
+}
+
+// The kernel would go through such a table from the first row on for each piece of it.
+TEST_F(MirrorNetns, aTableThatNeedsQuietIsNotReadWhileItChanges)
+{
+    Diary other;
+    other.needQuiet();
+    Mirror quiet(other, dumps_);
+    ASSERT_EQ(quiet.start(loop_, 4096), "");
+    const unsigned before = quiet.timesRead();
+    const auto change = [&] {
+        space_->run("seq 40 | sed 's/.*/link set bridge& mtu 1400\\nlink set bridge& mtu 1500/' | ip -batch -");
+    };
+    change();
+    while (quiet.timesLost() == 0) {
+        ASSERT_TRUE(turn());
+    }
+    for (int i = 0; i < 10; ++i) {
+        change();
+        turn();
+    }
+    EXPECT_EQ(quiet.timesRead(), before);
+    while (quiet.refreshing() && turn()) {
+    }
+    EXPECT_EQ(quiet.timesRead(), before + 1);
 }
 
 } // namespace

@@ -42,9 +42,38 @@ void PlatformLoop::forget(int fd)
     }
 }
 
-void PlatformLoop::run(bool background)
+bool PlatformLoop::heed(int fd, bool on)
 {
-    packetWaits_ = !background;
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = fd;
+    // Taken out, since the kernel reports errors of every socket that is in.
+    return epoll_ctl(epoll_.get(), on ? EPOLL_CTL_ADD : EPOLL_CTL_DEL, fd, &event) == 0;
+}
+
+// One at a time: the kernel puts what it has reported behind all others that are readable, so each has its turn.
+void PlatformLoop::run()
+{
+    const auto end = std::chrono::steady_clock::now() + longestTurn;
+    packetWaits_ = false;
+    for (unsigned i = 0; i < mostInTurn; ++i) {
+        epoll_event event;
+        if (epoll_wait(epoll_.get(), &event, 1, 0) != 1) {
+            return;
+        }
+        if (const auto found = watches_.find(event.data.fd); found != watches_.end()) {
+            const std::shared_ptr<Watch> watch = found->second;
+            watch->handler();
+        }
+        if (std::chrono::steady_clock::now() >= end) {
+            return;
+        }
+    }
+}
+
+void PlatformLoop::runAnnouncements()
+{
+    packetWaits_ = true;
     std::array<epoll_event, 32> events;
     const int count = epoll_wait(epoll_.get(), events.data(), events.size(), 0);
     for (int i = 0; i < count; ++i) {
@@ -53,7 +82,7 @@ void PlatformLoop::run(bool background)
             continue; // an earlier handler of this round forgot it
         }
         const std::shared_ptr<Watch> watch = found->second;
-        if (background || watch->work == Work::announcement) {
+        if (watch->work == Work::announcement) {
             watch->handler();
         }
     }

@@ -4,6 +4,7 @@
 
 #include "core/descriptor.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -14,9 +15,10 @@ namespace ipmib::platform
 class PlatformLoop
 {
   public:
-    // Announcements are what the kernel has told us: a packet of requests waits until they are read. Everything else
-    // (reading a table again, timers, files) happens between packets.
-    enum class Work { announcement, background };
+    // Announcements are what the kernel has told us: a packet of requests waits until they are read, those on demand
+    // only when it asks for what they are about. Everything else (reading a table again, timers, files) happens between
+    // packets.
+    enum class Work { announcement, onDemand, background };
     using Handler = std::function<void()>;
 
     // Opens the epoll instance; false with errno set when the system has none to give.
@@ -27,11 +29,14 @@ class PlatformLoop
     bool watch(int fd, Work work, Handler handler);
     // Before the descriptor is closed. May be called from any handler.
     void forget(int fd);
+    // Whether its handler is called for a while; the kernel may lack the memory to begin again. False then.
+    bool heed(int fd, bool on);
 
     int descriptor() const { return epoll_.get(); }
-    // Runs each handler whose descriptor is readable once; never blocks.
-    void run() { run(true); }
-    void runAnnouncements() { run(false); }
+    // Runs handlers whose descriptors are readable, one after the other, until none is or a turn is over; never blocks.
+    void run();
+    // Runs each handler of announcements whose descriptor is readable once.
+    void runAnnouncements();
     // Whether a packet waits for the handler that runs: then all that was announced by now counts, else a turn is
     // short.
     bool packetWaits() const { return packetWaits_; }
@@ -41,7 +46,9 @@ class PlatformLoop
         Work work;
         Handler handler;
     };
-    void run(bool background);
+    // Between packets, before the last handler, which takes about as long.
+    static constexpr std::chrono::microseconds longestTurn{400};
+    static constexpr unsigned mostInTurn = 32;
 
     Descriptor epoll_;
     bool packetWaits_ = false;

@@ -355,6 +355,7 @@ void RouteTable::eraseReplacedDefaults(const Route &route)
 
 void RouteTable::linkDown(std::uint32_t ifIndex, LinkLoss loss)
 {
+    handlers_.linkDown(ifIndex);
     std::vector<OnLinkRoute> gone;
     onLink_.eraseIf([&](const OnLinkRoute &row) {
         if (row.ifIndex == ifIndex) {

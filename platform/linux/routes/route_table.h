@@ -65,6 +65,7 @@ class RouteTable : public RouteFeed, private RouteConsumer
         // Whether it takes the routes to tell if a router advertised the prefix, since no address does.
         std::function<bool(const PrefixKey &)> mayBeAdvertised;
         std::function<void()> rebuilt;
+        std::function<void(std::uint32_t ifIndex)> linkDown;
     };
     void connect(Handlers handlers) { handlers_ = std::move(handlers); }
 

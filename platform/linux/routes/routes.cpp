@@ -88,15 +88,27 @@ std::uint32_t Routes::areRead()
     return isRead(followed_[0]) && isRead(followed_[1]) ? 1 : 0;
 }
 
+// With all that has been announced when the packet began, or later.
 ForwardingTable *Routes::of(std::uint32_t version)
 {
-    return version == IPMIB_IPV4 ? ipv4_.get() : version == IPMIB_IPV6 ? ipv6_.get() : nullptr;
+    if (ipv4_ == nullptr || (version != IPMIB_IPV4 && version != IPMIB_IPV6)) {
+        return nullptr;
+    }
+    followed_[version == IPMIB_IPV4 ? 0 : 1].mirror->readForPacket();
+    return version == IPMIB_IPV4 ? ipv4_.get() : ipv6_.get();
 }
 
 std::uint64_t Routes::count(std::uint32_t version)
 {
     ForwardingTable *const table = of(version);
     return table != nullptr ? table->count() : 0;
+}
+
+std::uint64_t Routes::discards()
+{
+    of(IPMIB_IPV4);
+    of(IPMIB_IPV6);
+    return limit_.discards;
 }
 
 bool Routes::find(const IpmibRouteKey &key, IpmibRoute &row)
@@ -111,11 +123,12 @@ bool Routes::next(const IpmibRouteKey &key, IpmibRoute &row)
         return false;
     }
     if (key.version == IPMIB_IPV6) {
-        return ipv6_->next(key, platform_.now(), row);
+        return of(IPMIB_IPV6)->next(key, platform_.now(), row);
     }
+    ForwardingTable *const ipv4 = of(IPMIB_IPV4);
     const bool ofIpv4 =
-        key.version == IPMIB_IPV4 ? ipv4_->next(key, platform_.now(), row) : ipv4_->first(platform_.now(), row);
-    return ofIpv4 || ipv6_->first(platform_.now(), row);
+        key.version == IPMIB_IPV4 ? ipv4->next(key, platform_.now(), row) : ipv4->first(platform_.now(), row);
+    return ofIpv4 || of(IPMIB_IPV6)->first(platform_.now(), row);
 }
 
 bool Routes::match(std::uint32_t version, const std::uint8_t *address, IpmibRoute &row)

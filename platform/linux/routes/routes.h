@@ -26,7 +26,7 @@ class Routes
     void limit(std::uint64_t rows) { limit_.most = rows; }
     std::uint32_t areRead();
     std::uint64_t count(std::uint32_t version);
-    std::uint64_t discards() { return limit_.discards; }
+    std::uint64_t discards();
     bool find(const IpmibRouteKey &key, IpmibRoute &row);
     bool next(const IpmibRouteKey &key, IpmibRoute &row);
     bool match(std::uint32_t version, const std::uint8_t *address, IpmibRoute &row);
