@@ -28,14 +28,14 @@ class Agent:
     """with Agent(program, "home-router") as agent: ... A simulated device's clock stands still, so that all answers
     agree. What is served may also be a scenario's file, or "linux", this machine."""
 
-    def __init__(self, program, served):
+    def __init__(self, program, served, configuration_lines=""):
         self.port = free_port(socket.SOCK_DGRAM)
         self.target = f"127.0.0.1:{self.port}"
         self._folder = tempfile.TemporaryDirectory()
         self.folder = self._folder.name
         configuration = self.folder + "/ipmibd.conf"
         with open(configuration, "w", encoding="utf-8") as file:
-            file.write("rocommunity public 127.0.0.1\n")
+            file.write("rocommunity public 127.0.0.1\n" + configuration_lines)
         self._environment = dict(os.environ, SNMPCONFPATH=self.folder, SNMP_PERSISTENT_DIR=self.folder + "/persistent",
                                  MIBS="", NOTIFY_SOCKET=self.folder + "/notify")
         scenario = served if "/" in served else f"{root}/examples/{served}.json"

@@ -4,6 +4,7 @@
 
     exporter_test.py [--update] IPMIBD      with --update snmp.yml is generated anew
 """
+import json
 import os
 import re
 import shutil
@@ -37,10 +38,10 @@ def generated():
             return file.read()
 
 
-def scrape(target, module):
+def scrape(target, module, configuration=folder + "/snmp.yml"):
     """What the exporter tells, as {(name, labels): number}."""
     port = free_port(socket.SOCK_STREAM)
-    with subprocess.Popen(["prometheus-snmp-exporter", f"--config.file={folder}/snmp.yml",
+    with subprocess.Popen(["prometheus-snmp-exporter", f"--config.file={configuration}",
                            f"--web.listen-address=127.0.0.1:{port}"], stderr=subprocess.DEVNULL) as exporter:
         try:
             url = f"http://127.0.0.1:{port}/snmp?target={target}&module={module}"
@@ -135,22 +136,51 @@ class Exporter(unittest.TestCase):
                          if oid[:-1] == catalogue.nodes["ifName"].oid}
                 self.assertIn("lan0", names.values())
                 wanted = expected(agent.walk("1.3.6.1.2.1"), names)
-                told = scrape(agent.target, "ipmib")
-                traffic = scrape(agent.target, "ipmib_traffic")
+                told = {module: scrape(agent.target, module) for module in ("ipmib", "ipmib_traffic")}
+            names_told = {module: {name for name, _ in samples} for module, samples in told.items()}
             # What the product adds to the module's tables is scraped where the configuration asks for the column.
-            scraped = {name for name, _ in told}
-            wanted = {key: number for key, number in wanted.items()
-                      if catalogue.nodes[key[0]].of_the_plug_in or key[0] in scraped}
-            self.assertEqual({key: told.get(key) for key in wanted}, wanted)
-            ours = {key for key in told if key[0] in catalogue.nodes}
-            self.assertEqual(ours - set(wanted), set())
-            counted = {key: number for key, number in wanted.items()
-                       if key[0].startswith(("ipSystemStats", "ipIfStats", "icmp", "ipv6Interface"))}
-            self.assertEqual({key: traffic.get(key) for key in counted}, counted)
+            names_told["ipmib"] |= {name for name, node in catalogue.nodes.items() if node.of_the_plug_in}
+            names_told["ipmib_traffic"] |= {
+                name for name in names_told["ipmib"]
+                if name.startswith(("ipSystemStats", "ipIfStats", "icmpStats", "icmpMsgStats", "ipv6Interface"))}
+            for module, samples in told.items():
+                ours = {key: number for key, number in samples.items() if key[0] in catalogue.nodes}
+                self.assertEqual(ours, {key: number for key, number in wanted.items() if key[0] in names_told[module]}, module)
             if scenario == "home-router":
-                tables = {catalogue.nodes[name].parent.name for name, _ in wanted}
+                self.assertLessEqual({"inetCidrRouteNumber", "tcpCurrEstab", "udpNoPorts"}, names_told["ipmib_traffic"])
+                tables = {catalogue.nodes[name].parent.name for name, _ in wanted if catalogue.nodes[name].of_the_plug_in}
                 served = {node.parent.name for node in catalogue.nodes.values() if node.of_the_plug_in}
                 self.assertEqual(tables, served)
+
+    def test_connections_are_scraped(self):
+        with socket.create_server(("127.0.0.1", 0)) as listener, socket.create_connection(listener.getsockname()) as client:
+            with Agent(program, "linux") as agent:
+                told = scrape(agent.target, "ipmib_connections")
+            listening, own = (end.getsockname()[1] for end in (listener, client))
+        rows = {(name, *(dict(labels).get(name.removesuffix("State").removesuffix("Process") + port)
+                         for port in ("LocalPort", "RemPort"))): number for (name, labels), number in told.items()}
+        established = 5
+        self.assertEqual(rows.get(("tcpConnectionState", str(own), str(listening))), established)
+        self.assertEqual(rows.get(("tcpConnectionState", str(listening), str(own))), established)
+        self.assertIn(("tcpListenerProcess", str(listening), None), rows)
+        self.assertIn(("udpEndpointProcess", str(agent.port), None), rows)
+
+    def test_a_context_is_scraped_by_a_module_of_its_own(self):
+        """As docs/collectors.md says it is made."""
+        scenario = {"devices": [{"name": "switch{n}", "count": 2, "scenario": {
+            "interfaces": [{"name": "lan", "addresses": [{"address": "2001:db8::{n}/64"}]}]}}]}
+        with tempfile.TemporaryDirectory() as work:
+            with open(work + "/devices.json", "w", encoding="utf-8") as file:
+                json.dump(scenario, file)
+            with open(folder + "/snmp.yml", encoding="utf-8") as file:
+                made = re.sub(r"^ipmib", "switch2_ipmib", file.read(), flags=re.M)
+            with open(work + "/snmp.yml", "w", encoding="utf-8") as file:
+                file.write(made.replace("community: public", "community: lab@switch2"))
+            with Agent(program, work + "/devices.json", "contextcommunity lab 127.0.0.1\n") as agent:
+                told = scrape(agent.target, "switch2_ipmib", work + "/snmp.yml")
+        addresses = {dict(labels)["ipAddressAddr"] for name, labels in told if name == "ipAddressOrigin"}
+        self.assertIn("2001:0DB8:0000:0000:0000:0000:0000:0002", addresses)
+        self.assertNotIn("2001:0DB8:0000:0000:0000:0000:0000:0001", addresses)
 
 
 if __name__ == "__main__":
