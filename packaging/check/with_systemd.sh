@@ -105,7 +105,7 @@ expect_no_rows 127.0.0.1 everything 1.3.6.1.2.1.4.30
 echo "With IPv4 accounting:"
 sed -i 's/^IPMIBD_OPTIONS=.*/IPMIBD_OPTIONS="--ipv4-accounting"/' "$root/etc/default/ipmibd"
 mkdir -p "$root/etc/systemd/system/ipmibd.service.d"
-cp "$root"/usr/share/doc/ipmib/examples/ipmibd.service.d/*.conf "$root/etc/systemd/system/ipmibd.service.d/"
+cp "$root/usr/share/doc/ipmib/examples/ipmibd.service.d/ipv4-accounting.conf" "$root/etc/systemd/system/ipmibd.service.d/"
 booted systemctl daemon-reload
 restart ipmibd
 in_network ping -q -c 3 -i 0.2 127.0.0.1 >/dev/null
