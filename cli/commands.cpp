@@ -19,6 +19,7 @@ constexpr Usage ofShow[] = {
      "`ip` says: neigh, addr, route, link; arp is neighbours of IPv4, ndp of IPv6"},
     {"[show] routes [PREFIX]", "all routes, or those within a prefix"},
     {"[show] route ADDRESS", "the routes with the longest prefix that an address lies in"},
+    {"[show] connections [WHAT]", "TCP and UDP: tcp, udp, listeners, or a port"},
     {"[show] statistics NAME", "all counters of an interface, or of the \"system\""},
 };
 constexpr Usage ofWatch[] = {

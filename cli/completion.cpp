@@ -114,6 +114,12 @@ void addOperands(const Words &words, const Options &options, const Candidates &c
     if (request->view == &statisticsView && !isNamed) {
         candidates.add("system", "all interfaces together");
     }
+    if (request->view == &connectionsView) {
+        for (const char *const what : {"tcp", "udp", "listeners"}) {
+            candidates.add(what, "");
+        }
+        return;
+    }
     if (!isNamed) {
         candidates.add("dev", "of one interface");
     }

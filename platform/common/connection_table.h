@@ -43,7 +43,8 @@ struct ConnectionRow {
 class ConnectionTable
 {
   public:
-    void put(const ConnectionRow &row, Generation generation) { rows_.put(row, generation); }
+    // False when it replaced one with its key.
+    bool put(const ConnectionRow &row, Generation generation) { return rows_.put(row, generation); }
     // A piece of taking out the rows that were not put with this generation; false when there is more to do.
     bool sweepSome(Generation generation);
     // A piece of taking out all rows; false when there is more to do.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "advertisements/row_hop_limit.h"
+#include "connection_rows.h"
 #include "core/selected.h"
 #include "device/device.h"
 #include "ip_rows.h"
@@ -67,6 +68,7 @@ class SimulatedPlatform
     Ipv4Rows &ipv4() { return ipv4_; }
     IpRows &ip() { return ip_; }
     RouteRows &routes() { return routes_; }
+    ConnectionRows &connections() { return connections_; }
     void onLinkChange(IpmibLinkChanged changed, void *context) { linkClock_.listen(changed, context, now()); }
     // Times in rows are values of this, unless sysUpTime is somebody else's.
     void uptimeBegan(std::uint64_t monotonicMs);
@@ -99,6 +101,7 @@ class SimulatedPlatform
     Ipv4Rows ipv4_{device_};
     IpRows ip_{device_};
     RouteRows routes_{device_};
+    ConnectionRows connections_{device_};
     platform::RowHopLimit rowHopLimit_;
     LinkClock linkClock_{device_};
 };

@@ -96,7 +96,7 @@ TEST_F(SubagentLifeTest, AMasterThatHungIsServedAgain)
     master().signal(SIGCONT);
     expectRows();
     EXPECT_TRUE(eventually([&] {
-        return timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 32 tables") == 1;
+        return timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 37 tables") == 1;
     })) << agent().output();
     stopSubagent();
 }

@@ -173,7 +173,7 @@ TEST_F(SubagentTablesTest, TheLogSaysWhatBecomesOfTheMastersRows)
 {
     startMaster();
     startSubagent("serve ifTable take\nserve ipNetToPhysicalTable off\n");
-    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 32 tables"), 1u);
+    EXPECT_EQ(timesLogged("agentx: connected to the master at " + socketPath() + ", serving 18 of 37 tables"), 1u);
     EXPECT_EQ(timesLogged("agentx: our rows replace the master's (\"serve TABLE off\" leaves it its own): ifTable, "
                           "ipAddrTable, ipNetToMediaTable, ipSystemStatsTable, ipIfStatsTable, ipAddressPrefixTable, "
                           "ipAddressTable, ipv6ScopeZoneIndexTable, ipDefaultRouterTable, icmpStatsTable, "
@@ -182,7 +182,8 @@ TEST_F(SubagentTablesTest, TheLogSaysWhatBecomesOfTheMastersRows)
     EXPECT_EQ(timesLogged("agentx: left to the master, which has its own (\"serve TABLE take\" replaces it): "
                           "ifNumber, ip, ipRouteTable, ipCidrRouteTable, ipForward, inetCidrRouteTable, "
                           "ipv6IpForwarding, ipv6IpDefaultHopLimit, ipIfStatsTableLastChange, icmp, "
-                          "tcp, udp, ifXTable, ifTableLastChange"),
+                          "tcp, tcpConnTable, tcpConnectionTable, tcpListenerTable, udp, udpTable, udpEndpointTable, "
+                          "ifXTable, ifTableLastChange"),
               1u);
     stopSubagent();
 }

@@ -2,6 +2,7 @@
 // A simulated device: what the scenario says of it, seen at one moment.
 #pragma once
 
+#include "connection_table.h"
 #include "device/failures.h"
 #include "device/interface.h"
 #include "device/routes.h"
@@ -50,6 +51,7 @@ class Device
     Schedule ip4Down;
     Failures failures;
     Routes routes;
+    platform::ConnectionTable connections[IPMIB_CONNECTION_TABLES];
 
     // Null when its ifIndex or its name is taken. The pointer is good until the next one is added.
     Interface *add(Interface interface);

@@ -49,4 +49,7 @@ void readIpv4Settings(const Value &value, IpmibIpSettings &settings);
 // A list of routes; the device has all its interfaces.
 void readRoutes(const Value &value, Device &device);
 
+// "tcp", "listeners" and "udp"; the device has all its interfaces.
+void readConnections(const Value &value, Device &device);
+
 } // namespace ipmib::simulated

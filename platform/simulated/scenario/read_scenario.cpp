@@ -82,7 +82,7 @@ void readSystem(const Value &value, Device &device)
     read("icmp", device.icmp6);
     read("ipv4Icmp", device.icmp4);
     read("tcp", device.tcpCounters);
-    device.tcpConnections = object.number("tcpConnections", 0, 0, UINT32_MAX);
+    device.tcpConnections = object.number("tcpConnections", device.tcpConnections, 0, UINT32_MAX);
     read("udp", device.udpCounters);
     readSystemGroup(object, device.system);
     object.finish();
@@ -163,6 +163,9 @@ Device readDevice(const Value &value, std::uint32_t moreSeed, const std::string 
     }
     if (const auto routes = object.find("routes")) {
         readRoutes(*routes, device);
+    }
+    if (const auto connections = object.find("connections")) {
+        readConnections(*connections, device);
     }
     if (const auto system = object.find("system")) {
         readSystem(*system, device);
