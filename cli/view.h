@@ -44,8 +44,8 @@ extern const View neighboursView;
 extern const View addressesView;
 extern const View prefixesView;
 extern const View routersView;
-extern const View routesView; // all, or those within a prefix
-extern const View routeView;  // those by which an address is reached; without an address like routes
+extern const View routesView;      // all, or those within a prefix
+extern const View routeView;       // those by which an address is reached; without an address like routes
 extern const View connectionsView; // all, those of a protocol, or those with a port
 extern const View interfacesView;
 extern const View advertisementsView;
