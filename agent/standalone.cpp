@@ -18,6 +18,7 @@
 #include "serve_settings.h"
 #include "service_manager.h"
 #include "snmp_library.h"
+#include "start_rights.h"
 #include "stream_clients.h"
 #include "system_group.h"
 
@@ -90,6 +91,7 @@ void serveStandalone(const Options &options)
         detachment.emplace();
     }
     pidFile.write();
+    letGoOfStartRights();
     if (!SnmpLibrary::mayAnybodyAsk() && contextSettings.communities().empty()) {
         snmp_log(LOG_WARNING,
                  "nobody may ask anything: the configuration grants no access (rocommunity, rouser, ...)\n");

@@ -72,7 +72,6 @@ std::string LinuxPlatform::start(const Settings &settings)
     if (!requests_.open()) {
         return "cannot open a netlink socket: " + requests_.error();
     }
-    linkSpeeds_.open();
     links_.onDown([this](std::uint32_t ifIndex) {
         if (links_.find(ifIndex) == nullptr) {
             forgetLink(ifIndex);
@@ -121,7 +120,7 @@ std::string LinuxPlatform::startAnother(const std::string &argument, LinuxPlatfo
     if (kind != "netns" || which.empty()) {
         return "platform linux shows \"netns NAME\", \"netns PATH\" or \"netns PID\", not \"" + argument + "\"";
     }
-    if (std::string error = another.namespace_.open(which); !error.empty()) {
+    if (std::string error = another.namespace_.open(helper_, which); !error.empty()) {
         return error;
     }
     another.name_ = which.substr(which.find_last_of('/') + 1);
@@ -156,6 +155,9 @@ std::string LinuxPlatform::followContexts(const char *argument)
     if (argument != std::string_view("netns all") && argument != std::string_view("all")) {
         return "platform linux knows \"netns all\", not \"" + std::string(argument) + "\"";
     }
+    if (const std::string error = helper_.follow(); !error.empty()) {
+        return error;
+    }
     return namespaces_.follow(loop_);
 }
 
@@ -175,8 +177,10 @@ bool LinuxPlatform::findSystem(IpmibSystem &system) const
     return true;
 }
 
+// The host has begun to work, and will answer strangers: what namespaces there may be was said before.
 void LinuxPlatform::dispatch()
 {
+    helper_.settle(settings_.ipv4Accounting);
     const ChosenNamespace chosen(ownNamespace());
     loop_.run();
     ip_.noteChanges();

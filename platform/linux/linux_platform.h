@@ -8,8 +8,8 @@
 #include "advertisements/row_hop_limit.h"
 #include "connections/connections.h"
 #include "core/dump_queue.h"
-#include "core/named_namespaces.h"
-#include "core/network_namespace.h"
+#include "namespaces/named_namespaces.h"
+#include "namespaces/network_namespace.h"
 #include "core/platform_loop.h"
 #include "core/proc_file.h"
 #include "core/selected.h"
@@ -149,6 +149,7 @@ class LinuxPlatform
 
     // In the order in which they depend on each other: the loop outlives what it watches.
     PlatformLoop loop_;
+    NamespaceHelper helper_{loop_}; // of the first instance
     DumpQueue dumps_;
     DumpQueue routeDumps_; // of their own: other tables need not wait for a million routes
     LinkTable links_;
@@ -160,7 +161,7 @@ class LinuxPlatform
     Ipv4 ipv4_{dumps_, routeDumps_};
     Ip6LinkReader ip6Links_{requests_};
     LinkTrafficReader linkTraffic_{requests_};
-    LinkSpeeds linkSpeeds_;
+    LinkSpeeds linkSpeeds_{requests_};
     Ipv4Counters ipv4Counters_;
     ProcFile hopLimitFile_{"/proc/sys/net/ipv6/conf/default/hop_limit"};
     Ipv4Accounting ipv4Accounting_;

@@ -49,3 +49,10 @@ ipmib_test(connections_netns_test SOURCES connections/connections_netns_test.cpp
 
 ipmib_test(routes_netns_test SOURCES routes/routes_netns_test.cpp
            LIBS ipmib_platform_linux_objects ipmib_netns)
+
+if(IPMIB_BUILD_TESTS)
+  ipmib_test(netns_helper_netns_test SOURCES namespaces/helper_netns_test.cpp
+             LIBS ipmib_platform_linux_objects ipmib_netns)
+  add_dependencies(netns_helper_netns_test ipmib-netns)
+  target_compile_definitions(netns_helper_netns_test PRIVATE IPMIB_NETNS_PROGRAM="$<TARGET_FILE:ipmib-netns>")
+endif()

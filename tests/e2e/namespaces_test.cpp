@@ -3,8 +3,13 @@
 
 #include "e2e/agent_under_test.h"
 
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <iterator>
 #include <thread>
@@ -21,6 +26,18 @@ const std::string addresses = "1.3.6.1.2.1.4.34.1.3";
 const std::string sysName = "1.3.6.1.2.1.1.5.0";
 const std::string inReceives = "1.3.6.1.2.1.4.31.1.1.3.2"; // of IPv6, from /proc
 const std::string contextTable = "1.3.6.1.6.3.16.1.1.1.1";
+
+const std::string addressPrefixes = "1.3.6.1.2.1.4.32";
+
+std::string statusOf(pid_t process, const std::string &word)
+{
+    for (const std::string &line : linesOf(contentOf("/proc/" + std::to_string(process) + "/status"))) {
+        if (line.starts_with(word + ":\t")) {
+            return line.substr(word.size() + 2);
+        }
+    }
+    return "none";
+}
 
 Words of(const std::string &context)
 {
@@ -55,8 +72,10 @@ class NamespaceTest : public AgentTest
                 address()};
     }
     void start(const std::string &contexts) { startProgram(wordsOf(contexts)); }
-    // Where there are no namespaces with a name but those of the test; the commands come before it.
-    void startApart(const std::string &commands)
+    // Where there are no namespaces with a name but those of the test; the commands come before it, and the words
+    // before those of the agent.
+    void startApart(const std::string &commands, const Words &with = {},
+                    const std::string &contexts = "contexts netns all\n")
     {
         Words words = {"unshare",
                        "--mount",
@@ -66,8 +85,25 @@ class NamespaceTest : public AgentTest
                        "-c",
                        "mount -t tmpfs tmpfs /run && " + commands + " && exec \"$@\"",
                        "sh"};
-        std::ranges::copy(wordsOf("contexts netns all\n"), std::back_inserter(words));
+        std::ranges::copy(with, std::back_inserter(words));
+        std::ranges::copy(wordsOf(contexts), std::back_inserter(words));
         startProgram(words);
+    }
+    // As the log names it.
+    pid_t helper()
+    {
+        const std::string text = agent().output();
+        const std::string before = "opened by ipmib-netns, process ";
+        const std::size_t found = text.find(before);
+        return found == std::string::npos ? 0 : std::stoi(text.substr(found + before.size()));
+    }
+    bool eventuallyLogged(const std::string &part)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (agent().output().find(part) == std::string::npos && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return agent().output().find(part) != std::string::npos;
     }
     void ip(const Words &arguments)
     {
@@ -197,6 +233,102 @@ TEST_F(NamespaceTest, OneThatIsNotThereIsSaid)
                         "\"vrf 7\"\n"),
               std::string::npos)
         << text;
+    stopAgent();
+}
+
+// Started as its service does it: with one right, which is left to the helper.
+Words withRights(const std::string &rights)
+{
+    return {"setpriv", "--securebits=+noroot", "--inh-caps=-all" + rights, "--ambient-caps=-all" + rights,
+            "--bounding-set=-all" + rights};
+}
+
+TEST_F(NamespaceTest, TheAgentKeepsNoRights)
+{
+    startApart("ip netns add first", withRights(",+sys_admin"));
+    EXPECT_EQ(walk("snmpwalk", of("first"), {"-Oqv"}, ifDescr), (Words{"\"lo\""}));
+    for (const char *set : {"CapPrm", "CapInh", "CapAmb"}) {
+        EXPECT_EQ(statusOf(agent().pid(), set), "0000000000000000") << set;
+    }
+    EXPECT_EQ(statusOf(helper(), "CapPrm"), "0000000000200000");
+    ip({"netns", "add", "second"});
+    ASSERT_TRUE(eventually("second", true)) << agent().output();
+    EXPECT_GE(std::stoul(snmp("snmpget", of("second"), {"-Oqv", inReceives}).output), 0u);
+    EXPECT_FALSE(walk("snmpbulkwalk", of("second"), {}, addressPrefixes).empty());
+    stopAgent();
+}
+
+TEST_F(NamespaceTest, WithoutTheRightItIsSaidAndTheRestIsServed)
+{
+    startApart("ip netns add first", withRights(""));
+    EXPECT_EQ(
+        timesLogged("context first: network namespace /run/netns/first: Operation not permitted (to enter it takes "
+                    "CAP_SYS_ADMIN at the start)"),
+        1u)
+        << agent().output();
+    EXPECT_FALSE(walk("snmpwalk", publicV2, {}, ifDescr).empty());
+    stopAgent();
+}
+
+TEST_F(NamespaceTest, AKilledHelperIsSaidAndWhatIsOpenGoesOn)
+{
+    startApart("ip netns add first");
+    ASSERT_EQ(walk("snmpwalk", of("first"), {"-Oqv"}, ifDescr).size(), 1u);
+    ASSERT_GT(helper(), 0);
+    kill(helper(), SIGKILL);
+    ASSERT_TRUE(eventuallyLogged("network namespaces: ipmib-netns has ended: those that are shown go on with what they "
+                                 "have open, no other is opened until the agent is restarted\n"));
+    EXPECT_FALSE(walk("snmpwalk", publicV2, {}, ifDescr).empty());
+    ip({"-n", "first", "link", "add", "one", "type", "veth", "peer", "name", "two"});
+    EXPECT_EQ(walk("snmpwalk", of("first"), {"-Oqv"}, ifDescr).size(), 3u) << "it is live";
+    ip({"netns", "add", "second"});
+    EXPECT_TRUE(eventuallyLogged("context second: network namespace /run/netns/second: ipmib-netns has ended, and "
+                                 "starts with the agent alone\n"))
+        << agent().output();
+    ip({"netns", "del", "first"});
+    EXPECT_TRUE(eventually("first", false));
+    EXPECT_FALSE(walk("snmpwalk", publicV2, {}, ifDescr).empty());
+    stopAgent();
+}
+
+TEST_F(NamespaceTest, AStoppedHelperIsGivenUp)
+{
+    startApart("ip netns add first");
+    ASSERT_GT(helper(), 0);
+    kill(helper(), SIGSTOP);
+    ip({"netns", "add", "second"});
+    ASSERT_TRUE(eventuallyLogged("network namespaces: ipmib-netns does not answer: those that are shown go on with"));
+    EXPECT_FALSE(walk("snmpwalk", publicV2, {}, ifDescr).empty());
+    EXPECT_EQ(walk("snmpwalk", of("first"), {"-Oqv"}, ifDescr).size(), 1u);
+    EXPECT_FALSE(std::filesystem::exists("/proc/" + std::to_string(helper()))) << "it is not left behind";
+    stopAgent();
+}
+
+TEST_F(NamespaceTest, AKilledAgentLeavesNoHelper)
+{
+    startApart("ip netns add first");
+    ASSERT_GT(helper(), 0);
+    const int ended = static_cast<int>(syscall(SYS_pidfd_open, helper(), 0));
+    ASSERT_GE(ended, 0);
+    agent().signal(SIGKILL);
+    EXPECT_EQ(agent().wait(), -SIGKILL);
+    pollfd wait{ended, POLLIN, 0};
+    EXPECT_EQ(poll(&wait, 1, 30'000), 1);
+    close(ended);
+}
+
+TEST_F(NamespaceTest, ANamespaceThatIsAddedToTheConfigurationTakesARestart)
+{
+    startApart("ip netns add first && ip netns add second", {}, "context one netns first\n");
+    EXPECT_EQ(snmp("snmpget", of("one"), {"-Oqv", sysName}).output, "\"first\"\n");
+    writeFile("test.conf", "rocommunity public 127.0.0.1\ncontextcommunity lab 127.0.0.1\n"
+                           "context one netns first\ncontext two netns second\ncontexts netns all\n");
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(eventuallyLogged("context two: network namespace /run/netns/second: was not in the configuration when "
+                                 "the agent started; restart it\n"))
+        << agent().output();
+    EXPECT_EQ(timesLogged("contexts netns all: was not in the configuration when the agent started; restart it"), 1u);
+    EXPECT_EQ(snmp("snmpget", of("one"), {"-Oqv", sysName}).output, "\"first\"\n");
     stopAgent();
 }
 

@@ -2,7 +2,7 @@
 // The socket to the kernel's packet filter: questions, and changes that happen all together or not at all.
 #include "accounting/netfilter_socket.h"
 
-#include "core/network_namespace.h"
+#include "namespaces/network_namespace.h"
 
 #include "core/datagram.h"
 
@@ -74,14 +74,12 @@ void readNftAnswers(std::span<const char> datagram, std::uint32_t first, std::ui
 int NetfilterSocket::open()
 {
     close();
-    const InsideNamespace inside;
-    if (!inside.entered()) {
-        return errno;
-    }
-    socket_ = mnl_socket_open2(NETLINK_NETFILTER, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    Descriptor opened = NetworkNamespace::openNetlinkSocket(NETLINK_NETFILTER);
+    socket_ = opened ? mnl_socket_fdopen(opened.get()) : nullptr;
     if (socket_ == nullptr) {
         return errno;
     }
+    opened.release();
     if (mnl_socket_bind(socket_, 0, MNL_SOCKET_AUTOPID) != 0) {
         const int error = errno;
         close();

@@ -25,6 +25,8 @@ class Descriptor
     }
 
     int get() const { return fd_; }
+    // It is the caller's from now on.
+    int release() { return std::exchange(fd_, -1); }
     explicit operator bool() const { return fd_ >= 0; }
 
     void reset()

@@ -2,7 +2,7 @@
 // A file of /proc that is read again and again.
 #include "core/proc_file.h"
 
-#include "core/network_namespace.h"
+#include "namespaces/network_namespace.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -15,8 +15,7 @@ namespace ipmib::platform
 bool ProcFile::open()
 {
     if (!fd_) {
-        const InsideNamespace inside;
-        fd_ = Descriptor(inside.entered() ? ::open(path_, O_RDONLY | O_CLOEXEC) : -1);
+        fd_ = NetworkNamespace::openFile(path_);
         error_ = fd_ ? 0 : errno;
     }
     return static_cast<bool>(fd_);

@@ -4,7 +4,7 @@
 
 #include "core/attributes.h"
 #include "core/datagram.h"
-#include "core/network_namespace.h"
+#include "namespaces/network_namespace.h"
 
 #include <sys/socket.h>
 
@@ -42,16 +42,13 @@ bool Rtnetlink::open(std::initializer_list<unsigned> groups, int receiveBuffer)
 bool Rtnetlink::open(int protocol, const unsigned *groups, std::size_t count, int receiveBuffer)
 {
     close();
-    const InsideNamespace inside;
-    if (!inside.entered()) {
-        fail(errno, "setns");
-        return false;
-    }
-    socket_ = mnl_socket_open2(protocol, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    Descriptor opened = NetworkNamespace::openNetlinkSocket(protocol);
+    socket_ = opened ? mnl_socket_fdopen(opened.get()) : nullptr;
     if (socket_ == nullptr) {
         fail(errno, "socket");
         return false;
     }
+    opened.release();
     buffer_ = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
     setOption(socket_, NETLINK_EXT_ACK);
     setOption(socket_, NETLINK_CAP_ACK);

@@ -2,12 +2,9 @@
 // How fast links are.
 #include "links/link_speed.h"
 
-#include "core/network_namespace.h"
-
 #include <linux/ethtool.h>
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
-#include <sys/socket.h>
 
 #include <climits>
 #include <cstring>
@@ -15,12 +12,6 @@
 
 namespace ipmib::platform
 {
-
-void LinkSpeeds::open()
-{
-    const InsideNamespace inside;
-    socket_ = Descriptor(inside.entered() ? socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0) : -1);
-}
 
 std::uint64_t LinkSpeeds::of(const Link &link)
 {
@@ -43,7 +34,7 @@ std::uint64_t LinkSpeeds::ask(const char *name) const
     request.ifr_data = reinterpret_cast<char *>(buffer);
     const auto asked = [&] {
         settings.cmd = ETHTOOL_GLINKSETTINGS;
-        return ioctl(socket_.get(), SIOCETHTOOL, &request) == 0;
+        return ioctl(socket_.descriptor(), SIOCETHTOOL, &request) == 0;
     };
     if (!asked() || settings.link_mode_masks_nwords >= 0) {
         return 0;

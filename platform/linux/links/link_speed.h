@@ -3,7 +3,7 @@
 // once after each announcement of a link, and a link whose speed changes goes down and up again.
 #pragma once
 
-#include "core/descriptor.h"
+#include "core/rtnetlink.h"
 #include "links/link_table.h"
 
 #include <unordered_map>
@@ -14,8 +14,8 @@ namespace ipmib::platform
 class LinkSpeeds
 {
   public:
-    // In the network namespace of the calling thread. Without it no speed is known.
-    void open();
+    // The socket is one of the links' network namespace, and outlives it.
+    explicit LinkSpeeds(Rtnetlink &socket) : socket_(socket) {}
     // Bits a second; 0 when the driver does not know.
     std::uint64_t of(const Link &link);
     // A link that has gone for good.
@@ -29,7 +29,7 @@ class LinkSpeeds
 
     std::uint64_t ask(const char *name) const;
 
-    Descriptor socket_;
+    Rtnetlink &socket_;
     std::unordered_map<std::uint32_t, Known> known_;
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // After an event the folder is read as a whole: there are some hundred names at most, and events may be lost.
-#include "core/named_namespaces.h"
+#include "namespaces/named_namespaces.h"
 
 #include <linux/magic.h>
 #include <sys/inotify.h>
@@ -80,7 +80,7 @@ void NamedNamespaces::look()
             isUnfinished = true;
             continue;
         }
-        found.push_back({name, "netns " + name + " " + std::to_string(file.st_ino)});
+        found.push_back({name, "netns " + entry.path().string() + " " + std::to_string(file.st_ino)});
     }
     std::ranges::sort(found, {}, &Named::name);
     if (!std::ranges::equal(found, all_, {}, &Named::argument, &Named::argument)) {

@@ -17,7 +17,7 @@ class NamedNamespaces
   public:
     struct Named {
         std::string name;
-        std::string argument; // "netns NAME INODE": a namespace that is made anew under its name is another one
+        std::string argument; // "netns PATH INODE": a namespace that is made anew under its name is another one
     };
 
     explicit NamedNamespaces(std::string folder = "/run/netns") : folder_(std::move(folder)) {}
