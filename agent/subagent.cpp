@@ -15,6 +15,7 @@
 #include "route_limit.h"
 #include "service_manager.h"
 #include "snmp_library.h"
+#include "start_rights.h"
 #include "system_group.h"
 
 #include "tables/served_device.h"
@@ -68,6 +69,7 @@ void serveAsSubagent(const Options &options)
     Contexts contexts(device, session, contextSettings);
     contexts.serve(settings.notOff(device.catalogue().tables()));
     platformEvents.whenDone([&contexts] { contexts.follow(); });
+    letGoOfStartRights();
     session.start();
     loop.run([&] {
         notifyReloading();
