@@ -23,6 +23,7 @@
 #   make compare      the agent beside Debian's snmpd, ten minutes as root; docs/performance.md holds what it prints
 #   make agentx-soak  restart an snmpd with ipmibd beside it again and again (COUNT=100), two minutes as root
 #   make hostile-soak hostile clients of every kind for a while (SECONDS=300), and how long a normal one waits then; as root
+#   make namespace-soak  delete a network namespace and make it again in the middle of walks (COUNT=1000); as root
 #   make state-soak   kill the agent at random moments again and again (COUNT=1000) and see whether it knows its users
 #   make docs         write the output of commands that documents show anew
 #   make packages     build the Debian packages in build-packages/
@@ -33,7 +34,7 @@
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak state-soak docs packages packages-check image image-check format clean
+.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak namespace-soak state-soak docs packages packages-check image image-check format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -137,6 +138,10 @@ agentx-soak: build
 hostile-soak: build
 	@packaging/install_dependencies.sh test
 	@tests/e2e/hostile_soak.py build/sbin/ipmibd $(or $(SECONDS),300)
+
+namespace-soak: build
+	@packaging/install_dependencies.sh test
+	@tests/e2e/namespace_soak.py build/sbin/ipmibd $(or $(COUNT),1000)
 
 state-soak: build
 	@packaging/install_dependencies.sh test
