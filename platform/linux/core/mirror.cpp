@@ -41,7 +41,7 @@ std::string Mirror::start(PlatformLoop &loop, int receiveBuffer, unsigned pieces
             readWhenCalm();
         }
     };
-    if (!calm_.open(loop, look)) {
+    if (!calm_.open(loop, look) || !catchUp_.open(loop, [this] { readAnnouncements(announcementsPerTurn); })) {
         return std::string(table_.name()) + ": cannot create a timer";
     }
     refresh();
@@ -140,12 +140,8 @@ bool Mirror::applyHeld(unsigned most)
     }
     if (left > 0) {
         heldFrom_ = held_.size() - static_cast<std::size_t>(left);
-        catchesUp_ = catchesUp_ || catchUp_.open(*loop_, [this] { readAnnouncements(announcementsPerTurn); });
-        if (catchesUp_) {
-            catchUp_.arm(0);
-            return false;
-        }
-        return applyHeld(UINT_MAX);
+        catchUp_.arm(0);
+        return false;
     }
     held_ = {};
     heldFrom_ = 0;

@@ -112,8 +112,7 @@ class Mirror
     Generation generation_ = 0; // of the last reading
     std::vector<std::byte> held_;
     std::size_t heldFrom_ = 0; // those before have been applied
-    Timer catchUp_;            // with what is held; opened when it is first needed
-    bool catchesUp_ = false;
+    Timer catchUp_;            // with what is held
     Timer calm_;
     std::uint64_t changes_ = 0; // announced so far
     std::uint64_t changesBeforeCalm_ = 0;

@@ -20,6 +20,7 @@ bool PlatformLoop::open()
 void PlatformLoop::close()
 {
     watches_.clear();
+    timers_.reset();
     epoll_.reset();
 }
 
@@ -88,44 +89,82 @@ void PlatformLoop::runAnnouncements()
     }
 }
 
+bool PlatformLoop::openTimers()
+{
+    if (!timers_) {
+        timers_ = Descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+        if (timers_ && !watch(timers_.get(), Work::background, [this] { runTimers(); })) {
+            timers_.reset();
+        }
+    }
+    return static_cast<bool>(timers_);
+}
+
+void PlatformLoop::setTimers()
+{
+    itimerspec when{};
+    if (!armed_.empty()) {
+        const auto left = armed_.begin()->first.time_since_epoch();
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+        when.it_value.tv_sec = static_cast<time_t>(seconds.count());
+        when.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds(left - seconds).count());
+    }
+    timerfd_settime(timers_.get(), TFD_TIMER_ABSTIME, &when, nullptr);
+}
+
+// One at a time, like all else.
+void PlatformLoop::runTimers()
+{
+    std::uint64_t expirations;
+    if (read(timers_.get(), &expirations, sizeof expirations) != sizeof expirations) {
+        return;
+    }
+    if (!armed_.empty() && armed_.begin()->first <= Clock::now()) {
+        Timer &timer = *armed_.begin()->second;
+        armed_.erase(armed_.begin());
+        timer.armed_ = false;
+        const Handler handler = timer.handler_; // which may close its timer
+        handler();
+    }
+    setTimers();
+}
+
 bool Timer::open(PlatformLoop &loop, PlatformLoop::Handler handler)
 {
-    fd_ = Descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    close();
+    if (!loop.openTimers()) {
+        return false;
+    }
     loop_ = &loop;
-    return fd_ && loop.watch(fd_.get(), PlatformLoop::Work::background, [this, handler = std::move(handler)] {
-        std::uint64_t expirations;
-        if (read(fd_.get(), &expirations, sizeof expirations) == sizeof expirations) {
-            armed_ = false;
-            handler();
-        }
-    });
+    handler_ = std::move(handler);
+    return true;
 }
 
 void Timer::close()
 {
-    if (fd_) {
-        loop_->forget(fd_.get());
-        fd_.reset();
+    if (loop_ != nullptr) {
+        disarm();
+        loop_ = nullptr;
     }
-    armed_ = false;
 }
 
 void Timer::arm(unsigned milliseconds)
 {
-    itimerspec when{};
-    when.it_value.tv_sec = milliseconds / 1000;
-    when.it_value.tv_nsec = static_cast<long>(milliseconds % 1000) * 1'000'000;
-    if (milliseconds == 0) {
-        when.it_value.tv_nsec = 1; // 0 would disarm it
+    loop_->armed_.erase({end_, this});
+    end_ = PlatformLoop::Clock::now() + std::chrono::milliseconds(milliseconds) + std::chrono::nanoseconds(1);
+    loop_->armed_.emplace(end_, this);
+    armed_ = true;
+    if (loop_->armed_.begin()->second == this) {
+        loop_->setTimers();
     }
-    armed_ = timerfd_settime(fd_.get(), 0, &when, nullptr) == 0;
 }
 
 void Timer::disarm()
 {
-    const itimerspec never{};
-    timerfd_settime(fd_.get(), 0, &never, nullptr);
-    armed_ = false;
+    if (std::exchange(armed_, false)) {
+        loop_->armed_.erase({end_, this});
+        loop_->setTimers();
+    }
 }
 
 } // namespace ipmib::platform

@@ -8,9 +8,13 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
+#include <utility>
 
 namespace ipmib::platform
 {
+
+class Timer;
 
 class PlatformLoop
 {
@@ -49,8 +53,16 @@ class PlatformLoop
     // Between packets, before the last handler, which takes about as long.
     static constexpr std::chrono::microseconds longestTurn{400};
     static constexpr unsigned mostInTurn = 32;
+    using Clock = std::chrono::steady_clock; // CLOCK_MONOTONIC
+
+    friend class Timer;
+    bool openTimers();
+    void setTimers();
+    void runTimers();
 
     Descriptor epoll_;
+    Descriptor timers_; // one for all, which is set to the first of them
+    std::set<std::pair<Clock::time_point, Timer *>> armed_;
     bool packetWaits_ = false;
     std::map<int, std::shared_ptr<Watch>> watches_; // shared, so that a handler may forget itself
 };
@@ -70,11 +82,14 @@ class Timer
     void arm(unsigned milliseconds);
     void disarm();
     bool armed() const { return armed_; }
-    bool isOpen() const { return static_cast<bool>(fd_); }
+    bool isOpen() const { return loop_ != nullptr; }
 
   private:
+    friend class PlatformLoop;
+
     PlatformLoop *loop_ = nullptr;
-    Descriptor fd_;
+    PlatformLoop::Handler handler_;
+    PlatformLoop::Clock::time_point end_{};
     bool armed_ = false;
 };
 

@@ -10,6 +10,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 namespace ipmib::platform
 {
@@ -19,6 +21,29 @@ namespace
 
 // The kernel fills dump datagrams up to 32 KiB when it sees that its reader takes that much.
 constexpr std::size_t bufferSize = 64 * 1024;
+
+// A handler may read another socket meanwhile: there are as many buffers as that has ever come about at once.
+class ReceiveBuffer
+{
+  public:
+    ReceiveBuffer() : place_(inUse++)
+    {
+        if (place_ == all.size()) {
+            all.push_back(std::make_unique_for_overwrite<std::byte[]>(bufferSize));
+        }
+    }
+    ~ReceiveBuffer() { --inUse; }
+    ReceiveBuffer(const ReceiveBuffer &) = delete;
+    ReceiveBuffer &operator=(const ReceiveBuffer &) = delete;
+
+    std::byte *get() const { return all[place_].get(); }
+
+  private:
+    static inline std::vector<std::unique_ptr<std::byte[]>> all;
+    static inline std::size_t inUse = 0;
+
+    std::size_t place_;
+};
 
 void setOption(mnl_socket *socket, int option)
 {
@@ -49,7 +74,6 @@ bool Rtnetlink::open(int protocol, const unsigned *groups, std::size_t count, in
         return false;
     }
     opened.release();
-    buffer_ = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
     setOption(socket_, NETLINK_EXT_ACK);
     setOption(socket_, NETLINK_CAP_ACK);
     setOption(socket_, NETLINK_GET_STRICT_CHK);
@@ -104,7 +128,8 @@ Rtnetlink::Read Rtnetlink::readAnnouncements(const Handler &handler)
 
 Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
 {
-    const ssize_t length = mnl_socket_recvfrom(socket_, buffer_.get(), bufferSize);
+    const ReceiveBuffer buffer;
+    const ssize_t length = mnl_socket_recvfrom(socket_, buffer.get(), bufferSize);
     if (length < 0) {
         if (errno == EAGAIN || errno == EINTR) {
             return Read::nothing;
@@ -113,7 +138,7 @@ Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
         return errno == ENOBUFS || (announcements && errno == ENOSPC) ? Read::lost : fail(errno, "receive");
     }
     int left = static_cast<int>(length);
-    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer_.get()); holdsMessage(message, left);
+    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer.get()); holdsMessage(message, left);
          message = mnl_nlmsg_next(message, &left)) {
         if (announcements) {
             if (message->nlmsg_type >= NLMSG_MIN_TYPE) {

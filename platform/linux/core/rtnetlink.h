@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <memory>
 #include <string>
 
 namespace ipmib::platform
@@ -90,7 +89,6 @@ class Rtnetlink
     Read fail(int number, const char *what);
 
     mnl_socket *socket_ = nullptr;
-    std::unique_ptr<std::byte[]> buffer_; // of its own: a handler may read another socket
     std::uint32_t sequence_ = 0;
     bool interrupted_ = false;
     int errno_ = 0;

@@ -81,8 +81,8 @@ bool HelperService::mayUse(const HelperQuestion &question) const
     if (question.kind == HelperQuestion::file) {
         return !pathOfFile(question).empty();
     }
-    return question.text[0] == '\0' &&
-           (question.which == NETLINK_ROUTE || (question.which == NETLINK_NETFILTER && mayFilter_));
+    return question.text[0] == '\0' && (question.which == NETLINK_ROUTE || question.which == NETLINK_SOCK_DIAG ||
+                                        (question.which == NETLINK_NETFILTER && mayFilter_));
 }
 
 HelperService::Reply HelperService::obtain(const HelperQuestion &question)
