@@ -31,10 +31,11 @@
 #                     install, use and purge them on a bare Debian in a folder (needs root)
 #   make image        make an OCI image of these packages in build-image/, for podman, docker and the like
 #   make image-check  unpack it, run it by an OCI runtime on a machine in a namespace and ask it (needs root)
+#   make rpm          build the same packages as RPM in build-rpm/
 #   make format       lay out the sources
 
 .DEFAULT_GOAL := build
-.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak namespace-soak state-soak docs packages packages-check image image-check format clean
+.PHONY: build run test test-all test-device fuzz lint static-analysis abi coverage mutation traceability footprint reproducible sbom dependencies evidence compare agentx-soak hostile-soak namespace-soak state-soak docs packages packages-check image image-check rpm format clean
 
 sources = find $(wildcard agent bench cli examples fuzz host include module platform support tables tests tools) -name '*.h' -o -name '*.cpp' -o -name '*.c'
 
@@ -169,6 +170,10 @@ image:
 
 image-check: image
 	@packaging/check_image.sh
+
+rpm:
+	@packaging/install_dependencies.sh build rpm
+	@packaging/build_rpm.sh
 
 compare:
 	@packaging/install_dependencies.sh run build bench

@@ -59,7 +59,7 @@ This package contains the plug-in, and the services that it asks, as libraries
 that are loaded beside it: those of a Linux kernel, and those of a device that
 is simulated from a file.")
 
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ipmib-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "IP-MIB over SNMP: headers and porting kit
 The IPv6 side of the IP-MIB (RFC 4293) as a plug-in that an SNMP agent loads.
@@ -83,16 +83,14 @@ endif()
 foreach(part IN ITEMS daemon library development)
   string(TOUPPER ${part} upper)
   set(place ${doc_dir}/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
-  if(IPMIB_INSTALL_SERVICE)
+  if(IPMIB_INSTALL_SERVICE AND IPMIB_PACKAGE_FORMAT STREQUAL DEB)
     install(FILES debian/copyright DESTINATION ${place} COMPONENT ${part})
     install(FILES debian/changelog DESTINATION ${place} RENAME changelog.Debian COMPONENT ${part})
   else()
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSES/BSD-3-Clause.txt DESTINATION ${place} RENAME LICENSE COMPONENT ${part})
   endif()
 endforeach()
-if(IPMIB_INSTALL_SERVICE)
+if(IPMIB_INSTALL_SERVICE AND IPMIB_PACKAGE_FORMAT STREQUAL DEB)
   install(FILES debian/libipmib.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides RENAME libipmib
           COMPONENT library)
 endif()
-
-include(CPack)
