@@ -125,6 +125,9 @@ int buildMessage(netsnmp_session *session, netsnmp_pdu *message, u_char **octets
                  std::size_t *length)
 {
     const Buffer buffer{octets, size, length};
+    if ((message->flags & contextIsImplied) != 0) {
+        message->contextNameLen = 0;
+    }
     message->msgMaxSize =
         message->specific_type != 0 ? message->specific_type : static_cast<long>(session->sndMsgMaxSize);
     bool isEncoded = encode(*session, *message, buffer);

@@ -7,6 +7,10 @@
 namespace ipmib::agent
 {
 
+// A flag of a message, beside the library's: the context that it has was not named by who asks, nor is it in the
+// answer.
+inline constexpr u_long contextIsImplied = 0x40000000;
+
 // For as long as it lives, answers are answers to this request of the session, which must outlive it. What the request
 // says about the room for them (msgMaxSize) is kept, and hidden from the library.
 class AnswersTo

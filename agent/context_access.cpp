@@ -4,6 +4,8 @@
 
 #include "context_access.h"
 
+#include "answer_size.h"
+#include "device_addresses.h"
 #include "library_context.h"
 
 #include <net-snmp/agent/agent_callbacks.h>
@@ -104,6 +106,9 @@ int ContextAccess::check(int major, int minor, void *parameters, void *self)
     auto &asked = *static_cast<view_parameters *>(parameters);
     const std::string *const context = static_cast<const ContextAccess *>(self)->admits(*asked.pdu);
     if (context == nullptr) {
+        if (const std::string *own = DeviceAddresses::contextAt(*asked.pdu)) {
+            return checkAt(*own, major, minor, asked);
+        }
         const int result = vacm_in_view_callback(major, minor, parameters, nullptr);
         if (minor == SNMPD_CALLBACK_ACM_CHECK_INITIAL && asked.pdu->contextName != nullptr) {
             bringToFront(asked.pdu->contextName);
@@ -119,14 +124,35 @@ int ContextAccess::check(int major, int minor, void *parameters, void *self)
     return asked.errorcode;
 }
 
+// At the address of a device there is its context and no other, whoever may ask in others elsewhere.
+int ContextAccess::checkAt(const std::string &own, int major, int minor, view_parameters &asked)
+{
+    netsnmp_pdu &packet = *asked.pdu;
+    if (packet.version == SNMP_VERSION_3 && packet.contextNameLen == 0) {
+        nameContext(packet, own);
+        packet.flags |= contextIsImplied;
+    }
+    const bool isOther = packet.contextName == nullptr || own != packet.contextName;
+    if (packet.version == SNMP_VERSION_3 && isOther) {
+        return asked.errorcode = VACM_NOSUCHCONTEXT;
+    }
+    const int result = vacm_in_view_callback(major, minor, &asked, nullptr); // names the context of a community
+    if (packet.contextName == nullptr || own != packet.contextName) {
+        return asked.errorcode = VACM_NOSECNAME;
+    }
+    bringToFront(own);
+    return result;
+}
+
 const std::string *ContextAccess::admits(const netsnmp_pdu &packet) const
 {
     if ((packet.version != SNMP_VERSION_1 && packet.version != SNMP_VERSION_2c) || packet.community == nullptr) {
         return nullptr;
     }
     const std::string_view community(reinterpret_cast<const char *>(packet.community), packet.community_len);
+    const std::string *const own = DeviceAddresses::contextAt(packet);
     for (std::size_t i = 0; i < settings_.communities().size(); ++i) {
-        const std::string *context = admits(settings_.communities()[i], community);
+        const std::string *context = admits(settings_.communities()[i], community, own);
         if (context != nullptr && isFrom(i, packet)) {
             return context;
         }
@@ -134,8 +160,12 @@ const std::string *ContextAccess::admits(const netsnmp_pdu &packet) const
     return nullptr;
 }
 
-const std::string *ContextAccess::admits(const ContextSettings::Community &line, std::string_view community) const
+const std::string *ContextAccess::admits(const ContextSettings::Community &line, std::string_view community,
+                                         const std::string *own) const
 {
+    if (own != nullptr) {
+        return community == line.community && line.includes(*own) ? own : nullptr;
+    }
     const std::size_t at = line.community.size();
     if (community.size() <= at || community[at] != '@' || !community.starts_with(line.community)) {
         return nullptr;

@@ -38,7 +38,9 @@ class ContextAccess
 
     // The context that the packet's community may ask in.
     const std::string *admits(const netsnmp_pdu &packet) const;
-    const std::string *admits(const ContextSettings::Community &line, std::string_view community) const;
+    const std::string *admits(const ContextSettings::Community &line, std::string_view community,
+                              const std::string *own) const;
+    static int checkAt(const std::string &own, int major, int minor, view_parameters &asked);
     bool isFrom(std::size_t line, const netsnmp_pdu &packet) const;
 
     struct Hash {

@@ -6,38 +6,39 @@
 #include "net_snmp.h"
 
 #include <exception>
+#include <utility>
 
 namespace ipmib::agent
 {
 
 Contexts::Contexts(tables::ServedDevice &device, ContextServer &server, const ContextSettings &settings,
-                   ContextAccess *access)
-    : device_(device), server_(server), settings_(settings), access_(access)
+                   const Beside &beside)
+    : device_(device), server_(server), settings_(settings), beside_(beside)
 {
 }
 
 void Contexts::serve(const std::vector<const host::ServedTable *> &tables)
 {
     tables_ = tables;
-    const std::map<std::string, std::string> named = wanted();
+    const std::map<std::string, host::Instances::Context> named = wanted();
     for (auto each = instances_.begin(); each != instances_.end();) {
         const auto found = named.find(each->first);
-        const bool stays = found != named.end() && found->second == each->second.argument;
+        const bool stays = found != named.end() && found->second.argument == each->second.argument;
         const std::string name = each->first;
         ++each;
         if (!stays) {
             end(name);
         }
     }
-    for (const auto &[name, argument] : named) {
-        begin(name, argument);
+    for (const auto &[name, context] : named) {
+        begin(context);
     }
-    if (access_ != nullptr) {
-        access_->renew();
+    if (beside_.access != nullptr) {
+        beside_.access->renew();
     }
 }
 
-std::map<std::string, std::string> Contexts::wanted()
+std::map<std::string, host::Instances::Context> Contexts::wanted()
 {
     const IpmibPlatformHooks *platform = device_.catalogue().platform();
     for (const std::string &argument : settings_.followed()) {
@@ -49,15 +50,19 @@ std::map<std::string, std::string> Contexts::wanted()
         }
     }
     version_ = versionOfList();
-    std::map<std::string, std::string> named = settings_.contexts();
+    std::map<std::string, host::Instances::Context> named;
+    for (const auto &[name, argument] : settings_.contexts()) {
+        named[name] = {name, argument, ""};
+    }
     for (const host::Instances::Context &own : device_.instances().contexts()) {
-        named.emplace(own.name, own.argument);
+        named.emplace(own.name, own);
     }
     return named;
 }
 
-void Contexts::begin(const std::string &name, const std::string &argument)
+void Contexts::begin(const host::Instances::Context &context)
 {
+    const auto &[name, argument, address] = context;
     try {
         auto found = instances_.find(name);
         if (found == instances_.end()) {
@@ -68,12 +73,38 @@ void Contexts::begin(const std::string &name, const std::string &argument)
             tables.push_back(device_.systemGroup());
         }
         server_.serve(tables, {name, found->second.number});
-        if (access_ != nullptr) {
-            access_->add(name);
-        }
+        tell(context, found->second.number);
     } catch (const std::exception &error) {
         snmp_log(LOG_ERR, "context %s: %s\n", name.c_str(), error.what());
         end(name);
+    }
+}
+
+void Contexts::tell(const host::Instances::Context &context, std::size_t number)
+{
+    if (beside_.access != nullptr) {
+        beside_.access->add(context.name);
+    }
+    std::vector<std::uint8_t> address;
+    if (beside_.addresses != nullptr) {
+        listen(context);
+        address = beside_.addresses->addressOf(context.name);
+    }
+    if (beside_.entities != nullptr) {
+        beside_.entities->set(static_cast<std::uint32_t>(number), {context.name, context.argument, std::move(address)});
+    }
+}
+
+void Contexts::listen(const host::Instances::Context &context)
+{
+    try {
+        if (context.address.empty()) {
+            beside_.addresses->close(context.name);
+        } else {
+            beside_.addresses->open(context.name, context.address);
+        }
+    } catch (const std::exception &error) {
+        snmp_log(LOG_ERR, "context %s: %s\n", context.name.c_str(), error.what());
     }
 }
 
@@ -81,8 +112,14 @@ void Contexts::end(const std::string &name)
 {
     const auto found = instances_.find(name);
     if (found != instances_.end()) {
-        if (access_ != nullptr) {
-            access_->remove(name);
+        if (beside_.access != nullptr) {
+            beside_.access->remove(name);
+        }
+        if (beside_.addresses != nullptr) {
+            beside_.addresses->close(name);
+        }
+        if (beside_.entities != nullptr) {
+            beside_.entities->remove(static_cast<std::uint32_t>(found->second.number));
         }
         server_.leave(name);
         device_.instances().destroy(found->second.number);
@@ -97,11 +134,13 @@ std::uint64_t Contexts::versionOfList() const
     return changes ? platform->instances->contexts_changed() : 0;
 }
 
-void Contexts::follow()
+bool Contexts::follow()
 {
-    if (versionOfList() != version_) {
+    const bool hasChanged = versionOfList() != version_;
+    if (hasChanged) {
         serve(tables_);
     }
+    return hasChanged;
 }
 
 void Contexts::reload()

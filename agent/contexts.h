@@ -5,6 +5,8 @@
 #include "context_access.h"
 #include "context_server.h"
 #include "context_settings.h"
+#include "device_addresses.h"
+#include "logical_entities.h"
 
 #include "tables/served_device.h"
 
@@ -19,17 +21,24 @@ namespace ipmib::agent
 class Contexts
 {
   public:
-    // All outlive it. Null for somebody else's access, and listing.
+    // What else is told of contexts. Null where that is somebody else's affair, or nobody's.
+    struct Beside {
+        ContextAccess *access = nullptr;
+        DeviceAddresses *addresses = nullptr;
+        LogicalEntities *entities = nullptr;
+    };
+
+    // All outlive it.
     Contexts(tables::ServedDevice &device, ContextServer &server, const ContextSettings &settings,
-             ContextAccess *access = nullptr);
+             const Beside &beside);
     Contexts(const Contexts &) = delete;
     Contexts &operator=(const Contexts &) = delete;
 
     // Serves these tables, and a system group, in each context that the settings and the platform name now; one that
     // nobody names any more ends. What cannot be begun is logged, and tried again the next time.
     void serve(const std::vector<const host::ServedTable *> &tables);
-    // The same when the platform's list has changed.
-    void follow();
+    // The same when the platform's list has changed; whether it has.
+    bool follow();
     // Has the platform read its files again, for all instances.
     void reload();
 
@@ -41,15 +50,17 @@ class Contexts
         std::size_t number;
     };
 
-    std::map<std::string, std::string> wanted();
-    void begin(const std::string &name, const std::string &argument);
+    std::map<std::string, host::Instances::Context> wanted();
+    void begin(const host::Instances::Context &context);
+    void tell(const host::Instances::Context &context, std::size_t number);
+    void listen(const host::Instances::Context &context);
     void end(const std::string &name);
     std::uint64_t versionOfList() const;
 
     tables::ServedDevice &device_;
     ContextServer &server_;
     const ContextSettings &settings_;
-    ContextAccess *access_;
+    Beside beside_;
     std::vector<const host::ServedTable *> tables_;
     std::map<std::string, Instance> instances_; // by the context's name
     std::uint64_t version_ = 0;                 // of the platform's list

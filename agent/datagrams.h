@@ -27,6 +27,9 @@ class Datagrams
     // when there are none.
     bool leaveWaiting(netsnmp_large_fd_set &readable);
 
+    // The library has one that did not wait here.
+    void hasOneOfNow() { atHand_ = 0; }
+
     // The library answers a packet. False when that was taken out before the last one began, so that what was found out
     // for that one is good for this one.
     bool packetBegins();

@@ -146,6 +146,14 @@ void Listeners::open(const std::string &address)
         netsnmp_transport_free(transport);
         fail(error.what());
     }
+    add(transport, address);
+}
+
+void Listeners::add(netsnmp_transport *transport, const std::string &address)
+{
+    const auto fail = [&](const std::string &reason) {
+        throw std::runtime_error("cannot listen on " + address + ": " + reason);
+    };
     netsnmp_session session;
     snmp_sess_init(&session);
     session.version = SNMP_DEFAULT_VERSION;

@@ -17,6 +17,9 @@ class Listeners
     // Throws std::runtime_error that names the address and the reason.
     explicit Listeners(const std::vector<std::string> &addresses);
 
+    // At this transport, too, which is handed over. Throws std::runtime_error.
+    void add(netsnmp_transport *transport, const std::string &address);
+
   private:
     void open(const std::string &address);
 

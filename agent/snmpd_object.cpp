@@ -183,7 +183,7 @@ class Object
         snmp_log(LOG_INFO, "ipmib: serving %zu of %zu tables\n", host::countNames(ours), host::countNames(all));
         OwnershipReport("ipmib", directive).log(claims);
         access_.emplace(contextSettings_, ContextAccess::Listing::agents);
-        contexts_.emplace(*device_, *frontend_, contextSettings_, &*access_);
+        contexts_.emplace(*device_, *frontend_, contextSettings_, Contexts::Beside{&*access_});
         contexts_->serve(settings_.notOff(device_->catalogue().tables()));
         frontend_->whenPlatformHasWorked([this] { contexts_->follow(); });
     }

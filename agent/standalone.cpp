@@ -6,12 +6,14 @@
 #include "agentx_master.h"
 #include "contexts.h"
 #include "detachment.h"
+#include "device_addresses.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
 #include "frontend.h"
 #include "link_notifications.h"
 #include "listeners.h"
 #include "log.h"
+#include "logical_entities.h"
 #include "net_snmp.h"
 #include "pid_file.h"
 #include "route_limit.h"
@@ -62,22 +64,32 @@ void serveStandalone(const Options &options)
     library.readConfiguration();
     routeLimit.handTo(plugin.platform());
     const std::vector<std::string> addresses = SnmpLibrary::listeningAddresses();
-    const Listeners listeners(addresses);
+    Listeners listeners(addresses);
     loop.chooseReadable([](netsnmp_large_fd_set &readable) { StreamClients::all().leaveOne(readable); });
     shareUpTime(device);
     Frontend frontend(device.catalogue(), device.instances());
+    ContextAccess access(contextSettings, ContextAccess::Listing::ours);
+    DeviceAddresses deviceAddresses(
+        [&listeners](netsnmp_transport *all) { listeners.add(all, "the addresses of devices"); });
+    LogicalEntities entities;
+    Contexts contexts(device, frontend, contextSettings, {&access, &deviceAddresses, &entities});
     const auto serve = [&] {
         std::vector<const host::ServedTable *> tables = settings.notOff(device.catalogue().tables());
         if (saysWhatItIs) {
             tables.push_back(device.systemGroup());
         }
+        if (contexts.size() != 0) {
+            tables.push_back(&entities.table());
+        }
         frontend.serve(tables, {});
     };
-    serve();
-    ContextAccess access(contextSettings, ContextAccess::Listing::ours);
-    Contexts contexts(device, frontend, contextSettings, &access);
     contexts.serve(settings.notOff(device.catalogue().tables()));
-    frontend.whenPlatformHasWorked([&] { contexts.follow(); });
+    serve();
+    frontend.whenPlatformHasWorked([&] {
+        if (contexts.follow()) {
+            serve();
+        }
+    });
     device.notifiesOfLinks(linkSettings.areSent());
     const LinkNotifications linkNotifications(plugin.platform(), linkSettings, sendToSinks);
     const SystemCapabilities capabilities(device.catalogue());
@@ -114,8 +126,8 @@ void serveStandalone(const Options &options)
             snmp_log(LOG_WARNING, "other listening addresses take a restart; listening where it began\n");
         }
         contexts.reload();
-        serve();
         contexts.serve(settings.notOff(device.catalogue().tables()));
+        serve();
         device.instances().select(host::Instances::first);
         shareUpTime(device);
         device.notifiesOfLinks(linkSettings.areSent());

@@ -66,7 +66,7 @@ void serveAsSubagent(const Options &options)
     const LinkNotifications linkNotifications(
         plugin.platform(), linkSettings,
         [&session](const netsnmp_variable_list &variables) { session.notify(variables); });
-    Contexts contexts(device, session, contextSettings);
+    Contexts contexts(device, session, contextSettings, {});
     contexts.serve(settings.notOff(device.catalogue().tables()));
     platformEvents.whenDone([&contexts] { contexts.follow(); });
     letGoOfStartRights();

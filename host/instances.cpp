@@ -98,7 +98,12 @@ std::vector<Instances::Context> Instances::contexts() const
     std::vector<Context> contexts;
     IpmibContext context{};
     while (hooks_ != nullptr && hooks_->context != nullptr && hooks_->context(contexts.size(), &context) == 0) {
-        contexts.push_back({context.name, context.argument});
+        contexts.push_back({context.name, context.argument, ""});
+        const char *const address =
+            hooks_->context_address == nullptr ? nullptr : hooks_->context_address(contexts.size() - 1);
+        if (address != nullptr) {
+            contexts.back().address = address;
+        }
     }
     return contexts;
 }

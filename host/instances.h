@@ -41,6 +41,7 @@ class Instances
     struct Context {
         std::string name;
         std::string argument;
+        std::string address; // where it shall be asked without its name; empty for nowhere
     };
     std::vector<Context> contexts() const;
 

@@ -79,6 +79,9 @@ typedef struct IpmibInstanceHooks {
      * "all" stands for whatever the platform can find. Returns 0, or another number and one line in the error buffer.
      * May be null. */
     int (*follow_contexts)(const char *argument, char *error, size_t capacity);
+    /* Where the context at this place of the list shall be asked without its name, as a host writes addresses that it
+     * listens at ("udp:127.0.0.1:2001"); "" for nowhere. Good until the next call of any hook. May be null. */
+    const char *(*context_address)(size_t place);
 } IpmibInstanceHooks;
 
 /* What a device says of itself. Texts are NUL-terminated, and "" for what it does not say; all is good until the next

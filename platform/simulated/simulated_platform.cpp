@@ -102,6 +102,11 @@ bool SimulatedPlatform::findContext(std::size_t place, IpmibContext &context) co
     return true;
 }
 
+const char *SimulatedPlatform::contextAddress(std::size_t place) const
+{
+    return place < fleet_->size() ? fleet_->address(place).c_str() : "";
+}
+
 std::string SimulatedPlatform::followContexts(const char *argument)
 {
     return argument == std::string_view("all")

@@ -38,6 +38,7 @@ class SimulatedPlatform
     // Another device of the file, by its name. The answer is as that of `start`.
     std::string startAnother(const std::string &name, SimulatedPlatform &another) const;
     bool findContext(std::size_t place, IpmibContext &context) const;
+    const char *contextAddress(std::size_t place) const;
     std::uint64_t contextsChanged() const { return fleetVersion_; }
     std::string followContexts(const char *argument);
     bool findSystem(IpmibSystem &system) const;

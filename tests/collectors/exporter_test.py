@@ -182,6 +182,26 @@ class Exporter(unittest.TestCase):
         self.assertIn("2001:0DB8:0000:0000:0000:0000:0000:0002", addresses)
         self.assertNotIn("2001:0DB8:0000:0000:0000:0000:0000:0001", addresses)
 
+    def test_each_device_of_a_fleet_is_scraped_at_its_own_port(self):
+        ports = {n: free_port(socket.SOCK_DGRAM) for n in (1, 2, 3)}
+        devices = [{"name": f"switch{n}", "listen": f"udp:127.0.0.1:{port}",
+                    "scenario": {"interfaces": [{"name": f"port{n}", "addresses": [{"address": f"2001:db8::{n}/64"}]}],
+                                 "generate": {"interfaces": {"count": n}, "neighbours": n}}} for n, port in ports.items()]
+        with tempfile.TemporaryDirectory() as directory:
+            with open(directory + "/fleet.json", "w", encoding="utf-8") as file:
+                json.dump({"devices": devices}, file)
+            with Agent(program, file.name, "contextcommunity public 127.0.0.1\n") as agent:
+                for n, port in ports.items():
+                    walked = agent.rows("snmpbulkwalk", "-Cr50", f"-cpublic@switch{n}", "1.3.6.1.2.1")
+                    names = {oid[-1]: bytes.fromhex(text.replace(" ", "")).decode() for oid, _, text in walked
+                             if oid[:-1] == catalogue.nodes["ifName"].oid}
+                    self.assertIn(f"port{n}", names.values())
+                    wanted = {key: number for key, number in expected(walked, names).items()
+                              if catalogue.nodes[key[0]].of_the_plug_in}
+                    told = scrape(f"127.0.0.1:{port}", "ipmib")
+                    self.assertGreater(len(wanted), 0)
+                    self.assertEqual({key: told.get(key) for key in wanted}, wanted)
+
 
 if __name__ == "__main__":
     for tool in ("prometheus-snmp-exporter", "prometheus-snmp-generator"):

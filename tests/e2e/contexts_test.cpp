@@ -192,5 +192,137 @@ TEST_F(ContextTest, ADeviceOfAPlatformFromBeforeTheInstancesIsServedAsEver)
     stopAgent();
 }
 
+// Devices that are asked at addresses of their own, one of them over IPv6, and one that is not.
+class DeviceAddressTest : public ContextTest
+{
+  protected:
+    void startDevices(const std::string &more = "")
+    {
+        const auto plus = [this](int add) { return std::to_string(port() + add); };
+        startFleet(access + more, R"({"devices": [
+            {"name": "core", "listen": "udp:127.0.0.1:)" +
+                                      plus(1) + R"(", "scenario": {"interfaces": [{"name": "up"}]}},
+            {"name": "six", "listen": "udp6:[::1]:)" +
+                                      plus(2) + R"(", "scenario": {"interfaces": []}},
+            {"name": "access{n}", "count": 3, "listen": "udp:127.0.0.{n+1}:)" +
+                                      plus(3) + R"(",
+             "scenario": {"interfaces": [{"name": "lan{n}", "ifIndex": 3}]}},
+            {"name": "shy", "scenario": {"interfaces": []}}]})");
+    }
+    // One of net-snmp's programs, at another address than the agent's.
+    Result at(const std::string &where, const std::string &program, const Words &who, const Words &arguments) const
+    {
+        Words words = {program};
+        words.insert(words.end(), who.begin(), who.end());
+        words.insert(words.end(), {"-On", where});
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return run(words, environment());
+    }
+    std::string core() const { return "udp:127.0.0.1:" + std::to_string(port() + 1); }
+    std::string six() const { return "udp6:[::1]:" + std::to_string(port() + 2); }
+    std::string switchAt(int n) const
+    {
+        return "udp:127.0.0." + std::to_string(n + 1) + ":" + std::to_string(port() + 3);
+    }
+    std::string nameAt(const std::string &where, const Words &who) const
+    {
+        return at(where, "snmpget", who, {"-Oqv", sysName}).output;
+    }
+};
+
+TEST_F(DeviceAddressTest, EachIsAskedAtItsOwnWithoutAName)
+{
+    startDevices();
+    for (int n = 1; n <= 3; ++n) {
+        const std::string name = "\"access" + std::to_string(n) + "\"\n";
+        EXPECT_EQ(nameAt(switchAt(n), v2("lab")), name);
+        EXPECT_EQ(nameAt(switchAt(n), v3("all", "")), name);
+        EXPECT_EQ(nameAt(switchAt(n), v3("all", "access" + std::to_string(n))), name);
+        for (const char *program : {"snmpwalk", "snmpbulkwalk"}) {
+            EXPECT_EQ(at(switchAt(n), program, v2("lab"), {ifDescr}).output,
+                      "." + ifDescr + ".3 = STRING: \"lan" + std::to_string(n) + "\"\n");
+        }
+    }
+    EXPECT_EQ(nameAt(core(), {"-v1", "-r0", "-t1", "-c", "lab"}), "\"core\"\n");
+    EXPECT_EQ(nameAt(core(), v3("one", "")), "\"core\"\n");
+    EXPECT_EQ(nameAt(six(), v2("lab")), "\"six\"\n");
+    EXPECT_EQ(nameAt(six(), v3("all", "")), "\"six\"\n");
+    EXPECT_EQ(get(v2("lab@access2"), sysName), "\"access2\"\n") << "at the agent's address as ever";
+    stopAgent();
+}
+
+TEST_F(DeviceAddressTest, LogicalEntitiesAreOneRowForEach)
+{
+    startDevices();
+    const std::string entry = "1.3.6.1.2.1.47.1.2.1.1";
+    const Words names = walk("snmpbulkwalk", publicV2, {"-Oqv"}, entry + ".8");
+    EXPECT_EQ(names.size(), 6u);
+    const auto row = static_cast<std::size_t>(std::ranges::find(names, "\"access2\"") - names.begin());
+    ASSERT_LT(row, names.size());
+    const auto column = [&](const std::string &number) {
+        return walk("snmpwalk", publicV2, {"-Oqvx"}, entry + "." + number).at(row);
+    };
+    char address[32];
+    std::snprintf(address, sizeof address, "\"7F 00 00 03 %02X %02X \"", (port() + 3) / 256, (port() + 3) % 256);
+    EXPECT_EQ(column("3"), ".1.3.6.1.2.1");
+    EXPECT_EQ(column("4"), "\"\"") << "no secrets";
+    EXPECT_EQ(column("5"), address);
+    EXPECT_EQ(column("6"), ".1.3.6.1.6.1.1");
+    EXPECT_NE(snmp("snmpgetnext", publicV2, {entry + ".7"}).output.find("Hex-STRING: 80 00"), std::string::npos);
+    EXPECT_EQ(
+        std::ranges::count(walk("snmpwalk", publicV2, {}, entry), '.', [](const std::string &line) { return line[0]; }),
+        7 * 6);
+    EXPECT_EQ(std::ranges::count(walk("snmpwalk", publicV2, {"-Oqv"}, entry + ".6"), ".0.0"), 1)
+        << "without an address";
+    EXPECT_EQ(std::ranges::count(walk("snmpwalk", publicV2, {"-Oqv"}, entry + ".6"), ".1.3.6.1.2.1.100.1.2"), 1);
+    EXPECT_EQ(snmp("snmpgetnext", v2("lab@core"), {entry}).output.find(" = No more variables"), entry.size() + 1);
+    stopAgent();
+}
+
+TEST_F(DeviceAddressTest, NothingElseIsThere)
+{
+    startDevices();
+    for (const char *program : {"snmpgetnext", "snmpbulkget"}) {
+        for (const Words &who : {v3("one", ""), v3("one", "core")}) {
+            EXPECT_EQ(at(switchAt(1), program, who, {sysName}).output.find("STRING"), std::string::npos) << program;
+        }
+    }
+    EXPECT_EQ(nameAt(switchAt(1), v3("all", "core")).find("core"), std::string::npos);
+    for (const char *other : {"public", "lab@core", "lab@access1", "contextcommunity1"}) {
+        EXPECT_EQ(nameAt(switchAt(2), v2(other)), "") << other;
+    }
+    EXPECT_EQ(nameAt(switchAt(1), v2("part")), "\"access1\"\n");
+    EXPECT_EQ(nameAt(core(), v2("justcore")), "\"core\"\n");
+    EXPECT_EQ(at(switchAt(1), "snmpset", v2("lab"), {sysName, "s", "x"}).status, 2);
+    EXPECT_EQ(nameAt(switchAt(1), v2("lab")), "\"access1\"\n");
+    stopAgent();
+}
+
+TEST_F(DeviceAddressTest, AddressesComeAndGoWithTheirDevices)
+{
+    startDevices();
+    writeFile("fleet.json", R"({"devices": [
+        {"name": "core", "listen": ")" +
+                                switchAt(1) + R"(", "scenario": {"interfaces": []}},
+        {"name": "wrong", "listen": "tcp:127.0.0.1:9", "scenario": {"interfaces": []}},
+        {"name": "taken", "listen": ")" +
+                                switchAt(1) + R"(", "scenario": {"interfaces": []}}]})");
+    agent().signal(SIGHUP);
+    EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
+    EXPECT_EQ(notification(), "READY=1");
+    EXPECT_EQ(nameAt(switchAt(1), v2("lab")), "\"core\"\n");
+    EXPECT_EQ(nameAt(switchAt(2), v2("lab")), "");
+    EXPECT_EQ(nameAt(core(), v2("lab")), "");
+    EXPECT_EQ(get(v2("lab@taken"), sysName), "\"taken\"\n");
+    const std::string text = agent().output();
+    EXPECT_NE(text.find("context wrong: cannot listen on tcp:127.0.0.1:9: the address of a device has to be of UDP\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("context taken: cannot listen on " + switchAt(1) + ": Address already in use\n"),
+              std::string::npos)
+        << text;
+    stopAgent();
+}
+
 } // namespace
 } // namespace ipmib::e2e

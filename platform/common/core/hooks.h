@@ -70,7 +70,8 @@ concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibI
 //
 // One with startAnother(const std::string &argument, Platform &another) has instances: the one that `start` began fills
 // another one there, and answers as start does. It also has findContext(std::size_t place, IpmibContext &context),
-// contextsChanged() and followContexts(const char *argument), which answers as start does. One that has a system group
+// contextsChanged() and followContexts(const char *argument), which answers as start does, and maybe
+// contextAddress(std::size_t place). One that has a system group
 // has findSystem(IpmibSystem &system).
 template <class Platform>
 concept HookedPlatform = HasInterfaces<Platform> && HasIpv4<Platform> && std::default_initializable<Platform> &&
@@ -336,6 +337,14 @@ class Hooks
         {
             choose(instance == nullptr ? first_.get() : reinterpret_cast<WithInstances *>(instance));
         }
+        static constexpr decltype(IpmibInstanceHooks::context_address) contextAddress()
+        {
+            if constexpr (requires(WithInstances & platform) { platform.contextAddress(std::size_t{}); }) {
+                return hookCall<first, &WithInstances::contextAddress>;
+            } else {
+                return nullptr;
+            }
+        }
         static constexpr IpmibInstanceHooks hooks = {
             sizeof(IpmibInstanceHooks),
             create,
@@ -344,6 +353,7 @@ class Hooks
             hookCall<first, &WithInstances::findContext>,
             hookCall<first, &WithInstances::contextsChanged>,
             hookCall<first, &WithInstances::followContexts>,
+            contextAddress(),
         };
     };
 

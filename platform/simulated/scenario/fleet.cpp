@@ -86,6 +86,8 @@ void Fleet::readEntry(const Value &value, const std::string &folder)
     const std::uint32_t count = object.number("count", 1, 1, mostDevices);
     const std::uint32_t first = object.number("first", 1, 0, largestNumber);
     const Value scenario = object.need("scenario");
+    const std::optional<Value> listen = object.find("listen");
+    const std::string address = listen ? listen->text("an address to listen at") : "";
     object.finish();
     if (!scenario.isText() && !scenario.isObject()) {
         scenario.refuse("a scenario or the name of its file");
@@ -105,19 +107,21 @@ void Fleet::readEntry(const Value &value, const std::string &folder)
     }
     entries_.push_back(entry);
     for (std::uint32_t i = 0; i < count; ++i) {
-        std::string own = pattern;
-        try {
-            own = varies ? varied(pattern, first + i) : pattern;
-        } catch (const ScenarioError &error) {
-            name.fail(error.what());
-        }
+        const auto variation = [&](const std::string &text, const Value &source) {
+            try {
+                return varies ? varied(text, first + i) : text;
+            } catch (const ScenarioError &error) {
+                source.fail(error.what());
+            }
+        };
+        std::string own = variation(pattern, name);
         if (own.size() > longestName) {
             name.fail("\"" + own + "\" is longer than a context's name can be, " + std::to_string(longestName));
         }
         if (!byName_.emplace(own, devices_.size()).second) {
             name.fail("another device has the name \"" + own + "\"");
         }
-        devices_.push_back({std::move(own), entries_.size() - 1, first + i});
+        devices_.push_back({std::move(own), entries_.size() - 1, first + i, listen ? variation(address, *listen) : ""});
         if (devices_.size() > mostDevices) {
             name.fail("there are more than " + std::to_string(mostDevices) + " devices");
         }

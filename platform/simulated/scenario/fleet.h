@@ -25,6 +25,8 @@ class Fleet
 
     std::size_t size() const { return devices_.size(); }
     const std::string &name(std::size_t place) const { return devices_[place].name; }
+    // Where it listens for itself; may be empty.
+    const std::string &address(std::size_t place) const { return devices_[place].address; }
     std::optional<std::size_t> find(const std::string &name) const;
     // Throws ScenarioError with the device's name in front.
     Device make(std::size_t place) const;
@@ -39,6 +41,7 @@ class Fleet
         std::string name;
         std::size_t entry;
         std::uint32_t number; // {n}
+        std::string address = {};
     };
 
     void readEntry(const Value &value, const std::string &folder);
