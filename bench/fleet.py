@@ -2,11 +2,11 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """Prints what a fleet of simulated devices costs: memory, the time to start, and requests a second over all devices.
 
-  bench/fleet.py [--devices N] [--requests N] [--scenario FILE] [--ports] [IPMIBD]
+  bench/fleet.py [--devices N] [--requests N] [--scenario FILE] [IPMIBD]
 
 A thousand switches of 24 ports (examples/campus.json) behind one agent. Requests are SNMPv2c GETs of sysName and of
-ifInOctets of a port and GETBULKs of ten rows of ifTable, each of the next device, some of them under way at a time. With
---ports each device is asked at a port of its own, and not by its community.
+counters of a port and GETBULKs of ten rows of ifTable, each of the next device, 32 of them under way at a time; and the first
+once more, at a port of each device's own.
 """
 import argparse
 import json
@@ -113,7 +113,7 @@ def ask(targets, count):
 
 
 class Agent:
-    def __init__(self, program, scenario, ports):
+    def __init__(self, program, scenario):
         self.directory = tempfile.TemporaryDirectory()
         configuration = pathlib.Path(self.directory.name, "ipmibd.conf")
         configuration.write_text("rocommunity public 127.0.0.1\ncontextcommunity lab 127.0.0.1\n")
@@ -156,7 +156,7 @@ def main(arguments):
             file.truncate()
             json.dump(scenario, file)
             file.flush()
-            return Agent(options.ipmibd, file.name, options)
+            return Agent(options.ipmibd, file.name)
 
         with start([dict(switches, count=1)]) as alone:
             before = memory_kb(alone.process.pid)
@@ -164,9 +164,13 @@ def main(arguments):
             pid = agent.process.pid
             print(f"{options.devices} devices: started in {agent.seconds:.1f} s, "
                   f"{(memory_kb(pid) - before) / max(options.devices - 1, 1) / 1024:.2f} MB each at the start")
-            for name, kind, objects, repetitions in SHAPES:
-                targets = [(request(f"lab@access{n}", kind, objects, repetitions), agent.address)
-                           for n in range(1, options.devices + 1)]
+            numbers = range(1, options.devices + 1)
+            port = int(switches["listen"].rsplit("+", 1)[1].rstrip("}"))  # udp:127.0.0.1:{n+PORT}
+            measured = [(name, [(request(f"lab@access{n}", *what), agent.address) for n in numbers])
+                        for name, *what in SHAPES]
+            measured.append((SHAPES[0][0] + " at its own port",
+                             [(request("lab", *SHAPES[0][1:]), ("127.0.0.1", port + n)) for n in numbers]))
+            for name, targets in measured:
                 ask(targets, options.devices)
                 used, begin = processor_seconds(pid), time.monotonic()
                 answered = ask(targets, options.requests)

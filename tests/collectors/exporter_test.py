@@ -185,8 +185,8 @@ class Exporter(unittest.TestCase):
     def test_each_device_of_a_fleet_is_scraped_at_its_own_port(self):
         ports = {n: free_port(socket.SOCK_DGRAM) for n in (1, 2, 3)}
         devices = [{"name": f"switch{n}", "listen": f"udp:127.0.0.1:{port}",
-                    "scenario": {"interfaces": [{"name": f"port{n}", "addresses": [{"address": f"2001:db8::{n}/64"}]}],
-                                 "generate": {"interfaces": {"count": n}, "neighbours": n}}} for n, port in ports.items()]
+                    "scenario": {"interfaces": [{"name": f"port{n}", "addresses": [{"address": f"2001:db8:ffff::{n}/64"}]}],
+                                 "generate": {"interfaces": {"count": n, "name": "lan"}, "neighbours": n}}} for n, port in ports.items()]
         with tempfile.TemporaryDirectory() as directory:
             with open(directory + "/fleet.json", "w", encoding="utf-8") as file:
                 json.dump({"devices": devices}, file)
