@@ -96,7 +96,8 @@ int context(size_t place, IpmibContext *found)
     *found = contexts[place];
     return 0;
 }
-const IpmibInstanceHooks instances = {sizeof(IpmibInstanceHooks), create, destroy, select, context, nullptr, nullptr, nullptr};
+const IpmibInstanceHooks instances = {
+    sizeof(IpmibInstanceHooks), create, destroy, select, context, nullptr, nullptr, nullptr};
 #endif
 
 } // namespace
