@@ -24,7 +24,7 @@ import kernel_state
 from put_into import put_into
 from side_by_side import report
 from side_by_side.agents import AGENTS, snmpd_program
-from side_by_side.measure import Measurement, TABLES
+from side_by_side.measure import ROUTES, Measurement, TABLES
 
 NEIGHBOURS = ["ipNetToPhysicalTable"]
 ONLY_NEIGHBOURS = ("floor", "dlmod", "agentx")  # the floor has no other table, and one shows what the others cost
@@ -33,10 +33,13 @@ TIMED = ("ipmibd", "snmpd")
 ADDRESSES = ["ipAddressPrefixTable", "ipAddressTable"]
 
 
-def state(neighbours, addresses, interfaces, tables=None, router=False):
+MOST_ROUTES_BESIDE = 10_000  # with more the others answer after minutes, or not at all
+
+
+def state(neighbours, addresses, interfaces, tables=None, router=False, routes=0):
     """In a state that stands for a router everything is measured, also what takes long."""
-    return {"neighbours": neighbours, "addresses": addresses, "interfaces": interfaces,
-            "tables": tables or list(TABLES), "router": router}
+    return {"neighbours": neighbours, "addresses": addresses, "interfaces": interfaces, "routes": routes,
+            "tables": tables or [table for table in TABLES if table not in ROUTES], "router": router}
 
 
 DEFAULT_STATES = [
@@ -45,6 +48,9 @@ DEFAULT_STATES = [
     state(100_000, 100, 16, NEIGHBOURS),
     state(1_000, 2_000, 64, ADDRESSES),
     state(20_000, 2_000, 256, router=True),
+    state(100, 10, 16, list(ROUTES), routes=1_000),
+    state(100, 10, 16, list(ROUTES), routes=10_000),
+    state(100, 10, 16, list(ROUTES), routes=100_000),
 ]
 ALL_STATES = [state(*sizes, router=sizes == (20_000, 2_000, 256))
               for sizes in itertools.product((1_000, 20_000, 100_000), (100, 2_000), (16, 256))]
@@ -71,6 +77,8 @@ def parse(arguments):
     parser.add_argument("--all", action="store_true", help="all states")
     parser.add_argument("--sizes", metavar="NEIGHBOURS,ADDRESSES,INTERFACES", action="append", type=three_numbers,
                         help="a state of your own; may be given again")
+    parser.add_argument("--routes", metavar="NUMBER", action="append", type=int,
+                        help="so many routes instead, and their tables; may be given again")
     parser.add_argument("--tables", type=table_names, help="only these, of " + ", ".join(TABLES))
     parser.add_argument("--walks-only", action="store_true", help="no single GETs, no staleness, no idling")
     parser.add_argument("--rounds", type=int, default=3)
@@ -106,14 +114,17 @@ class Inside:
         self.about = about
         self.agents = [name for name in options.agents
                        if options.sizes or about["neighbours"] == ONLY_IN.get(name, about["neighbours"])]
+        if about["routes"] > MOST_ROUTES_BESIDE:
+            self.agents = [name for name in self.agents if name == "ipmibd"]
         self.walks = {}  # table -> way -> agent -> list
         self.memory = {agent: [] for agent in options.agents}
         self.columns = {}
 
     def run(self):
         about = self.about
-        say(f"{about['neighbours']} neighbours, {about['addresses']} addresses, {about['interfaces']} interfaces")
-        kernel_state.make(about["interfaces"], about["addresses"], about["neighbours"])
+        say(f"{about['neighbours']} neighbours, {about['addresses']} addresses, {about['interfaces']} interfaces, "
+            f"{about['routes']} routes")
+        kernel_state.make(about["interfaces"], about["addresses"], about["neighbours"], about["routes"])
         self.find_columns()
         for number in range(self.options.rounds):
             for name in self.agents:
@@ -137,7 +148,7 @@ class Inside:
         """Those that all agents serve; the floor has but one table, with the columns that ipmibd has there."""
         def served(_, measurement):
             return {table: measurement.columns(table) for table in self.about["tables"]}
-        found = [self.with_agent(name, served) for name in self.options.agents if name not in ONLY_NEIGHBOURS]
+        found = [self.with_agent(name, served) for name in self.agents if name not in ONLY_NEIGHBOURS]
         for table in self.about["tables"]:
             self.columns[table] = [column for column in found[0][table] if all(column in each[table] for each in found)]
             if not self.columns[table]:
@@ -178,6 +189,8 @@ def states_of(options):
     states = ALL_STATES if options.all else DEFAULT_STATES
     if options.sizes:
         states = [state(*sizes, router=True) for sizes in options.sizes]
+    if options.routes:
+        states = [state(100, 10, 16, list(ROUTES), routes=number) for number in options.routes]
     for about in states:
         if options.tables:
             about["tables"] = [table for table in about["tables"] if table in options.tables]

@@ -39,11 +39,19 @@ def neighbour_commands(command, first, number, interfaces=16):
                f"lladdr 02:00:00:{i >> 16 & 255:02x}:{i >> 8 & 255:02x}:{i & 255:02x} nud permanent")
 
 
+def route_commands(number):
+    """Of IPv4, by way of fifty gateways."""
+    if number > 0:
+        yield "address add 10.0.0.1/16 dev left0"
+    for i in range(number):
+        yield f"route add {20 + (i >> 16)}.{i >> 8 & 255}.{i & 255}.0/24 via 10.0.0.{2 + i % 50} proto bgp"
+
+
 def carry_out(commands):
     subprocess.run(["ip", "-batch", "-"], input="".join(line + "\n" for line in commands), text=True, check=True)
 
 
-def make(interfaces, addresses, neighbours):
+def make(interfaces, addresses, neighbours, routes=0):
     for scope in ("all", "default"):  # addresses count at once
         with open(f"/proc/sys/net/ipv6/conf/{scope}/accept_dad", "w", encoding="ascii") as file:
             file.write("0")
@@ -53,6 +61,7 @@ def make(interfaces, addresses, neighbours):
     # As if learned: not every agent lists a configured one.
     carry_out([f"route add default via fe80::1 dev {devices(interfaces)[0]} proto ra expires 36000"])
     carry_out(neighbour_commands("add", 1, neighbours, interfaces))
+    carry_out(route_commands(routes))
 
 
 def main(arguments):

@@ -16,7 +16,11 @@ TABLES = {
     "ipDefaultRouterTable": "1.3.6.1.2.1.4.37.1",
     "icmpStatsTable": "1.3.6.1.2.1.5.29.1",
     "icmpMsgStatsTable": "1.3.6.1.2.1.5.30.1",
+    "inetCidrRouteTable": "1.3.6.1.2.1.4.24.7.1",
+    "ipCidrRouteTable": "1.3.6.1.2.1.4.24.4.1",
+    "ipRouteTable": "1.3.6.1.2.1.4.21.1",
 }
+ROUTES = ("inetCidrRouteTable", "ipCidrRouteTable", "ipRouteTable")
 WAYS = {"GETNEXT": 0, "bulk 10": 10, "bulk 50": 50}
 KINDS = ("neighbour", "address", "prefix", "route", "interface")
 

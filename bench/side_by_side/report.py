@@ -30,7 +30,8 @@ def grouped(number):
 
 
 def size_of(state):
-    return f"{grouped(state['neighbours'])} / {grouped(state['addresses'])} / {state['interfaces']}"
+    size = f"{grouped(state['neighbours'])} / {grouped(state['addresses'])} / {state['interfaces']}"
+    return size + (f", {grouped(state['routes'])} routes" if state["routes"] else "")
 
 
 def machine():
@@ -97,7 +98,7 @@ def memory(results, agents):
         peaks = {agent: statistics.median(numbers) for agent, numbers in result["memory"].items() if numbers}
         cells = [f"{peaks[agent]:.1f}" if agent in peaks else "" for agent in agents]
         lines.append(row(size_of(result["state"]), *cells,
-                         *([f"{peaks['ipmibd'] / peaks['snmpd']:.2f}"] if ratio else [])))
+                         *([f"{peaks['ipmibd'] / peaks['snmpd']:.2f}" if "snmpd" in peaks else ""] if ratio else [])))
     return lines
 
 

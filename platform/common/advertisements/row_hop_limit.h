@@ -4,6 +4,11 @@
 //
 // The service is asked for both and has no argument. For a row of advertisements it is asked next after
 // ND_GetIfConfigInfo; otherwise that service is asked for a row of IPv6 interfaces, next after IP6ADDR_DRVK_GetMainLLA.
+//
+// A platform has nothing but this order to go by. The contract gives the service no argument and the platform no word
+// of the row, the table or the request; both rows ask of the same interface through the same services; and one value
+// for both would make one of the two columns wrong wherever a router advertises a hop limit other than its own. A
+// module that asks in another order gets the node's hop limit unless the last service before was ND_GetIfConfigInfo.
 #pragma once
 
 #include <cstdint>

@@ -131,15 +131,22 @@ bool Ip6LinkReader::paysToAskForAll() const
     return !askedForAll_ && wanted_ >= 2 && wantedBefore_ * linksForOne > links_ && layout_.settled();
 }
 
-// Those that run no IPv6 are not among the answers.
-void Ip6LinkReader::askForAll()
+// Those that run no IPv6 are not among the answers. Reading an answer costs about what it costs the kernel to write it:
+// those that a walk has left behind are passed over, and those behind as many as it is likely to want.
+void Ip6LinkReader::askForThoseFrom(std::uint32_t ifIndex)
 {
     RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
     request.family<ifinfomsg>().ifi_family = AF_INET6;
     askedForAll_ = true;
     ++kernelReads_;
     const auto none = [] { return std::nullopt; }; // the order of counters is known
+    std::size_t taken = wanted_ - 1;
     const int error = socket_.ask(request, [&](const nlmsghdr &message) {
+        if (taken >= wantedBefore_ || message.nlmsg_len < mnl_nlmsg_size(sizeof(ifinfomsg)) ||
+            static_cast<const ifinfomsg *>(mnl_nlmsg_get_payload(&message))->ifi_index < static_cast<int>(ifIndex)) {
+            return;
+        }
+        ++taken;
         const Ip6LinkMessage answer(message);
         const auto counters = answer.link.present ? layout_.decode(answer.array(), {none, none}) : std::nullopt;
         if (counters && !readings_.isFresh(answer.ifIndex)) { // one read is what the packet has seen
@@ -159,7 +166,7 @@ const Ip6Link *Ip6LinkReader::read(std::uint32_t ifIndex)
         ++wanted_;
     }
     if (!readings_.isFresh(ifIndex) && paysToAskForAll()) {
-        askForAll();
+        askForThoseFrom(ifIndex);
     }
     return readings_.get(ifIndex, [&](Ip6Link &link) {
         const auto answer = ask(ifIndex);

@@ -61,7 +61,7 @@ class Ip6LinkReader
   private:
     std::optional<Ip6LinkMessage> ask(std::uint32_t ifIndex);
     bool paysToAskForAll() const;
-    void askForAll();
+    void askForThoseFrom(std::uint32_t ifIndex);
     void take(const Ip6LinkMessage &answer, std::uint32_t ifIndex, Ip6Link &link);
     std::optional<Ip6Counters> countersOf(const Ip6LinkMessage &message, std::uint32_t ifIndex);
 

@@ -53,8 +53,8 @@ class RouteConsumer
 class RouteFeed : public KernelTable
 {
   public:
-    // Some 60,000 routes, which are read before anybody is answered; the others come between packets.
-    static constexpr unsigned piecesAtStart = 256;
+    // Some 15,000 routes, which are read before anybody is answered; the others come between packets.
+    static constexpr unsigned piecesAtStart = 64;
 
     // Of AF_INET or AF_INET6.
     explicit RouteFeed(std::uint8_t family) : family_(family) {}
