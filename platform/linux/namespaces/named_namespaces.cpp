@@ -89,7 +89,7 @@ void NamedNamespaces::look()
     }
     if (isUnfinished && looks_ < mostLooks) {
         ++looks_;
-        again_.arm(soonMs);
+        again_.arm(looks_ <= looksSoon ? soonMs : laterMs);
     }
 }
 

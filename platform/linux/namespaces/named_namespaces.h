@@ -34,9 +34,12 @@ class NamedNamespaces
     void takeEvents();
     void look();
 
+    // A name is there before the namespace is, which no event tells of: while the kernel takes many namespaces away, for
+    // seconds. And a name without one may be left behind for good.
     static constexpr unsigned soonMs = 20;
-    // A name is there before the namespace is, which no event tells of.
-    static constexpr unsigned mostLooks = 100;
+    static constexpr unsigned looksSoon = 100;
+    static constexpr unsigned laterMs = 1000;
+    static constexpr unsigned mostLooks = looksSoon + 600;
 
     std::string folder_;
     Descriptor events_;
