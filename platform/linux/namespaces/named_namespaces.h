@@ -34,8 +34,8 @@ class NamedNamespaces
     void takeEvents();
     void look();
 
-    // A name is there before the namespace is, which no event tells of: while the kernel takes many namespaces away, for
-    // seconds. And a name without one may be left behind for good.
+    // A name is there before the namespace is, which no event tells of: while the kernel takes many namespaces away,
+    // for seconds. And a name without one may be left behind for good.
     static constexpr unsigned soonMs = 20;
     static constexpr unsigned looksSoon = 100;
     static constexpr unsigned laterMs = 1000;
