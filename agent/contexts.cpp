@@ -72,6 +72,11 @@ void Contexts::begin(const host::Instances::Context &context)
         if (device_.systemGroup() != nullptr) {
             tables.push_back(device_.systemGroup());
         }
+        device_.instances().select(found->second.number);
+        const host::ServedTable *recorded = device_.recordedObjects();
+        if (recorded != nullptr && access_ != nullptr) { // a master has objects of its own between the tables
+            tables.push_back(recorded);
+        }
         server_.serve(tables, {name, found->second.number});
         tell(context, found->second.number);
     } catch (const std::exception &error) {

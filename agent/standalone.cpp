@@ -81,6 +81,10 @@ void serveStandalone(const Options &options)
         if (contexts.size() != 0) {
             tables.push_back(&entities.table());
         }
+        device.instances().select(host::Instances::first);
+        if (const host::ServedTable *recorded = device.recordedObjects()) {
+            tables.push_back(recorded);
+        }
         frontend.serve(tables, {});
     };
     contexts.serve(settings.notOff(device.catalogue().tables()));

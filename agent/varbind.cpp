@@ -55,6 +55,9 @@ void setValue(netsnmp_variable_list &variable, const host::Value &value)
     case ValueType::octets:
         snmp_set_var_typed_value(&variable, ASN_OCTET_STR, value.octets.data(), value.octets.size());
         break;
+    case ValueType::opaque:
+        snmp_set_var_typed_value(&variable, ASN_OPAQUE, value.octets.data(), value.octets.size());
+        break;
     case ValueType::ipAddress:
         snmp_set_var_typed_value(&variable, ASN_IPADDRESS, value.octets.data(), value.octets.size());
         break;

@@ -36,15 +36,22 @@ constexpr Usage ofWalk[] = {{"walk OBJECT", "all values below an object"}};
 constexpr Usage ofTree[] = {
     {"tree [OBJECT]", "the objects, with their types, access, and whether they are served"},
 };
+constexpr Usage ofExport[] = {{"export", "all values of the device, as lines of an snmprec file"}};
+constexpr Usage ofImport[] = {
+    {"import WALK", "a scenario of the device whose walk stands in a file: what snmpwalk -On prints, or an\n"
+                    "snmprec file; /dev/stdin for a pipe"},
+};
 constexpr Usage ofCompletion[] = {{"completion SHELL", "what makes bash, zsh or fish complete these words"}};
 
 constexpr Command table[] = {
-    {"show", "a table, once", show, Operands::views, ofShow},
-    {"watch", "rates, or what comes and goes", watch, Operands::views, ofWatch},
-    {"get", "single values", get, Operands::objects, ofGet},
-    {"walk", "all values below an object", walk, Operands::objects, ofWalk},
-    {"tree", "the objects, and which are served", drawTree, Operands::objects, ofTree},
-    {"completion", "a script for a shell", nullptr, Operands::shells, ofCompletion},
+    {"show", "a table, once", show, nullptr, Operands::views, ofShow},
+    {"watch", "rates, or what comes and goes", watch, nullptr, Operands::views, ofWatch},
+    {"get", "single values", get, nullptr, Operands::objects, ofGet},
+    {"walk", "all values below an object", walk, nullptr, Operands::objects, ofWalk},
+    {"tree", "the objects, and which are served", drawTree, nullptr, Operands::objects, ofTree},
+    {"export", "all values of the device, as a file", exportWalk, nullptr, Operands::nothing, ofExport},
+    {"import", "a scenario made of a walk", nullptr, importWalk, Operands::files, ofImport},
+    {"completion", "a script for a shell", nullptr, writeCompletionScript, Operands::shells, ofCompletion},
 };
 
 // One entry of a list: what stands on the left, and behind it, or below when it is long, what that is.

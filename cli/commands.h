@@ -21,9 +21,13 @@ int watch(LocalDevice &device, const Options &options, const Words &words);
 int get(LocalDevice &device, const Options &options, const Words &words);
 int walk(LocalDevice &device, const Options &options, const Words &words);
 int drawTree(LocalDevice &device, const Options &options, const Words &words);
+int exportWalk(LocalDevice &device, const Options &options, const Words &words);
+// These bring a device of their own, or need none.
+int importWalk(const Options &options, const Words &words);
+int writeCompletionScript(const Options &options, const Words &words);
 
 // What may stand behind a command's name.
-enum class Operands { views, objects, shells };
+enum class Operands { views, objects, shells, files, nothing };
 
 struct Usage {
     const char *synopsis;
@@ -33,7 +37,8 @@ struct Usage {
 struct Command {
     const char *name;
     const char *summary;
-    int (*run)(LocalDevice &, const Options &, const Words &); // null: it needs no device
+    int (*run)(LocalDevice &, const Options &, const Words &); // null for one that is run without the device
+    int (*runAlone)(const Options &, const Words &);
     Operands operands;
     std::span<const Usage> usages;
 };

@@ -152,6 +152,8 @@ void addFor(const Command *command, const Words &words, const Options &options, 
     const Operands operands = command == nullptr ? Operands::views : command->operands;
     if (operands == Operands::objects) {
         addObjects(options, candidates);
+    } else if (operands == Operands::files || operands == Operands::nothing) {
+        // the shells offer files by themselves
     } else if (operands == Operands::shells) {
         for (const std::string &shell : shellNames()) {
             candidates.add(shell);

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The scripts by which shells ask for candidates.
 #include "completion.h"
+
+#include "commands.h"
 #include "near_names.h"
 
 #include "host/command_line.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace ipmib::cli
 {
@@ -75,6 +78,15 @@ std::vector<std::string> shellNames()
         names.emplace_back(shell.name);
     }
     return names;
+}
+
+int writeCompletionScript(const Options &, const Words &words)
+{
+    if (words.size() != 1) {
+        throw host::UsageError("completion: name one shell, bash, zsh or fish");
+    }
+    std::fputs(completionScript(words.front()), stdout);
+    return host::exitSuccess;
 }
 
 const char *completionScript(const std::string &shell)

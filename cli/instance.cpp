@@ -34,6 +34,7 @@ Cell valueCell(const LocalDevice &device, const MibTreeNode &node, const host::V
         return numberCell(device, node, value);
     case host::ValueType::timeTicks:
         return {durationText(value.number / ticksPerSecond), value.number, {}};
+    case host::ValueType::opaque:
     case host::ValueType::octets:
         return textCell(hexText(value.octets), Tone::linkLayer);
     case host::ValueType::ipAddress:

@@ -126,6 +126,29 @@ bool LocalDevice::wait(int milliseconds)
     }
 }
 
+std::vector<const host::ServedTable *> LocalDevice::allServed()
+{
+    std::vector<const host::ServedTable *> all;
+    for (const host::ServedTable &table : tree().tables()) {
+        begin(*table.source);
+        all.push_back(&table);
+    }
+    if (device_.hasSystemGroup()) {
+        all.push_back(device_.systemGroup());
+    }
+    if (const host::ServedTable *recorded = device_.recordedObjects()) {
+        all.push_back(recorded);
+    }
+    return all;
+}
+
+void LocalDevice::reload()
+{
+    if (plugin_.platform() != nullptr && plugin_.platform()->reload != nullptr) {
+        plugin_.platform()->reload();
+    }
+}
+
 const IpmibRouteHooks *LocalDevice::routes()
 {
     const IpmibPlatformHooks *platform = plugin_.platform();

@@ -46,6 +46,11 @@ class LocalDevice
     // Lets the platform work, until so many milliseconds have passed or a signal has come; false for a signal.
     bool wait(int milliseconds);
 
+    // Its tables, its system group when it has one of its own, and recorded objects beside them. All are begun.
+    std::vector<const host::ServedTable *> allServed();
+    // Has the platform read its files again.
+    void reload();
+
     // Null when the platform knows of none.
     const IpmibRouteHooks *routes();
 

@@ -69,15 +69,6 @@ int writeHelp()
     return host::exitSuccess;
 }
 
-int writeScript(const cli::Words &words)
-{
-    if (words.size() != 1) {
-        throw host::UsageError("completion: name one shell, bash, zsh or fish");
-    }
-    std::fputs(cli::completionScript(words.front()), stdout);
-    return host::exitSuccess;
-}
-
 int run(cli::Options options)
 {
     switch (options.action) {
@@ -111,11 +102,11 @@ int run(cli::Options options)
     if (!isOfViews && (!options.sort.empty() || !options.filters.empty())) {
         throw host::UsageError("--sort and --filter are for show and watch");
     }
-    if (command->run == nullptr) {
-        return writeScript(words);
-    }
     options.plugin.pluginDirectory = host::pluginDirectoryOfProgram(IPMIB_PLUGIN_FROM_BIN);
     options.plugin.log = logLine;
+    if (command->run == nullptr) {
+        return command->runAlone(options, words);
+    }
     return runOnDevice(*command, options, words);
 }
 

@@ -3,6 +3,7 @@
 #include "catalogue.h"
 
 #include "merged_source.h"
+#include "recorded_over.h"
 #include "rest_of_table.h"
 #include "row_key.h"
 
@@ -125,10 +126,14 @@ Source *Catalogue::sourceOf(const ServedTable &table)
         made_.push_back(std::make_unique<RestOfTable>(*sources.front(), table.root.view(), rest->number, isWholeIndex));
         sources.front() = made_.back().get();
     }
-    if (sources.size() == 1) {
-        return sources.front();
+    Source *source = sources.front();
+    if (sources.size() > 1) {
+        source = made_.emplace_back(std::make_unique<MergedSource>(table.root.view(), sources)).get();
     }
-    return made_.emplace_back(std::make_unique<MergedSource>(table.root.view(), sources)).get();
+    if (contents_.platform != nullptr && contents_.platform->recorded != nullptr) {
+        source = made_.emplace_back(std::make_unique<RecordedOver>(source, *contents_.platform->recorded)).get();
+    }
+    return source;
 }
 
 const Object *Catalogue::named(std::string_view name) const

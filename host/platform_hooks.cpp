@@ -53,6 +53,10 @@ PlatformHooks::PlatformHooks(const IpmibPlatformHooks &exported)
         copy(*hooks_.instances, hooks_.instances->size, instances_);
         hooks_.instances = &instances_;
     }
+    if (hooks_.recorded != nullptr) {
+        copy(*hooks_.recorded, hooks_.recorded->size, recorded_);
+        hooks_.recorded = &recorded_;
+    }
 }
 
 } // namespace ipmib::host

@@ -23,6 +23,7 @@ class PlatformHooks
     IpmibRouteHooks routes_{};
     IpmibConnectionHooks connections_{};
     IpmibInstanceHooks instances_{};
+    IpmibRecordedHooks recorded_{};
 };
 
 } // namespace ipmib::host

@@ -22,14 +22,15 @@ enum class ValueType : std::uint8_t {
     timeTicks,
     octets,
     ipAddress,
-    objectId
+    objectId,
+    opaque
 };
 
 // A value. Octets and identifiers point into storage that stays valid until its source is used again.
 struct Value {
     ValueType type = ValueType::integer32;
     std::uint64_t number = 0;             // numbers; a negative integer32 as its 32-bit two's complement
-    std::span<const std::uint8_t> octets; // octets, and the 4 of an address
+    std::span<const std::uint8_t> octets; // octets, those of opaque values, and the 4 of an address
     std::span<const SubId> objectId;      // identifiers
 };
 

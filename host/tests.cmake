@@ -32,6 +32,7 @@ ipmib_test(host_unit_test
     hostile_module_test.cpp
     key_below_test.cpp
     message_test.cpp
+    recorded_over_test.cpp
     registry_test.cpp
     resolver_test.cpp
     row_cursors_test.cpp

@@ -2,6 +2,8 @@
 // Which sources there are, in which order, and what is known of their tables beside other agents.
 #include "tables/served_device.h"
 
+#include "host/recorded_over.h"
+
 namespace ipmib::tables
 {
 namespace
@@ -139,6 +141,16 @@ ServedDevice::ServedDevice(host::Plugin &plugin)
         const host::Oid node{1, 3, 6, 1, 2, 1, 1};
         systemGroup_ = {"system", node, node, node, systemSource_->objects(), systemSource_.get()};
     }
+    if (plugin.platform() != nullptr && plugin.platform()->recorded != nullptr) {
+        const IpmibRecordedHooks &recorded = *plugin.platform()->recorded;
+        if (systemSource_ != nullptr) {
+            recordedOverSystem_ = std::make_unique<host::RecordedOver>(systemSource_.get(), recorded);
+            systemGroup_.source = recordedOverSystem_.get();
+        }
+        const host::Oid node{1, 3, 6, 1};
+        recordedSource_ = std::make_unique<host::RecordedOver>(nullptr, recorded);
+        recordedObjects_ = {"recorded objects", node, node, node, {}, recordedSource_.get()};
+    }
     if (const auto own = ownUpTimeMs()) {
         upTime_.isDevices(*own);
     }
@@ -157,6 +169,12 @@ std::optional<std::uint64_t> ServedDevice::ownUpTimeMs() const
         return std::nullopt;
     }
     return platform->uptime_ms();
+}
+
+const host::ServedTable *ServedDevice::recordedObjects() const
+{
+    const bool hasAny = recordedSource_ != nullptr && catalogue_.platform()->recorded->any() != 0;
+    return hasAny ? &recordedObjects_ : nullptr;
 }
 
 bool ServedDevice::hasSystemGroup() const

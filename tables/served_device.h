@@ -31,6 +31,8 @@ class ServedDevice
     const host::ServedTable *systemGroup() const { return systemGroup_.source == nullptr ? nullptr : &systemGroup_; }
     // Whether the instance that is selected does.
     bool hasSystemGroup() const;
+    // Objects outside of all tables that the selected instance answers as they were recorded; null when it has none.
+    const host::ServedTable *recordedObjects() const;
     // The time since boot, or since the boot of a device with a clock of its own, unless whoever serves it says when
     // sysUpTime was 0.
     host::SysUpTime &sysUpTime() { return upTime_; }
@@ -47,7 +49,10 @@ class ServedDevice
     std::vector<SourcePointer> own_;
     host::Catalogue catalogue_;
     SourcePointer systemSource_;
+    SourcePointer recordedOverSystem_;
+    SourcePointer recordedSource_;
     host::ServedTable systemGroup_;
+    host::ServedTable recordedObjects_;
     host::Instances instances_{catalogue_, upTime_};
 };
 

@@ -9,6 +9,7 @@
 #include <ipmib/platform_interfaces.h>
 #include <ipmib/platform_ip.h>
 #include <ipmib/platform_ipv4.h>
+#include <ipmib/platform_recorded.h>
 #include <ipmib/platform_routes.h>
 
 #include <stddef.h>
@@ -145,6 +146,8 @@ typedef struct IpmibPlatformHooks {
     int (*system)(IpmibSystem *system);
     /* The tables of TCP connections and UDP endpoints; null when the platform leaves those to somebody else. */
     const IpmibConnectionHooks *connections;
+    /* What the device answers as it was recorded; null for a platform that has no such thing. */
+    const IpmibRecordedHooks *recorded;
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

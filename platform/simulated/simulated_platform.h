@@ -70,6 +70,7 @@ class SimulatedPlatform
     IpRows &ip() { return ip_; }
     RouteRows &routes() { return routes_; }
     ConnectionRows &connections() { return connections_; }
+    const Recorded &recorded() const { return device_.recorded; }
     void onLinkChange(IpmibLinkChanged changed, void *context) { linkClock_.listen(changed, context, now()); }
     // Times in rows are values of this, unless sysUpTime is somebody else's.
     void uptimeBegan(std::uint64_t monotonicMs);

@@ -71,8 +71,8 @@ concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibI
 // One with startAnother(const std::string &argument, Platform &another) has instances: the one that `start` began fills
 // another one there, and answers as start does. It also has findContext(std::size_t place, IpmibContext &context),
 // contextsChanged() and followContexts(const char *argument), which answers as start does, and maybe
-// contextAddress(std::size_t place). One that has a system group
-// has findSystem(IpmibSystem &system).
+// contextAddress(std::size_t place). One that has a system group has findSystem(IpmibSystem &system), and one with
+// recorded objects recorded(), with a member for each function of IpmibRecordedHooks.
 template <class Platform>
 concept HookedPlatform = HasInterfaces<Platform> && HasIpv4<Platform> && std::default_initializable<Platform> &&
     requires(Platform &platform, const IpmibPlatformOption &option)
@@ -121,7 +121,8 @@ class Hooks
                 onLinkChange(),
                 instanceHooks(),
                 systemHook(),
-                connectionHooks()};
+                connectionHooks(),
+                recordedHooks()};
     }
 
   private:
@@ -255,6 +256,15 @@ class Hooks
         }
     }
 
+    static constexpr const IpmibRecordedHooks *recordedHooks()
+    {
+        if constexpr (requires(Platform & platform) { platform.recorded(); }) {
+            return &RecordedRecord<Platform>::hooks;
+        } else {
+            return nullptr;
+        }
+    }
+
     // A template of its own, of which nothing is looked at for a platform without ip().
     template <class WithIp>
     struct IpRecord {
@@ -311,6 +321,17 @@ class Hooks
             hookCall<rows, &Connections::areRead>,
             hookCall<rows, &Connections::find>,
             hookCall<rows, &Connections::next>,
+        };
+    };
+
+    // Likewise.
+    template <class WithRecorded>
+    struct RecordedRecord {
+        using Recorded = std::remove_reference_t<decltype(std::declval<WithRecorded &>().recorded())>;
+        static Recorded *objects() { return running() != nullptr ? &running()->recorded() : nullptr; }
+        static constexpr IpmibRecordedHooks hooks = {
+            sizeof(IpmibRecordedHooks),         hookCall<objects, &Recorded::any>,   hookCall<objects, &Recorded::find>,
+            hookCall<objects, &Recorded::next>, hookCall<objects, &Recorded::lacks>,
         };
     };
 

@@ -5,6 +5,7 @@
 #include "connection_table.h"
 #include "device/failures.h"
 #include "device/interface.h"
+#include "device/recorded.h"
 #include "device/routes.h"
 #include "device/rows.h"
 #include "interface_list.h"
@@ -52,6 +53,7 @@ class Device
     Failures failures;
     Routes routes;
     platform::ConnectionTable connections[IPMIB_CONNECTION_TABLES];
+    Recorded recorded;
 
     // Null when its ifIndex or its name is taken. The pointer is good until the next one is added.
     Interface *add(Interface interface);

@@ -78,6 +78,7 @@ IpmibInterfaceTraffic Interface::traffic(Time time) const
          value[IPMIB_IP_IN_DISCARDS]);
     fill(traffic.out, value[IPMIB_IP_OUT_OCTETS], value[IPMIB_IP_OUT_TRANSMITS], value[IPMIB_IP_OUT_MCAST_PKTS],
          value[IPMIB_IP_OUT_DISCARDS]);
+    linkCounters.setIn(traffic, runningTime(time));
     return traffic;
 }
 

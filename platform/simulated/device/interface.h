@@ -3,6 +3,7 @@
 #pragma once
 
 #include "device/counters.h"
+#include "device/link_counters.h"
 #include "device/rows.h"
 
 #include <ipmib/platform_interfaces.h>
@@ -48,11 +49,13 @@ struct Interface {
     std::optional<Advertisement> advertisement;
     CounterSet<IpmibIpCounters> ip6Counters;
     CounterSet<IpmibIpCounters> ip4Counters;
+    CounterSet<IpmibInterfaceTraffic> linkCounters; // the others follow from those of IP
 
     bool exists(Time time) const { return !outagesRemove || !outages.covers(time); }
     bool runs(Time time) const { return !outages.covers(time); }
     Time runningTime(Time time) const { return time - outages.coveredBefore(time); }
-    // As the interface tables show it. They know of IP alone here: frames are the datagrams of both versions.
+    // As the interface tables show it. Frames are the datagrams of both versions of IP, where nothing
+    // else is said of the link.
     IpmibInterface row(Time time) const;
     IpmibInterfaceTraffic traffic(Time time) const;
     // Of one version of IP.

@@ -46,6 +46,9 @@ void readIpv4Of(Object &object, Interface &interface, Device &device);
 // Of the device: "forwarding", "defaultTtl", "reasmTimeout".
 void readIpv4Settings(const Value &value, IpmibIpSettings &settings);
 
+// Of the device: "objects" and "lacking".
+void readRecorded(Object &object, Recorded &recorded);
+
 // A list of routes; the device has all its interfaces.
 void readRoutes(const Value &value, Device &device);
 

@@ -125,6 +125,9 @@ void readCounters(Object &object, Interface &interface)
     if (const auto ip4 = versions.find("ipv4")) {
         interface.ip4Counters = CounterSet<IpmibIpCounters>::read(*ip4);
     }
+    if (const auto link = versions.find("link")) {
+        interface.linkCounters = CounterSet<IpmibInterfaceTraffic>::read(*link);
+    }
     versions.finish();
 }
 

@@ -176,6 +176,7 @@ Device readDevice(const Value &value, std::uint32_t moreSeed, const std::string 
     if (const auto failures = object.find("failures")) {
         failures->each([&device](const Value &failure) { readFailure(failure, device); });
     }
+    readRecorded(object, device.recorded);
     object.finish();
     return device;
 }
