@@ -159,6 +159,8 @@ OrderedJson modelOf(const Recording &walk, const ObjectTree &tree)
     ModelledInterfaces interfaces = modelledInterfaces(walk);
     addAddresses(walk, interfaces);
     addNeighbours(walk, interfaces);
+    addPrefixes(walk, interfaces);
+    addRouters(walk, interfaces);
     addInterfaceCounters(walk, tree, interfaces);
     for (auto &[ifIndex, interface] : interfaces) {
         scenario["interfaces"].push_back(std::move(interface));

@@ -24,6 +24,8 @@ ModelledInterfaces modelledInterfaces(const Recording &walk);
 // What runs over them: addresses and neighbours, prefixes and routers. Adds to the interfaces.
 void addAddresses(const Recording &walk, ModelledInterfaces &interfaces);
 void addNeighbours(const Recording &walk, ModelledInterfaces &interfaces);
+void addPrefixes(const Recording &walk, ModelledInterfaces &interfaces);
+void addRouters(const Recording &walk, ModelledInterfaces &interfaces);
 // Counters of the interfaces, and of the system as "system" has them.
 void addInterfaceCounters(const Recording &walk, const ObjectTree &tree, ModelledInterfaces &interfaces);
 void addSystemCounters(const Recording &walk, const ObjectTree &tree, OrderedJson &system);

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Addresses and neighbours of both versions of IP, from the newer tables or from those of IPv4 alone.
-#include "walks/model.h"
+#include "walks/model_parts.h"
 
-#include <arpa/inet.h>
-
-#include <algorithm>
 #include <set>
 
 namespace ipmib::cli
@@ -17,88 +14,13 @@ const Identifier ipNetToMediaEntry{1, 3, 6, 1, 2, 1, 4, 22, 1};
 const Identifier ipAddressEntry{1, 3, 6, 1, 2, 1, 4, 34, 1};
 const Identifier ipNetToPhysicalEntry{1, 3, 6, 1, 2, 1, 4, 35, 1};
 
-constexpr std::uint32_t ipv4 = 1;
-constexpr std::uint32_t ipv6 = 2;
-constexpr std::uint32_t ipv6WithZone = 4;
-constexpr std::size_t ipv4Size = 4;
-constexpr std::size_t ipv6Size = 16;
-constexpr std::size_t zoneSize = 4;
 constexpr std::uint64_t ticksPerSecond = 100;
 
-struct Word {
-    std::uint64_t code;
-    const char *text;
-};
 constexpr Word origins[] = {{1, "other"}, {2, "manual"}, {4, "dhcp"}, {5, "linklayer"}, {6, "random"}};
 constexpr Word statuses[] = {{1, "preferred"}, {2, "deprecated"}, {6, "tentative"}, {7, "duplicate"}};
 constexpr Word neighbourTypes[] = {{2, "invalid"}, {3, "dynamic"}, {4, "static"}, {5, "local"}};
 constexpr Word neighbourStates[] = {{1, "reachable"}, {2, "stale"},   {3, "delay"},     {4, "probe"},
                                     {5, "invalid"},   {6, "unknown"}, {7, "incomplete"}};
-
-template <std::size_t count>
-void putWord(OrderedJson &object, const char *name, const std::optional<std::uint64_t> &code,
-             const Word (&words)[count])
-{
-    for (const Word &word : words) {
-        if (code && word.code == *code) {
-            object[name] = word.text;
-        }
-    }
-}
-
-struct Address {
-    std::uint32_t version = 0;
-    std::string octets; // without a zone
-
-    std::string text() const
-    {
-        char text[INET6_ADDRSTRLEN] = "";
-        inet_ntop(version == ipv4 ? AF_INET : AF_INET6, octets.data(), text, sizeof text);
-        return text;
-    }
-    bool isUnicast() const
-    {
-        const auto first = static_cast<unsigned char>(octets.front());
-        const bool isAny = std::ranges::all_of(octets, [](char octet) { return octet == 0; });
-        return !isAny && (version == ipv4 ? first < 224 && first != 0 : first != 0xFF);
-    }
-};
-
-std::optional<std::string> octetsOf(const Identifier &ids, std::size_t begin, std::size_t count)
-{
-    std::string octets;
-    for (std::size_t i = begin; i < begin + count; ++i) {
-        if (i >= ids.size() || ids[i] > UINT8_MAX) {
-            return std::nullopt;
-        }
-        octets += static_cast<char>(ids[i]);
-    }
-    return octets;
-}
-
-// InetAddressType and InetAddress, at the end of an index.
-std::optional<Address> inetAddress(const Identifier &index, std::size_t begin)
-{
-    if (index.size() < begin + 2) {
-        return std::nullopt;
-    }
-    const std::uint32_t type = index[begin];
-    const std::uint32_t size = index[begin + 1];
-    const std::size_t expected = type == ipv4 ? ipv4Size : type == ipv6 ? ipv6Size : ipv6Size + zoneSize;
-    if ((type != ipv4 && type != ipv6 && type != ipv6WithZone) || size != expected ||
-        index.size() != begin + 2 + size) {
-        return std::nullopt;
-    }
-    const auto octets = octetsOf(index, begin + 2, type == ipv4 ? ipv4Size : ipv6Size);
-    return octets ? std::optional(Address{type == ipv4 ? ipv4 : ipv6, *octets}) : std::nullopt;
-}
-
-OrderedJson *interfaceOf(ModelledInterfaces &interfaces, std::optional<std::uint64_t> ifIndex, std::uint32_t version)
-{
-    const auto found = ifIndex ? interfaces.find(static_cast<std::uint32_t>(*ifIndex)) : interfaces.end();
-    const bool hasVersion = found != interfaces.end() && (version == ipv4 || !found->second.contains("ipv6"));
-    return hasVersion ? &found->second : nullptr;
-}
 
 // Members of seconds since boot; those of the start are left out.
 void putMoment(OrderedJson &object, const char *name, const std::optional<std::uint64_t> &ticks)
@@ -123,11 +45,6 @@ void addAddress(const Address &address, const WalkRow &row, std::uint32_t length
         entry["anycast"] = true;
     }
     interface[address.version == ipv4 ? "ipv4Addresses" : "addresses"].push_back(entry);
-}
-
-bool isLinkLocal(const Address &address)
-{
-    return address.version == ipv6 && address.octets[0] == '\xFE' && (address.octets[1] & '\xC0') == '\x80';
 }
 
 // The length of a prefix is the last number of the pointer to it.
@@ -182,8 +99,8 @@ void addAddresses(const Recording &walk, ModelledInterfaces &interfaces)
         const auto ifIndex = row.number(3);
         OrderedJson *interface = address ? interfaceOf(interfaces, ifIndex, address->version) : nullptr;
         if (interface == nullptr || !address->isUnicast() || row.number(4) == broadcast ||
-            (isLinkLocal(*address) && !withLinkLocal.insert(*ifIndex).second) ||
-            (!isLinkLocal(*address) && !known.insert(address->octets).second)) {
+            (address->isLinkLocal() && !withLinkLocal.insert(*ifIndex).second) ||
+            (!address->isLinkLocal() && !known.insert(address->octets).second)) {
             continue;
         }
         addAddress(*address, row, prefixLength(row, *address), *interface);

@@ -14,6 +14,8 @@ const Identifier ifEntry{1, 3, 6, 1, 2, 1, 2, 2, 1};
 const Identifier ifXEntry{1, 3, 6, 1, 2, 1, 31, 1, 1, 1};
 const Identifier systemStatsEntry{1, 3, 6, 1, 2, 1, 4, 31, 1, 1};
 const Identifier ifStatsEntry{1, 3, 6, 1, 2, 1, 4, 31, 3, 1};
+const Identifier icmpStatsEntry{1, 3, 6, 1, 2, 1, 5, 29, 1};
+const Identifier icmpMsgStatsEntry{1, 3, 6, 1, 2, 1, 5, 30, 1};
 const Identifier tcpGroup{1, 3, 6, 1, 2, 1, 6};
 const Identifier udpGroup{1, 3, 6, 1, 2, 1, 7};
 
@@ -36,6 +38,9 @@ constexpr Counter ofTcp[] = {{"activeOpens", 5},  {"passiveOpens", 6}, {"attempt
                              {"estabResets", 8},  {"inSegs", 10, 17},  {"outSegs", 11, 18},
                              {"retransSegs", 12}, {"inErrs", 14},      {"outRsts", 15}};
 constexpr Counter ofUdp[] = {{"inDatagrams", 1, 8}, {"noPorts", 2}, {"inErrors", 3}, {"outDatagrams", 4, 9}};
+
+constexpr Counter ofIcmp[] = {{"inMsgs", 2}, {"inErrors", 3}, {"outMsgs", 4}};
+constexpr Counter ofIcmpTypes[] = {{"in", 3}, {"out", 4}};
 
 std::optional<std::uint64_t> valueOf(const WalkRow &row, const WalkRow &wide, const Counter &counter)
 {
@@ -126,6 +131,19 @@ void addSystemCounters(const Recording &walk, const ObjectTree &tree, OrderedJso
     for (const auto &[version, name] : {std::pair(ipv6, "ipv6"), std::pair(ipv4, "ipv4")}) {
         if (const auto row = rows.find({version}); row != rows.end()) {
             putGroup(system, name, ipCounters(row->second, systemStatsEntry, tree));
+        }
+    }
+    const WalkRows messages = rowsBelow(walk, icmpMsgStatsEntry);
+    for (const auto &[index, row] : rowsBelow(walk, icmpStatsEntry)) {
+        OrderedJson icmp = OrderedJson::object();
+        putCounters(row, row, ofIcmp, icmp);
+        for (const auto &[place, type] : messages) {
+            if (place.size() == 2 && place.front() == index.front() && place.back() <= UINT8_MAX) {
+                putCounters(type, type, ofIcmpTypes, icmp["types"][std::to_string(place.back())]);
+            }
+        }
+        if (index == Identifier{ipv4} || index == Identifier{ipv6}) {
+            putGroup(system, index.front() == ipv4 ? "ipv4Icmp" : "icmp", icmp);
         }
     }
     const WalkRow tcp = scalarsBelow(walk, tcpGroup);
