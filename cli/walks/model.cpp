@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The device as a whole and its interfaces.
-#include "walks/model.h"
+#include "walks/model_parts.h"
 
 #include <algorithm>
 #include <set>
@@ -19,6 +19,9 @@ constexpr std::uint64_t ticksPerSecond = 100;
 constexpr std::uint64_t perMegabit = 1'000'000;
 constexpr std::uint64_t highestSpeed = 1'000'000; // Mbit/s
 constexpr std::uint64_t up = 1;
+constexpr std::uint64_t isTrue = 1; // TruthValue
+constexpr Word downStatuses[] = {
+    {3, "testing"}, {4, "unknown"}, {5, "dormant"}, {6, "notPresent"}, {7, "lowerLayerDown"}};
 
 template <class Value>
 void put(OrderedJson &object, const char *name, const std::optional<Value> &value)
@@ -81,8 +84,10 @@ void putSpeed(OrderedJson &interface, const WalkRow &row, const WalkRow &more)
     const auto inBits = row.number(5);
     if (inMegabits && *inMegabits != 0 && *inMegabits <= highestSpeed) {
         interface["speed"] = *inMegabits;
-    } else if (inBits) {
+    } else if (inBits && *inBits % perMegabit == 0) {
         interface["speed"] = *inBits / perMegabit;
+    } else if (inBits) {
+        interface["speed"] = static_cast<double>(*inBits) / perMegabit;
     }
 }
 
@@ -110,6 +115,13 @@ OrderedJson modelledInterface(std::uint32_t ifIndex, const WalkRow &row, const W
         interface["up"] = false;
     } else if (const auto oper = row.number(8); oper && *oper != up) {
         interface["down"] = OrderedJson::array({OrderedJson::object({{"from", 0}})});
+    }
+    putWord(interface, "downStatus", row.number(8), downStatuses);
+    if (more.number(16) == isTrue) {
+        interface["promiscuous"] = true;
+    }
+    if (const auto connector = more.number(17); connector && *connector != isTrue) {
+        interface["connector"] = false;
     }
     return interface;
 }

@@ -48,9 +48,10 @@ IpmibInterface Interface::row(Time time) const
     row.type = type;
     row.mtu = mtu;
     row.admin_status = enabled ? IPMIB_ADMIN_UP : IPMIB_ADMIN_DOWN;
-    row.oper_status = runs(time) ? IPMIB_OPER_UP : IPMIB_OPER_DOWN;
+    row.oper_status = runs(time) ? std::uint32_t{IPMIB_OPER_UP} : downStatus;
     row.speed = speed;
-    row.connector = 1;
+    row.promiscuous = promiscuous ? 1 : 0;
+    row.connector = connector ? 1 : 0;
     if (mac) {
         row.address_size = static_cast<std::uint8_t>(mac->size());
         std::memcpy(row.address, mac->data(), mac->size());

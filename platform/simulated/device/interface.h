@@ -38,6 +38,9 @@ struct Interface {
     std::vector<std::uint32_t> runsOver; // ifIndexes, ascending
     std::vector<std::uint32_t> carries;  // those that run over it
     bool enabled = true;                 // by the administrator
+    bool promiscuous = false;
+    bool connector = true;                      // it is hardware
+    std::uint32_t downStatus = IPMIB_OPER_DOWN; // while it does not run
     bool ip6 = true;
     bool ip4 = true;
     std::uint32_t reachableMs = 30'000;

@@ -7,6 +7,7 @@
 #include <ipmib/records.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace ipmib::simulated
 {
@@ -17,13 +18,19 @@ constexpr Word types[] = {
     {"ethernet", 6}, {"other", 1}, {"ppp", 23}, {"serial", 22}, {"slip", 28}, {"wifi", 71},
 };
 constexpr std::uint32_t usual = 6;
+constexpr Word downStatuses[] = {{"down", IPMIB_OPER_DOWN},
+                                 {"testing", IPMIB_OPER_TESTING},
+                                 {"unknown", IPMIB_OPER_UNKNOWN},
+                                 {"dormant", IPMIB_OPER_DORMANT},
+                                 {"notPresent", IPMIB_OPER_NOT_PRESENT},
+                                 {"lowerLayerDown", IPMIB_OPER_LOWER_LAYER_DOWN}};
 
 constexpr std::uint32_t smallestMtu = 68; // of IPv4
 constexpr std::uint32_t smallestIp6Mtu = 1280;
 constexpr std::uint32_t largestMtu = 65535;
 constexpr std::size_t longestAlias = 64;
-constexpr std::uint32_t highestSpeed = 1'000'000; // Mbit/s
-constexpr std::uint64_t perMegabit = 1'000'000;
+constexpr double highestSpeed = 1e6; // Mbit/s
+constexpr double perMegabit = 1e6;
 constexpr std::uint32_t longestReachableMs = 3'600'000;
 
 // RFC 4861, 6.2.1
@@ -187,11 +194,14 @@ void readInterface(const Value &value, Device &device)
         }
     }
     if (const auto speed = object.find("speed")) {
-        basics.speed = speed->number(0, highestSpeed) * perMegabit;
+        basics.speed = static_cast<std::uint64_t>(std::llround(speed->real(0, highestSpeed) * perMegabit));
     }
     if (const auto mac = object.find("mac")) {
         basics.mac = readMac(*mac);
     }
+    basics.promiscuous = object.boolean("promiscuous", false);
+    basics.connector = object.boolean("connector", true);
+    basics.downStatus = object.word("downStatus", basics.downStatus, downStatuses);
     readLinks(object, basics, device);
     readOutages(object, basics);
     readCounters(object, basics);
