@@ -159,14 +159,14 @@ OrderedJson modelOf(const Recording &walk, const ObjectTree &tree)
     }
     const WalkRow ip = scalarsBelow(walk, ipGroup);
     put(scenario, "hopLimit", within(ip.number(26), 0, 255));
-    OrderedJson ipv4 = OrderedJson::object();
+    OrderedJson settings = OrderedJson::object();
     if (const auto forwarding = ip.number(1)) {
-        ipv4["forwarding"] = *forwarding == 1;
+        settings["forwarding"] = *forwarding == 1;
     }
-    put(ipv4, "defaultTtl", within(ip.number(2), 1, 255));
-    put(ipv4, "reasmTimeout", within(ip.number(13), 0, INT32_MAX));
-    if (!ipv4.empty()) {
-        scenario["ipv4"] = ipv4;
+    put(settings, "defaultTtl", within(ip.number(2), 1, 255));
+    put(settings, "reasmTimeout", within(ip.number(13), 0, INT32_MAX));
+    if (!settings.empty()) {
+        scenario["ipv4"] = settings;
     }
     ModelledInterfaces interfaces = modelledInterfaces(walk);
     addAddresses(walk, interfaces);
