@@ -74,7 +74,7 @@ void Contexts::begin(const host::Instances::Context &context)
         }
         device_.instances().select(found->second.number);
         const host::ServedTable *recorded = device_.recordedObjects();
-        if (recorded != nullptr && access_ != nullptr) { // a master has objects of its own between the tables
+        if (recorded != nullptr && beside_.access != nullptr) { // a master has objects of its own between the tables
             tables.push_back(recorded);
         }
         server_.serve(tables, {name, found->second.number});
