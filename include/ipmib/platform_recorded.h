@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
 /* Objects that a device answers for as they were once recorded, in the place of what is calculated for them or beside
- * it: those of MIBs that nobody here knows, and values that a model of the device does not have. Only a simulated device
- * has any. The module never sees this. */
+ * it: those of MIBs that nobody here knows, and values that a model of the device does not have. Only a simulated
+ * device has any. The module never sees this. */
 #ifndef IPMIB_PLATFORM_RECORDED_H
 #define IPMIB_PLATFORM_RECORDED_H
 
@@ -45,8 +45,8 @@ typedef struct IpmibRecordedHooks {
      * this name, and the first one behind it. */
     int (*find)(const uint32_t *name, size_t length, IpmibRecordedObject *object);
     int (*next)(const uint32_t *name, size_t length, IpmibRecordedObject *object);
-    /* The device lacks whatever lies below certain identifiers, but for recorded objects. Answers with the length of the
-     * one that this name begins with, and with 0 when it begins with none. */
+    /* The device lacks whatever lies below certain identifiers, but for recorded objects. Answers with the length of
+     * the one that this name begins with, and with 0 when it begins with none. */
     size_t (*lacks)(const uint32_t *name, size_t length);
 } IpmibRecordedHooks;
 
