@@ -15,7 +15,7 @@ def words(schema):
         return set()
     found = set(schema.get("properties", {}))
     # The names of services are those of a header that the page names.
-    found |= {word for word in schema.get("enum", []) if not re.match("[A-Z0-9]+_|IP6", str(word))}
+    found |= {str(word) for word in schema.get("enum", []) if not re.match("[A-Z0-9]+_|IP6", str(word))}
     return found.union(*map(words, schema.values()))
 
 
