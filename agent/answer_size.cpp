@@ -4,6 +4,8 @@
 
 #include "answer_size.h"
 
+#include "answer_faults.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -125,6 +127,9 @@ int buildMessage(netsnmp_session *session, netsnmp_pdu *message, u_char **octets
                  std::size_t *length)
 {
     const Buffer buffer{octets, size, length};
+    if (AnswerFaults *const faults = AnswerFaults::inForce()) {
+        faults->spoil(*message, asked);
+    }
     if ((message->flags & contextIsImplied) != 0) {
         message->contextNameLen = 0;
     }

@@ -38,6 +38,34 @@ void Contexts::serve(const std::vector<const host::ServedTable *> &tables)
     }
 }
 
+std::optional<std::size_t> Contexts::instanceOf(const std::string &context) const
+{
+    if (context.empty()) {
+        return host::Instances::first;
+    }
+    const auto found = instances_.find(context);
+    return found == instances_.end() ? std::nullopt : std::optional(found->second.number);
+}
+
+std::vector<Contexts::Numbered> Contexts::matching(const std::string &name) const
+{
+    if (!name.ends_with('*')) {
+        const auto instance = instanceOf(name);
+        return instance ? std::vector<Numbered>{{name, *instance}} : std::vector<Numbered>{};
+    }
+    const std::string beginning = name.substr(0, name.size() - 1);
+    std::vector<Numbered> all;
+    if (beginning.empty()) {
+        all.emplace_back("", host::Instances::first);
+    }
+    for (const auto &[context, instance] : instances_) {
+        if (context.starts_with(beginning)) {
+            all.emplace_back(context, instance.number);
+        }
+    }
+    return all;
+}
+
 std::map<std::string, host::Instances::Context> Contexts::wanted()
 {
     const IpmibPlatformHooks *platform = device_.catalogue().platform();

@@ -12,7 +12,9 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ipmib::agent
@@ -43,6 +45,12 @@ class Contexts
     void reload();
 
     std::size_t size() const { return instances_.size(); }
+
+    // The instance behind a context, also behind the one without a name.
+    std::optional<std::size_t> instanceOf(const std::string &context) const;
+    // All that a name stands for, with the instances: one context, or with a `*` at its end all that begin so.
+    using Numbered = std::pair<std::string, std::size_t>;
+    std::vector<Numbered> matching(const std::string &name) const;
 
   private:
     struct Instance {

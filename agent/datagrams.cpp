@@ -3,6 +3,8 @@
 
 #include "datagrams.h"
 
+#include "answer_faults.h"
+
 #include <net-snmp/library/snmpUDPDomain.h>
 #include <net-snmp/library/snmpUDPIPv6Domain.h>
 
@@ -115,8 +117,19 @@ bool Datagrams::packetBegins()
     return true;
 }
 
-// The library would write a line for each variable of an answer that was not sent.
 int Datagrams::send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
+{
+    if (AnswerFaults *const faults = AnswerFaults::inForce()) {
+        const bool isPlain = all().receiveOfLibrary_.contains(transport->domain);
+        faults->send(*transport, {buffer, size, opaque, length}, sendNow,
+                     isPlain ? AnswerFaults::Patience::asLongAsItTakes : AnswerFaults::Patience::none);
+        return size;
+    }
+    return sendNow(transport, buffer, size, opaque, length);
+}
+
+// The library would write a line for each variable of an answer that was not sent.
+int Datagrams::sendNow(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
 {
     if (all().sendOfLibrary_.at(transport->domain)(transport, buffer, size, opaque, length) < 0) {
         snmp_log(LOG_NOTICE, "an answer cannot be sent: %s\n", std::generic_category().message(errno).c_str());

@@ -47,6 +47,7 @@ class Datagrams
     // In the place of the library's, with its arguments and results.
     static int receive(netsnmp_transport *transport, void *buffer, int size, void **opaque, int *length);
     static int send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length);
+    static int sendNow(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length);
 
     void takeOut(netsnmp_transport &transport, std::deque<Datagram> &waiting);
 

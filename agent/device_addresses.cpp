@@ -3,6 +3,8 @@
 
 #include "device_addresses.h"
 
+#include "answer_faults.h"
+
 #include "datagrams.h"
 
 #include <net-snmp/library/snmpUDPDomain.h>
@@ -211,7 +213,16 @@ const DeviceAddresses::Socket *DeviceAddresses::socketOf(const void *opaque, int
     return place < sockets.size() && sockets[place].transport != nullptr ? &sockets[place] : nullptr;
 }
 
-int DeviceAddresses::send(netsnmp_transport *, const void *buffer, int size, void **opaque, int *length)
+int DeviceAddresses::send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
+{
+    if (AnswerFaults *const faults = AnswerFaults::inForce()) {
+        faults->send(*transport, {buffer, size, opaque, length}, sendNow, AnswerFaults::Patience::asLongAsItTakes);
+        return size;
+    }
+    return sendNow(transport, buffer, size, opaque, length);
+}
+
+int DeviceAddresses::sendNow(netsnmp_transport *, const void *buffer, int size, void **opaque, int *length)
 {
     const Socket *const socket = socketOf(*opaque, *length);
     if (socket == nullptr) {

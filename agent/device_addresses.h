@@ -44,6 +44,7 @@ class DeviceAddresses
     // In the place of the library's, with its arguments and results.
     static int receive(netsnmp_transport *transport, void *buffer, int size, void **opaque, int *length);
     static int send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length);
+    static int sendNow(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length);
     static int closeAll(netsnmp_transport *transport);
 
     netsnmp_transport &transportFor(const netsnmp_transport &own);

@@ -27,6 +27,8 @@ Serves the IP-MIB over SNMP.
       --check            read the configuration, print who serves which table, and exit: with 1 when something is wrong
       --ask "WORDS"      with --check and -x: ask the agent, too, and print how many instances of each table would be
                          gained and lost if it were ours; the words are those of snmpwalk: -v2c -c public localhost
+      --device-socket PATH
+                         listen on a local socket for `ipmibctl set-device`, which changes a simulated device
       --platform NAME[:ARGUMENT]
                          where the facts come from (default: linux)
       --module PATH      the module to load (default: the one that ipmibd came with)
@@ -48,13 +50,14 @@ Lines of the configuration that say who serves a table, or all others:
 namespace
 {
 
-enum { checkOption = host::firstProgramOption, askOption };
+enum { checkOption = host::firstProgramOption, askOption, deviceSocketOption };
 
 constexpr option longOptions[] = {
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, 'v'},
     {"check", no_argument, nullptr, checkOption},
     {"ask", required_argument, nullptr, askOption},
+    {"device-socket", required_argument, nullptr, deviceSocketOption},
     host::pluginOptions[0],
     host::pluginOptions[1],
     {nullptr, 0, nullptr, 0},
@@ -140,6 +143,9 @@ Options parseOptions(int argc, char *const *argv)
         case askOption:
             options.ask = optarg;
             break;
+        case deviceSocketOption:
+            options.deviceSocket = optarg;
+            break;
         case 'h':
             options.action = Options::Action::help;
             return options;
@@ -155,6 +161,9 @@ Options parseOptions(int argc, char *const *argv)
     }
     if (!options.master.empty() && !options.listenOn.empty()) {
         throw host::UsageError("with -x there is nothing to listen on: " + options.listenOn.front());
+    }
+    if (!options.master.empty() && !options.deviceSocket.empty()) {
+        throw host::UsageError("--device-socket goes without -x");
     }
     if (!options.ask.empty() && (options.action != Options::Action::check || options.master.empty())) {
         throw host::UsageError("--ask goes with --check and -x");

@@ -22,6 +22,7 @@ struct Options {
     std::string pidFile;               // -p
     std::string master;                // -x
     std::string ask;                   // --ask
+    std::string deviceSocket;          // --device-socket
     std::vector<std::string> listenOn; // the arguments
     host::PluginOptions plugin;
 };

@@ -4,9 +4,11 @@
 #include "run_modes.h"
 
 #include "agentx_master.h"
+#include "answer_faults.h"
 #include "contexts.h"
 #include "detachment.h"
 #include "device_addresses.h"
+#include "device_socket.h"
 #include "ended_at_once.h"
 #include "event_loop.h"
 #include "frontend.h"
@@ -26,6 +28,8 @@
 
 #include "tables/served_device.h"
 
+#include <net-snmp/library/lcd_time.h>
+
 #include <optional>
 
 namespace ipmib::agent
@@ -44,6 +48,36 @@ void shareUpTime(tables::ServedDevice &device)
     } else {
         device.sysUpTime().isNow(netsnmp_get_agent_uptime());
     }
+}
+
+// The library keeps the count, and with the time once more for messages that it sends. The time itself goes on.
+void countEngineBoot()
+{
+    std::string boots = std::to_string(snmpv3_local_snmpEngineBoots());
+    engineBoots_conf("engineBoots", boots.data()); // it counts one more than it reads
+    u_char engine[MAX_ENGINEID_LENGTH];
+    const auto length = static_cast<u_int>(snmpv3_get_engineID(engine, sizeof engine));
+    set_enginetime(engine, length, static_cast<u_int>(snmpv3_local_snmpEngineBoots()),
+                   static_cast<u_int>(snmpv3_local_snmpEngineTime()), TRUE);
+}
+
+// What a manager sees of an agent that has been booted again. Devices in contexts have a sysUpTime alone.
+void followReboots(tables::ServedDevice &device, unsigned &followed)
+{
+    const IpmibPlatformHooks *platform = device.catalogue().platform();
+    if (platform == nullptr || platform->rehearsal == nullptr || platform->rehearsal->reboots == nullptr) {
+        return;
+    }
+    device.instances().select(host::Instances::first);
+    const unsigned reboots = platform->rehearsal->reboots();
+    if (reboots == followed) {
+        return;
+    }
+    followed = reboots;
+    shareUpTime(device);
+    countEngineBoot();
+    snmp_log(LOG_INFO, "the device has been booted again\n");
+    send_easy_trap(SNMP_TRAP_COLDSTART, 0);
 }
 
 } // namespace
@@ -89,13 +123,18 @@ void serveStandalone(const Options &options)
     };
     contexts.serve(settings.notOff(device.catalogue().tables()));
     serve();
+    unsigned followedReboots = 0;
     frontend.whenPlatformHasWorked([&] {
+        followReboots(device, followedReboots);
         if (contexts.follow()) {
             serve();
         }
     });
+    const AnswerFaults answerFaults(plugin.platform(), device.instances(), contexts);
     device.notifiesOfLinks(linkSettings.areSent());
     const LinkNotifications linkNotifications(plugin.platform(), linkSettings, sendToSinks);
+    const DeviceSocket deviceSocket(options.deviceSocket, plugin.platform(), device.instances(), contexts,
+                                    [&] { followReboots(device, followedReboots); });
     const SystemCapabilities capabilities(device.catalogue());
     const std::vector<std::string> masterAt = AgentxMaster::addressesOfConfiguration();
     const AgentxMaster master(masterAt);

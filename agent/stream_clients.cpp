@@ -3,6 +3,8 @@
 
 #include "stream_clients.h"
 
+#include "answer_faults.h"
+
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -220,7 +222,16 @@ int StreamClients::receive(netsnmp_transport *transport, void *buffer, int size,
     return received;
 }
 
-int StreamClients::send(netsnmp_transport *transport, const void *buffer, int size, void **, int *)
+int StreamClients::send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
+{
+    if (AnswerFaults *const faults = AnswerFaults::inForce()) {
+        faults->send(*transport, {buffer, size, opaque, length}, sendNow, AnswerFaults::Patience::none);
+        return size;
+    }
+    return sendNow(transport, buffer, size, opaque, length);
+}
+
+int StreamClients::sendNow(netsnmp_transport *transport, const void *buffer, int size, void **, int *)
 {
     StreamClients &self = all();
     const auto found = self.clients_.find(transport->sock);

@@ -55,6 +55,7 @@ class StreamClients
     static int accept(netsnmp_transport *listening);
     static int receive(netsnmp_transport *transport, void *buffer, int size, void **opaque, int *length);
     static int send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length);
+    static int sendNow(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length);
     static int close(netsnmp_transport *transport);
 
     void takeIn(int descriptor);

@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include "near_names.h"
+#include "set_device.h"
 #include "view_names.h"
 
 #include <algorithm>
@@ -41,6 +42,15 @@ constexpr Usage ofImport[] = {
     {"import WALK", "a scenario of the device whose walk stands in a file: what snmpwalk -On prints, or an\n"
                     "snmprec file; /dev/stdin for a pipe"},
 };
+constexpr Usage ofSetDevice[] = {
+    {"set-device line NAME up|down", "of a simulated device that ipmibd serves: an interface goes up or down"},
+    {"set-device rate|counter NAME COUNTER VALUE",
+     "how fast a counter of an interface or of the \"system\" grows, and where it is now:\n"
+     "eth0 ipv6.inOctets 5000"},
+    {"set-device fault NAME on|off|JSON", "what goes wrong with its answers, see ipmib-scenario(5)"},
+    {"set-device reboot [SECONDS]", "it begins anew, and is away for so long"},
+    {"set-device CHANGE, set-device -", "changes as JSON, here or from standard input, one or a list"},
+};
 constexpr Usage ofCompletion[] = {{"completion SHELL", "what makes bash, zsh or fish complete these words"}};
 
 constexpr Command table[] = {
@@ -51,6 +61,7 @@ constexpr Command table[] = {
     {"tree", "the objects, and which are served", drawTree, nullptr, Operands::objects, ofTree},
     {"export", "all values of the device, as a file", exportWalk, nullptr, Operands::nothing, ofExport},
     {"import", "a scenario made of a walk", nullptr, importWalk, Operands::files, ofImport},
+    {"set-device", "change a simulated device", nullptr, setDevice, Operands::changes, ofSetDevice},
     {"completion", "a script for a shell", nullptr, writeCompletionScript, Operands::shells, ofCompletion},
 };
 

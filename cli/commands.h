@@ -27,7 +27,7 @@ int importWalk(const Options &options, const Words &words);
 int writeCompletionScript(const Options &options, const Words &words);
 
 // What may stand behind a command's name.
-enum class Operands { views, objects, shells, files, nothing };
+enum class Operands { views, objects, changes, shells, files, nothing };
 
 struct Usage {
     const char *synopsis;

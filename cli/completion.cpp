@@ -139,6 +139,26 @@ void addObjects(const Options &options, const Candidates &candidates)
     }
 }
 
+void addChanges(const Words &words, const Candidates &candidates)
+{
+    if (words.empty()) {
+        for (const char *what : {"line", "rate", "counter", "fault", "reboot"}) {
+            candidates.add(what);
+        }
+    } else if (words[0] == "fault" && words.size() == 1) {
+        for (const char *fault :
+             {"silence", "delay", "duplicate", "truncate", "genErr", "tooBig", "wrongType", "notIncreasing"}) {
+            candidates.add(fault);
+        }
+    } else if (words[0] == "fault" && words.size() == 2) {
+        candidates.add("on");
+        candidates.add("off");
+    } else if (words[0] == "line" && words.size() == 2) {
+        candidates.add("up");
+        candidates.add("down");
+    }
+}
+
 void addCommands(const Candidates &candidates)
 {
     for (const Command &command : commands()) {
@@ -154,6 +174,8 @@ void addFor(const Command *command, const Words &words, const Options &options, 
         addObjects(options, candidates);
     } else if (operands == Operands::files || operands == Operands::nothing) {
         // the shells offer files by themselves
+    } else if (operands == Operands::changes) {
+        addChanges(words, candidates);
     } else if (operands == Operands::shells) {
         for (const std::string &shell : shellNames()) {
             candidates.add(shell);

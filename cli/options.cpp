@@ -18,6 +18,7 @@ enum {
     intervalOption,
     countOption,
     contextOption,
+    socketOption,
 };
 
 constexpr OptionText texts[] = {
@@ -34,6 +35,7 @@ constexpr OptionText texts[] = {
     {"interval", 0, required_argument, intervalOption, "S", "seconds between two looks of watch (default: 1)"},
     {"count", 0, required_argument, countOption, "N", "how often watch looks (default: until it is interrupted)"},
     {"context", 0, required_argument, contextOption, "NAME", "a device of a scenario that \"show contexts\" lists"},
+    {"socket", 0, required_argument, socketOption, "PATH", "set-device: the local socket of ipmibd, see ipmibd(8)"},
     {"platform", 0, required_argument, host::platformOption, "NAME[:ARGUMENT]",
      "where the facts come from (default: linux; simulated:FILE is a device from a scenario)"},
     {"module", 0, required_argument, host::moduleOption, "PATH",
@@ -140,6 +142,9 @@ Options parseOptions(int argc, char *const *argv)
             break;
         case contextOption:
             options.context = optarg;
+            break;
+        case socketOption:
+            options.socket = optarg;
             break;
         case countOption:
             options.count = parseNumber("--count", optarg, 1u, most);

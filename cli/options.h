@@ -33,6 +33,7 @@ struct Options {
     unsigned intervalMs = 1'000;      // of watch
     unsigned count = 0;               // of watch; 0: until it is interrupted
     std::string context;              // empty for the one without a name
+    std::string socket;               // of an ipmibd whose device is changed
     host::PluginOptions plugin;
 };
 

@@ -66,6 +66,10 @@ void Instances::destroy(std::size_t instance)
 void Instances::select(std::size_t instance)
 {
     if (instance == selected_) {
+        const IpmibPlatformHooks *platform = catalogue_.platform();
+        if (upTime_.isOfDevice() && platform->rehearsal != nullptr) { // it may have been booted again
+            showUpTime();
+        }
         return;
     }
     hooks_->select(instances_[instance].handle);

@@ -57,6 +57,10 @@ PlatformHooks::PlatformHooks(const IpmibPlatformHooks &exported)
         copy(*hooks_.recorded, hooks_.recorded->size, recorded_);
         hooks_.recorded = &recorded_;
     }
+    if (hooks_.rehearsal != nullptr) {
+        copy(*hooks_.rehearsal, hooks_.rehearsal->size, rehearsal_);
+        hooks_.rehearsal = &rehearsal_;
+    }
 }
 
 } // namespace ipmib::host

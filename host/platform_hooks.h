@@ -24,6 +24,7 @@ class PlatformHooks
     IpmibConnectionHooks connections_{};
     IpmibInstanceHooks instances_{};
     IpmibRecordedHooks recorded_{};
+    IpmibRehearsalHooks rehearsal_{};
 };
 
 } // namespace ipmib::host

@@ -97,6 +97,38 @@ typedef struct IpmibSystem {
     uint32_t services;       /* as sysServices */
 } IpmibSystem;
 
+/* What goes wrong with an answer. */
+enum {
+    IPMIB_FAULT_SILENCE = 1 << 0,       /* it is not sent */
+    IPMIB_FAULT_DELAY = 1 << 1,         /* it is sent delay_ms later */
+    IPMIB_FAULT_DUPLICATE = 1 << 2,     /* it is sent once more, repeat_ms after the first time */
+    IPMIB_FAULT_TRUNCATE = 1 << 3,      /* no more than its first `octets` are sent */
+    IPMIB_FAULT_GEN_ERR = 1 << 4,       /* it is a genErr */
+    IPMIB_FAULT_TOO_BIG = 1 << 5,       /* it is a tooBig */
+    IPMIB_FAULT_WRONG_TYPE = 1 << 6,    /* its first value is of another type */
+    IPMIB_FAULT_NOT_INCREASING = 1 << 7 /* of a GETNEXT or GETBULK: its last name is the one that was asked */
+};
+
+typedef struct IpmibAnswerFaults {
+    uint32_t kinds; /* IPMIB_FAULT_x; 0 for an answer with which all is well */
+    uint32_t delay_ms;
+    uint32_t repeat_ms;
+    uint32_t octets;
+} IpmibAnswerFaults;
+
+/* For a device that is made up, by which managers are tried. All three answer for the instance that is selected. */
+typedef struct IpmibRehearsalHooks {
+    uint32_t size; /* as in IpmibPlatformHooks */
+    /* Says what goes wrong with an answer that is about to be sent. To be called once for each, by a host that can do
+     * it. */
+    void (*next_answer)(IpmibAnswerFaults *faults);
+    /* How many times it has been booted again. Its clock began anew each time. */
+    uint32_t (*reboots)(void);
+    /* Changes it, as this JSON text of `length` octets says; only looks at the text when `takes_effect` is 0. Returns
+     * 0, or another number and one line in the error buffer: then nothing has changed. */
+    int (*change)(const char *text, size_t length, int takes_effect, char *error, size_t capacity);
+} IpmibRehearsalHooks;
+
 /* The record grows at its end. A host uses what lies within the size, and takes the rest for null. */
 typedef struct IpmibPlatformHooks {
     uint32_t size; /* of this record as the platform knows it; 3 in those that end with `ipv4` */
@@ -148,6 +180,8 @@ typedef struct IpmibPlatformHooks {
     const IpmibConnectionHooks *connections;
     /* What the device answers as it was recorded; null for a platform that has no such thing. */
     const IpmibRecordedHooks *recorded;
+    /* Null for a device that is real. */
+    const IpmibRehearsalHooks *rehearsal;
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -59,7 +59,7 @@ TEST(SimulatedHooks, nothingIsServedBeforeTheStartAndAfterTheStop)
     ASSERT_EQ(start(file.path()), "");
     EXPECT_EQ(IP6_DaemonCheck(1), 0u);
     EXPECT_EQ(IF_IsValidIfIndex(5), 1u);
-    EXPECT_EQ(hooks.descriptor(), -1);
+    EXPECT_GE(hooks.descriptor(), 0);
     EXPECT_STREQ(hooks.interface_name(5), "a");
     EXPECT_EQ(hooks.interface_name(6), nullptr);
     hooks.dispatch();

@@ -76,14 +76,34 @@ std::optional<Time> LinkClock::nextChange() const
 void LinkClock::tellChangesAt(Time time) const
 {
     for (const Interface &interface : device_.interfaces()) {
-        IpmibLinkChange change{};
-        change.if_index = interface.ifIndex;
-        change.before = operStatusAt(interface, time - 1);
-        change.oper_status = operStatusAt(interface, time);
-        change.admin_status = interface.enabled ? IPMIB_ADMIN_UP : IPMIB_ADMIN_DOWN;
-        if (change.before != change.oper_status) {
-            changed_(context_, &change);
-        }
+        tell(interface, operStatusAt(interface, time - 1), operStatusAt(interface, time));
+    }
+}
+
+void LinkClock::tell(const Interface &interface, std::uint32_t before, std::uint32_t now) const
+{
+    if (before != now && changed_ != nullptr) {
+        const IpmibLinkChange change{interface.ifIndex,
+                                     static_cast<std::uint32_t>(interface.enabled ? IPMIB_ADMIN_UP : IPMIB_ADMIN_DOWN),
+                                     now, before};
+        changed_(context_, &change);
+    }
+}
+
+LinkClock::States LinkClock::states() const
+{
+    States states;
+    for (const Interface &interface : device_.interfaces()) {
+        states.push_back(operStatusAt(interface, device_.time()));
+    }
+    return states;
+}
+
+void LinkClock::tellChangesSince(const States &before) const
+{
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const Interface &interface = device_.interfaces()[i];
+        tell(interface, before[i], operStatusAt(interface, device_.time()));
     }
 }
 
@@ -96,8 +116,8 @@ void LinkClock::setTimer(Time now)
         return;
     }
     itimerspec setting{};
-    if (next_) {
-        const Time left = std::max<Time>(*next_ > now ? *next_ - now : 0, 1); // 0 would stop it
+    if (const auto next = next_ && alsoAt_ ? std::min(next_, alsoAt_) : next_ ? next_ : alsoAt_) {
+        const Time left = std::max<Time>(*next > now ? *next - now : 0, 1); // 0 would stop it
         setting.it_value.tv_sec = static_cast<time_t>(left / perSecond);
         setting.it_value.tv_nsec = static_cast<long>(left % perSecond) * nanoseconds;
     }

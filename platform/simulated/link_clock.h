@@ -26,10 +26,18 @@ class LinkClock
     void beginAt(Time now);
     // Tells what has changed until now, in its order.
     void run(Time now);
+    // Operational states of all interfaces, in their order.
+    using States = std::vector<std::uint32_t>;
+    States states() const;
+    // Tells what is not as it was, of the same interfaces.
+    void tellChangesSince(const States &before) const;
+    // The descriptor is readable at this moment, too.
+    void wakeUpAt(std::optional<Time> moment) { alsoAt_ = moment; }
 
   private:
     std::optional<Time> nextChange() const;
     void tellChangesAt(Time time) const;
+    void tell(const Interface &interface, std::uint32_t before, std::uint32_t now) const;
     void setTimer(Time now);
 
     const Device &device_;
@@ -38,6 +46,7 @@ class LinkClock
     void *context_ = nullptr;
     Time told_ = 0; // everything until then
     std::optional<Time> next_;
+    std::optional<Time> alsoAt_;
 };
 
 } // namespace ipmib::simulated

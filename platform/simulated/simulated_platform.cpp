@@ -4,9 +4,12 @@
 
 #include "core/hooks.h"
 #include "core/log.h"
+#include "scenario/change.h"
 #include "scenario/read.h"
 
 #include <ipmib/contract_note.h>
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -48,6 +51,7 @@ std::string SimulatedPlatform::takeOption(const IpmibPlatformOption &option)
 void SimulatedPlatform::take(Device device)
 {
     device_ = std::move(device);
+    originals_ = {};
     hasFailures_ = !device_.failures.empty() || !device_.ip6Down.never() || !device_.ip4Down.never();
 }
 
@@ -60,9 +64,7 @@ std::string SimulatedPlatform::start()
     } catch (const ScenarioError &error) {
         return error.what();
     }
-    const bool anyChanges = std::ranges::any_of(device_.interfaces(),
-                                                [](const Interface &interface) { return !interface.outages.never(); });
-    if (!stopped_ && anyChanges) {
+    if (!stopped_) {
         linkClock_.open();
     }
     return "";
@@ -72,6 +74,7 @@ void SimulatedPlatform::begin(Device device)
 {
     take(std::move(device));
     start_ = std::chrono::steady_clock::now();
+    newTimes();
     beginPacket();
 }
 
@@ -130,15 +133,90 @@ bool SimulatedPlatform::findSystem(IpmibSystem &system) const
     return true;
 }
 
-Time SimulatedPlatform::now() const
+Time SimulatedPlatform::elapsed() const
 {
     using std::chrono::milliseconds;
     const auto elapsed = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start_);
     return stopped_.value_or(static_cast<Time>(elapsed.count()));
 }
 
+Time SimulatedPlatform::lastBoot() const
+{
+    const Time time = elapsed();
+    const Schedule &reboots = device_.reboots;
+    Time last = reboots.lastChange(time);
+    if (last != 0 && reboots.covers(time)) {
+        last = reboots.lastChange(last - 1);
+    }
+    return std::max(last, rebootsTo_ <= time ? rebootsTo_ : 0);
+}
+
+// Everything begins anew, as it would with another start.
+void SimulatedPlatform::bootWhenDue()
+{
+    const Time last = lastBoot();
+    if (last == bootedAt_) {
+        return;
+    }
+    bootedAt_ = last;
+    ++reboots_;
+    device_.uptimeS = 0;
+    originals_.applyTo(device_);
+    originals_ = {};
+    newTimes();
+}
+
+// Also for the clock of the links, which wakes up when a reboot ends.
+void SimulatedPlatform::newTimes()
+{
+    const Time time = elapsed();
+    std::optional<Time> next = device_.reboots.nextChange(time);
+    if (next && !device_.reboots.covers(time)) {
+        next = device_.reboots.nextChange(*next);
+    }
+    if (rebootsTo_ > time) {
+        next = std::min(next.value_or(rebootsTo_), rebootsTo_);
+    }
+    linkClock_.wakeUpAt(next ? std::optional(*next - bootedAt_) : std::nullopt);
+    linkClock_.beginAt(now());
+}
+
+void SimulatedPlatform::nextAnswer(IpmibAnswerFaults &faults)
+{
+    const Time time = elapsed();
+    const bool isAway = device_.reboots.covers(time) || (time >= rebootsFrom_ && time < rebootsTo_);
+    faults = device_.faults.empty() ? IpmibAnswerFaults{} : device_.faults.next(time);
+    faults.kinds |= isAway ? std::uint32_t{IPMIB_FAULT_SILENCE} : 0u;
+}
+
+std::string SimulatedPlatform::change(const char *text, std::size_t length, int takesEffect)
+{
+    try {
+        const Json json = readJson({text, length});
+        beginPacket();
+        const Change change = Change::read(Value(json), device_, elapsed());
+        if (takesEffect == 0) {
+            return "";
+        }
+        const LinkClock::States before = linkClock_.states();
+        change.keepOriginals(device_, originals_);
+        change.applyTo(device_);
+        linkClock_.tellChangesSince(before);
+        if (change.reboot()) {
+            rebootsFrom_ = elapsed();
+            rebootsTo_ = rebootsFrom_ + *change.reboot();
+        }
+        beginPacket();
+        newTimes();
+        return "";
+    } catch (const ScenarioError &error) {
+        return error.what();
+    }
+}
+
 void SimulatedPlatform::beginPacket()
 {
+    bootWhenDue();
     device_.setTime(now());
     if (uptimeBeganMs_) {
         const auto sinceStart = static_cast<std::int64_t>(*uptimeBeganMs_ - startMs() + stopped_.value_or(0));
@@ -146,6 +224,12 @@ void SimulatedPlatform::beginPacket()
     }
     rowHopLimit_.newPacket();
     linkClock_.run(device_.time());
+}
+
+void SimulatedPlatform::dispatch()
+{
+    bootWhenDue();
+    linkClock_.run(now());
 }
 
 void SimulatedPlatform::uptimeBegan(std::uint64_t monotonicMs)
@@ -157,7 +241,8 @@ void SimulatedPlatform::uptimeBegan(std::uint64_t monotonicMs)
 std::uint64_t SimulatedPlatform::startMs() const
 {
     using std::chrono::milliseconds;
-    return static_cast<std::uint64_t>(std::chrono::duration_cast<milliseconds>(start_.time_since_epoch()).count());
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<milliseconds>(start_.time_since_epoch()).count()) +
+           bootedAt_;
 }
 
 void SimulatedPlatform::reload()
@@ -171,10 +256,9 @@ void SimulatedPlatform::reload()
         } else if (const auto place = fleet_->find(name_)) { // the file's own device has read it
             take(fleet_->make(*place));
         }
+        device_.uptimeS = reboots_ == 0 ? device_.uptimeS : 0;
         routes_.newDevice();
-        if (name_.empty()) {
-            linkClock_.beginAt(now());
-        }
+        newTimes();
         beginPacket();
     } catch (const ScenarioError &error) {
         platform::logError("simulated: %s; the device stays as it was", error.what());

@@ -10,6 +10,7 @@
 #include "ipv4_rows.h"
 #include "link_clock.h"
 #include "route_rows.h"
+#include "scenario/change.h"
 #include "scenario/fleet.h"
 
 #include <ipmib/platform_hooks.h>
@@ -43,9 +44,14 @@ class SimulatedPlatform
     std::string followContexts(const char *argument);
     bool findSystem(IpmibSystem &system) const;
 
+    // For those who try a manager with it.
+    void nextAnswer(IpmibAnswerFaults &faults);
+    std::uint32_t reboots() const { return reboots_; }
+    std::string change(const char *text, std::size_t length, int takesEffect);
+
     // What the time brings is seen by the next packet; for links that go up and down there is a clock beside it.
     int descriptor() const { return linkClock_.descriptor(); }
-    void dispatch() { linkClock_.run(now()); }
+    void dispatch();
     void beginPacket();
     // The scenario as it stands now; one that cannot be used is reported, and the device stays. The clock goes on.
     void reload();
@@ -74,7 +80,11 @@ class SimulatedPlatform
     void onLinkChange(IpmibLinkChanged changed, void *context) { linkClock_.listen(changed, context, now()); }
     // Times in rows are values of this, unless sysUpTime is somebody else's.
     void uptimeBegan(std::uint64_t monotonicMs);
-    std::uint64_t uptimeMs() const { return std::uint64_t{device_.uptimeS} * 1'000 + now(); }
+    std::uint64_t uptimeMs()
+    {
+        bootWhenDue();
+        return std::uint64_t{device_.uptimeS} * 1'000 + now();
+    }
 
     const Device &device() const { return device_; }
     // Whether any of its services ever fails.
@@ -84,7 +94,13 @@ class SimulatedPlatform
   private:
     void begin(Device device);
     void take(Device device);
-    Time now() const;
+    void bootWhenDue();
+    void newTimes();
+    // Since the start, and since the device has booted last, which is what all but its reboots go by.
+    Time elapsed() const;
+    Time now() const { return elapsed() - bootedAt_; }
+    // When it was booted last, by its own account.
+    Time lastBoot() const;
     bool describe(const Interface *interface, IpmibInterface &row) const;
     // A moment of the device on the monotonic clock, in milliseconds; 0 for its start and what was before the clock's.
     std::uint64_t onMonotonicClock(Time time) const;
@@ -98,7 +114,12 @@ class SimulatedPlatform
     std::optional<std::uint64_t> uptimeBeganMs_; // on the monotonic clock
     std::optional<Time> stopped_;                // the clock shows this for ever
     std::chrono::steady_clock::time_point start_;
+    Time bootedAt_ = 0;
+    std::uint32_t reboots_ = 0;
+    Time rebootsFrom_ = 0; // by the last change that said so
+    Time rebootsTo_ = 0;
     Device device_;
+    Change originals_; // what has been changed since it booted, as it was before
     bool hasFailures_ = false;
     Ipv4Rows ipv4_{device_};
     IpRows ip_{device_};

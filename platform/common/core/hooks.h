@@ -71,8 +71,10 @@ concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibI
 // One with startAnother(const std::string &argument, Platform &another) has instances: the one that `start` began fills
 // another one there, and answers as start does. It also has findContext(std::size_t place, IpmibContext &context),
 // contextsChanged() and followContexts(const char *argument), which answers as start does, and maybe
-// contextAddress(std::size_t place). One that has a system group has findSystem(IpmibSystem &system), and one with
-// recorded objects recorded(), with a member for each function of IpmibRecordedHooks.
+// contextAddress(std::size_t place). One that has a system group has findSystem(IpmibSystem &system), one with recorded
+// objects recorded(), with a member for each function of IpmibRecordedHooks, and one that is made up
+// nextAnswer(IpmibAnswerFaults &faults), reboots() and change(const char *text, std::size_t length, int takesEffect),
+// which answers as start does.
 template <class Platform>
 concept HookedPlatform = HasInterfaces<Platform> && HasIpv4<Platform> && std::default_initializable<Platform> &&
     requires(Platform &platform, const IpmibPlatformOption &option)
@@ -122,7 +124,8 @@ class Hooks
                 instanceHooks(),
                 systemHook(),
                 connectionHooks(),
-                recordedHooks()};
+                recordedHooks(),
+                rehearsalHooks()};
     }
 
   private:
@@ -265,6 +268,15 @@ class Hooks
         }
     }
 
+    static constexpr const IpmibRehearsalHooks *rehearsalHooks()
+    {
+        if constexpr (requires(Platform & platform) { platform.reboots(); }) {
+            return &RehearsalRecord<Platform>::hooks;
+        } else {
+            return nullptr;
+        }
+    }
+
     // A template of its own, of which nothing is looked at for a platform without ip().
     template <class WithIp>
     struct IpRecord {
@@ -375,6 +387,17 @@ class Hooks
             hookCall<first, &WithInstances::contextsChanged>,
             hookCall<first, &WithInstances::followContexts>,
             contextAddress(),
+        };
+    };
+
+    // Likewise.
+    template <class Rehearsed>
+    struct RehearsalRecord {
+        static constexpr IpmibRehearsalHooks hooks = {
+            sizeof(IpmibRehearsalHooks),
+            hookCall<running, &Rehearsed::nextAnswer>,
+            hookCall<running, &Rehearsed::reboots>,
+            hookCall<running, &Rehearsed::change>,
         };
     };
 

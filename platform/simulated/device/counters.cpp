@@ -112,28 +112,42 @@ std::span<const CounterField<IpmibUdpCounters>> counterFields()
 
 Counter Counter::read(const Value &value)
 {
+    return Counter().changed(value, 0);
+}
+
+void Counter::readResets(const Value &value, Time age)
+{
+    Object times(value);
+    Resets resets{age + readSeconds(times.need("at")), 0};
+    if (const auto every = times.find("every")) {
+        constexpr double shortest = 0.001;
+        every->real(shortest, longestSeconds);
+        resets.every = readSeconds(*every);
+    }
+    times.finish();
+    resets_ = std::make_shared<const Resets>(resets);
+}
+
+Counter Counter::changed(const Value &value, Time running) const
+{
     Counter counter;
+    counter.begun_ = running;
     if (!value.isObject()) {
         counter.start_ = value.number(0, greatest);
         return counter;
     }
     Object object(value);
-    if (const auto start = object.find("start")) {
-        counter.start_ = readStart(*start);
-    }
+    const auto start = object.find("start");
+    counter.start_ = start ? readStart(*start) : after(running);
     if (const auto rate = object.find("rate")) {
         counter.growth_ = Growth::read(*rate);
+    } else {
+        counter.growth_ = growth_;
+        counter.begun_ = begun_;
+        counter.start_ -= growth_.after(running - begun_);
     }
     if (const auto reset = object.find("reset")) {
-        Object times(*reset);
-        Resets resets{readSeconds(times.need("at")), 0};
-        if (const auto every = times.find("every")) {
-            constexpr double shortest = 0.001;
-            every->real(shortest, longestSeconds);
-            resets.every = readSeconds(*every);
-        }
-        times.finish();
-        counter.resets_ = std::make_shared<const Resets>(resets);
+        counter.readResets(*reset, running - counter.begun_);
     }
     object.finish();
     return counter;
@@ -141,12 +155,13 @@ Counter Counter::read(const Value &value)
 
 std::uint64_t Counter::after(Time running) const
 {
-    const std::uint64_t grown = growth_.after(running);
-    if (resets_ == nullptr || running < resets_->at) {
+    const Time age = running - begun_;
+    const std::uint64_t grown = growth_.after(age);
+    if (resets_ == nullptr || age < resets_->at) {
         return start_ + grown;
     }
-    const Time since = running - resets_->at;
-    return grown - growth_.after(running - (resets_->every == 0 ? since : since % resets_->every));
+    const Time since = age - resets_->at;
+    return grown - growth_.after(age - (resets_->every == 0 ? since : since % resets_->every));
 }
 
 IcmpCounters IcmpCounters::read(const Value &value)

@@ -7,6 +7,7 @@
 #include <ipmib/platform_ip.h>
 #include <ipmib/records.h>
 
+#include <algorithm>
 #include <optional>
 #include <span>
 #include <vector>
@@ -23,6 +24,10 @@ class Counter
     // A number, or {"start": 100, "rate": 2.5, "reset": {"at": 60, "every": 3600}}.
     static Counter read(const Value &value);
 
+    // What the value says from now on. Without a start it goes on from where it is, without a rate with the one that it
+    // has; times of a shape or of resets count from now.
+    Counter changed(const Value &value, Time running) const;
+
     std::uint64_t after(Time running) const;
 
   private:
@@ -31,8 +36,11 @@ class Counter
         Time every; // 0: once
     };
 
-    std::uint64_t start_ = 0;
+    void readResets(const Value &value, Time age);
+
+    std::uint64_t start_ = 0; // plus the growth since `begun_`
     Growth growth_;
+    Time begun_ = 0;
     std::shared_ptr<const Resets> resets_; // null for none
 };
 
@@ -73,6 +81,25 @@ class CounterSet
         for (const CounterField<Record> &field : counterFields<Record>()) {
             if (const auto member = object.find(field.name)) {
                 set.put(field, Counter::read(*member));
+            }
+        }
+        object.finish();
+        return set;
+    }
+
+    // What the value says from now on; counters that it does not name stay.
+    CounterSet changed(const Value &value, Time running) const
+    {
+        CounterSet set = *this;
+        Object object(value);
+        for (const CounterField<Record> &field : counterFields<Record>()) {
+            if (const auto member = object.find(field.name)) {
+                const auto place = std::ranges::find(set.counters_, &field, &Entry::field);
+                if (place == set.counters_.end()) {
+                    set.put(field, Counter().changed(*member, running));
+                } else {
+                    place->counter = place->counter.changed(*member, running);
+                }
             }
         }
         object.finish();

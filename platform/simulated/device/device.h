@@ -3,6 +3,7 @@
 #pragma once
 
 #include "connection_table.h"
+#include "device/answer_faults.h"
 #include "device/failures.h"
 #include "device/interface.h"
 #include "device/recorded.h"
@@ -54,12 +55,19 @@ class Device
     Routes routes;
     platform::ConnectionTable connections[IPMIB_CONNECTION_TABLES];
     Recorded recorded;
+    AnswerFaults faults;
+    Schedule reboots; // of the clock since the start: the one of everything else begins anew at their ends
 
     // Null when its ifIndex or its name is taken. The pointer is good until the next one is added.
     Interface *add(Interface interface);
     // Interfaces by ifIndex.
     const std::vector<Interface> &interfaces() const { return interfaces_; }
     const Interface *named(const std::string &name) const;
+    // In the place of the one with its ifIndex, which has the same name.
+    void replace(const Interface &interface)
+    {
+        interfaces_[static_cast<std::size_t>(placeOf(interface.ifIndex) - interfaces_.begin())] = interface;
+    }
     // The one above the highest that is taken; 1 when that is as high as there is.
     std::uint32_t nextIfIndex() const;
     // These answer false when the row is there already.

@@ -3,6 +3,8 @@
 // runs straight between them: rounding then never makes it fall.
 #include "device/growth.h"
 
+#include "device/random.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -39,15 +41,6 @@ double onGrid(Time time, Time length, SumAt sumAt)
     const double behind = sumAt(static_cast<double>(point + 1) / grid);
     const double part = static_cast<double>(time * grid % length) / static_cast<double>(length);
     return std::min(before + (behind - before) * part, behind);
-}
-
-// Steele, Lea and Flood: SplitMix64.
-std::uint64_t mixed(std::uint64_t x)
-{
-    x += 0x9E37'79B9'7F4A'7C15;
-    x = (x ^ x >> 30) * 0xBF58'476D'1CE4'E5B9;
-    x = (x ^ x >> 27) * 0x94D0'49BB'1331'11EB;
-    return x ^ x >> 31;
 }
 
 double rateOf(Object &object, const char *name)
@@ -159,8 +152,7 @@ std::uint64_t Wave::after(Time time) const
 // further than its beginning. The sum over all steps is then known without adding them up.
 std::uint64_t Noise::shiftAt(std::uint64_t number) const
 {
-    const double random = static_cast<double>(mixed(seed ^ mixed(number)) >> 11) * 0x1p-53;
-    return static_cast<std::uint64_t>(static_cast<double>(swing) * random);
+    return static_cast<std::uint64_t>(static_cast<double>(swing) * fractionOf(seed ^ mixed(number)));
 }
 
 std::uint64_t Noise::after(Time time) const

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <set>
+#include <string_view>
 #include <vector>
 
 namespace ipmib::simulated
@@ -15,6 +16,7 @@ namespace
 {
 
 constexpr std::size_t largestFile = 64 * 1'048'576;
+constexpr int deepest = 64;
 constexpr std::chrono::seconds pipePatience(10); // for what a program writes to /dev/stdin
 
 // The library keeps the last of several equal keys and says nothing.
@@ -57,9 +59,17 @@ Json readJsonFile(const std::string &path)
     if (file.error != 0) {
         throw ScenarioError("cannot read it: " + file.reason);
     }
+    return readJson(file.text);
+}
+
+Json readJson(std::string_view text)
+{
     try {
         DuplicateKeys duplicates;
-        return Json::parse(file.text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {
+        return Json::parse(text, [&duplicates](int depth, Json::parse_event_t event, Json &value) {
+            if (depth > deepest) { // what shows a value shows it recursively
+                throw ScenarioError("it is nested more than " + std::to_string(deepest) + " deep");
+            }
             return duplicates(depth, event, value);
         });
     } catch (const Json::exception &error) {

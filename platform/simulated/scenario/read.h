@@ -15,6 +15,8 @@ namespace ipmib::simulated
 // Throws ScenarioError: "cannot read it: No such file or directory", "line 3, column 5: ...". A key that stands twice
 // in one object is an error.
 Json readJsonFile(const std::string &path);
+// The same of a text.
+Json readJson(std::string_view text);
 
 struct Scenario {
     Device device; // of the file itself
@@ -29,6 +31,9 @@ Device readDevice(const Json &scenario, std::uint32_t seed);
 
 // Adds it to the device, with all that is listed on it.
 void readInterface(const Value &value, Device &device);
+
+// Of an interface: "up", "down" or "gone". False when none of them is said.
+bool readOutages(Object &object, Interface &interface);
 
 // The member "type": a word, or the number of a type code.
 std::uint8_t readInterfaceType(Object &object);

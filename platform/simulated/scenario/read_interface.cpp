@@ -85,26 +85,6 @@ Advertisement readAdvertisement(const Value &value, Interface &interface)
     return advertisement;
 }
 
-// "up": false, or the times at which it is down or gone.
-void readOutages(Object &object, Interface &interface)
-{
-    const auto up = object.find("up");
-    const auto down = object.find("down");
-    const auto gone = object.find("gone");
-    if ((up && (down || gone)) || (down && gone)) {
-        object.value().fail("only one of \"up\", \"down\" and \"gone\" can be said of an interface");
-    }
-    if (up && !up->boolean()) {
-        interface.enabled = false;
-        interface.outages = Schedule::always();
-    } else if (down) {
-        interface.outages = Schedule::read(*down);
-    } else if (gone) {
-        interface.outages = Schedule::read(*gone);
-        interface.outagesRemove = true;
-    }
-}
-
 // The interfaces that it runs over, and the link-layer addresses that it takes frames for.
 void readLinks(Object &object, Interface &interface, const Device &device)
 {
@@ -163,6 +143,26 @@ void refuseIp6(Object &object)
 }
 
 } // namespace
+
+bool readOutages(Object &object, Interface &interface)
+{
+    const auto up = object.find("up");
+    const auto down = object.find("down");
+    const auto gone = object.find("gone");
+    if ((up && (down || gone)) || (down && gone)) {
+        object.value().fail("only one of \"up\", \"down\" and \"gone\" can be said of an interface");
+    }
+    if (up && !up->boolean()) {
+        interface.enabled = false;
+        interface.outages = Schedule::always();
+    } else if (down) {
+        interface.outages = Schedule::read(*down);
+    } else if (gone) {
+        interface.outages = Schedule::read(*gone);
+        interface.outagesRemove = true;
+    }
+    return up || down || gone;
+}
 
 std::uint8_t readInterfaceType(Object &object)
 {

@@ -177,6 +177,15 @@ Device readDevice(const Value &value, std::uint32_t moreSeed, const std::string 
         failures->each([&device](const Value &failure) { readFailure(failure, device); });
     }
     readRecorded(object, device.recorded);
+    if (const auto faults = object.find("faults")) {
+        device.faults = AnswerFaults::read(*faults);
+    }
+    if (const auto reboots = object.find("reboots")) {
+        device.reboots = Schedule::read(*reboots);
+        if (device.reboots.isForEver()) {
+            reboots->fail("a device that boots comes back: its periods have an end");
+        }
+    }
     object.finish();
     return device;
 }

@@ -59,6 +59,26 @@ Schedule Schedule::read(const Value &list)
     return schedule;
 }
 
+bool Schedule::isForEver() const
+{
+    return !never() && periods_.back().to == forEver;
+}
+
+Schedule Schedule::startingAt(Time moment, const Schedule *before) const
+{
+    Schedule schedule = *this;
+    for (Period &period : schedule.periods_) {
+        period.from += moment;
+        period.to = period.to == forEver ? forEver : period.to + moment;
+    }
+    if (before != nullptr) {
+        schedule.coveredBefore_ = before->coveredBefore(moment);
+        const bool isSame = before->covers(moment) == schedule.covers(moment);
+        schedule.changedBefore_ = isSame ? before->lastChange(moment) : moment;
+    }
+    return schedule;
+}
+
 bool Schedule::isWithinOne(Time time) const
 {
     return std::any_of(periods_.begin(), periods_.end(), [time](const Period &period) {
@@ -72,7 +92,7 @@ bool Schedule::isWithinOne(Time time) const
 
 Time Schedule::coveredBefore(Time time) const
 {
-    Time covered = 0;
+    Time covered = coveredBefore_;
     for (const Period &period : periods_) {
         if (time <= period.from) {
             break;
@@ -90,7 +110,7 @@ Time Schedule::coveredBefore(Time time) const
 
 Time Schedule::lastChange(Time time) const
 {
-    Time change = 0;
+    Time change = changedBefore_;
     for (const Period &period : periods_) {
         if (time < period.from) {
             break;

@@ -20,7 +20,11 @@ class Schedule
     // [{"from": 10, "to": 20}, {"from": 60, "to": 65, "every": 30}], in seconds; without "to": for ever.
     static Schedule read(const Value &list);
     static Schedule always();
+    // The same with times that count from a moment, before which the other one holds, or nothing.
+    Schedule startingAt(Time moment, const Schedule *before = nullptr) const;
 
+    // Whether one of its periods has no end.
+    bool isForEver() const;
     bool never() const { return periods_.empty(); }
     bool covers(Time time) const { return !never() && isWithinOne(time); }
     // How much of the time before this moment is covered.
@@ -40,6 +44,8 @@ class Schedule
     bool isWithinOne(Time time) const;
 
     std::vector<Period> periods_; // ascending, apart from each other
+    Time coveredBefore_ = 0;      // by what was in force before these
+    Time changedBefore_ = 0;      // when that changed last, or came to its end
 };
 
 inline constexpr double longestSeconds = 1e9; // some thirty years
