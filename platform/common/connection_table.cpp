@@ -17,7 +17,7 @@ constexpr std::size_t ipv6Size = 16;
 constexpr std::size_t zoneSize = 4;
 constexpr unsigned sizeBits = 5;
 constexpr unsigned ipv4InUpperBits = 32;
-constexpr std::size_t rowsOfPiece = 2'000; // some tens of microseconds
+constexpr std::size_t rowsOfPiece = 1'000; // some tens of microseconds
 
 constexpr std::uint8_t packed(std::uint32_t type, std::size_t size)
 {

@@ -14,8 +14,9 @@ namespace ipmib::platform
 namespace
 {
 
-// Between packets, before the last piece, which takes a third of it.
+// Between packets, before the last piece, which takes a third of it: some sixty sockets.
 constexpr std::chrono::microseconds longestTurn{300};
+constexpr std::size_t pieceSize = std::size_t{8} * 1024;
 
 } // namespace
 
@@ -48,7 +49,7 @@ bool SocketReading::begin()
     timer_.disarm();
     ++generation_;
     family_ = AF_INET;
-    if (!socket_.openFor(NETLINK_SOCK_DIAG) || !askForSockets(socket_, family_, protocol_)) {
+    if (!socket_.openFor(NETLINK_SOCK_DIAG, pieceSize) || !askForSockets(socket_, family_, protocol_)) {
         fail(socket_.error());
         return false;
     }

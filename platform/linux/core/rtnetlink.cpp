@@ -19,9 +19,6 @@ namespace ipmib::platform
 namespace
 {
 
-// The kernel fills dump datagrams up to 32 KiB when it sees that its reader takes that much.
-constexpr std::size_t bufferSize = 64 * 1024;
-
 // A handler may read another socket meanwhile: there are as many buffers as that has ever come about at once.
 class ReceiveBuffer
 {
@@ -29,7 +26,7 @@ class ReceiveBuffer
     ReceiveBuffer() : place_(inUse++)
     {
         if (place_ == all.size()) {
-            all.push_back(std::make_unique_for_overwrite<std::byte[]>(bufferSize));
+            all.push_back(std::make_unique_for_overwrite<std::byte[]>(Rtnetlink::mostAtOnce));
         }
     }
     ~ReceiveBuffer() { --inUse; }
@@ -129,7 +126,7 @@ Rtnetlink::Read Rtnetlink::readAnnouncements(const Handler &handler)
 Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
 {
     const ReceiveBuffer buffer;
-    const ssize_t length = mnl_socket_recvfrom(socket_, buffer.get(), bufferSize);
+    const ssize_t length = mnl_socket_recvfrom(socket_, buffer.get(), pieceSize_);
     if (length < 0) {
         if (errno == EAGAIN || errno == EINTR) {
             return Read::nothing;

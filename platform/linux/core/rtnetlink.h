@@ -60,8 +60,13 @@ class Rtnetlink
     {
         return open(NETLINK_ROUTE, groups, count, receiveBuffer);
     }
-    // The same for another protocol of netlink.
-    bool openFor(int protocol) { return open(protocol, nullptr, 0, 0); }
+    // The same for another protocol of netlink. A datagram of a dump is at most as long as a piece, and 32 KiB: so much
+    // the kernel works for at one go.
+    bool openFor(int protocol, std::size_t pieceSize)
+    {
+        pieceSize_ = pieceSize;
+        return open(protocol, nullptr, 0, 0);
+    }
     void close();
     bool isOpen() const { return socket_ != nullptr; }
     int descriptor() const { return mnl_socket_get_fd(socket_); }
@@ -80,6 +85,9 @@ class Rtnetlink
     int errorNumber() const { return errno_; }
     const std::string &error() const { return error_; }
 
+    // What a read takes at most.
+    static constexpr std::size_t mostAtOnce = std::size_t{64} * 1024;
+
   private:
     bool open(int protocol, const unsigned *groups, std::size_t count, int receiveBuffer);
     Read receive(bool announcements, const Handler &handler);
@@ -89,6 +97,7 @@ class Rtnetlink
     Read fail(int number, const char *what);
 
     mnl_socket *socket_ = nullptr;
+    std::size_t pieceSize_ = mostAtOnce;
     std::uint32_t sequence_ = 0;
     bool interrupted_ = false;
     int errno_ = 0;
