@@ -34,6 +34,7 @@ class Tables
         });
         links_.onDown([this](std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); });
         RouteTable::Handlers handlers;
+        handlers.linkDown = [this](std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); };
         handlers.onLinkChanged = [this](const PrefixKey &key) { prefixes_.update(key); };
         handlers.advertised = [this](const AdvertisedPrefix &prefix) { prefixes_.advertise(prefix); };
         handlers.defaultsChanged = [this] { listRouters(); };

@@ -62,11 +62,12 @@ class Order:
     """Of one agent; what changes while it is looked at is looked at again."""
 
     served = None
+    configuration = ""
 
     def look(self):
         """What is wrong, and whether nothing has changed meanwhile."""
         wrong = []
-        with Agent(program, self.served) as agent:
+        with Agent(program, self.served, self.configuration) as agent:
             instances = [oid for oid, _, _ in agent.walk(dotted(ROOT))]
             if instances != sorted(set(instances)):
                 wrong.append("a walk does not ascend")
@@ -108,6 +109,7 @@ class OfADeviceWhoseServicesFail(Order, unittest.TestCase):
 
 class OfLinux(Order, unittest.TestCase):
     served = "linux"
+    configuration = "serve udpTable off\nserve udpEndpointTable off\n"  # whoever asks has a socket, and it goes
 
     @classmethod
     def setUpClass(cls):

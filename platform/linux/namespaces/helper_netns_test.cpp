@@ -13,6 +13,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -260,7 +261,7 @@ TEST(NetnsHelper, garbageEndsIt)
     std::vector<std::vector<char>> garbage;
     const auto add = [&](std::size_t size, const HelperQuestion &from) {
         std::vector<char> bytes(size, 'x');
-        std::memcpy(bytes.data(), &from, std::min(size, sizeof from));
+        std::copy_n(reinterpret_cast<const char *>(&from), std::min(size, sizeof from), bytes.begin());
         garbage.push_back(bytes);
     };
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, sizeof question - 1, sizeof question + 1,
