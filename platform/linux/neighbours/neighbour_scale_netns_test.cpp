@@ -178,7 +178,9 @@ TEST_F(NeighboursNetns, rowsThatADumpPassesOverStay)
         std::vector<std::size_t> pauses;
         mirror.refresh();
         while (dumps.readPiece()) {
-            pauses.push_back(recorder.keys().size());
+            if (pauses.empty() || pauses.back() < recorder.keys().size()) { // behind the rows there are other pieces
+                pauses.push_back(recorder.keys().size());
+            }
         }
         const std::vector<NeighbourKey> order = recorder.keys();
         ASSERT_EQ(order.size(), table.size());
