@@ -15,6 +15,7 @@
 #include <deque>
 #include <list>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -108,9 +109,11 @@ class Frontend::Impl
         if (place == places_.end()) {
             return;
         }
-        if (!held_.empty()) {
-            held_.release(nullptr);
+        if (!held_.empty() && !place->second.served.empty()) {
+            leaving_ = place->second.served.front().instance; // which is not to be waited for in its next table, either
+            held_.releaseAllOf(*leaving_);
             netsnmp_check_outstanding_agent_requests(); // packets that are answered now are done with
+            leaving_.reset();
         }
         for (const ServedRegion &region : place->second.served) {
             unregister(region, context);
@@ -149,7 +152,7 @@ class Frontend::Impl
     {
         const auto *region = static_cast<const ServedRegion *>(handler->myvoid);
         region->frontend->instances_.select(region->instance);
-        if (region->frontend->held_.mustWait(*region->source)) {
+        if (region->frontend->leaving_ != region->instance && region->frontend->held_.mustWait(*region->source)) {
             region->frontend->hold(*region, *handler, registration, info, requests);
         } else {
             region->frontend->answer(*region, info, requests);
@@ -333,6 +336,7 @@ class Frontend::Impl
     PlatformEvents platformEvents_;
     std::map<std::string, Place> places_; // by context
     HeldQuestions held_;
+    std::optional<std::size_t> leaving_;                    // the instance of a context that ends
     std::size_t begun_ = host::Instances::first;            // the instance that the latest packet asks
     std::map<netsnmp_agent_session *, HeldPacket> packets_; // of questions that are held
     // The batch in work; both keep the size of the largest so far. Names stay where they are while it grows.

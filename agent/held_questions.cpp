@@ -34,6 +34,11 @@ void HeldQuestions::release(const host::Source *source)
     releaseIf([source](const Held &each) { return source == nullptr || each.source == source; });
 }
 
+void HeldQuestions::releaseAllOf(std::size_t instance)
+{
+    releaseIf([instance](const Held &each) { return each.instance == instance; });
+}
+
 template <class Predicate>
 void HeldQuestions::releaseIf(Predicate isDue, bool isWanted)
 {

@@ -34,6 +34,8 @@ class HeldQuestions
     void forget(const void *client);
     // Has those for the rows of this source answered now; null stands for all sources.
     void release(const host::Source *source);
+    // The same for all of an instance.
+    void releaseAllOf(std::size_t instance);
     // Nobody wants the answers any more.
     void drop() { held_.clear(); }
 
