@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A kind of line of the configuration, read by an object for as long as both live. The library's parsers get no pointer
-// of ours, hence the one that is in force: one at a time of each class, as the library has it.
+// of ours, hence the one that is in force: one at a time of each class, as the library has it. A class that has several
+// kinds of lines names the member that reads each.
 #pragma once
 
 #include "net_snmp.h"
@@ -10,9 +11,9 @@
 namespace ipmib::agent
 {
 
-// Settings has read(line), which returns what is wrong with it or nothing; and forget(), if the lines before do not
-// count any more when the files are read again.
-template <class Settings>
+// It reads a line, without the word, and returns what is wrong with it or nothing. Settings may have forget(), for when
+// the lines before do not count any more, since the files are read again.
+template <class Settings, auto read = &Settings::read>
 class ConfigLine
 {
   public:
@@ -38,7 +39,7 @@ class ConfigLine
   private:
     static void parse(const char *word, char *line)
     {
-        const std::string mistake = inForce->read(line);
+        const std::string mistake = (inForce->*read)(line);
         if (!mistake.empty()) {
             netsnmp_config_error("%s: %s", word, mistake.c_str());
         }

@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The library's parsers get no pointer of ours, hence the one that is in force.
-
 #include "context_settings.h"
-
-#include "net_snmp.h"
 
 #include <algorithm>
 #include <sstream>
@@ -14,22 +10,6 @@ namespace
 {
 
 constexpr std::size_t longestName = 32; // of a context, as the MIBs have it
-
-ContextSettings *inForce = nullptr;
-
-template <std::string (ContextSettings::*read)(const std::string &)>
-void parseLine(const char *directive, char *line)
-{
-    const std::string mistake = (inForce->*read)(line);
-    if (!mistake.empty()) {
-        netsnmp_config_error("%s: %s", directive, mistake.c_str());
-    }
-}
-
-void forgetLines()
-{
-    inForce->forget();
-}
 
 // The words of a line with a space between them.
 std::string rest(std::istringstream &words)
@@ -44,28 +24,12 @@ std::string rest(std::istringstream &words)
 } // namespace
 
 ContextSettings::ContextSettings(const char *fileType, const char *context, const char *contexts, const char *community)
-    : fileType_(fileType)
+    : contextLine_(*this, fileType, context, "NAME ARGUMENT..."),
+      contextsLine_(*this, fileType, contexts, "ARGUMENT...")
 {
-    inForce = this;
-    listen(context, parseLine<&ContextSettings::readContext>, "NAME ARGUMENT...");
-    listen(contexts, parseLine<&ContextSettings::readContexts>, "ARGUMENT...");
-    listen(community, parseLine<&ContextSettings::readCommunity>, "COMMUNITY [SOURCE [CONTEXT]]");
-}
-
-void ContextSettings::listen(const char *directive, void (*parse)(const char *, char *), const char *help)
-{
-    if (directive != nullptr) {
-        register_config_handler(fileType_, directive, parse, directives_.empty() ? forgetLines : nullptr, help);
-        directives_.push_back(directive);
+    if (community != nullptr) {
+        communityLine_.emplace(*this, fileType, community, "COMMUNITY [SOURCE [CONTEXT]]");
     }
-}
-
-ContextSettings::~ContextSettings()
-{
-    for (const char *directive : directives_) {
-        unregister_config_handler(fileType_, directive);
-    }
-    inForce = nullptr;
 }
 
 bool ContextSettings::Community::includes(const std::string &context) const

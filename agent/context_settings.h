@@ -3,7 +3,10 @@
 // `contextcommunity COMMUNITY [SOURCE [CONTEXT]]`.
 #pragma once
 
+#include "config_line.h"
+
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,9 +33,6 @@ class ContextSettings
     // file and line, and left aside. One at a time, as the library has it. No directive for communities: null.
     explicit ContextSettings(const char *fileType, const char *context = contextDirective,
                              const char *contexts = contextsDirective, const char *community = communityDirective);
-    ~ContextSettings();
-    ContextSettings(const ContextSettings &) = delete;
-    ContextSettings &operator=(const ContextSettings &) = delete;
 
     // The platform's argument by the context's name.
     const std::map<std::string, std::string> &contexts() const { return contexts_; }
@@ -49,14 +49,13 @@ class ContextSettings
     void forget();
 
   private:
-    void listen(const char *directive, void (*parse)(const char *, char *), const char *help);
-
-    const char *fileType_;
-    std::vector<const char *> directives_;
     std::map<std::string, std::string> contexts_;
     std::vector<std::string> followed_;
     std::vector<Community> communities_;
     unsigned version_ = 0;
+    ConfigLine<ContextSettings, &ContextSettings::readContext> contextLine_;
+    ConfigLine<ContextSettings, &ContextSettings::readContexts> contextsLine_;
+    std::optional<ConfigLine<ContextSettings, &ContextSettings::readCommunity>> communityLine_;
 };
 
 } // namespace ipmib::agent

@@ -7,14 +7,7 @@ cd "$(dirname "$0")/.."
 build=$PWD/build-image
 work=$build/check
 
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
-skip() {
-    echo "skipped: $*"
-    exit 0
-}
+. packaging/check/outcome.sh
 [ "$(id -u)" = 0 ] || skip "root is needed for namespaces"
 for tool in umoci snmpbulkwalk ip python3; do
     command -v "$tool" >/dev/null || skip "$tool is not installed"

@@ -8,10 +8,7 @@ build=$PWD/build-rpm
 work=$build/check
 packages=("$build"/*.rpm)
 
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
+. packaging/check/outcome.sh
 command -v rpm >/dev/null && command -v rpmlint >/dev/null || fail "rpm and rpmlint are needed"
 [ "${#packages[@]}" = 3 ] || fail "there are not three packages: ${packages[*]}"
 rm -rf "$work"

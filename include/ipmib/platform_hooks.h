@@ -144,8 +144,9 @@ typedef struct IpmibPlatformHooks {
     int (*descriptor)(void);
     /* Handles what is ready, in a bounded piece; never blocks. */
     void (*dispatch)(void);
-    /* A new packet of requests begins, or several that waited together: brings the mirrors up to what the kernel has
-     * announced by now, and forgets counters that were read before. Never blocks. */
+    /* A new packet of requests begins, or several that waited together: from now on answers show what the kernel
+     * has announced by now, and no counters that were read before. What is dear may be brought up to that when it is
+     * asked for. Never blocks. */
     void (*begin_packet)(void);
     /* Reads configuration files again (SIGHUP). */
     void (*reload)(void);

@@ -3,14 +3,7 @@
 
 work=$PWD/build-packages/check
 
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
-skip() {
-    echo "skipped: $*"
-    exit 0
-}
+. packaging/check/outcome.sh
 
 # make_root NAME: a fresh Debian in $root, with the packages in /packages, on this machine's network.
 make_root() {

@@ -133,24 +133,60 @@ TEST_F(DeviceTest, ValuesOfTheWrongTypeAndTruncatedPacketsArrive)
     stopAgent();
 }
 
-// Datagrams as they come, without a library that drops what it does not wait for.
-class RawClient
+// Datagrams on the loopback address as they come, without a library that drops what it does not wait for.
+class RawSocket
 {
   public:
-    explicit RawClient(std::uint16_t port)
+    RawSocket() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
-        socket_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        sockaddr_in agent{};
-        agent.sin_family = AF_INET;
-        agent.sin_port = htons(port);
-        agent.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(connect(socket_, reinterpret_cast<const sockaddr *>(&agent), sizeof agent), 0);
+        sockaddr_in own = place(0);
+        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr *>(&own), sizeof own), 0);
         constexpr timeval patience{20, 0};
         setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     }
-    ~RawClient() { close(socket_); }
-    RawClient(const RawClient &) = delete;
-    RawClient &operator=(const RawClient &) = delete;
+    ~RawSocket() { close(socket_); }
+    RawSocket(const RawSocket &) = delete;
+    RawSocket &operator=(const RawSocket &) = delete;
+
+    std::uint16_t port() const
+    {
+        sockaddr_in own{};
+        socklen_t size = sizeof own;
+        getsockname(socket_, reinterpret_cast<sockaddr *>(&own), &size);
+        return ntohs(own.sin_port);
+    }
+    void sendTo(std::uint16_t port, const std::string &message) const
+    {
+        const sockaddr_in to = place(port);
+        EXPECT_EQ(
+            sendto(socket_, message.data(), message.size(), 0, reinterpret_cast<const sockaddr *>(&to), sizeof to),
+            static_cast<ssize_t>(message.size()));
+    }
+    // Empty when none comes.
+    std::string next() const
+    {
+        char buffer[1500];
+        const ssize_t size = recv(socket_, buffer, sizeof buffer, 0);
+        return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    }
+
+  private:
+    static sockaddr_in place(std::uint16_t port)
+    {
+        sockaddr_in place{};
+        place.sin_family = AF_INET;
+        place.sin_port = htons(port);
+        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return place;
+    }
+
+    int socket_;
+};
+
+class RawClient
+{
+  public:
+    explicit RawClient(std::uint16_t port) : port_(port) {}
 
     // A GET of ipv6IpDefaultHopLimit.0.
     void ask(char number) const
@@ -159,18 +195,18 @@ class RawClient
                                "\x30\x0E\x30\x0C\x06\x08\x2B\x06\x01\x02\x01\x04\x1A\x00\x05\x00";
         std::string message(request, sizeof request - 1);
         message[17] = number;
-        EXPECT_EQ(send(socket_, message.data(), message.size(), 0), static_cast<ssize_t>(message.size()));
+        socket_.sendTo(port_, message);
     }
     // The number of the request that the next answer is for.
     int answer() const
     {
-        char buffer[1500];
-        const ssize_t size = recv(socket_, buffer, sizeof buffer, 0);
-        return size < 18 ? -1 : buffer[17];
+        const std::string message = socket_.next();
+        return message.size() < 18 ? -1 : message[17];
     }
 
   private:
-    int socket_;
+    std::uint16_t port_;
+    RawSocket socket_;
 };
 
 TEST_F(DeviceTest, AnswersThatComeTwiceOrLateHoldNobodyUp)
@@ -242,40 +278,11 @@ TEST_F(DeviceTest, CountersGoOnFromWhereTheyAre)
     stopAgent();
 }
 
-// What is sent to a port of this test.
-class Receiver
-{
-  public:
-    explicit Receiver(std::uint16_t port)
-    {
-        socket_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        sockaddr_in own{};
-        own.sin_family = AF_INET;
-        own.sin_port = htons(port);
-        own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr *>(&own), sizeof own), 0);
-        constexpr timeval patience{20, 0};
-        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    }
-    ~Receiver() { close(socket_); }
-    Receiver(const Receiver &) = delete;
-    Receiver &operator=(const Receiver &) = delete;
-
-    std::string next() const
-    {
-        char buffer[1500];
-        const ssize_t size = recv(socket_, buffer, sizeof buffer, 0);
-        return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    }
-
-  private:
-    int socket_;
-};
-
 TEST_F(DeviceTest, ALineThatGoesDownIsNotified)
 {
-    const Receiver receiver(static_cast<std::uint16_t>(port() + 1));
-    startDevice("", access + "trap2sink 127.0.0.1:" + std::to_string(port() + 1) + " public\nlinkNotifications all\n");
+    const RawSocket receiver;
+    startDevice("",
+                access + "trap2sink 127.0.0.1:" + std::to_string(receiver.port()) + " public\nlinkNotifications all\n");
     const std::string common("\x2B\x06\x01\x06\x03\x01\x01\x05", 8);
     EXPECT_NE(receiver.next().find(common + '\1'), std::string::npos) << "coldStart";
     mustChange({"line", "eth0", "down"});
