@@ -10,22 +10,22 @@ namespace
 {
 
 // Whether there is an agent at all.
-std::uint64_t readUpTime(Session &session)
+std::uint64_t readUpTime(ClientSession &session)
 {
     const Answer answer = session.get({sysUpTime});
     if (!answer.isThere) {
-        throw NoAnswer(Session::agent() + " does not answer in " + session.versionText());
+        throw NoAnswer(ClientSession::agent() + " does not answer in " + session.versionText());
     }
     return answer.variables.empty() ? 0 : answer.variables.front().value.number;
 }
 
 // The same agent for those who speak SNMPv1; null when it has no answer for them.
-std::unique_ptr<Session> openVersion1(Pace &pace, Version version, Report &report)
+std::unique_ptr<ClientSession> openVersion1(Pace &pace, Version version, Report &report)
 {
     if (version != Version::v2c) {
         return nullptr;
     }
-    auto session = std::make_unique<Session>(pace, Version::v1);
+    auto session = std::make_unique<ClientSession>(pace, Version::v1);
     if (!session->get({sysUpTime}).isThere) {
         report.fact("the agent does not answer in SNMPv1");
         return nullptr;
@@ -52,7 +52,7 @@ std::string sizeText(const Region &region, const Walk &walk)
 void checkAgent(const Options &options, const Objects &objects, Report &report)
 {
     Pace pace(options.packetsPerSecond);
-    Session session(pace);
+    ClientSession session(pace);
     const std::uint64_t upTime = readUpTime(session);
     const auto session1 = openVersion1(pace, session.version(), report);
 

@@ -23,10 +23,10 @@ Answer Exchange::still(Answer answer, const Name &name)
     if (!answer.isThere) {
         report_.broken(Rule::answered, name, "no answer in " + session_.versionText());
         if (!session_.get({sysUpTime}).isThere) {
-            throw NoAnswer(Session::agent() + " no longer answers");
+            throw NoAnswer(ClientSession::agent() + " no longer answers");
         }
         if (++unanswered_ == most) {
-            throw NoAnswer(Session::agent() + " leaves too much unanswered to go on");
+            throw NoAnswer(ClientSession::agent() + " leaves too much unanswered to go on");
         }
     }
     return answer;

@@ -2,8 +2,8 @@
 // Questions of one session whose answers are held to the protocol's own rules, whatever the objects are.
 #pragma once
 
+#include "client_session.h"
 #include "findings.h"
-#include "session.h"
 
 #include <optional>
 #include <vector>
@@ -15,7 +15,7 @@ class Exchange
 {
   public:
     // Both outlive it.
-    Exchange(Session &session, Report &report) : session_(session), report_(report) {}
+    Exchange(ClientSession &session, Report &report) : session_(session), report_(report) {}
 
     Version version() const { return session_.version(); }
     std::string versionText() const { return session_.versionText(); }
@@ -42,7 +42,7 @@ class Exchange
     Answer still(Answer answer, const Name &name);
     bool isUsable(Kind kind, const Name &asked, const Variable &found);
 
-    Session &session_;
+    ClientSession &session_;
     Report &report_;
     int unanswered_ = 0;
 };

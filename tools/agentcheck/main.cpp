@@ -150,7 +150,7 @@ bool readCommandLine(int argc, char **argv, const agentcheck::Objects &objects, 
 void print(const agentcheck::Report &report, bool json, const std::string &endedEarly)
 {
     if (json) {
-        std::fputs(report.json(agentcheck::Session::agent(), endedEarly).c_str(), stdout);
+        std::fputs(report.json(agentcheck::ClientSession::agent(), endedEarly).c_str(), stdout);
         return;
     }
     std::fputs(report.text().c_str(), stdout);
@@ -168,7 +168,7 @@ int run(int argc, char **argv)
     }
     const auto words = static_cast<int>(line.words.size());
     line.words.push_back(nullptr);
-    agentcheck::Session::readCommandLine(words, line.words.data());
+    agentcheck::ClientSession::readCommandLine(words, line.words.data());
     agentcheck::Report report(objects);
     try {
         agentcheck::checkAgent(line.options, objects, report);

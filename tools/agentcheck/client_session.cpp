@@ -9,7 +9,7 @@
 
 #include <net-snmp/library/large_fd_set.h>
 
-#include "session.h"
+#include "client_session.h"
 
 #include "host/plugin.h"
 
@@ -112,7 +112,7 @@ void *openSession(long version)
         snmp_error(&wanted, nullptr, nullptr, &text);
         const std::string why = text == nullptr ? "no session" : text;
         std::free(text);
-        throw NoAnswer(Session::agent() + ": " + why);
+        throw NoAnswer(ClientSession::agent() + ": " + why);
     }
     return handle;
 }
@@ -133,7 +133,7 @@ void Pace::wait()
     next_ = std::max(now, next_) + between_;
 }
 
-void Session::readCommandLine(int argc, char **argv)
+void ClientSession::readCommandLine(int argc, char **argv)
 {
     setenv("MIBS", "", 0); // names are the catalogue's affair
     const int place = snmp_parse_args(argc, argv, &peer, "", nullptr);
@@ -145,42 +145,44 @@ void Session::readCommandLine(int argc, char **argv)
     }
 }
 
-std::string Session::agent()
+std::string ClientSession::agent()
 {
     return peer.peername == nullptr ? "" : peer.peername;
 }
 
-Session::Session(Pace &pace) : pace_(pace), handle_(openSession(peer.version)) {}
+ClientSession::ClientSession(Pace &pace) : pace_(pace), handle_(openSession(peer.version)) {}
 
-Session::Session(Pace &pace, Version version) : pace_(pace), handle_(openSession(libraryVersion(version))) {}
+ClientSession::ClientSession(Pace &pace, Version version) : pace_(pace), handle_(openSession(libraryVersion(version)))
+{
+}
 
-Session::~Session()
+ClientSession::~ClientSession()
 {
     snmp_sess_close(handle_);
 }
 
-Version Session::version() const
+Version ClientSession::version() const
 {
     const long version = snmp_sess_session(handle_)->version;
     return version == SNMP_VERSION_1 ? Version::v1 : version == SNMP_VERSION_2c ? Version::v2c : Version::v3;
 }
 
-std::string Session::versionText() const
+std::string ClientSession::versionText() const
 {
     return version() == Version::v1 ? "SNMPv1" : version() == Version::v2c ? "SNMPv2c" : "SNMPv3";
 }
 
-Answer Session::get(const std::vector<Name> &names)
+Answer ClientSession::get(const std::vector<Name> &names)
 {
     return ask(request(SNMP_MSG_GET, names));
 }
 
-Answer Session::getNext(const std::vector<Name> &names)
+Answer ClientSession::getNext(const std::vector<Name> &names)
 {
     return ask(request(SNMP_MSG_GETNEXT, names));
 }
 
-Answer Session::getBulk(const std::vector<Name> &names, int nonRepeaters, int maxRepetitions)
+Answer ClientSession::getBulk(const std::vector<Name> &names, int nonRepeaters, int maxRepetitions)
 {
     netsnmp_pdu *pdu = request(SNMP_MSG_GETBULK, names);
     pdu->non_repeaters = nonRepeaters;
@@ -188,7 +190,7 @@ Answer Session::getBulk(const std::vector<Name> &names, int nonRepeaters, int ma
     return ask(pdu);
 }
 
-Answer Session::set(const Variable &variable)
+Answer ClientSession::set(const Variable &variable)
 {
     netsnmp_pdu *pdu = snmp_pdu_create(SNMP_MSG_SET);
     addValue(pdu, variable);
@@ -196,7 +198,7 @@ Answer Session::set(const Variable &variable)
 }
 
 // The request that is waited for.
-struct Session::Pending {
+struct ClientSession::Pending {
     int id = 0;
     bool isDone = false;
     Answer answer;
@@ -220,7 +222,7 @@ struct Session::Pending {
     }
 };
 
-Answer Session::ask(void *message)
+Answer ClientSession::ask(void *message)
 {
     auto *pdu = static_cast<netsnmp_pdu *>(message);
     pace_.wait();

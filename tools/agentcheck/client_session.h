@@ -55,7 +55,7 @@ class Pace
     std::chrono::steady_clock::time_point next_{};
 };
 
-class Session
+class ClientSession
 {
   public:
     // The words of the command line are the library's: snmpcmd(1). Throws host::UsageError when it cannot use them; it
@@ -64,11 +64,11 @@ class Session
     static std::string agent();
 
     // As the command line says, or in another version. The pace outlives it. Throws NoAnswer.
-    explicit Session(Pace &pace);
-    Session(Pace &pace, Version version);
-    ~Session();
-    Session(const Session &) = delete;
-    Session &operator=(const Session &) = delete;
+    explicit ClientSession(Pace &pace);
+    ClientSession(Pace &pace, Version version);
+    ~ClientSession();
+    ClientSession(const ClientSession &) = delete;
+    ClientSession &operator=(const ClientSession &) = delete;
 
     Version version() const;
     std::string versionText() const;
