@@ -69,8 +69,9 @@ void checkAgent(const Options &options, const Objects &objects, Report &report)
             report.fact(region.name + ": " + sizeText(region, walk));
         }
     }
-    for (const auto group : {checkValues, checkIndexes, checkSameRows, checkSuccessors, checkRelations, checkPointers,
-                             checkInterfaces, checkCounts, checkCounters, checkTimes, checkAbsent, checkWrites}) {
+    for (const auto group :
+         {checkValues, checkIndexes, checkSameRows, checkSuccessors, checkRelations, checkPointers, checkInterfaces,
+          checkConnections, checkCounts, checkCounters, checkTimes, checkAbsent, checkWrites}) {
         group(check);
     }
     reportWhatIsStillWrong(check);

@@ -18,8 +18,9 @@ using namespace ipmib;
 
 constexpr char helpText[] = R"(Usage: ipmib-agentcheck [OPTION]... AGENT
 
-Asks an SNMP agent for the tables of the IP-MIB, the IP-FORWARD-MIB and the IF-MIB, and for the scalars beside them, in
-every way that there is to ask, and says what it does not do as the standards say. Nothing is written.
+Asks an SNMP agent for the tables of the IP-MIB, the IP-FORWARD-MIB, the IF-MIB, the TCP-MIB and the UDP-MIB, and for the
+scalars beside them, in every way that there is to ask, and says what it does not do as the standards say. Nothing is
+written.
 
       --json             write the findings as JSON
       --tables=LIST      look at these tables and groups of scalars alone, with commas between them

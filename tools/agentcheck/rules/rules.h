@@ -62,6 +62,7 @@ void checkSuccessors(Check &check);
 void checkRelations(Check &check);
 void checkPointers(Check &check);
 void checkInterfaces(Check &check);
+void checkConnections(Check &check);
 void checkCounts(Check &check);
 void checkCounters(Check &check);
 void checkTimes(Check &check);

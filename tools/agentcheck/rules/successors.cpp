@@ -17,13 +17,14 @@ struct Question {
     Name from;
 };
 
-// Identifiers close to the instance: shorter, longer, and beside it.
-std::vector<Name> around(const Name &instance, std::size_t objectSize)
+// Identifiers close to the instance: longer, and shorter and beside it at these places.
+std::vector<Name> around(const Name &instance, std::span<const std::size_t> places)
 {
     std::vector<Name> names = {extended(instance, std::vector<host::SubId>{0}),
                                extended(instance, std::vector<host::SubId>{UINT32_MAX})};
-    for (const std::size_t place : {objectSize, instance.size() - 1}) {
-        for (const host::SubId id : {instance[place] - 1, instance[place] + 1, host::SubId{256}, UINT32_MAX}) {
+    for (const std::size_t place : places) {
+        for (const host::SubId id :
+             {instance[place] - 1, instance[place] + 1, host::SubId{256}, host::SubId{65536}, UINT32_MAX}) {
             names.push_back(instance);
             names.back()[place] = id; // below 0 it is the greatest
         }
@@ -34,7 +35,20 @@ std::vector<Name> around(const Name &instance, std::size_t objectSize)
     return names;
 }
 
-// The first and the last instance of each object, and what is around them.
+// The first and the last sub-identifier behind the object, or all of them.
+std::vector<std::size_t> placesOf(const Name &instance, std::size_t objectSize, bool wantsAll)
+{
+    std::vector<std::size_t> places;
+    for (std::size_t place = objectSize; place < instance.size(); ++place) {
+        if (wantsAll || place == objectSize || place + 1 == instance.size()) {
+            places.push_back(place);
+        }
+    }
+    return places;
+}
+
+// The first and the last instance of each object, and what is around them. One object shows how all parts of the index
+// are read.
 std::vector<Question> questionsOf(const Region &region, const Walk &walk)
 {
     std::set<Name, Ascending> from;
@@ -44,7 +58,8 @@ std::vector<Question> questionsOf(const Region &region, const Walk &walk)
         const bool isFirst = each == walk.values.begin() || region.objectOf(std::prev(each)->first) != object;
         const bool isLast = next == walk.values.end() || region.objectOf(next->first) != object;
         if (isFirst || isLast) {
-            for (Name &name : around(each->first, object->oid.size())) {
+            const bool isOfFirstObject = host::isWithin(walk.values.begin()->first, object->oid.view());
+            for (Name &name : around(each->first, placesOf(each->first, object->oid.size(), isOfFirstObject))) {
                 from.insert(std::move(name));
             }
         }

@@ -2,6 +2,10 @@
 // Writes, which have to be allowed: the value that an instance has is written to it again.
 #include "rules.h"
 
+#include "host/syntax.h"
+
+#include <algorithm>
+
 namespace ipmib::agentcheck
 {
 namespace
@@ -16,6 +20,15 @@ bool isWritable(const MibTreeNode &node)
 bool isLock(const MibTreeNode &node)
 {
     return std::string_view(node.pszName).ends_with("SpinLock");
+}
+
+// A value that is no state but what to do, which no agent should have: written, it deletes the row.
+bool isOrder(const MibTreeNode &node, const Value &value)
+{
+    return std::ranges::any_of(host::labelsOf(*node.pstSyntax), [&value](const MibEnumItem &label) {
+        const std::string_view name = label.pszLabel;
+        return static_cast<std::uint32_t>(label.lValue) == value.number && (name == "destroy" || name == "deleteTCB");
+    });
 }
 
 bool isRefusal(Version version, long error)
@@ -56,7 +69,8 @@ void checkWrites(Check &check)
     for (const auto &[region, walk] : check.walks) {
         for (const host::Object *object : region->objects) {
             const auto first = walk.values.lower_bound(nameOf(*object)); // one instance of each is enough
-            if (first != walk.values.end() && region->objectOf(first->first) == object && !isLock(*object->node)) {
+            if (first != walk.values.end() && region->objectOf(first->first) == object && !isLock(*object->node) &&
+                !isOrder(*object->node, first->second)) {
                 checkWrite(check, *object->node, {first->first, first->second});
             }
         }

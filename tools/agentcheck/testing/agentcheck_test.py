@@ -12,7 +12,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import faults  # noqa: E402
 from agent import Agent, patience  # noqa: E402
 from scripted_agent import ScriptedAgent  # noqa: E402
-from snmp import record  # noqa: E402
+from snmp import INTEGER, record  # noqa: E402
 
 ipmibd, agentcheck = map(os.path.abspath, sys.argv[-2:])
 values = {}
@@ -92,6 +92,23 @@ class Agentcheck(unittest.TestCase):
             with Watched(values, columns) as agent:
                 check(agent, "--tables=ifTable,ifXTable", *words)
                 self.assertEqual(agent.writes > 0, is_written)
+
+    def test_what_would_delete_a_row_is_not_written(self):
+        class Watched(ScriptedAgent):
+            written = []
+
+            def change(self):
+                for column, order in (("tcpConnState", 12), ("ipAddressRowStatus", 6)):
+                    self.values[faults.first_of(self.values, column)] = (INTEGER, order)
+
+            def set(self, name, tag, value):
+                self.written.append(name)
+                return super().set(name, tag, value)
+
+        with Watched(values, columns) as agent:
+            check(agent, "--tables=tcpConnTable,ipAddressTable", "--write")
+            self.assertNotEqual(agent.written, [])
+            self.assertFalse(any(faults.is_below(name, "tcpConnState", "ipAddressRowStatus") for name in agent.written))
 
     def test_rows_are_bounded(self):
         with ScriptedAgent(values, columns) as agent:

@@ -6,9 +6,11 @@ what is snmpd's own; and what it finds wrong with Debian's snmpd stands in docs/
     agents_test.py [--update] IPMIBD IPMIB-AGENTCHECK [OBJECT]     with --update the document is written anew; without the
                                                                    object for snmpd, nothing is tried inside it
 """
+import errno
 import json
 import os
 import re
+import socket
 import subprocess
 import sys
 import tempfile
@@ -36,6 +38,12 @@ neighbour add 2001:db8::2 lladdr 02:00:5e:00:53:03 nud permanent dev left
 route add default via 192.0.2.2
 route add default via 2001:db8::2
 """
+# Who listens, who is connected, and endpoints: of both versions, with a zone and without.
+LISTENERS = [("192.0.2.1", 8080), ("0.0.0.0", 8081), ("::", 8082), ("2001:db8::1", 8083), ("fe80::5eff:fe00:5301%left", 8084)]
+CONNECTED = [("192.0.2.1", 8080), ("127.0.0.1", 8081), ("::ffff:192.0.2.1", 8082), ("::1", 8082), ("2001:db8::1", 8083),
+             ("fe80::5eff:fe00:5301%left", 8084)]
+ENDPOINTS = [("0.0.0.0", 5353), ("::", 5354), ("127.0.0.1", 5355), ("fe80::5eff:fe00:5301%left", 5356)]
+ENDPOINTS_CONNECTED = [("192.0.2.2", 53), ("2001:db8::2", 53), ("fe80::5eff:fe00:5302%left", 53)]
 V2C = ("-v2c", "-cpublic")
 V3 = ("-v3", "-uu", "-lauthPriv", "-aSHA", "-Apassword1", "-xAES", "-Xpassword2")
 LAST = "1.3.6.1.2.1.31.1.4"  # of what ipmibd serves, and snmpd does not
@@ -91,8 +99,36 @@ class Agents:
         return found
 
 
+def opened(kind, use, address):
+    """A socket that is bound or connected; a link-local address is there some time after its link is up."""
+    family, _, _, _, place = socket.getaddrinfo(*address, type=kind, flags=socket.AI_NUMERICHOST)[0]
+    end = time.monotonic() + PATIENCE
+    while True:
+        one = socket.socket(family, kind)
+        try:
+            getattr(one, use)(place)
+            return one
+        except OSError as error:
+            one.close()
+            if error.errno not in (errno.EADDRNOTAVAIL, errno.ENETUNREACH) or time.monotonic() > end:
+                raise
+        time.sleep(0.05)
+
+
+def sockets():
+    """They are there as long as they are kept."""
+    found = []
+    for address in LISTENERS:
+        found.append(opened(socket.SOCK_STREAM, "bind", address))
+        found[-1].listen()
+    found += [opened(socket.SOCK_STREAM, "connect", address) for address in CONNECTED]
+    found += [opened(socket.SOCK_DGRAM, "bind", address) for address in ENDPOINTS]
+    return found + [opened(socket.SOCK_DGRAM, "connect", address) for address in ENDPOINTS_CONNECTED]
+
+
 def names(findings):
-    return {(each["rule"], each["name"]) for each in findings}
+    """Sockets of the agents and of those who ask them are others each time: of endpoints the object alone."""
+    return {(each["rule"], re.sub("^(udpEndpoint[^.]*).*", r"\1", each["name"])) for each in findings}
 
 
 class Ipmibd(unittest.TestCase):
@@ -179,4 +215,5 @@ if __name__ == "__main__":
         with open(f"/proc/sys/net/ipv6/conf/{scope}/accept_dad", "w", encoding="ascii") as settings:
             settings.write("0")
     subprocess.run(["ip", "-batch", "-"], input=COMMANDS, text=True, check=True)
+    there = sockets()
     unittest.main(argv=sys.argv[:1] + (["Snmpd"] if update else []))

@@ -58,6 +58,10 @@ NEIGHBOURS = "ipNetToPhysicalTable"
 ROUTES = "inetCidrRouteTable"
 LINK_LOCAL = (254, 128) + 13 * (0,) + (1,)
 PREFIX = (1, 3, 6, 1, 2, 1, 4, 32, 1)
+CONNECTIONS = "tcpConnectionTable"
+LISTENERS = "tcpListenerTable"
+ENDPOINTS = "udpEndpointTable"
+IPV6 = (32, 1, 13, 184) + 11 * (0,) + (1,)
 
 # Values
 changed("a gauge for an integer", "type", ADDRESSES, "ipAddressIfIndex", UNSIGNED32, 3)
@@ -70,6 +74,17 @@ changed("a lifetime beyond its range", "range", "ipDefaultRouterTable", "ipDefau
 changed("too many octets", "range", "ipv6InterfaceTable", "ipv6InterfaceIdentifier", OCTETS, bytes(12))
 changed("a negative ifIndex", "range", ADDRESSES, "ipAddressIfIndex", INTEGER, -1)
 changed("another address than in the index", "indexValue", "ipAddrTable", "ipAdEntAddr", IPADDRESS, bytes([10, 0, 0, 1]))
+changed("a connection's state without a name", "label", CONNECTIONS, "tcpConnectionState", INTEGER, 13)
+changed("a process that is no gauge", "type", LISTENERS, "tcpListenerProcess", INTEGER, 640)
+changed("another port than in the index", "indexValue", "udpTable", "udpLocalPort", INTEGER, 99)
+changed("another end than in the index", "indexValue", "tcpConnTable", "tcpConnRemAddress", IPADDRESS, bytes([10, 0, 0, 1]))
+
+
+@planted("accessible", "udpEndpointInstance", ENDPOINTS)
+class AnInstanceThatCanBeRead(ScriptedAgent):
+    def change(self):
+        instance = first_of(self.values, "udpEndpointProcess")[len(oid("udpEndpointProcess")) :]
+        self.values[oid("udpEndpointInstance", *instance)] = (UNSIGNED32, instance[-1])
 
 
 @planted("accessible", "ipAddressAddrType", ADDRESSES)
@@ -110,6 +125,15 @@ moved("bits behind the prefix", "prefixBits", ROUTES, "inetCidrRouteType",
       (1, 4, 192, 0, 2, 1, 25, 3, 0, 0, 3, 0, 0), "inetCidrRouteIfIndex")
 moved("more bits than there are", "prefixBits", "ipAddressPrefixTable", "ipAddressPrefixOrigin",
       (2, 1, 4, 203, 0, 113, 0, 64))
+moved("a port beyond all ports", "index", CONNECTIONS, "tcpConnectionState", (1, 4, 192, 0, 2, 1, 70000, 1, 4, 192, 0, 2, 20, 51514))
+moved("an older port beyond all ports", "index", "udpTable", "udpLocalAddress", (192, 0, 2, 1, 65536))
+moved("a connection whose other end is cut off", "index", CONNECTIONS, "tcpConnectionState", (1, 4, 192, 0, 2, 1, 22, 1, 4, 192, 0, 2))
+moved("an endpoint without instance", "index", ENDPOINTS, "udpEndpointProcess", (0, 0, 123, 0, 0, 0))
+moved("the instance 0", "index", ENDPOINTS, "udpEndpointProcess", (0, 0, 123, 0, 0, 0, 0))
+moved("a listener of IPv4 with 16 octets", "addressLength", LISTENERS, "tcpListenerProcess", (1, 16) + IPV6 + (22,))
+moved("a listener at an unknown address", "addressLength", LISTENERS, "tcpListenerProcess", (0, 4, 192, 0, 2, 1, 22))
+moved("a connection without zone", "zone", CONNECTIONS, "tcpConnectionState", (2, 16) + LINK_LOCAL + (22, 2, 16) + IPV6 + (9,))
+moved("another end without zone", "zone", CONNECTIONS, "tcpConnectionState", (2, 16) + IPV6 + (22, 2, 16) + LINK_LOCAL + (9,))
 moved("a second scalar", "scalarIndex", "interfaces", "ifNumber", (1,))
 
 
@@ -162,6 +186,14 @@ class OneMoreRowEachTime(ScriptedAgent):
         first = first_of(self.values, "ipNetToPhysicalState")
         is_new = is_below(name, "ipNetToPhysicalState") and name > first
         return (name, *self.values[first]) if is_new else super().get(name)
+
+
+@planted("bulks", "tcpListenerProcess", LISTENERS)
+class BulkLeavesAListenerOut(ScriptedAgent):
+    def get_bulk(self, name, repetitions):
+        left_out = max(name for name in self.names if is_below(name, "tcpListenerProcess"))
+        found = super().get_bulk(name, repetitions + 1)
+        return [each for each in found if each[0] != left_out][:repetitions]
 
 
 @planted("ends", "ifStackLastChange", "ifMIBObjects")
@@ -270,6 +302,23 @@ class OctetsWrapAt256(ScriptedAgent):
         return super().get_next(name)
 
 
+@planted("gets", "tcpConnectionProcess", CONNECTIONS)
+class GetKnowsNoConnections(ScriptedAgent):
+    def get(self, name):
+        return (name, NO_SUCH_INSTANCE, b"") if is_below(name, "tcpConnectionProcess") else super().get(name)
+
+
+@planted("successor", "tcpConnState", "tcpConnTable")
+class PortsWrapAt65536(ScriptedAgent):
+    """As in agents that read a port into 16 bits."""
+
+    def get_next(self, name):
+        place = len(oid("tcpConnState")) + 4
+        if is_below(name, "tcpConnState") and len(name) > place:
+            name = name[:place] + (name[place] % 65536,) + name[place + 1 :]
+        return super().get_next(name)
+
+
 @planted("sideBySide", "ipAddressOrigin", ADDRESSES)
 class RowsMixed(ScriptedAgent):
     """The second variable of a packet and those behind it are one row further on."""
@@ -360,6 +409,15 @@ changed("a speed of its own", "speeds", "ifTable,ifXTable", "ifHighSpeed", UNSIG
 changed("preferred when no longer valid", "lifetimes", "ipAddressPrefixTable", "ipAddressPrefixAdvValidLifetime",
         UNSIGNED32, 100, "ipAddressPrefixAdvPreferredLifetime")
 changed("the least is the greatest", "intervals", "ipv6RouterAdvertTable", "ipv6RouterAdvertMinInterval", UNSIGNED32, 1350)
+
+# Connections
+changed("a connection that listens", "connectionState", CONNECTIONS, "tcpConnectionState", INTEGER, 2)
+changed("a state that is only written", "connectionState", CONNECTIONS, "tcpConnectionState", INTEGER, 12)
+changed("an older state that is only written", "connectionState", "tcpConnTable", "tcpConnState", INTEGER, 12)
+moved("a connection of two versions", "oneVersion", CONNECTIONS, "tcpConnectionState", (1, 4, 192, 0, 2, 1, 22, 2, 16) + IPV6 + (9,))
+moved("an endpoint of two versions", "oneVersion", ENDPOINTS, "udpEndpointProcess", (2, 16) + IPV6 + (123, 1, 4, 192, 0, 2, 20, 9, 1))
+moved("anybody as an address of zeros", "anyRemote", ENDPOINTS, "udpEndpointProcess", (1, 4, 192, 0, 2, 1, 123, 1, 4, 0, 0, 0, 0, 0, 1))
+moved("anybody at a port", "anyRemote", ENDPOINTS, "udpEndpointProcess", (0, 0, 123, 0, 0, 53, 1))
 
 # Counters and times
 changed("another low half", "lowHalf", "ifTable,ifXTable", "ifInOctets", COUNTER32, 12345)
@@ -469,6 +527,7 @@ CONSEQUENCES = {
     "a negative ifIndex": {"pointerRow"},
     "an interface that is not there": {"pointerRow"},
     "AnIndexThatCanBeRead": {"noSuchInstance"},
+    "AnInstanceThatCanBeRead": {"noSuchInstance"},
     "OneMoreRowEachTime": {"successor"},
     "NoEnd": {"endOfMibView"},
     "EndOfSomethingElse": {"endOfMibView"},
