@@ -13,9 +13,15 @@ using Row = InterfaceRow;
 
 constexpr host::SubId ifXEntry[] = {1, 3, 6, 1, 2, 1, 31, 1, 1, 1};
 
-constexpr std::uint64_t perMegabit = 1'000'000;
 constexpr std::uint64_t trapsEnabled = 1;
 constexpr std::uint64_t trapsDisabled = 2;
+
+// As near as millions come.
+std::uint64_t megabitsOf(std::uint64_t bits)
+{
+    constexpr std::uint64_t perMegabit = 1'000'000;
+    return (bits + perMegabit / 2) / perMegabit;
+}
 
 constexpr InterfaceColumn columns[] = {
     {1, [](const Row &row) { return text(row.interface.name); }},                              // ifName
@@ -32,7 +38,7 @@ constexpr InterfaceColumn columns[] = {
     {12, [](const Row &row) { return counter64(row.traffic.out.multicast); }, traffic},        // ifHCOutMulticastPkts
     {13, [](const Row &row) { return counter64(row.traffic.out.broadcast); }, traffic},        // ifHCOutBroadcastPkts
     {14, [](const Row &row) { return integer(row.notified ? trapsEnabled : trapsDisabled); }}, // ifLinkUpDownTrapEnable
-    {15, [](const Row &row) { return gauge(row.interface.speed / perMegabit); }},              // ifHighSpeed
+    {15, [](const Row &row) { return gauge(megabitsOf(row.interface.speed)); }},               // ifHighSpeed
     {16, [](const Row &row) { return truth(row.interface.promiscuous != 0); }},                // ifPromiscuousMode
     {17, [](const Row &row) { return truth(row.interface.connector != 0); }},                  // ifConnectorPresent
     {18, [](const Row &row) { return text(row.interface.alias); }},                            // ifAlias
