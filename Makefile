@@ -14,7 +14,7 @@
 #   make abi          the binary interface of the module and of what it needs, beside the stored one
 #   make static-analysis
 #                     clang-tidy's CERT and bugprone checks over the module, with the reason of each deviation
-#   make traceability each object of the module's tree: its line of the catalogue, its handler, its tests
+#   make traceability each object that is answered: its line of the catalogue, its handler, its tests
 #   make reproducible build everything that is installed twice in different surroundings and compare (KINDS="Release packages")
 #   make sbom         every file with its copyright and licence, as SPDX; make dependencies: the Debian packages with versions
 #   make evidence     all of these and coverage, mutation, fuzz and footprint, with an index, in build-evidence/

@@ -20,7 +20,7 @@ ROOT = Path(__file__).resolve().parents[1]
 PARTS = {
     'sbom': ('sbom.spdx', 'every source file with its hash, copyright and licence (SPDX, by reuse)'),
     'dependencies': ('dependencies.txt', "the Debian packages that it is built from and runs with, in this machine's versions"),
-    'traceability': ('traceability.md', 'each object of the tree: its line of the catalogue, its handler, its tests'),
+    'traceability': ('traceability.md', 'each object of the tree and of own tables: its line of the catalogue, its handler, its tests'),
     'abi': ('abi.txt', 'the binary interface of the plug-in and of what it needs, beside the stored one'),
     'coverage': ('coverage.txt', "lines and branches of the module that its tests run"),
     'mutation': ('mutation.md', 'changes to the module that its tests notice, and those that none can notice'),
