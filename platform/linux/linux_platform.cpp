@@ -193,7 +193,7 @@ void LinuxPlatform::beginPacket()
     now_ = secondsSinceBoot();
     addressing_.newPacket();
     ipv4_.newPacket();
-    ip6Links_.newPacket(links_.size());
+    ip6Links_.newPacket();
     linkTraffic_.newPacket();
     systemCounters_.newPacket();
     ipv4Counters_.newPacket();

@@ -7,7 +7,9 @@
 #include "namespaces/network_namespace.h"
 
 #include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -94,6 +96,23 @@ bool Rtnetlink::open(int protocol, const unsigned *groups, std::size_t count, in
     return true;
 }
 
+bool Rtnetlink::openToLook()
+{
+    // NLMSG_GOODSIZE, which the kernel makes no piece shorter than.
+    pieceSize_ = std::clamp<std::size_t>(static_cast<std::size_t>(sysconf(_SC_PAGESIZE)), 4096, 8192);
+    if (!open(NETLINK_ROUTE, nullptr, 0, 0)) {
+        return false;
+    }
+    // The kernel goes on with a dump when half of the buffer is free: the least that it allows is less than two pieces.
+    const int least = 1;
+    if (setsockopt(descriptor(), SOL_SOCKET, SO_RCVBUF, &least, sizeof least) != 0) {
+        fail(errno, "receive buffer");
+        close();
+        return false;
+    }
+    return true;
+}
+
 void Rtnetlink::close()
 {
     if (socket_ != nullptr) {
@@ -134,8 +153,32 @@ Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)
         // A datagram beyond the buffer was cut off: what it said is as lost as if it had never been queued.
         return errno == ENOBUFS || (announcements && errno == ENOSPC) ? Read::lost : fail(errno, "receive");
     }
+    return handOn(buffer.get(), static_cast<std::size_t>(length), announcements, handler);
+}
+
+Rtnetlink::Read Rtnetlink::look(const Handler &handler)
+{
+    const ReceiveBuffer buffer;
+    const ssize_t length = recv(descriptor(), buffer.get(), pieceSize_, MSG_PEEK | MSG_TRUNC);
+    if (length < 0) {
+        return errno == EAGAIN || errno == EINTR ? Read::nothing : fail(errno, "receive");
+    }
+    if (static_cast<std::size_t>(length) > pieceSize_) {
+        return fail(ENOSPC, "receive");
+    }
+    return handOn(buffer.get(), static_cast<std::size_t>(length), false, handler);
+}
+
+void Rtnetlink::drop()
+{
+    recv(descriptor(), nullptr, 0, MSG_TRUNC);
+}
+
+Rtnetlink::Read Rtnetlink::handOn(const std::byte *datagram, std::size_t length, bool announcements,
+                                  const Handler &handler)
+{
     int left = static_cast<int>(length);
-    for (auto *message = reinterpret_cast<const nlmsghdr *>(buffer.get()); holdsMessage(message, left);
+    for (auto *message = reinterpret_cast<const nlmsghdr *>(datagram); holdsMessage(message, left);
          message = mnl_nlmsg_next(message, &left)) {
         if (announcements) {
             if (message->nlmsg_type >= NLMSG_MIN_TYPE) {

@@ -67,6 +67,8 @@ class Rtnetlink
         pieceSize_ = pieceSize;
         return open(protocol, nullptr, 0, 0);
     }
+    // For dumps that rest: see look(). A piece is as long as the kernel makes the shortest.
+    bool openToLook();
     void close();
     bool isOpen() const { return socket_ != nullptr; }
     int descriptor() const { return mnl_socket_get_fd(socket_); }
@@ -75,6 +77,10 @@ class Rtnetlink
     bool send(RtnetlinkRequest &request);
     // Reads one datagram and hands its messages on.
     Read read(const Handler &handler);
+    // Reads one datagram and leaves it in the socket, so that the kernel does not write the next piece of the dump
+    // before drop() has taken this one out.
+    Read look(const Handler &handler);
+    void drop();
     // Reads one datagram of announcements and hands its messages on.
     Read readAnnouncements(const Handler &handler);
     // Sends a request and hands on what the kernel answers at once: one message, or with NLM_F_DUMP all of a (small)
@@ -91,6 +97,7 @@ class Rtnetlink
   private:
     bool open(int protocol, const unsigned *groups, std::size_t count, int receiveBuffer);
     Read receive(bool announcements, const Handler &handler);
+    Read handOn(const std::byte *datagram, std::size_t length, bool announcements, const Handler &handler);
     Read readDone(const nlmsghdr &message);
     Read readError(const nlmsghdr &message);
     Read refused(const nlmsghdr &message, std::size_t attributesAt, int number);

@@ -12,15 +12,19 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <string>
+#include <utility>
 
 namespace ipmib::platform
 {
 namespace
 {
 
-// So many links cost in one answer what one costs by itself: the kernel's way to a link is most of the latter.
-constexpr std::size_t linksForOne = 7;
+// So many links cost in a dump what one costs by itself: the kernel's way to a link is most of the latter.
+constexpr unsigned linksForOne = 5;
+// So many are passed over at one go, at most, to come to one that is wanted.
+constexpr unsigned mostCredit = 256;
 
 std::uint32_t setting(const nlattr *conf, std::size_t which)
 {
@@ -116,47 +120,54 @@ std::optional<Ip6Counters> Ip6LinkReader::countersOf(const Ip6LinkMessage &messa
     return layout_.decode(message.array(), {named, again});
 }
 
-void Ip6LinkReader::newPacket(std::size_t links)
+void Ip6LinkReader::newPacket()
 {
     readings_.newPacket();
-    links_ = links;
-    wantedBefore_ = wanted_;
-    wanted_ = 0;
-    askedForAll_ = false;
+    wantedBefore_ = std::exchange(wanted_, 0);
+    readFrom_ = std::numeric_limits<std::uint32_t>::max();
 }
 
-// A packet of a walk wants about as many links as the one before.
-bool Ip6LinkReader::paysToAskForAll() const
+// For a walk, unless the link is among those that the packet before had read last, or has no IPv6.
+bool Ip6LinkReader::paysToReadOn(std::uint32_t ifIndex) const
 {
-    return !askedForAll_ && wanted_ >= 2 && wantedBefore_ * linksForOne > links_ && layout_.settled();
+    const bool isWalk = wanted_ >= 2 || wantedBefore_ >= 2;
+    const bool isKnown = readings_.isFresh(ifIndex) || (ifIndex >= readFrom_ && ifIndex <= dump_.reached());
+    return isWalk && !isKnown && layout_.settled() && dump_.isUsable() && !dump_.isAt(ifIndex);
 }
 
-// Those that run no IPv6 are not among the answers. Reading an answer costs about what it costs the kernel to write it:
-// those that a walk has left behind are passed over, and those behind as many as it is likely to want.
-void Ip6LinkReader::askForThoseFrom(std::uint32_t ifIndex)
+// Each link that is wanted pays for reading the dump on by so many, so that at worst, when it never comes to those that
+// are, all costs twice as much. A dump that has passed the link is read to its end, where the next one begins.
+void Ip6LinkReader::readOnTo(std::uint32_t ifIndex)
 {
-    RtnetlinkRequest request(RTM_GETLINK, NLM_F_DUMP);
-    request.family<ifinfomsg>().ifi_family = AF_INET6;
-    askedForAll_ = true;
-    ++kernelReads_;
     const auto none = [] { return std::nullopt; }; // the order of counters is known
-    std::size_t taken = wanted_ - 1;
-    const int error = socket_.ask(request, [&](const nlmsghdr &message) {
-        if (taken >= wantedBefore_ || message.nlmsg_len < mnl_nlmsg_size(sizeof(ifinfomsg)) ||
-            static_cast<const ifinfomsg *>(mnl_nlmsg_get_payload(&message))->ifi_index < static_cast<int>(ifIndex)) {
+    bool passed = dump_.reached() >= ifIndex;
+    if (!passed) {
+        readFrom_ = std::min(readFrom_, ifIndex);
+    }
+    const auto handOn = [&](const nlmsghdr &message) {
+        credit_ -= std::min(credit_, 1U);
+        if (passed && !dump_.isAtFirst()) {
             return;
         }
-        ++taken;
         const Ip6LinkMessage answer(message);
-        const auto counters = answer.link.present ? layout_.decode(answer.array(), {none, none}) : std::nullopt;
-        if (counters && !readings_.isFresh(answer.ifIndex)) { // one read is what the packet has seen
+        if (answer.ifIndex < ifIndex || !answer.link.present || readings_.isFresh(answer.ifIndex)) {
+            return; // one read is what the packet has seen
+        }
+        if (const auto counters = layout_.decode(answer.array(), {none, none})) {
             Ip6Link link = answer.link;
             link.counters = *counters;
             readings_.put(answer.ifIndex, link);
         }
-    });
-    if (error != 0) {
-        logWarning("netlink: IPv6 of all interfaces: %s", socket_.error().c_str());
+    };
+    while (credit_ > 0 && dump_.readOn(handOn)) {
+        ++kernelReads_;
+        if (passed && dump_.isAtFirst()) {
+            passed = false;
+            readFrom_ = ifIndex;
+        }
+        if (!passed && dump_.reached() >= ifIndex) {
+            return;
+        }
     }
 }
 
@@ -164,9 +175,10 @@ const Ip6Link *Ip6LinkReader::read(std::uint32_t ifIndex)
 {
     if (!readings_.isAsked(ifIndex)) {
         ++wanted_;
+        credit_ = std::min(credit_ + linksForOne, mostCredit);
     }
-    if (!readings_.isFresh(ifIndex) && paysToAskForAll()) {
-        askForThoseFrom(ifIndex);
+    if (paysToReadOn(ifIndex)) {
+        readOnTo(ifIndex);
     }
     return readings_.get(ifIndex, [&](Ip6Link &link) {
         const auto answer = ask(ifIndex);

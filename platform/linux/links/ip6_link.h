@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the kernel says of IPv6 on one link at this moment: counters, timers, settings. Read once for a packet of
-// requests, however many of its values are asked for; of all links at once when a walk asks for many of them.
+// requests, however many of its values are asked for; several links at once when a walk asks for them.
 #pragma once
 
 #include "core/packet_readings.h"
 #include "core/rtnetlink.h"
 #include "counters/counter_layout.h"
+#include "links/ip6_link_dump.h"
 #include "links/link_table.h"
 
 #include <net/if.h>
@@ -44,8 +45,8 @@ class Ip6LinkReader
     // The socket is the caller's, and open before the first reading.
     explicit Ip6LinkReader(Rtnetlink &socket) : socket_(socket) {}
 
-    // Forgets what the packet before has read. There are so many links now.
-    void newPacket(std::size_t links);
+    // Forgets what the packet before has read.
+    void newPacket();
     // A link that has gone for good.
     void forget(std::uint32_t ifIndex) { readings_.forget(ifIndex); }
 
@@ -53,25 +54,26 @@ class Ip6LinkReader
     // read.
     const Ip6Link *read(std::uint32_t ifIndex);
 
-    // Requests to the kernel since the start; a benchmark compares it with rows.
+    // Answers of the kernel since the start; a benchmark compares it with rows.
     std::uint64_t kernelReads() const { return kernelReads_; }
     // Whether the kernel's own order of counters is known by now, so that a reading needs no second source.
     bool layoutSettled() const { return layout_.settled(); }
 
   private:
     std::optional<Ip6LinkMessage> ask(std::uint32_t ifIndex);
-    bool paysToAskForAll() const;
-    void askForThoseFrom(std::uint32_t ifIndex);
+    bool paysToReadOn(std::uint32_t ifIndex) const;
+    void readOnTo(std::uint32_t ifIndex);
     void take(const Ip6LinkMessage &answer, std::uint32_t ifIndex, Ip6Link &link);
     std::optional<Ip6Counters> countersOf(const Ip6LinkMessage &message, std::uint32_t ifIndex);
 
     Rtnetlink &socket_;
     CounterLayout layout_;
     PacketReadings<std::uint32_t, Ip6Link> readings_;
-    std::size_t links_ = 0;
-    std::size_t wanted_ = 0;       // links, in this packet
-    std::size_t wantedBefore_ = 0; // in the one before
-    bool askedForAll_ = false;     // in this packet
+    Ip6LinkDump dump_;
+    std::uint32_t readFrom_ = 0; // the first link that this packet asked the dump for
+    unsigned credit_ = 0;        // links that the dump may still be read on
+    unsigned wanted_ = 0;        // links, in this packet
+    unsigned wantedBefore_ = 0;  // in the one before
     std::uint64_t kernelReads_ = 0;
 };
 
