@@ -1,14 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "link_clock.h"
 
-#include "core/log.h"
-
-#include <sys/timerfd.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 
 namespace ipmib::simulated
 {
@@ -21,21 +14,6 @@ std::uint32_t operStatusAt(const Interface &interface, Time time)
 }
 
 } // namespace
-
-LinkClock::~LinkClock()
-{
-    if (timer_ >= 0) {
-        close(timer_);
-    }
-}
-
-void LinkClock::open()
-{
-    timer_ = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
-    if (timer_ < 0) {
-        platform::logError("simulated: no timer, links that go up and down are told late: %s", std::strerror(errno));
-    }
-}
 
 void LinkClock::listen(IpmibLinkChanged changed, void *context, Time now)
 {
@@ -57,10 +35,12 @@ void LinkClock::run(Time now)
         tellChangesAt(told_);
         next_ = nextChange();
     }
-    std::uint64_t expirations;
-    if (timer_ >= 0 && read(timer_, &expirations, sizeof expirations) > 0) {
-        setTimer(now);
-    }
+}
+
+void LinkClock::wakeUp(Time now)
+{
+    run(now);
+    setTimer(now);
 }
 
 std::optional<Time> LinkClock::nextChange() const
@@ -109,19 +89,11 @@ void LinkClock::tellChangesSince(const States &before) const
 
 void LinkClock::setTimer(Time now)
 {
-    constexpr Time perSecond = 1'000;
-    constexpr long nanoseconds = 1'000'000;
     next_ = changed_ == nullptr ? std::nullopt : nextChange();
-    if (timer_ < 0) {
-        return;
+    if (alsoAt_ && *alsoAt_ <= now) {
+        alsoAt_.reset();
     }
-    itimerspec setting{};
-    if (const auto next = next_ && alsoAt_ ? std::min(next_, alsoAt_) : next_ ? next_ : alsoAt_) {
-        const Time left = std::max<Time>(*next > now ? *next - now : 0, 1); // 0 would stop it
-        setting.it_value.tv_sec = static_cast<time_t>(left / perSecond);
-        setting.it_value.tv_nsec = static_cast<long>(left % perSecond) * nanoseconds;
-    }
-    timerfd_settime(timer_, 0, &setting, nullptr);
+    wakeUpAt_(next_ && alsoAt_ ? std::min(next_, alsoAt_) : next_ ? next_ : alsoAt_);
 }
 
 } // namespace ipmib::simulated

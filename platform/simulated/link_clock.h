@@ -6,21 +6,23 @@
 
 #include <ipmib/platform_hooks.h>
 
+#include <functional>
+#include <optional>
+#include <utility>
+
 namespace ipmib::simulated
 {
 
 class LinkClock
 {
   public:
-    explicit LinkClock(const Device &device) : device_(device) {}
-    ~LinkClock();
+    // Says when `run` is to be called next.
+    using WakeUpAt = std::function<void(std::optional<Time>)>;
+
+    LinkClock(const Device &device, WakeUpAt wakeUpAt) : device_(device), wakeUpAt_(std::move(wakeUpAt)) {}
     LinkClock(const LinkClock &) = delete;
     LinkClock &operator=(const LinkClock &) = delete;
 
-    // For a device whose clock runs.
-    void open();
-    // Readable when a change is due; -1 where time stands still.
-    int descriptor() const { return timer_; }
     void listen(IpmibLinkChanged changed, void *context, Time now);
     // What was before, of this device or of another one, is not told any more.
     void beginAt(Time now);
@@ -31,8 +33,9 @@ class LinkClock
     States states() const;
     // Tells what is not as it was, of the same interfaces.
     void tellChangesSince(const States &before) const;
-    // The descriptor is readable at this moment, too.
+    // It is to be woken at this moment, too.
     void wakeUpAt(std::optional<Time> moment) { alsoAt_ = moment; }
+    void wakeUp(Time now);
 
   private:
     std::optional<Time> nextChange() const;
@@ -41,7 +44,7 @@ class LinkClock
     void setTimer(Time now);
 
     const Device &device_;
-    int timer_ = -1;
+    WakeUpAt wakeUpAt_;
     IpmibLinkChanged changed_ = nullptr;
     void *context_ = nullptr;
     Time told_ = 0; // everything until then

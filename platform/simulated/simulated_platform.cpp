@@ -60,12 +60,12 @@ std::string SimulatedPlatform::start()
     try {
         Scenario scenario = readScenario(path_);
         *fleet_ = std::move(scenario.fleet);
+        if (!stopped_) {
+            wakeUps_->open();
+        }
         begin(std::move(scenario.device));
     } catch (const ScenarioError &error) {
         return error.what();
-    }
-    if (!stopped_) {
-        linkClock_.open();
     }
     return "";
 }
@@ -86,6 +86,7 @@ std::string SimulatedPlatform::startAnother(const std::string &name, SimulatedPl
     }
     another.path_ = path_;
     another.fleet_ = fleet_;
+    another.wakeUps_ = wakeUps_;
     another.name_ = name;
     another.stopped_ = stopped_;
     try {
@@ -226,10 +227,16 @@ void SimulatedPlatform::beginPacket()
     linkClock_.run(device_.time());
 }
 
-void SimulatedPlatform::dispatch()
+void SimulatedPlatform::wakeUp()
 {
     bootWhenDue();
-    linkClock_.run(now());
+    linkClock_.wakeUp(now());
+}
+
+void SimulatedPlatform::wakeUpAt(std::optional<Time> time)
+{
+    const auto moment = [&] { return start_ + std::chrono::milliseconds(std::uint64_t{bootedAt_} + *time); };
+    wakeUps_->set(*this, time ? std::optional(moment()) : std::nullopt);
 }
 
 void SimulatedPlatform::uptimeBegan(std::uint64_t monotonicMs)

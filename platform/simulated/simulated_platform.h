@@ -12,6 +12,7 @@
 #include "route_rows.h"
 #include "scenario/change.h"
 #include "scenario/fleet.h"
+#include "wake_ups.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -23,10 +24,11 @@
 namespace ipmib::simulated
 {
 
-class SimulatedPlatform
+class SimulatedPlatform : private WakeUps::Sleeper
 {
   public:
     SimulatedPlatform() = default;
+    ~SimulatedPlatform() { wakeUps_->set(*this, std::nullopt); }
     SimulatedPlatform(const SimulatedPlatform &) = delete;
     SimulatedPlatform &operator=(const SimulatedPlatform &) = delete;
 
@@ -49,9 +51,10 @@ class SimulatedPlatform
     std::uint32_t reboots() const { return reboots_; }
     std::string change(const char *text, std::size_t length, int takesEffect);
 
-    // What the time brings is seen by the next packet; for links that go up and down there is a clock beside it.
-    int descriptor() const { return linkClock_.descriptor(); }
-    void dispatch();
+    // What the time brings is seen by the next packet; for links that go up and down there is a clock beside it. The
+    // first device's is that of all.
+    int descriptor() const { return wakeUps_->descriptor(); }
+    void dispatch() { wakeUps_->run(); }
     void beginPacket();
     // The scenario as it stands now; one that cannot be used is reported, and the device stays. The clock goes on.
     void reload();
@@ -106,10 +109,13 @@ class SimulatedPlatform
     std::uint64_t onMonotonicClock(Time time) const;
 
     std::uint64_t startMs() const;
+    void wakeUp() override;
+    void wakeUpAt(std::optional<Time> time);
 
     std::string path_;
     std::shared_ptr<Fleet> fleet_ = std::make_shared<Fleet>(); // of the file; all its devices share it
-    std::string name_;                                         // in the fleet; empty for the file's own device
+    std::shared_ptr<WakeUps> wakeUps_ = std::make_shared<WakeUps>();
+    std::string name_; // in the fleet; empty for the file's own device
     std::uint64_t fleetVersion_ = 1;
     std::optional<std::uint64_t> uptimeBeganMs_; // on the monotonic clock
     std::optional<Time> stopped_;                // the clock shows this for ever
@@ -126,7 +132,7 @@ class SimulatedPlatform
     RouteRows routes_{device_};
     ConnectionRows connections_{device_};
     platform::RowHopLimit rowHopLimit_;
-    LinkClock linkClock_{device_};
+    LinkClock linkClock_{device_, [this](std::optional<Time> time) { wakeUpAt(time); }};
 };
 
 // The instance that the services answer for; null for none, and then every service fails.
