@@ -118,6 +118,9 @@ void Contexts::tell(const host::Instances::Context &context, std::size_t number)
     if (beside_.access != nullptr) {
         beside_.access->add(context.name);
     }
+    if (beside_.links != nullptr) {
+        beside_.links->begin({context.name, number});
+    }
     std::vector<std::uint8_t> address;
     if (beside_.addresses != nullptr) {
         listen(context);
@@ -153,6 +156,9 @@ void Contexts::end(const std::string &name)
         }
         if (beside_.entities != nullptr) {
             beside_.entities->remove(static_cast<std::uint32_t>(found->second.number));
+        }
+        if (beside_.links != nullptr) {
+            beside_.links->end(name);
         }
         server_.leave(name);
         device_.instances().destroy(found->second.number);

@@ -6,6 +6,7 @@
 #include "context_server.h"
 #include "context_settings.h"
 #include "device_addresses.h"
+#include "link_notifications.h"
 #include "logical_entities.h"
 
 #include "tables/served_device.h"
@@ -28,6 +29,7 @@ class Contexts
         ContextAccess *access = nullptr;
         DeviceAddresses *addresses = nullptr;
         LogicalEntities *entities = nullptr;
+        LinkNotifications *links = nullptr;
     };
 
     // All outlive it.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "config_line.h"
+#include "context_server.h"
 
 #include <ipmib/platform_hooks.h>
 
@@ -10,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace ipmib::agent
 {
@@ -47,17 +49,27 @@ class LinkNotifications
 {
   public:
     using Clock = std::chrono::steady_clock;
-    // Is given what the notification consists of, its identifier first.
-    using Send = std::function<void(netsnmp_variable_list &)>;
+    // Is given what the notification consists of and the context that it is of. Its identifier comes first, or second
+    // behind the sysUpTime of a device that has its own.
+    using Send = std::function<void(netsnmp_variable_list &, const std::string &context)>;
 
-    // All outlive it. The platform tells nobody else of its links.
-    LinkNotifications(const IpmibPlatformHooks *platform, const LinkNotificationSettings &settings, Send send);
+    // All outlive it. The platform tells nobody else of its links. The device without a context is told from the
+    // start.
+    LinkNotifications(const IpmibPlatformHooks *platform, host::Instances &instances,
+                      const LinkNotificationSettings &settings, Send send);
     ~LinkNotifications();
     LinkNotifications(const LinkNotifications &) = delete;
     LinkNotifications &operator=(const LinkNotifications &) = delete;
 
-    void take(const IpmibLinkChange &change, Clock::time_point now);
-    // Tells how the links are that were silent for a while; as often as one may have become due.
+    // From now on links of this context are told, too; once is enough.
+    void begin(const Context &context);
+    // No more. Before its instance ends.
+    void end(const std::string &context);
+
+    // A change in a context that has begun. That of another one than the first waits until the platform has worked.
+    void take(const std::string &context, const IpmibLinkChange &change, Clock::time_point now);
+    // Tells what has been taken, and how the links are that were silent for a while; as often as something may have
+    // become due.
     void tellWaiting(Clock::time_point now);
 
   private:
@@ -69,19 +81,32 @@ class LinkNotifications
         bool waits = false; // it has changed, and was not allowed to say so
         IpmibLinkChange latest{};
     };
+    struct Place {
+        LinkNotifications *owner;
+        Context context;
+        std::map<std::uint32_t, Link> links; // by ifIndex
+    };
+    struct Taken {
+        Place *place;
+        IpmibLinkChange change;
+        Clock::time_point when;
+    };
 
+    void listen(Place &place, bool listens);
+    void take(Place &place, const IpmibLinkChange &change, Clock::time_point now);
+    void tell(Place &place, const IpmibLinkChange &change, Clock::time_point now);
+    bool tellWaiting(Place &place, Clock::time_point now);
     void refill(Link &link, Clock::time_point now) const;
-    void send(Link &link, const IpmibLinkChange &change);
-    void setAlarm();
+    void send(const Place &place, Link &link, const IpmibLinkChange &change);
+    void setAlarm(timeval wait); // sooner or later than the one that is set
 
     const IpmibPlatformHooks *platform_;
+    host::Instances &instances_;
     const LinkNotificationSettings &settings_;
     Send send_;
-    std::map<std::uint32_t, Link> links_; // by ifIndex
+    std::map<std::string, Place> places_; // by context; the platform has pointers to them
+    std::vector<Taken> taken_;
     unsigned alarm_ = 0;
 };
-
-// The variables through the library to wherever trap2sink, informsink and trapsess lines say.
-void sendToSinks(netsnmp_variable_list &variables);
 
 } // namespace ipmib::agent

@@ -14,21 +14,30 @@ using namespace std::chrono_literals;
 class LinksThatChange : public testing::Test
 {
   protected:
-    void change(std::uint32_t before, std::uint32_t now, std::chrono::seconds at = 0s)
+    void change(std::uint32_t before, std::uint32_t now, std::chrono::seconds at = 0s, const std::string &context = "")
     {
-        notifications.take({7, IPMIB_ADMIN_UP, now, before}, LinkNotifications::Clock::time_point(at));
+        notifications.take(context, {7, IPMIB_ADMIN_UP, now, before}, LinkNotifications::Clock::time_point(at));
     }
     std::string told() { return std::exchange(told_, ""); }
 
+    host::Catalogue catalogue{host::Catalogue::Contents{}};
+    host::SysUpTime upTime;
+    host::Instances instances{catalogue, upTime};
     LinkNotificationSettings settings{"test", "linkNotifications"};
     std::string told_;
-    LinkNotifications notifications{nullptr, settings, [this](netsnmp_variable_list &variables) {
-                                        const oid *which = variables.val.objid;
-                                        told_ += which[variables.val_len / sizeof(oid) - 1] == 3 ? "down " : "up ";
-                                        const netsnmp_variable_list *index = variables.next_variable;
-                                        EXPECT_EQ(*index->val.integer, 7);
-                                        EXPECT_EQ(index->name[index->name_length - 1], 7u);
-                                    }};
+    LinkNotifications notifications{
+        nullptr, instances, settings, [this](netsnmp_variable_list &variables, const std::string &context) {
+            const oid *which = variables.val.objid;
+            told_ += context + (which[variables.val_len / sizeof(oid) - 1] == 3 ? "down " : "up ");
+            const netsnmp_variable_list *index = variables.next_variable;
+            EXPECT_EQ(*index->val.integer, 7);
+            EXPECT_EQ(index->name[index->name_length - 1], 7u);
+            const netsnmp_variable_list *name = index->next_variable->next_variable->next_variable;
+            const auto nameOf = [](const netsnmp_variable_list &variable) {
+                return std::string(reinterpret_cast<const char *>(variable.val.string), variable.val_len);
+            };
+            EXPECT_EQ(name == nullptr ? "" : nameOf(*name), context);
+        }};
 };
 
 TEST_F(LinksThatChange, areToldWhenTheyEnterOrLeaveDown)
@@ -67,6 +76,39 @@ TEST_F(LinksThatChange, areHeldBackWhenTheyFlapAndSayInTheEndHowTheyAre)
     EXPECT_EQ(told(), "") << "it is as it was told last";
     change(IPMIB_OPER_UP, IPMIB_OPER_DOWN, 200s);
     EXPECT_EQ(told(), "down ");
+}
+
+TEST_F(LinksThatChange, ofSeveralContextsAreHeldBackEachForItself)
+{
+    const auto tell = [this](std::chrono::seconds at) {
+        notifications.tellWaiting(LinkNotifications::Clock::time_point(at));
+    };
+    EXPECT_EQ(settings.read("2 60"), "");
+    notifications.begin({"red", host::Instances::first});
+    notifications.begin({"blue", host::Instances::first});
+    for (int i = 0; i < 3; ++i) {
+        change(IPMIB_OPER_UP, IPMIB_OPER_DOWN, 0s, "red");
+        change(IPMIB_OPER_DOWN, IPMIB_OPER_UP, 0s, "red");
+    }
+    change(IPMIB_OPER_UP, IPMIB_OPER_DOWN, 0s, "blue");
+    change(IPMIB_OPER_UP, IPMIB_OPER_DOWN);
+    EXPECT_EQ(told(), "down ") << "those of contexts wait until the platform has worked";
+    tell(0s);
+    EXPECT_EQ(told(), "reddown redup bluedown ");
+    change(IPMIB_OPER_UP, IPMIB_OPER_DOWN, 1s, "red");
+    tell(1s);
+    EXPECT_EQ(told(), "");
+    tell(31s);
+    EXPECT_EQ(told(), "reddown ");
+    change(IPMIB_OPER_DOWN, IPMIB_OPER_UP, 100s, "red");
+    change(IPMIB_OPER_DOWN, IPMIB_OPER_UP, 100s, "blue");
+    notifications.end("red");
+    tell(100s);
+    EXPECT_EQ(told(), "blueup ") << "nothing is told of a context that has ended";
+    notifications.begin({"red", host::Instances::first});
+    change(IPMIB_OPER_UP, IPMIB_OPER_DOWN, 100s, "red");
+    tell(100s);
+    EXPECT_EQ(told(), "reddown ");
 }
 
 TEST_F(LinksThatChange, wrongSettingsLeaveThemAsTheyWere)

@@ -165,7 +165,10 @@ class Object
         routeLimit_.handTo(plugin_->platform());
         frontend_.emplace(device_->catalogue(), device_->instances());
         device_->notifiesOfLinks(linkSettings_.areSent());
-        linkNotifications_.emplace(plugin_->platform(), linkSettings_, sendToSinks);
+        linkNotifications_.emplace(plugin_->platform(), device_->instances(), linkSettings_,
+                                   [](netsnmp_variable_list &variables, const std::string &context) {
+                                       send_v3trap(&variables, context.empty() ? nullptr : context.c_str());
+                                   });
         std::vector<Claim> claims;
         std::vector<const host::ServedTable *> all;
         std::vector<const host::ServedTable *> ours;
@@ -183,7 +186,8 @@ class Object
         snmp_log(LOG_INFO, "ipmib: serving %zu of %zu tables\n", host::countNames(ours), host::countNames(all));
         OwnershipReport("ipmib", directive).log(claims);
         access_.emplace(contextSettings_, ContextAccess::Listing::agents);
-        contexts_.emplace(*device_, *frontend_, contextSettings_, Contexts::Beside{&*access_});
+        contexts_.emplace(*device_, *frontend_, contextSettings_,
+                          Contexts::Beside{.access = &*access_, .links = &*linkNotifications_});
         contexts_->serve(settings_.notOff(device_->catalogue().tables()));
         frontend_->whenPlatformHasWorked([this] { contexts_->follow(); });
     }

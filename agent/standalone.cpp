@@ -17,6 +17,7 @@
 #include "log.h"
 #include "logical_entities.h"
 #include "net_snmp.h"
+#include "notification_sinks.h"
 #include "pid_file.h"
 #include "route_limit.h"
 #include "serve_settings.h"
@@ -93,6 +94,7 @@ void serveStandalone(const Options &options)
     const RouteLimit routeLimit(SnmpLibrary::applicationName, RouteLimit::directive);
     const LinkNotificationSettings linkSettings(SnmpLibrary::applicationName, LinkNotificationSettings::directive);
     const ContextSettings contextSettings(SnmpLibrary::applicationName);
+    NotificationSinks sinks(contextSettings);
     const bool saysWhatItIs = device.hasSystemGroup();
     serveSystemGroup(saysWhatItIs ? SystemGroupOf::device : SystemGroupOf::agent);
     library.readConfiguration();
@@ -106,7 +108,11 @@ void serveStandalone(const Options &options)
     DeviceAddresses deviceAddresses(
         [&listeners](netsnmp_transport *all) { listeners.add(all, "the addresses of devices"); });
     LogicalEntities entities;
-    Contexts contexts(device, frontend, contextSettings, {&access, &deviceAddresses, &entities});
+    device.notifiesOfLinks(linkSettings.areSent());
+    LinkNotifications linkNotifications(
+        plugin.platform(), device.instances(), linkSettings,
+        [&sinks](netsnmp_variable_list &variables, const std::string &context) { sinks.send(variables, context); });
+    Contexts contexts(device, frontend, contextSettings, {&access, &deviceAddresses, &entities, &linkNotifications});
     const auto serve = [&] {
         std::vector<const host::ServedTable *> tables = settings.notOff(device.catalogue().tables());
         if (saysWhatItIs) {
@@ -131,8 +137,6 @@ void serveStandalone(const Options &options)
         }
     });
     const AnswerFaults answerFaults(plugin.platform(), device.instances(), contexts);
-    device.notifiesOfLinks(linkSettings.areSent());
-    const LinkNotifications linkNotifications(plugin.platform(), linkSettings, sendToSinks);
     const DeviceSocket deviceSocket(options.deviceSocket, plugin.platform(), device.instances(), contexts,
                                     [&] { followReboots(device, followedReboots); });
     const SystemCapabilities capabilities(device.catalogue());

@@ -63,10 +63,11 @@ void serveAsSubagent(const Options &options)
         notifyReady();
     });
     device.notifiesOfLinks(linkSettings.areSent());
-    const LinkNotifications linkNotifications(
-        plugin.platform(), linkSettings,
-        [&session](const netsnmp_variable_list &variables) { session.notify(variables); });
-    Contexts contexts(device, session, contextSettings, {});
+    LinkNotifications linkNotifications(plugin.platform(), device.instances(), linkSettings,
+                                        [&session](const netsnmp_variable_list &variables, const std::string &context) {
+                                            session.notify(variables, context);
+                                        });
+    Contexts contexts(device, session, contextSettings, {.links = &linkNotifications});
     contexts.serve(settings.notOff(device.catalogue().tables()));
     platformEvents.whenDone([&contexts] { contexts.follow(); });
     letGoOfStartRights();

@@ -86,12 +86,13 @@ void Session::connected()
     request(std::move(message));
 }
 
-bool Session::notify(const netsnmp_variable_list &variables)
+bool Session::notify(const netsnmp_variable_list &variables, const std::string &context)
 {
     if (!isServing()) {
         return false;
     }
     const Message message = makeMessage(notifyMessage, sessionId_, ++packetId_);
+    setContext(*message, context);
     // The library copies what it only reads.
     message->variables = snmp_clone_varbind(const_cast<netsnmp_variable_list *>(&variables));
     connection_.send(*message);

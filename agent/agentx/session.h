@@ -44,8 +44,9 @@ class Session : public ContextServer
     void serve(const std::vector<const host::ServedTable *> &tables, const Context &context) override;
     void leave(const std::string &context) override;
 
-    // Hands a notification to the master, its identifier first; false when there is no master to take it.
-    bool notify(const netsnmp_variable_list &variables);
+    // Hands a notification of a context to the master, its identifier first, or behind sysUpTime; false when there is
+    // no master to take it.
+    bool notify(const netsnmp_variable_list &variables, const std::string &context);
 
     bool isServing() const { return state_ == State::serving; }
     // Why not: "no master at ...: ...".

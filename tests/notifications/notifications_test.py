@@ -6,47 +6,27 @@ The arguments are ipmibd and the object for snmpd.
 """
 import os
 import re
-import shutil
-import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from receiver import Link, Program, Receiver, enter_namespace, make_links
+from bed import Bed
+from receiver import Link, enter_namespace, make_links
 
 enter_namespace()
-snmpd_object = os.path.abspath(sys.argv.pop(2))
-ipmibd = os.path.abspath(sys.argv.pop(1))
-ours = "127.0.0.1:16100"
+Bed.snmpd_object = os.path.abspath(sys.argv.pop(2))
+Bed.ipmibd = os.path.abspath(sys.argv.pop(1))
 
 
-class Notifications(unittest.TestCase):
+class Notifications(Bed):
     @classmethod
     def setUpClass(cls):
         make_links()
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-        self.receiver = Receiver(self.folder)
-        self.addCleanup(self.receiver.close)
+        super().setUp()
         self.link = Link("v0")
-
-    def start(self, configuration, words=(), name="ipmibd", program=ipmibd):
-        started = Program(self.folder, [program, *words], configuration, name)
-        self.addCleanup(started.close)
-        return started
-
-    def standalone(self, configuration):
-        return self.start(f"agentaddress udp:{ours}\nrocommunity public\n" + configuration)
-
-    def get(self, oid, community="public", retries=0):
-        return subprocess.run(["snmpget", "-v2c", f"-r{retries}", "-t20" if community == "public" else "-t1",
-                               "-c" + community, "-m", "", "-Oqv", ours, oid], capture_output=True, text=True,
-                              check=False).stdout.strip()
 
     def told(self, cycles):
         """As many transitions as that makes, in their order, and no more."""
@@ -107,18 +87,6 @@ class Notifications(unittest.TestCase):
         self.receiver.wait_for(lambda: re.search(r"\.5\.1\s", self.receiver.text()), "coldStart")
         self.assertEqual(self.receiver.transitions(self.link.index), [])
 
-    def snmpd(self, name, more):
-        """Debian's agent, which sends to the receiver."""
-        program = shutil.which("snmpd") or "/usr/sbin/snmpd"
-        if not os.path.exists(program):
-            self.skipTest("snmpd is not installed")
-        with open(f"{self.folder}/{name}.conf", "w", encoding="utf-8") as file:
-            file.write(f"agentaddress udp:{ours}\nrocommunity public\ntrap2sink {self.receiver.target} public\n" + more)
-        agent = subprocess.Popen([program, "-f", "-C", "-c", file.name, "-Lf", f"{self.folder}/log-{name}"],
-                                 env=dict(os.environ, SNMP_PERSISTENT_DIR=f"{self.folder}/persistent-{name}", MIBS=""))
-        self.addCleanup(agent.wait, 60)
-        self.addCleanup(agent.terminate)
-
     def test_through_a_master(self):
         place = self.folder + "/agentx"
         self.snmpd("master", f"master agentx\nagentXSocket {place}\n")
@@ -129,10 +97,8 @@ class Notifications(unittest.TestCase):
         self.told(4)
 
     def test_inside_snmpd(self):
-        with open(snmpd_object, "rb") as file:
-            if b"__asan_init" in file.read():
-                self.skipTest("snmpd has no sanitizer, and so cannot load what has one")
-        self.snmpd("object", f"dlmod ipmib {snmpd_object}\nipmibServe ifXTable take\n")
+        self.skip_without_object()
+        self.snmpd("object", f"dlmod ipmib {self.snmpd_object}\nipmibServe ifXTable take\n")
         self.receiver.wait_for(lambda: self.get(f".1.3.6.1.2.1.31.1.1.1.14.{self.link.index}", retries=5) == "1",
                                "the object serves")
         self.link.flap()

@@ -64,7 +64,7 @@ class Link:
 
 
 class Receiver:
-    """snmptrapd, whose lines are: kind of v1, specific kind, identifier of v2, variables."""
+    """snmptrapd, whose lines are: kind of v1, specific kind, identifier of v2, variables, by whose right."""
 
     def __init__(self, folder, port=16200):
         self.target = f"127.0.0.1:{port}"
@@ -74,7 +74,7 @@ class Receiver:
             file.write("disableAuthorization yes\n"
                        "createUser -e 0x8000000001020304 bob SHA bobs-passphrase AES bobs-passphrase\n")
         self._process = subprocess.Popen(
-            ["snmptrapd", "-f", "-C", "-c", configuration, "-On", "-m", "", "-F", "%w %q %v\\n", "-Lf", self._log,
+            ["snmptrapd", "-f", "-C", "-c", configuration, "-On", "-m", "", "-F", "%w %q %v %P\\n", "-Lf", self._log,
              "udp:" + self.target], env=dict(os.environ, SNMP_PERSISTENT_DIR=folder + "/trapd", MIBS=""))
         self.wait_for(lambda: "NET-SNMP version" in self.text(), "snmptrapd is ready")
 
@@ -93,6 +93,16 @@ class Receiver:
         """"down" and "up" of one interface, as v2 tells them, in the order in which they came."""
         found = re.findall(r"\.1\.3\.6\.1\.6\.3\.1\.1\.5\.([34])\s.*\.1\.3\.6\.1\.2\.1\.2\.2\.1\.1\.(\d+) =", self.text())
         return [{"3": "down", "4": "up"}[kind] for kind, which in found if int(which) == index]
+
+    def by_right(self, index):
+        """The same of all contexts: by what snmptrapd says of version, community or user and context."""
+        told = {}
+        for line in self.text().splitlines():
+            match = re.search(r"\.1\.3\.6\.1\.6\.3\.1\.1\.5\.([34])\s.*\.1\.3\.6\.1\.2\.1\.2\.2\.1\.1\.(\d+) ="
+                              r".* (?:TRAP2?|INFORM), (SNMP v.*)$", line)
+            if match and int(match[2]) == index:
+                told.setdefault(match[3], []).append({"3": "down", "4": "up"}[match[1]])
+        return told
 
     def wait_for(self, holds, what):
         end = time.monotonic() + patience
