@@ -49,6 +49,7 @@ class Agent:
             manager.settimeout(patience)
             self._process = subprocess.Popen(self._words, env=self._environment)
             assert manager.recv(100).startswith(b"READY=1")
+        self.pid = self._process.pid
         return self
 
     def __exit__(self, *_):

@@ -12,18 +12,15 @@ import socket
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
-import urllib.error
-import urllib.request
 
 import mib_texts
-from agent import Agent, free_port, patience, root, skip
+from agent import Agent, free_port, patience, skip
 from catalogue import Catalogue
+from exporter import folder, scrape
 
 update = "--update" in sys.argv
 program = os.path.abspath(sys.argv[-1])
-folder = root + "/examples/collectors/snmp_exporter"
 catalogue = Catalogue()
 
 
@@ -36,36 +33,6 @@ def generated():
                        env=dict(os.environ, MIBDIRS=mibs, MIBS="ALL"), timeout=patience)
         with open(mibs + "/snmp.yml", encoding="utf-8") as file:
             return file.read()
-
-
-def scrape(target, module, configuration=folder + "/snmp.yml"):
-    """What the exporter tells, as {(name, labels): number}."""
-    port = free_port(socket.SOCK_STREAM)
-    with subprocess.Popen(["prometheus-snmp-exporter", f"--config.file={configuration}",
-                           f"--web.listen-address=127.0.0.1:{port}"], stderr=subprocess.DEVNULL) as exporter:
-        try:
-            url = f"http://127.0.0.1:{port}/snmp?target={target}&module={module}"
-            end = time.monotonic() + patience
-            while True:
-                try:
-                    with urllib.request.urlopen(url, timeout=patience) as answer:
-                        text = answer.read().decode()
-                    break
-                except urllib.error.HTTPError as error:
-                    raise AssertionError(error.read().decode()) from error
-                except urllib.error.URLError:  # it does not listen yet
-                    if time.monotonic() > end or exporter.poll() is not None:
-                        raise
-                    time.sleep(0.05)
-        finally:
-            exporter.terminate()
-    samples = {}
-    for line in text.splitlines():
-        match = re.match(r"(\w+)(?:\{(.*)\})? (\S+)$", line)
-        if match and not line.startswith("#"):
-            labels = frozenset(re.findall(r'(\w+)="([^"]*)"', match[2] or ""))
-            samples[match[1], labels] = float(match[3])
-    return samples
 
 
 def address_label(kind, octets):

@@ -1,13 +1,14 @@
 #!/usr/bin/perl
 # SPDX-License-Identifier: BSD-3-Clause
-# Asks an agent through netdisco's library, SNMP::Info, and writes what it tells as JSON: method -> row -> value.
-#   snmp_info.pl HOST PORT FOLDER-OF-MIBS METHOD...
+# Asks an agent through netdisco's library, SNMP::Info, and writes what it tells as JSON: community -> method -> row ->
+# value. Communities have commas between them.
+#   snmp_info.pl HOST PORT FOLDER-OF-MIBS COMMUNITIES METHOD...
 use strict;
 use warnings;
 use JSON::PP;
 use SNMP::Info::IPv6;
 
-my ( $host, $port, $mibs, @methods ) = @ARGV;
+my ( $host, $port, $mibs, $communities, @methods ) = @ARGV;
 
 # The library insists on every module that a class might want; the other two are older and another maker's.
 %SNMP::Info::IPv6::MIBS = ( 'IP-MIB' => 'ipv6InterfaceTableLastChange', %SNMP::Info::MIBS );
@@ -15,15 +16,17 @@ my ( $host, $port, $mibs, @methods ) = @ARGV;
 %SNMP::Info::IPv6::FUNCS   = ( %SNMP::Info::FUNCS, %SNMP::Info::IPv6::FUNCS );
 %SNMP::Info::IPv6::MUNGE   = ( %SNMP::Info::MUNGE, %SNMP::Info::IPv6::MUNGE );
 
-my $info = SNMP::Info::IPv6->new(
-    AutoSpecify       => 0,
-    DestHost          => $host,
-    RemotePort        => $port,
-    Community         => 'public',
-    Version           => 2,
-    MibDirs           => [$mibs],
-    IgnoreNetSNMPConf => 1,
-) or die "no session\n";
-
-my %told = map { $_ => $info->$_() } @methods;
+my %told;
+for my $community ( split /,/, $communities ) {
+    my $info = SNMP::Info::IPv6->new(
+        AutoSpecify       => 0,
+        DestHost          => $host,
+        RemotePort        => $port,
+        Community         => $community,
+        Version           => 2,
+        MibDirs           => [$mibs],
+        IgnoreNetSNMPConf => 1,
+    ) or die "no session with $community\n";
+    $told{$community} = { map { $_ => $info->$_() } @methods };
+}
 print JSON::PP->new->canonical->encode( \%told );

@@ -3,34 +3,20 @@
 """netdisco's library SNMP::Info finds the addresses, prefixes and neighbours that snmpbulkwalk finds. The argument is
 ipmibd."""
 import ipaddress
-import json
 import os
-import subprocess
 import sys
-import tempfile
 import unittest
 
-import mib_texts
-from agent import Agent, patience, skip
+import snmp_info
+from agent import Agent, skip
 from catalogue import Catalogue
 
 program = os.path.abspath(sys.argv[-1])
-script = os.path.dirname(os.path.abspath(__file__)) + "/snmp_info.pl"
 catalogue = Catalogue()
 METHODS = ["ipv6_n2p_mac", "ipv6_n2p_addr", "ipv6_n2p_if", "ipv6_n2p_type", "ipv6_n2p_state", "ipv6_index", "ipv6_type",
            "ipv6_pfx_origin", "ipv6_addr_prefix", "ipv6_addr_prefixlength", "ipv6_addr", "interfaces", "i_name",
            "i_description", "i_up", "i_mac", "name", "description", "uptime", "device_type",
            "ip_index", "ip_netmask"]
-
-
-def ask(agent, methods):
-    with tempfile.TemporaryDirectory() as mibs:
-        mib_texts.write(mibs)
-        host, port = agent.target.split(":")
-        result = subprocess.run(["perl", script, host, port, mibs, *methods], capture_output=True, text=True,
-                                timeout=patience, check=False)
-    assert result.returncode == 0, result.stderr
-    return json.loads(result.stdout)
 
 
 def dotted(numbers):
@@ -63,7 +49,7 @@ class SnmpInfo(unittest.TestCase):
     def setUpClass(cls):
         with Agent(program, "home-router") as agent:
             cls.rows = agent.walk("1.3.6.1.2.1")
-            cls.told = ask(agent, METHODS)
+            cls.told = snmp_info.ask(agent.target, ["public"], METHODS)["public"]
 
     def column(self, name, place):
         column = Column(self.rows, name, place)
@@ -114,6 +100,6 @@ class SnmpInfo(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if subprocess.run(["perl", "-MSNMP::Info::IPv6", "-e", "1"], capture_output=True, check=False).returncode != 0:
+    if not snmp_info.is_installed():
         skip("libsnmp-info-perl is not installed")
     unittest.main(argv=sys.argv[:1])
