@@ -78,12 +78,10 @@ TEST(Ipv4Netns, aNeighbourThatIsBeingResolvedIsSeen)
     ASSERT_TRUE(platform->ipv4().findNeighbour(v0, net10 + 77, row));
     EXPECT_EQ(row.type, std::uint32_t{IPMIB_MEDIA_INVALID});
     EXPECT_EQ(row.link_layer_size, 0u);
-    EXPECT_TRUE(platform.waitFor(
-        [&] {
-            platform->beginPacket();
-            return neighboursOf(platform->ipv4()).size() == 2;
-        },
-        std::chrono::seconds(20)));
+    EXPECT_TRUE(platform.waitFor([&] {
+        platform->beginPacket();
+        return neighboursOf(platform->ipv4()).size() == 2;
+    }));
 }
 
 TEST(Ipv4Netns, manyNeighboursComeInOrderAndAreFound)

@@ -8,8 +8,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -72,7 +75,6 @@ class RadvdWire : public testing::Test
         host_.emplace();
         router_->sysctl("net/ipv6/conf/all/forwarding", "1");
         Namespace::connect(*router_, "lan0", *host_, "host0");
-        // Without duplicate address detection the link-local addresses are there as soon as the link is up.
         lan0_ = router_->json("ip -j link show lan0")[0]["ifindex"];
     }
     void TearDown() override
@@ -88,18 +90,27 @@ class RadvdWire : public testing::Test
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
+    static bool eventually(const std::function<bool()> &condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (!condition() && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return condition();
+    }
+    static std::ptrdiff_t linesOf(const std::string &text) { return std::ranges::count(text, '\n'); }
+
     // What the host decodes of what a router with these options sends.
     std::map<std::uint32_t, std::uint64_t> onTheWire(const std::string &options)
     {
         std::ofstream(conf()) << "interface lan0 {\n" << options << "\n};\n";
         ipmib::netns::Process listener(*host_, {"sh", "-c", "exec radvdump > " + folder_ + "/dump"});
-        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // radvdump does not say when it listens
+        const auto listens = [&] { return linesOf(host_->file("/proc/thread-self/net/raw6")) > 1; };
+        EXPECT_TRUE(eventually(listens)) << "radvdump opens no socket";
         ipmib::netns::Process radvd(*router_, {"radvd", "--nodaemon", "--logmethod", "stderr_clean", "--config", conf(),
                                                "--pidfile", folder_ + "/pid"});
-        for (int i = 0; i < 100 && dump().find("# End of interface") == std::string::npos; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        }
-        EXPECT_NE(dump().find("# End of interface"), std::string::npos) << "no advertisement arrived in five seconds";
+        const bool arrived = eventually([&] { return dump().find("# End of interface") != std::string::npos; });
+        EXPECT_TRUE(arrived) << "no advertisement arrived";
         return decoded(dump());
     }
 

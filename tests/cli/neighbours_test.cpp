@@ -32,7 +32,12 @@ class NeighboursOfAMachine : public testing::Test
         other.emplace();
         Namespace::connect(*space, "eth0", *other, "peer0");
         Namespace::connect(*space, "wlan1", *other, "peer1");
-        space->run("ip -6 address add 2001:db8::1/64 dev eth0; ip -6 address add 2001:db8:1::1/64 dev wlan1");
+        space->run("ip -6 address add 2001:db8::1/64 dev eth0 nodad;"
+                   "ip -6 address add 2001:db8:1::1/64 dev wlan1 nodad");
+        for (const char *name : {"eth0", "wlan1"}) { // they stay in their states while they are looked at
+            space->sysctl(std::string("net/ipv6/neigh/") + name + "/base_reachable_time_ms", "3600000");
+            space->sysctl(std::string("net/ipv6/neigh/") + name + "/mcast_solicit", "1000");
+        }
         space->run("ip -batch - <<'END'\n"
                    "neigh add fe80::53 dev eth0 lladdr 02:00:5e:00:53:01 nud permanent\n"
                    "neigh add fe80::53 dev wlan1 lladdr 02:00:5e:00:53:02 nud permanent\n"
@@ -42,11 +47,9 @@ class NeighboursOfAMachine : public testing::Test
                    "neigh add 2001:db8:1::23 dev wlan1 nud failed\n"
                    "neigh add proxy 2001:db8:1::24 dev wlan1\n"
                    "END");
-        for (const char *name : {"eth0", "wlan1"}) { // it stays in its state while it is looked at
-            space->sysctl(std::string("net/ipv6/neigh/") + name + "/base_reachable_time_ms", "3600000");
-            space->sysctl(std::string("net/ipv6/neigh/") + name + "/mcast_solicit", "1000");
-        }
-        space->run("ping -6 -c 1 -W 1 2001:db8::99 >/dev/null 2>&1 & sleep 0.2"); // nobody has that address
+        // Nobody has that address.
+        space->run("ping -6 -c 1 -W 1 2001:db8::99 >/dev/null 2>&1 & for i in $(seq 600); do"
+                   " ip -6 neigh show to 2001:db8::99 | grep -q INCOMPLETE && break; sleep 0.1; done");
     }
 
     // As programs are told: address, interface, link-layer address, state, type.

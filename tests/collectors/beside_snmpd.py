@@ -12,21 +12,11 @@ import sys
 import tempfile
 import time
 
+import network
+
 TARGET = "127.0.0.1:1161"
 PATIENCE = 60
 SNMPD = "/usr/sbin/snmpd"
-COMMANDS = """
-link set lo up
-link add left type veth peer name right
-link set left up
-link set right up
-address add 192.0.2.1/24 dev left
-address add 2001:db8::1/64 dev left nodad
-neighbour add 192.0.2.2 lladdr 02:00:00:00:00:02 nud permanent dev left
-neighbour add 2001:db8::2 lladdr 02:00:00:00:00:02 nud permanent dev left
-route add default via 192.0.2.2
-route add default via 2001:db8::2
-"""
 
 
 class Bed:
@@ -75,10 +65,7 @@ class Bed:
 
 
 def main():
-    for scope in ("all", "default"):
-        with open(f"/proc/sys/net/ipv6/conf/{scope}/accept_dad", "w", encoding="ascii") as file:
-            file.write("0")
-    subprocess.run(["ip", "-batch", "-"], input=COMMANDS, text=True, check=True)
+    network.make()
     for ping in (["ping", "-c1", "127.0.0.1"], ["ping", "-c1", "::1"]):
         subprocess.run(ping, stdout=subprocess.DEVNULL, check=True)
     with tempfile.TemporaryDirectory() as folder:

@@ -154,7 +154,7 @@ std::string AgentTest::notification()
 
 Result AgentTest::snmp(const std::string &program, const Words &who, const Words &arguments) const
 {
-    return run(Words{program, "-On", "-t", "5", "-r", "0"} + who + Words{address()} + arguments, environment_);
+    return run(Words{program, "-On", "-t", "20", "-r", "0"} + who + Words{address()} + arguments, environment_);
 }
 
 Words AgentTest::walk(const std::string &program, const Words &who, const Words &options, const std::string &root) const

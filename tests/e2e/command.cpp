@@ -117,8 +117,13 @@ Command::~Command()
 
 void Command::signal(int number) const
 {
-    if (pid_ > 0) {
-        kill(pid_, number);
+    if (pid_ <= 0) {
+        return;
+    }
+    kill(pid_, number);
+    if (number == SIGSTOP) {
+        siginfo_t stopped;
+        waitid(P_PID, static_cast<id_t>(pid_), &stopped, WSTOPPED | WEXITED | WNOWAIT);
     }
 }
 

@@ -27,6 +27,7 @@ class Command
     Command &operator=(const Command &) = delete;
 
     pid_t pid() const { return pid_; }
+    // After SIGSTOP it has stopped when this returns.
     void signal(int number) const;
     // The exit status, minus the signal that ended it, or -1000 when it had to be killed after the limit.
     int wait(std::chrono::seconds limit = std::chrono::seconds(30));

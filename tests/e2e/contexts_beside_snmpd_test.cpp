@@ -36,7 +36,7 @@ rouser one auth -V everything core
 )";
 
 // Nobody answers those who may not ask: they need not wait for long.
-Words v3(const std::string &user, const std::string &context, const std::string &seconds = "5")
+Words v3(const std::string &user, const std::string &context, const std::string &seconds = "20")
 {
     return {"-v3", "-r0", "-t" + seconds,   "-l", "authNoPriv", "-u", user, "-a",
             "SHA", "-A",  user + "'s auth", "-n", context};

@@ -39,6 +39,13 @@ class InterfacesTest : public AgentTest
         return values;
     }
 
+    // A shell's words that wait until the kernel has decided which state a device is in.
+    static std::string untilStateOf(const std::string &device, const std::string &state)
+    {
+        return "for i in $(seq 600); do ip link show dev " + device + " | grep -q 'state " + state +
+               " ' && break; sleep 0.1; done";
+    }
+
     std::uint64_t number(const std::string &instance) const
     {
         const Result result = snmp("snmpget", publicV2, {"-Oqvt", instance});
@@ -195,7 +202,9 @@ TEST_F(InterfacesTest, RowsAreWhatIpSaysOfLinks)
     network()->run("ip link add v0 address 5a:5e:33:29:3d:70 type veth peer name v1; ip link add br0 type bridge;"
                    "ip link set v0 mtu 1400 up; ip link set v0 alias 'to the core'; ip link set v1 up; ip link add v2 "
                    "type veth peer name v3;"
-                   "ip link set v2 up; ip addr add fe80::1/64 dev v0 nodad");
+                   "ip link set v2 up; ip addr add fe80::1/64 dev v0 nodad; " +
+                   untilStateOf("v2", "LOWERLAYERDOWN"));
+    network()->waitForLinkLocals({"v0", "v1"});
     startAgent(everybody, {"--platform", "linux"});
     network()->run("ping -q -c 3 -i 0.2 -I v0 ff02::1 >/dev/null || true");
 
@@ -269,6 +278,7 @@ TEST_F(InterfacesTest, ChangesAreSeenAndDated)
 {
     IPMIB_NEEDS_NAMESPACES();
     network()->run("ip link add v0 type veth peer name v1; ip link set v0 up; ip link set v1 up");
+    network()->waitForLinkLocals({"v0", "v1"});
     startAgent(everybody, {"--platform", "linux"});
     const int v0 = network()->json("ip -j link show dev v0")[0]["ifindex"];
     const std::string status = ifEntry + "8." + std::to_string(v0);
@@ -287,8 +297,7 @@ TEST_F(InterfacesTest, ChangesAreSeenAndDated)
     EXPECT_EQ(number(changed), moment) << "nothing has happened since";
     EXPECT_EQ(number(rowsChanged), 0u);
 
-    network()->run("ip link set v0 up; for i in $(seq 100); do"
-                   " ip link show dev v0 | grep -q 'state UP' && break; sleep 0.1; done");
+    network()->run("ip link set v0 up; " + untilStateOf("v0", "UP"));
     EXPECT_EQ(number(status), 1u);
     const std::uint64_t again = number(changed);
     EXPECT_GE(again, moment);

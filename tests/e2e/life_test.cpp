@@ -58,7 +58,7 @@ TEST_F(LifeTest, HangUpReadsTheConfigurationAgain)
     agent().signal(SIGHUP);
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
-    EXPECT_EQ(snmp("snmpget", other, {hopLimit}).output, hopLimitRow);
+    EXPECT_EQ(snmp("snmpget", {"-v2c", "-c", "other"}, {hopLimit}).output, hopLimitRow);
     EXPECT_NE(snmp("snmpget", {"-v2c", "-c", "public", "-t", "1"}, {hopLimit}).status, 0);
     EXPECT_EQ(timesLogged("scripted platform: reads its configuration again"), 1u);
     stopAgent();

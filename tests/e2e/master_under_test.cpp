@@ -45,6 +45,7 @@ void MasterTest::SetUp()
     network()->run("ip link add left type veth peer name right; ip link set left up; ip link set right up;"
                    "ip addr add 192.0.2.1/24 dev left; ip -6 addr add 2001:db8::1/64 dev left;"
                    "ip -6 neigh add 2001:db8::2 lladdr 02:00:00:00:00:02 nud permanent dev left");
+    network()->waitForLinkLocals({"left", "right"});
 }
 
 void MasterTest::TearDown()
@@ -144,7 +145,7 @@ Words MasterTest::rows(const std::string &root) const
 bool MasterTest::isThere(const std::string &instance) const
 {
     const Result result =
-        run({"snmpget", "-v2c", "-c", "public", "-On", "-t", "0.5", "-r", "0", address(), instance}, environment());
+        run({"snmpget", "-v2c", "-c", "public", "-On", "-t", "0.5", "-r", "20", address(), instance}, environment());
     return result.status == 0 && result.output.find("No Such") == std::string::npos;
 }
 

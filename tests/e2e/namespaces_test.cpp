@@ -41,7 +41,7 @@ std::string statusOf(pid_t process, const std::string &word)
 
 Words of(const std::string &context)
 {
-    return {"-v2c", "-r0", "-t5", "-c", "lab@" + context};
+    return {"-v2c", "-r0", "-t20", "-c", "lab@" + context};
 }
 
 class NamespaceTest : public AgentTest

@@ -78,7 +78,7 @@ TEST_F(SubagentLifeTest, AMasterThatHangsDoesNotKeepItFromEnding)
     startSubagent();
     master().signal(SIGSTOP);
     agent().signal(SIGTERM);
-    EXPECT_EQ(agent().wait(std::chrono::seconds(10)), 0);
+    EXPECT_EQ(agent().wait(), 0);
     master().signal(SIGCONT);
     EXPECT_TRUE(eventually([this] { return !isThere(interfaceRow); }));
 }
@@ -92,7 +92,7 @@ TEST_F(SubagentLifeTest, AMasterThatHungIsServedAgain)
     master().signal(SIGCONT);
     expectRows();
     master().signal(SIGSTOP);
-    EXPECT_FALSE(isThere(interfaceRow));
+    EXPECT_NE(snmp("snmpget", publicV2, {"-t", "0.5", interfaceRow}).status, 0);
     master().signal(SIGCONT);
     expectRows();
     EXPECT_TRUE(eventually([&] {

@@ -73,6 +73,8 @@ struct ListedAddress {
     SubId status;
     SubId origin;
     bool mainOne; // not a further link-local one of its interface
+
+    bool operator==(const ListedAddress &) const = default;
 };
 
 class AddressesOfARouter : public testing::Test
@@ -106,12 +108,10 @@ class AddressesOfARouter : public testing::Test
             prefix 2001:db8:f2::/64 { AdvAutonomous off; AdvValidLifetime 90; AdvPreferredLifetime 40; }; };)");
         secondRadvd.emplace(*second, R"(interface w1 { AdvSendAdvert on; MinRtrAdvInterval 3; MaxRtrAdvInterval 4;
             AdvDefaultLifetime 9000; };)");
-        ASSERT_TRUE(agent->platform().waitFor(
-            [&] {
-                agent->platform()->beginPacket();
-                return routersAreThere() && settled();
-            },
-            20s));
+        ASSERT_TRUE(agent->platform().waitFor([&] {
+            agent->platform()->beginPacket();
+            return routersAreThere() && settled();
+        }));
     }
     void TearDown() override { agent.reset(); }
 
@@ -208,9 +208,14 @@ class AddressesOfARouter : public testing::Test
 
 TEST_F(AddressesOfARouter, everyRowIsWhatIpSays)
 {
-    const auto expected = listed();
-    const Table table = agent->walk(addressEntry, addressColumns);
-    const Table prefixes = agent->walk(prefixEntry, prefixColumns);
+    std::map<Identifier, ListedAddress> expected;
+    Table table;
+    Table prefixes;
+    do { // again when the kernel has come to the end of trying an address in between
+        expected = listed();
+        table = agent->walk(addressEntry, addressColumns);
+        prefixes = agent->walk(prefixEntry, prefixColumns);
+    } while (expected != listed());
     ASSERT_EQ(table.size(), addressColumns.size());
     EXPECT_GT(table.at(3).size(), 2u * pairs * perInterface);
 
@@ -291,9 +296,10 @@ TEST_F(AddressesOfARouter, prefixesAreThoseOfAddressesAndRoutesAndCountDown)
         EXPECT_EQ(value(7, onLink), 2u);
         EXPECT_EQ(value(6, onLink), 1u);
         if (round == 1) { // until then an advertisement may prolong them between one reading and the next
+            const double late = agent->platform().longestPause(); // it counts from when its advertisement was read
             for (const auto &[index, before, prefix] : {std::tuple{formed, formedBefore, "2001:db8:f1::/64"},
                                                         std::tuple{onLink, onLinkBefore, "2001:db8:f2::/64"}}) {
-                EXPECT_LE(value(9, index), before + 1) << prefix;
+                EXPECT_LE(static_cast<double>(value(9, index)), static_cast<double>(before) + 1 + late) << prefix;
                 EXPECT_GE(value(9, index) + 1, remaining(prefix)) << prefix;
             }
         }

@@ -153,6 +153,8 @@ TEST_F(NeighbourWalk, neighboursOfAllKinds)
 {
     const Namespace space;
     space.run("ip link add eth0 type veth peer name peer0; ip link set eth0 up; ip link set peer0 up");
+    space.sysctl("net/ipv6/neigh/eth0/base_reachable_time_ms", "3600000"); // they stay in their states
+    space.sysctl("net/ipv6/neigh/eth0/mcast_solicit", "1000");
     for (const char *neighbour :
          {"2001:db8::1 lladdr 02:00:00:00:00:01 nud permanent", "2001:db8::2 lladdr 02:00:00:00:00:02 nud reachable",
           "2001:db8::3 lladdr 02:00:00:00:00:03 nud stale", "2001:db8::4 nud failed", "2001:db8::5 nud incomplete",

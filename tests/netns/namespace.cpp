@@ -5,15 +5,18 @@
 #include <nlohmann/json.hpp>
 
 #include <fcntl.h>
+#include <linux/if_addr.h>
 #include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace ipmib::netns
 {
@@ -22,6 +25,7 @@ namespace
 {
 
 constexpr char here[] = "/proc/thread-self/ns/net";
+constexpr unsigned linkScope = 0x20; // as if_inet6 has it
 
 // A new namespace, entered and left again; -1 with errno set when that is not allowed.
 int makeNamespace()
@@ -121,11 +125,44 @@ std::string Namespace::file(const std::string &path) const
     return content.str();
 }
 
+void Namespace::waitForLinkLocals(std::initializer_list<std::string> interfaces) const
+{
+    for (const std::string &interface : interfaces) {
+        const auto isThere = [&] {
+            std::istringstream addresses(file("/proc/thread-self/net/if_inet6"));
+            std::string address;
+            std::string index;
+            std::string length;
+            unsigned scope = 0;
+            unsigned flags = 0;
+            std::string name;
+            bool hasLinkLocal = false;
+            while (addresses >> address >> index >> length >> std::hex >> scope >> flags >> name) {
+                if (name == interface && (flags & IFA_F_TENTATIVE) != 0) {
+                    return false;
+                }
+                hasLinkLocal = hasLinkLocal || (name == interface && scope == linkScope);
+            }
+            return hasLinkLocal;
+        };
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (!isThere()) {
+            if (std::chrono::steady_clock::now() > end) {
+                ADD_FAILURE() << interface << " gets no link-local address";
+                return;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+}
+
 void Namespace::connect(const Namespace &a, const std::string &nameInA, const Namespace &b, const std::string &nameInB)
 {
     a.run("ip link add " + nameInA + " type veth peer name " + nameInB + " netns " + b.path());
     a.run("ip link set " + nameInA + " up");
     b.run("ip link set " + nameInB + " up");
+    a.waitForLinkLocals({nameInA});
+    b.waitForLinkLocals({nameInB});
 }
 
 std::string Namespace::path() const

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json_fwd.hpp>
 
+#include <initializer_list>
 #include <string>
 
 namespace ipmib::netns
@@ -38,7 +39,11 @@ class Namespace
     std::string sysctl(const std::string &name) const;
     std::string file(const std::string &path) const;
 
-    // Connects two namespaces (or one with itself) by a veth pair, both ends up.
+    // Waits until these interfaces, which are up, have a link-local address, and may use all of their IPv6 addresses:
+    // the kernel comes to that some time after the command, with routes and announcements of its own.
+    void waitForLinkLocals(std::initializer_list<std::string> interfaces) const;
+
+    // Connects two namespaces (or one with itself) by a veth pair, both ends up and with their link-local addresses.
     static void connect(const Namespace &a, const std::string &nameInA, const Namespace &b, const std::string &nameInB);
 
     // For `ip link set DEVICE netns PATH`, and for setns.

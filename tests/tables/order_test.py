@@ -10,6 +10,7 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "collectors"))
+import network  # noqa: E402
 from agent import Agent  # noqa: E402
 
 program = os.path.abspath(sys.argv[-1])
@@ -17,22 +18,6 @@ ROOT = (1, 3, 6, 1, 2, 1)
 LARGEST = (1 << 32) - 1
 QUESTIONS = 500
 AT_ONCE = 25  # variables in a packet
-INSIDE = "IPMIB_TEST_NAMESPACE"
-COMMANDS = """
-link set lo up
-link add left type veth peer name right
-link set left up
-link set right up
-address add 192.0.2.1/24 dev left
-address add 192.0.2.129/25 dev right
-address add 2001:db8::1/64 dev left nodad
-address add 2001:db8:1::1/64 dev right nodad
-neighbour add 192.0.2.2 lladdr 02:00:00:00:00:02 nud permanent dev left
-neighbour add 2001:db8::2 lladdr 02:00:00:00:00:02 nud permanent dev left
-neighbour add 2001:db8:1::2 lladdr 02:00:00:00:00:02 nud permanent dev right
-route add default via 192.0.2.2
-route add default via 2001:db8::2
-"""
 
 
 def dotted(oid):
@@ -113,14 +98,13 @@ class OfLinux(Order, unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        if INSIDE not in os.environ:
+        if not is_inside:
             raise unittest.SkipTest("needs a network namespace")
-        subprocess.run(["ip", "-batch", "-"], input=COMMANDS, text=True, check=True)
+        network.make()
 
 
 if __name__ == "__main__":
-    alone = ["unshare", "-rn"]
-    if INSIDE not in os.environ and subprocess.run([*alone, "true"], capture_output=True, check=False).returncode == 0:
-        os.environ[INSIDE] = "yes"
-        os.execvp(alone[0], [*alone, "sh", "-c", 'ip link set lo up && exec "$@"', "sh", sys.executable, *sys.argv])
+    is_inside = network.enter()
+    if is_inside:
+        subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
     unittest.main(argv=sys.argv[:1])

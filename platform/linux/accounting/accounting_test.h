@@ -7,9 +7,11 @@
 #include "core/log.h"
 #include "netns/router_bed.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace ipmib::platform
@@ -31,9 +33,20 @@ struct Datagrams {
     std::uint64_t sentMulticast = 0;
 };
 
+// What nobody has received may still be on its way.
 inline void expectCounters(Ipv4Accounting &accounting, const char *interface, const Datagrams &expected)
 {
-    const IpMibIfStat found = accounting.countersOf(netns::ifIndex(interface));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto countersOfNow = [&] { return accounting.countersOf(netns::ifIndex(interface)); };
+    IpMibIfStat found = countersOfNow();
+    const auto isBehind = [&] {
+        return found.in_receives < expected.received || found.out_requests < expected.requested ||
+               found.out_forwarded < expected.forwarded || found.out_transmits < expected.sent;
+    };
+    while (isBehind() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        found = countersOfNow();
+    }
     EXPECT_EQ(found.in_receives, expected.received) << interface;
     EXPECT_EQ(found.in_octets, expected.received * octets) << interface;
     EXPECT_EQ(found.in_mcast_pkts, expected.receivedMulticast) << interface;

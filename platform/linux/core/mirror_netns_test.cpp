@@ -87,7 +87,7 @@ class MirrorNetns : public testing::Test
     bool turn()
     {
         pollfd wait{loop_.descriptor(), POLLIN, 0};
-        const bool ready = poll(&wait, 1, 5000) > 0;
+        const bool ready = poll(&wait, 1, 60000) > 0;
         loop_.run();
         return ready;
     }

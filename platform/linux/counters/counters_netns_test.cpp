@@ -417,12 +417,10 @@ TEST(Tentative, anAddressUnderDetectionDoesNotCount)
     EXPECT_NE(IP6ADDR_DRVK_GetMainLLA(index, &address), 0u);
     space.run("ip addr del fe80::1/64 dev br0; ip addr add fe80::1/64 dev br0 nodad");
     // The kernel decides behind the command that there is nothing to detect.
-    EXPECT_TRUE(platform.waitFor(
-        [&] {
-            platform->beginPacket();
-            return IP6ADDR_DRVK_GetMainLLA(index, &address) == 0;
-        },
-        std::chrono::seconds(2)));
+    EXPECT_TRUE(platform.waitFor([&] {
+        platform->beginPacket();
+        return IP6ADDR_DRVK_GetMainLLA(index, &address) == 0;
+    }));
 }
 
 } // namespace

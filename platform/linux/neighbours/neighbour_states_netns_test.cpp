@@ -116,6 +116,7 @@ TEST_F(NeighboursNetns, resolutionIsSeenInEachOfItsStates)
 {
     const netns::Namespace other;
     netns::Namespace::connect(*space_, "link0", other, "link1");
+    holdStates("link0");
     space_->run("ip addr add 2001:db8::1/64 dev link0 nodad");
     other.run("ip addr add 2001:db8::2/64 dev link1 nodad");
     PlatformInside platform(*space_);
@@ -134,7 +135,8 @@ TEST_F(NeighboursNetns, resolutionIsSeenInEachOfItsStates)
     EXPECT_EQ(state("2001:db8::2"), 2u);
     space_->run("ping -6 -c 1 -W 2 2001:db8::2 > /dev/null");
     EXPECT_EQ(state("2001:db8::2"), 3u);
-    EXPECT_TRUE(platform.waitUntil([&] { return state("2001:db8::99") == 5; }));
+    space_->sysctl("net/ipv6/neigh/link0/mcast_solicit", "1");
+    EXPECT_TRUE(platform.waitFor([&] { return state("2001:db8::99") == 5; }));
 }
 
 // DELAY is not announced. The table is read again between packets alone, and a packet need not wait for that.
@@ -142,6 +144,7 @@ TEST_F(NeighboursNetns, aWalkAsksForWhatMayHaveChangedAndReadsNoTable)
 {
     const netns::Namespace other;
     netns::Namespace::connect(*space_, "link0", other, "link1");
+    holdStates("link0");
     space_->run("ip addr add 2001:db8::1/64 dev link0 nodad");
     other.run("ip addr add 2001:db8::2/64 dev link1 nodad");
     space_->run("ping -6 -c 1 -W 2 2001:db8::2 > /dev/null");

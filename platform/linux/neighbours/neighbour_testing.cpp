@@ -111,6 +111,16 @@ void NeighboursNetns::SetUp()
     IPMIB_NEEDS_NAMESPACES();
     space_.emplace();
     space_->run("ip link add eth0 type veth peer name peer0; ip link set eth0 up; ip link set peer0 up");
+    holdStates("eth0");
+}
+
+void NeighboursNetns::holdStates(const std::string &device) const
+{
+    const std::string settings = "net/ipv6/neigh/" + device + "/";
+    space_->sysctl(settings + "base_reachable_time_ms", "3600000");
+    space_->sysctl(settings + "delay_first_probe_time", "3600");
+    space_->sysctl(settings + "mcast_solicit", "1000");
+    space_->sysctl(settings + "ucast_solicit", "1000");
 }
 
 std::uint32_t NeighboursNetns::indexOf(const std::string &device) const

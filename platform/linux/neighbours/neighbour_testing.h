@@ -49,6 +49,8 @@ class NeighboursNetns : public testing::Test
   protected:
     void SetUp() override;
 
+    // No neighbour on the device leaves its state while a test looks at it; on eth0 that is so from the start.
+    void holdStates(const std::string &device) const;
     void neigh(const std::string &command) { space_->run("ip -6 neigh " + command); }
     std::uint32_t indexOf(const std::string &device) const;
     // The row of an address on a device by exact lookup; empty when there is none.

@@ -18,26 +18,14 @@ import time
 import unittest
 
 root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))))
+sys.path.insert(0, root + "/tests/collectors")
+import network  # noqa: E402
+
 document = root + "/docs/agentcheck.md"
 BEGIN, END = "<!-- what ipmib-agentcheck finds wrong with snmpd -->\n```\n", "```\n<!-- end -->\n"
-INSIDE = "IPMIB_TEST_NAMESPACE"
 TARGET = "127.0.0.1:1161"
 SNMPD = "/usr/sbin/snmpd"
 PATIENCE = 60
-COMMANDS = """
-link set lo up
-link add left address 02:00:5e:00:53:01 type veth peer name right address 02:00:5e:00:53:02
-link set left up
-link set right up
-address add 192.0.2.1/24 dev left
-address add 192.0.2.129/25 dev right
-address add 2001:db8::1/64 dev left nodad
-address add 2001:db8:1::1/64 dev right nodad
-neighbour add 192.0.2.2 lladdr 02:00:5e:00:53:03 nud permanent dev left
-neighbour add 2001:db8::2 lladdr 02:00:5e:00:53:03 nud permanent dev left
-route add default via 192.0.2.2
-route add default via 2001:db8::2
-"""
 # Who listens, who is connected, and endpoints: of both versions, with a zone and without.
 LISTENERS = [("192.0.2.1", 8080), ("0.0.0.0", 8081), ("::", 8082), ("2001:db8::1", 8083), ("fe80::5eff:fe00:5301%left", 8084)]
 CONNECTED = [("192.0.2.1", 8080), ("127.0.0.1", 8081), ("::ffff:192.0.2.1", 8082), ("::1", 8082), ("2001:db8::1", 8083),
@@ -204,16 +192,9 @@ class Snmpd(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    alone = ["unshare", "-rn"]
-    if INSIDE not in os.environ:
-        if subprocess.run([*alone, "true"], capture_output=True, check=False).returncode != 0:
-            print("skipped: needs a network namespace")
-            sys.exit(77)
-        os.environ[INSIDE] = "yes"
-        os.execvp(alone[0], [*alone, sys.executable, *sys.argv])
-    for scope in ("all", "default"):
-        with open(f"/proc/sys/net/ipv6/conf/{scope}/accept_dad", "w", encoding="ascii") as settings:
-            settings.write("0")
-    subprocess.run(["ip", "-batch", "-"], input=COMMANDS, text=True, check=True)
+    if not network.enter():
+        print("skipped: needs a network namespace")
+        sys.exit(77)
+    network.make()
     there = sockets()
     unittest.main(argv=sys.argv[:1] + (["Snmpd"] if update else []))
