@@ -42,12 +42,11 @@ void Judge::code(Promise promise, const char *name, std::uint32_t value)
 void Judge::time(Promise promise, const char *name, std::uint32_t value, std::uint32_t now)
 {
     const bool inHundredths = value / 100 <= now && value / 10 > now;
-    const bool sinceEpoch = value > 1200000000 && value < 2200000000; // 2008 to 2039
     field(
         promise, name, value, [now](std::uint32_t seconds) { return seconds <= now + 1; },
         "a second since boot that has been (now is " + std::to_string(now) + ")" +
             (inHundredths ? "; in hundredths of a second it would be" : "") +
-            (sinceEpoch ? "; seconds since 1970 look like this" : ""));
+            (looksSince1970(value) ? "; seconds since 1970 look like this" : ""));
 }
 
 void Judge::lifetime(Promise promise, const char *name, std::uint32_t value)

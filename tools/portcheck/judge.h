@@ -10,6 +10,12 @@
 namespace ipmib::portcheck
 {
 
+// Whether seconds since boot are rather those since 1970: from 2008 to 2039.
+inline bool looksSince1970(std::uint32_t seconds)
+{
+    return seconds > 1200000000 && seconds < 2200000000;
+}
+
 class Judge
 {
   public:

@@ -150,6 +150,16 @@ constexpr Fault faults[] = {
     {"GatewayRecord.lifetime_s:=65536", tableAnswers, "ipDefaultRouterLifetime"},
     {"GatewayRecord.learned_at_s:=500000", routerTime, "learned_at_s is 500000"},
     {"fails IP6Mib_GetGatewayByKey", routerExact, "IP6Mib_GetGatewayByKey"},
+    {"ipv4-counters-of-none", noCountersOfNone, "IP_GetMibIfStat: it succeeds for ifIndex 0"},
+    {"identifier-of-16-bytes", keepsToRecord, "IP6Mib_GetIFID(2)"},
+    {"mtu-of-64-bits", keepsToRecord, "IP6_GetIfMTU(2)"},
+    {"modes-exchanged", neighbourMode, "fe80::10 in mode 1"},
+    {"prefixes-of-all-interfaces", prefixInterface, "not the interface asked for, 2"},
+    {"fails IP6Mib_GetLinkLocalFullAddr", linkLocalRow, "it succeeds, and there is no link-local address"},
+    {"lookup-on-one-interface", addressExact, "in the list its if_index is"},
+    {"addresses-in-machine-words", linkLocalAddress, "the right one in the wrong byte order"},
+    {"seconds-since-1970", clock, "seconds since 1970 look like this"},
+    {"no-clock", addressTimes, "a second since boot that has been (now is 0)"},
     {"fails IP6ADDR_DRVK_GetGatewayByKey", routerExact, "IP6ADDR_DRVK_GetGatewayByKey"},
 };
 

@@ -151,8 +151,15 @@ void checkLinkLocal(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord
 {
     const std::string call = callText("IP6Mib_GetLinkLocalFullAddr", ifIndex);
     if (!isLinkLocal(record.address)) {
+        std::uint8_t other[16];
+        for (std::size_t i = 0; i < sizeof other; ++i) {
+            other[i] = record.address[i / 4 * 4 + 3 - i % 4];
+        }
         probe.broken(Promise::linkLocalAddress, call,
-                     "it answers " + addressWithLength(record) + " of interface " + std::to_string(record.if_index));
+                     "it answers " + addressWithLength(record) + " of interface " + std::to_string(record.if_index) +
+                         (isLinkLocal(other) ? ": with the bytes of each word turned round it is " +
+                                                   addressText(other) + ", the right one in the wrong byte order"
+                                             : ""));
     }
     Judge judge(probe, call, addressWithLength(record));
     judge.field(

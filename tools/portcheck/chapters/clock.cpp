@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Time since boot.
 #include "chapters.h"
+#include "judge.h"
 
 #include <chrono>
 #include <thread>
@@ -10,6 +11,11 @@ namespace ipmib::portcheck
 
 void checkClock(Probe &probe, host::Resolver &)
 {
+    const std::uint32_t now = probe.secondsSinceBoot();
+    if (looksSince1970(now)) {
+        probe.broken(Promise::clock, "TIME_GetSystemBootTime",
+                     "it answers " + std::to_string(now) + ": seconds since 1970 look like this, not since boot");
+    }
     if (probe.clockTime == std::chrono::milliseconds(0)) {
         return;
     }

@@ -14,6 +14,9 @@
 //   LIST:forgets          nothing follows a key that is no row's
 //   LIST:lacks            the second row is not listed
 //   LIST:first            the first row is the second
+//   LIST:stays            the last row follows itself
+//   LIST:inclusive        every row follows itself
+//   LIST:cursor           what follows is what stands behind the row that was answered last, whatever is asked
 //   LIST:mixed            it holds rows that belong to the link-local ones, or to the others
 //   fails SERVICE         the service answers "not found"; of those with an interface, for interface 3
 //   anything else         what it says, see below
@@ -212,6 +215,9 @@ std::uint32_t IP6_GetIfStat(std::uint32_t ifIndex, std::uint32_t family, Ip6MibS
 
 std::uint32_t IP_GetMibIfStat(std::uint32_t ifIndex, IpMibIfStat *stat)
 {
+    if (ifIndex == 0 && has("ipv4-counters-of-none")) {
+        return 0;
+    }
     if (fails("IP_GetMibIfStat") && ifIndex == 3) {
         return RC_NOT_FOUND;
     }
@@ -247,6 +253,9 @@ std::uint32_t IP6Mib_GetIFID(std::uint32_t ifIndex, std::uint8_t *identifier)
     const std::uint32_t result = SIMULATED(IP6Mib_GetIFID)(ifIndex, identifier);
     if (result == 0) {
         spoil("identifier", identifier, 8);
+        if (has("identifier-of-16-bytes")) {
+            std::memset(identifier, 0, 16);
+        }
     }
     return result;
 }
@@ -257,6 +266,10 @@ std::uint32_t IP6_GetIfMTU(std::uint32_t ifIndex, std::uint32_t *mtu)
     if (result != 0 && has("mtu-of-none")) {
         *mtu = 1500;
         return 0;
+    }
+    if (result == 0 && has("mtu-of-64-bits")) {
+        const std::uint64_t wide = *mtu;
+        std::memcpy(mtu, &wide, sizeof wide);
     }
     return spoiled("mtu", mtu, result);
 }
@@ -281,6 +294,9 @@ std::uint32_t ND_GetNetToPhysicalTable(std::uint32_t ifIndex, const std::uint8_t
 
 std::uint32_t ND_GetNextNetToPhysicalTable(std::uint32_t mode, NeighbourEntry *entry)
 {
+    if (has("modes-exchanged")) {
+        mode = 3 - mode;
+    }
     const std::string kind = mistakeIn("neighbours");
     if (kind.empty()) {
         return SPOILED(NeighbourEntry, entry, SIMULATED(ND_GetNextNetToPhysicalTable)(mode, entry));
@@ -301,7 +317,10 @@ std::uint32_t IP6CFG_GetNextFullPrefix(std::uint32_t ifIndex, std::int32_t any, 
 {
     const std::string kind = mistakeIn("prefixes");
     std::uint32_t result;
-    if (kind.empty()) {
+    if (has("prefixes-of-all-interfaces")) {
+        Rows<FullPrefixRecord> rows = mixed(mixed(prefixes(2), prefixes(3)), prefixes(7));
+        result = answer(nextIn(rows, Key::of(record->prefix, ipmib_be32_get(record->length)), Key(), ""), record);
+    } else if (kind.empty()) {
         result = SIMULATED(IP6CFG_GetNextFullPrefix)(ifIndex, any, record);
     } else {
         Rows<FullPrefixRecord> rows = prefixes(ifIndex);
@@ -369,7 +388,11 @@ std::uint32_t IP6Mib_GetAddrFullInfoInVrf(std::uint32_t vrf, const std::uint8_t 
                    ? 0
                    : SIMULATED(IP6Mib_GetFirstAddrInVrf)(0, 14, record);
     }
-    return SPOILED(FullAddressRecord, record, SIMULATED(IP6Mib_GetAddrFullInfoInVrf)(vrf, address, any, record));
+    const std::uint32_t result = SIMULATED(IP6Mib_GetAddrFullInfoInVrf)(vrf, address, any, record);
+    if (has("lookup-on-one-interface")) {
+        record->if_index = 2;
+    }
+    return SPOILED(FullAddressRecord, record, result);
 }
 
 std::uint32_t IP6ADDR_DRVK_GetMainLLA(std::uint32_t ifIndex, FullAddressRecord *record)
@@ -379,7 +402,15 @@ std::uint32_t IP6ADDR_DRVK_GetMainLLA(std::uint32_t ifIndex, FullAddressRecord *
 
 std::uint32_t IP6Mib_GetLinkLocalFullAddr(std::uint32_t ifIndex, FullAddressRecord *record)
 {
+    if (fails("IP6Mib_GetLinkLocalFullAddr")) {
+        return RC_NOT_FOUND;
+    }
     const std::uint32_t result = SIMULATED(IP6Mib_GetLinkLocalFullAddr)(ifIndex, record);
+    if (result == 0 && has("addresses-in-machine-words")) {
+        for (std::uint8_t *word = record->address; word != record->address + 16; word += 4) {
+            std::reverse(word, word + 4);
+        }
+    }
     record->prefix_length = has("link-local-length") ? 64 : record->prefix_length;
     record->address[0] = has("global-as-link-local") ? 0x20 : record->address[0];
     record->if_index = has("link-local-of-another") ? 3 : record->if_index;
@@ -438,6 +469,12 @@ std::uint32_t TIME_GetSystemBootTime(std::uint32_t *seconds, std::uint32_t *othe
     if (has("clock-in-milliseconds")) {
         loaded = loaded == 0 ? *seconds : loaded;
         *seconds = loaded + (*seconds - loaded) * 1000;
+    }
+    if (has("seconds-since-1970")) {
+        *seconds += 1790000000;
+    }
+    if (has("no-clock")) {
+        *seconds = 0;
     }
     return result;
 }

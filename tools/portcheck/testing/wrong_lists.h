@@ -52,6 +52,17 @@ const Row<Record> *nextIn(Rows<Record> &rows, const Key &key, const Key &start, 
     if (count >= 2 && kind == "endless" && key == rows.back().key) {
         return &rows.front();
     }
+    if (kind == "stays" && count > 0 && key == rows.back().key) {
+        return &rows.back();
+    }
+    if (kind == "inclusive" && isListed) {
+        return &*std::find_if(rows.begin(), rows.end(), [&](const auto &row) { return row.key == key; });
+    }
+    if (kind == "cursor") { // goes on where it is, wherever it is asked to
+        static std::size_t place = 0;
+        place = key == start ? 0 : place + 1;
+        return place < count ? &rows[place] : nullptr;
+    }
     if (kind == "disordered" && isListed) {
         const auto place = std::find_if(rows.begin(), rows.end(), [&](const auto &row) { return row.key == key; });
         return place + 1 == rows.end() ? nullptr : &*(place + 1);
