@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "answer_faults.h"
 
+#include "device_addresses.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -99,7 +101,10 @@ void AnswerFaults::spoil(netsnmp_pdu &message, const netsnmp_pdu *request)
 {
     next_ = {};
     const bool isAnswer = message.command == SNMP_MSG_RESPONSE;
-    const auto instance = contexts_.instanceOf({message.contextName, message.contextNameLen});
+    // A report, as on the way to know the engine, is of no context, but comes from a device's address.
+    const std::string *const own = DeviceAddresses::contextAt(message);
+    const auto instance =
+        contexts_.instanceOf(own != nullptr ? *own : std::string(message.contextName, message.contextNameLen));
     if ((!isAnswer && message.command != SNMP_MSG_REPORT) || !instance) {
         return;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// A packet keeps the place of its socket among what the library knows of its origin, which goes with it everywhere.
+// A packet keeps the mark of its socket among what the library knows of its origin, which goes with it everywhere.
 
 #include "device_addresses.h"
 
@@ -15,7 +15,6 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
@@ -29,11 +28,12 @@ namespace
 DeviceAddresses *inForce = nullptr; // the library's transports know no owner
 
 // Above all numbers of interfaces.
-constexpr std::uint32_t firstPlace = 0x40000000;
+constexpr std::uint32_t marksBegin = 0x40000000;
+constexpr std::uint32_t marksEnd = 0x7fffffff;
 
-// Where a packet's origin, as the library has it, keeps the place of the socket: in the number of the interface that it
+// Where a packet's origin, as the library has it, keeps the mark of the socket: in the number of the interface that it
 // has come in by, or over IPv6 in the flow label, which the kernel does not tell. Null for other origins.
-std::uint32_t *placeIn(void *opaque, int length)
+std::uint32_t *markIn(void *opaque, int length)
 {
     static_assert(sizeof(netsnmp_indexed_addr_pair) != sizeof(sockaddr_in6));
     if (opaque != nullptr && length == static_cast<int>(sizeof(netsnmp_indexed_addr_pair))) {
@@ -62,7 +62,7 @@ void allowManyDescriptors()
 } // namespace
 
 DeviceAddresses::DeviceAddresses(std::function<void(netsnmp_transport *)> beginSession)
-    : beginSession_(std::move(beginSession))
+    : beginSession_(std::move(beginSession)), lastMark_(marksBegin)
 {
     inForce = this;
 }
@@ -79,7 +79,7 @@ void DeviceAddresses::open(const std::string &context, const std::string &addres
 {
     const auto known = byContext_.find(context);
     if (known != byContext_.end()) {
-        if (sockets_[known->second].address == address) {
+        if (sockets_.at(known->second).address == address) {
             return;
         }
         close(context);
@@ -97,18 +97,16 @@ void DeviceAddresses::open(const std::string &context, const std::string &addres
             fail(address, "the address of a device has to be of UDP");
         }
         netsnmp_transport &all = transportFor(*own);
-        const auto place =
-            static_cast<std::size_t>(std::ranges::find(sockets_, nullptr, &Socket::transport) - sockets_.begin());
+        lastMark_ = lastMark_ == marksEnd ? marksBegin : lastMark_ + 1;
         fcntl(own->sock, F_SETFL, fcntl(own->sock, F_GETFL) | O_NONBLOCK);
         epoll_event event{};
         event.events = EPOLLIN;
-        event.data.u64 = place;
+        event.data.u32 = lastMark_;
         if (epoll_ctl(all.sock, EPOLL_CTL_ADD, own->sock, &event) != 0) {
             fail(address, std::generic_category().message(errno));
         }
-        sockets_.resize(std::max(sockets_.size(), place + 1));
-        sockets_[place] = {context, address, own};
-        byContext_[context] = place;
+        sockets_[lastMark_] = {context, address, own};
+        byContext_[context] = lastMark_;
     } catch (...) {
         netsnmp_transport_free(own);
         throw;
@@ -119,10 +117,10 @@ void DeviceAddresses::close(const std::string &context)
 {
     const auto found = byContext_.find(context);
     if (found != byContext_.end()) {
-        Socket &socket = sockets_[found->second];
-        socket.transport->f_close(socket.transport); // which takes it out of the epoll descriptor
-        netsnmp_transport_free(socket.transport);
-        socket = {};
+        netsnmp_transport *const own = sockets_.at(found->second).transport;
+        own->f_close(own); // which takes it out of the epoll descriptor
+        netsnmp_transport_free(own);
+        sockets_.erase(found->second);
         byContext_.erase(found);
     }
 }
@@ -132,7 +130,7 @@ std::vector<std::uint8_t> DeviceAddresses::addressOf(const std::string &context)
     const auto found = byContext_.find(context);
     netsnmp_sockaddr_storage own{};
     socklen_t size = sizeof own;
-    if (found == byContext_.end() || getsockname(sockets_[found->second].transport->sock, &own.sa, &size) != 0) {
+    if (found == byContext_.end() || getsockname(sockets_.at(found->second).transport->sock, &own.sa, &size) != 0) {
         return {};
     }
     std::vector<std::uint8_t> address;
@@ -193,10 +191,10 @@ int DeviceAddresses::receive(netsnmp_transport *transport, void *buffer, int siz
         return -1;
     }
     Datagrams::all().hasOneOfNow();
-    netsnmp_transport *const own = inForce->sockets_[ready.data.u64].transport;
+    netsnmp_transport *const own = inForce->sockets_.at(ready.data.u32).transport;
     const int received = own->f_recv(own, buffer, size, opaque, length);
-    if (std::uint32_t *const place = received < 0 ? nullptr : placeIn(*opaque, *length)) {
-        *place = firstPlace + static_cast<std::uint32_t>(ready.data.u64);
+    if (std::uint32_t *const mark = received < 0 ? nullptr : markIn(*opaque, *length)) {
+        *mark = ready.data.u32;
     }
     return received;
 }
@@ -204,13 +202,12 @@ int DeviceAddresses::receive(netsnmp_transport *transport, void *buffer, int siz
 // Null when the socket is no longer there.
 const DeviceAddresses::Socket *DeviceAddresses::socketOf(const void *opaque, int length)
 {
-    const std::uint32_t *const mark = placeIn(const_cast<void *>(opaque), length);
-    if (inForce == nullptr || mark == nullptr || *mark < firstPlace) {
+    const std::uint32_t *const mark = markIn(const_cast<void *>(opaque), length);
+    if (inForce == nullptr || mark == nullptr) {
         return nullptr;
     }
-    const std::size_t place = *mark - firstPlace;
-    const auto &sockets = inForce->sockets_;
-    return place < sockets.size() && sockets[place].transport != nullptr ? &sockets[place] : nullptr;
+    const auto found = inForce->sockets_.find(*mark);
+    return found == inForce->sockets_.end() ? nullptr : &found->second;
 }
 
 int DeviceAddresses::send(netsnmp_transport *transport, const void *buffer, int size, void **opaque, int *length)
@@ -231,7 +228,7 @@ int DeviceAddresses::sendNow(netsnmp_transport *, const void *buffer, int size, 
     std::vector<std::uint8_t> copy(static_cast<const std::uint8_t *>(*opaque),
                                    static_cast<const std::uint8_t *>(*opaque) + *length);
     void *own = copy.data();
-    *placeIn(own, *length) = 0;
+    *markIn(own, *length) = 0;
     if (socket->transport->f_send(socket->transport, buffer, size, &own, length) < 0) {
         snmp_log(LOG_NOTICE, "an answer cannot be sent: %s\n", std::generic_category().message(errno).c_str());
     }

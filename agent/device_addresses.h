@@ -38,7 +38,7 @@ class DeviceAddresses
     struct Socket {
         std::string context;
         std::string address;
-        netsnmp_transport *transport = nullptr; // null for a free place
+        netsnmp_transport *transport = nullptr;
     };
 
     // In the place of the library's, with its arguments and results.
@@ -51,8 +51,9 @@ class DeviceAddresses
     static const Socket *socketOf(const void *opaque, int length);
 
     std::function<void(netsnmp_transport *)> beginSession_;
-    std::vector<Socket> sockets_;
-    std::unordered_map<std::string, std::size_t> byContext_;
+    std::unordered_map<std::uint32_t, Socket> sockets_; // by marks, none of which is given twice: answers may be late
+    std::unordered_map<std::string, std::uint32_t> byContext_;
+    std::uint32_t lastMark_;
     std::unordered_map<const oid *, netsnmp_transport *> transports_; // of the sessions, by domain; epoll
 };
 

@@ -2,8 +2,8 @@
 // Devices that misbehave on purpose and are changed while they run, as real clients meet them.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/raw_socket.h"
 
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -132,56 +132,6 @@ TEST_F(DeviceTest, ValuesOfTheWrongTypeAndTruncatedPacketsArrive)
     EXPECT_EQ(get(hopLimit), "64\n");
     stopAgent();
 }
-
-// Datagrams on the loopback address as they come, without a library that drops what it does not wait for.
-class RawSocket
-{
-  public:
-    RawSocket() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in own = place(0);
-        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr *>(&own), sizeof own), 0);
-        constexpr timeval patience{20, 0};
-        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    }
-    ~RawSocket() { close(socket_); }
-    RawSocket(const RawSocket &) = delete;
-    RawSocket &operator=(const RawSocket &) = delete;
-
-    std::uint16_t port() const
-    {
-        sockaddr_in own{};
-        socklen_t size = sizeof own;
-        getsockname(socket_, reinterpret_cast<sockaddr *>(&own), &size);
-        return ntohs(own.sin_port);
-    }
-    void sendTo(std::uint16_t port, const std::string &message) const
-    {
-        const sockaddr_in to = place(port);
-        EXPECT_EQ(
-            sendto(socket_, message.data(), message.size(), 0, reinterpret_cast<const sockaddr *>(&to), sizeof to),
-            static_cast<ssize_t>(message.size()));
-    }
-    // Empty when none comes.
-    std::string next() const
-    {
-        char buffer[1500];
-        const ssize_t size = recv(socket_, buffer, sizeof buffer, 0);
-        return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    }
-
-  private:
-    static sockaddr_in place(std::uint16_t port)
-    {
-        sockaddr_in place{};
-        place.sin_family = AF_INET;
-        place.sin_port = htons(port);
-        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return place;
-    }
-
-    int socket_;
-};
 
 class RawClient
 {
