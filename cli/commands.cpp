@@ -99,7 +99,8 @@ std::span<const Command> commands()
 
 const Command *commandNamed(const std::string &word)
 {
-    const auto exact = std::ranges::find(table, word, &Command::name);
+    const std::string_view wanted = word == "monitor" ? "watch" : std::string_view(word); // `ip` says it like that
+    const auto exact = std::ranges::find(table, wanted, &Command::name);
     if (exact != std::end(table)) {
         return &*exact;
     }

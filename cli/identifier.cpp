@@ -202,7 +202,8 @@ std::string indexText(const LocalDevice &device, const MibTreeNode &node, host::
 
 bool isInterfaceNumber(const MibTreeNode &node)
 {
-    return std::string_view(node.pszName).ends_with("IfIndex");
+    const std::string_view name = node.pszName;
+    return name == "ifIndex" || name.ends_with("IfIndex");
 }
 
 host::Oid parseIdentifier(LocalDevice &device, const std::string &text)

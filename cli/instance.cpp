@@ -6,7 +6,9 @@
 #include "identifier.h"
 #include "text.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 namespace ipmib::cli
 {
@@ -26,6 +28,14 @@ Cell numberCell(const LocalDevice &device, const MibTreeNode &node, const host::
     return label.empty() ? Cell{plain, signedNumber, {}} : Cell{label + "(" + plain + ")", label, {}};
 }
 
+// What people have written, of which the tree tells no more than that it is octets.
+bool isText(const MibTreeNode &node)
+{
+    constexpr std::string_view endings[] = {"Descr", "Name", "Alias"};
+    return std::ranges::any_of(
+        endings, [name = std::string_view(node.pszName)](std::string_view ending) { return name.ends_with(ending); });
+}
+
 Cell valueCell(const LocalDevice &device, const MibTreeNode &node, const host::Value &value)
 {
     constexpr std::uint64_t ticksPerSecond = 100;
@@ -36,7 +46,8 @@ Cell valueCell(const LocalDevice &device, const MibTreeNode &node, const host::V
         return {durationText(value.number / ticksPerSecond), value.number, {}};
     case host::ValueType::opaque:
     case host::ValueType::octets:
-        return textCell(hexText(value.octets), Tone::linkLayer);
+        return isText(node) ? textCell({value.octets.begin(), value.octets.end()}, Tone::plain)
+                            : textCell(hexText(value.octets), Tone::linkLayer);
     case host::ValueType::ipAddress:
         return textCell(addressText(device, value.octets), toneOfAddress(value.octets));
     case host::ValueType::objectId:

@@ -28,6 +28,7 @@ constexpr ViewName names[] = {
     {"routes", &routesView, "all routes, or those within a prefix"},
     {"route", &routeView, "the routes by which an address is reached"},
     {"r", &routesView, nullptr},
+    {"ro", &routesView, nullptr},
     {"connections", &connectionsView, "TCP connections, listeners and UDP endpoints"},
     {"sockets", &connectionsView, nullptr},
     {"ss", &connectionsView, nullptr},
@@ -42,6 +43,13 @@ constexpr ViewName names[] = {
 };
 
 constexpr std::string_view verbs[] = {"show", "list", "lst", "ls", "get"};
+
+// By any beginning, as `ip` has it; null for what is none.
+const std::string_view *verbNamed(const std::string &word)
+{
+    const auto found = std::ranges::find_if(verbs, [&word](std::string_view verb) { return verb.starts_with(word); });
+    return found == std::end(verbs) || word.empty() ? nullptr : &*found;
+}
 
 std::string listOf(const std::vector<const View *> &views)
 {
@@ -129,8 +137,8 @@ ViewRequest parseViewRequest(const std::string &command, const std::vector<std::
     ViewRequest request{name.view, name.version, "", ""};
     const bool hasInterface = interfaceColumn(*request.view) < request.view->columns.size();
     std::size_t place = 1;
-    if (place < words.size() && std::ranges::find(verbs, words[place]) != std::end(verbs)) {
-        request.view = request.view == &routesView && words[place] == "get" ? &routeView : request.view;
+    if (const std::string_view *verb = place < words.size() ? verbNamed(words[place]) : nullptr) {
+        request.view = request.view == &routesView && *verb == "get" ? &routeView : request.view;
         ++place;
     }
     for (; place < words.size(); ++place) {

@@ -136,8 +136,27 @@ TableReader reader(LocalDevice &device)
              "inetCidrRouteMetric1"}};
 }
 
+// Routes to everything, which come first of their version.
+void listDefaults(LocalDevice &device, std::uint32_t version, const Sink &sink)
+{
+    TableReader rows = reader(device);
+    rows.startBehind(host::Oid{version}.view());
+    while (rows.next() && rows.key().number(typePart) == version && rows.key().number(lengthPart) == 0) {
+        sink(rowOf(rows));
+    }
+}
+
 void listRoutes(LocalDevice &device, const std::string &prefix, const Sink &sink)
 {
+    if (prefix == "default") {
+        if (device.shown() != Version::ipv6) {
+            listDefaults(device, IPMIB_IPV4, sink);
+        }
+        if (device.shown() != Version::ipv4) {
+            listDefaults(device, IPMIB_IPV6, sink);
+        }
+        return;
+    }
     Prefix within;
     TableReader rows = reader(device);
     if (!prefix.empty()) {
