@@ -151,11 +151,13 @@ class Frontend::Impl
                       netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
         const auto *region = static_cast<const ServedRegion *>(handler->myvoid);
-        region->frontend->instances_.select(region->instance);
-        if (region->frontend->leaving_ != region->instance && region->frontend->held_.mustWait(*region->source)) {
-            region->frontend->hold(*region, *handler, registration, info, requests);
+        Impl &self = *region->frontend;
+        self.instances_.select(region->instance);
+        beginPacketOnce(self.catalogue_, info, std::exchange(self.begun_, region->instance) != region->instance);
+        if (self.leaving_ != region->instance && self.held_.mustWait(*region->source)) {
+            self.hold(*region, *handler, registration, info, requests);
         } else {
-            region->frontend->answer(*region, info, requests);
+            self.answer(*region, info, requests);
         }
         return SNMP_ERR_NOERROR;
     }
@@ -176,6 +178,8 @@ class Frontend::Impl
             if (!held.isOrphan) {
                 delegate(packet->requests, 0);
                 clearAnswers(*packet);
+                begun_ = region.instance;
+                catalogue_.beginPacket(); // others may have begun since
                 answer(region, packet->reqinfo, packet->requests);
             }
             netsnmp_free_delegated_cache(packet);
@@ -209,7 +213,6 @@ class Frontend::Impl
 
     void answer(const ServedRegion &region, netsnmp_agent_request_info *info, netsnmp_request_info *requests)
     {
-        beginPacketOnce(catalogue_, info, std::exchange(begun_, region.instance) != region.instance);
         const bool isGet = info->mode == MODE_GET;
         getExactly(region,
                    collect(requests,

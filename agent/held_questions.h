@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Questions for rows that have not been read yet: each is answered when they have been, or when its time is up, from
-// what there is by then. Nobody waits for that; other questions are answered meanwhile.
+// Questions for rows that have not been read yet, or are behind what was announced when the question came: each is
+// answered when they have been, or when its time is up, from what there is by then. Nobody waits for that; other
+// questions are answered meanwhile.
 #pragma once
 
 #include "host/instances.h"
@@ -23,8 +24,8 @@ class HeldQuestions
     HeldQuestions &operator=(const HeldQuestions &) = delete;
 
     bool empty() const { return held_.empty(); }
-    // Whether a question for these rows of the selected instance is to be held: they have not been read, and there is
-    // room for one more.
+    // Whether a question for these rows of the selected instance is to be held, its packet having begun: they have not
+    // been read, and there is room for one more.
     bool mustWait(const host::Source &source) const { return !source.areRead() && held_.size() < most; }
     // Calls `answer` later, once, with this instance selected; before the source ends. `client` is any name for who
     // asks.

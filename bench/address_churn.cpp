@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // How long the Linux platform keeps its host while thousands of addresses of one prefix come and go: processor time of
-// single dispatches, and of packets that ask for an address and its prefix meanwhile.
+// single dispatches, and of packets that ask for an address and its prefix meanwhile; and how many of these were held
+// until the platform had caught up, as ipmibd does it, and for how long.
 //
 //   bench_churn [ADDRESSES]      in a network namespace of its own, which ends with the process; needs root
 #include "host/registry.h"
@@ -25,6 +26,11 @@ namespace
 
 using namespace ipmib;
 using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+}
 
 double microsecondsOfProcessor()
 {
@@ -79,6 +85,10 @@ class Follower
     {
         Times dispatches;
         Times packets;
+        unsigned held = 0;
+        double longestHeld = 0; // ms
+        bool isHeld = false;
+        Clock::time_point heldSince{};
         const pid_t shell = startShell(command);
         int status = 0;
         auto nextPacket = Clock::now();
@@ -88,25 +98,36 @@ class Follower
             if (poll(&wait, 1, 1) > 0) {
                 dispatches.measure([this] { platform_.dispatch(); });
             }
-            if (Clock::now() >= nextPacket) {
-                packets.measure([this] { ask(); });
+            if (isHeld ? isCurrent() : Clock::now() >= nextPacket) {
+                const bool wasHeld = isHeld;
+                packets.measure([&] { isHeld = !ask(wasHeld); });
+                if (isHeld) {
+                    ++held;
+                    heldSince = Clock::now();
+                } else if (wasHeld) {
+                    longestHeld = std::max(longestHeld, millisecondsSince(heldSince));
+                }
                 nextPacket = Clock::now() + std::chrono::milliseconds(5);
             }
             if (end == Clock::time_point::max() && waitpid(shell, &status, WNOHANG) == shell) {
                 end = Clock::now() + std::chrono::milliseconds(500); // what follows by itself
             }
         }
-        std::printf("%-28s %s  %s%s\n", what, dispatches.text().c_str(), packets.text().c_str(),
-                    status == 0 ? "" : "  (the change failed)");
+        std::printf("%-24s %s  %s %6u %6.1f%s\n", what, dispatches.text().c_str(), packets.text().c_str(), held,
+                    longestHeld, status == 0 ? "" : "  (the change failed)");
     }
 
   private:
-    // A packet for one row of the address table, going on from the last one.
-    void ask()
+    bool isCurrent() const { return platform_.areCurrent(IPMIB_FOLLOW_ADDRESSES) == 1; }
+    // A packet for one row of the address table, going on from the last one. False when it is to be held.
+    bool ask(bool wasHeld)
     {
         constexpr host::SubId prefixColumn[] = {1, 3, 6, 1, 2, 1, 4, 34, 1, 5};
         const std::span<const host::SubId> column(prefixColumn);
         platform_.beginPacket();
+        if (!wasHeld && !isCurrent()) {
+            return false;
+        }
         host::Variable variable;
         variable.asked = asked_.empty() ? column : std::span<const host::SubId>(asked_);
         resolver_.getNext({&variable, 1}, column.first(column.size() - 1));
@@ -114,6 +135,7 @@ class Follower
         if (variable.status == host::Status::ok) {
             asked_.assign(variable.name.view().begin(), variable.name.view().end());
         }
+        return true;
     }
 
     platform::LinuxPlatform &platform_;
@@ -148,8 +170,8 @@ int main(int argc, char **argv)
     host::Resolver resolver(*registry.trees().front().root, registry.callbacks().front().callback, nullptr);
     Follower follower(platform, resolver);
     std::printf("%u addresses of one prefix; processor time in us\n", addresses);
-    std::printf("%-28s %8s %8s %8s %8s  %8s %8s %8s %8s\n", "", "dispatch", "median", "99 %", "worst", "packets",
-                "median", "99 %", "worst");
+    std::printf("%-24s %8s %8s %8s %8s  %8s %8s %8s %8s %6s %6s\n", "", "dispatch", "median", "99 %", "worst",
+                "packets", "median", "99 %", "worst", "held", "ms");
     follower.follow("they come", batch("add", addresses));
     follower.follow("one hundred go and come",
                     batch("del", std::min(100u, addresses)) + " && " + batch("add", std::min(100u, addresses)));

@@ -2,6 +2,7 @@
 // Put together once, at the start: trees into one list, and each source's objects into tables.
 #include "catalogue.h"
 
+#include "followed_rows.h"
 #include "merged_source.h"
 #include "recorded_over.h"
 #include "rest_of_table.h"
@@ -132,6 +133,13 @@ Source *Catalogue::sourceOf(const ServedTable &table)
     }
     if (contents_.platform != nullptr && contents_.platform->recorded != nullptr) {
         source = made_.emplace_back(std::make_unique<RecordedOver>(source, *contents_.platform->recorded)).get();
+    }
+    const auto followed = std::ranges::find(contents_.followed, table.name, &Contents::Followed::table);
+    if (followed != contents_.followed.end() && contents_.platform != nullptr &&
+        contents_.platform->are_current != nullptr) {
+        source =
+            made_.emplace_back(std::make_unique<FollowedRows>(*source, contents_.platform->are_current, followed->rows))
+                .get();
     }
     return source;
 }

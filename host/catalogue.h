@@ -69,6 +69,12 @@ class Catalogue
             SubId number;
         };
         std::vector<Rest> rests = {};
+        // Tables of rows that the platform follows, by kinds: IPMIB_FOLLOW_x.
+        struct Followed {
+            std::string_view table;
+            std::uint32_t rows;
+        };
+        std::vector<Followed> followed = {};
         // Nodes whose scalars are served under the node's name, but for those of the first source.
         std::vector<std::string_view> groups = {};
         std::vector<Capability> capabilities = {};

@@ -64,8 +64,9 @@ class Source
     // Somebody is about to serve it. What costs something while nobody asks begins here; more than once is as good as
     // once. Throws std::runtime_error with one line for the user.
     virtual void start() {}
-    // Whether its rows have been read, since `start`. Before, it answers from those that there are by then; whoever
-    // serves it keeps questions back for a while.
+    // Asked when a packet has begun: whether its rows have been read, since `start`, and are as new as the packet may
+    // expect without having to wait for that. Before, it answers from those that there are by then, or after a wait;
+    // whoever serves it keeps questions back for a while.
     virtual bool areRead() const { return true; }
     // From now on the rows are those of this instance of the platform, by its number; at first, of the one with 0.
     virtual void select(std::size_t instance) { static_cast<void>(instance); }

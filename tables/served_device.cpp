@@ -97,6 +97,15 @@ std::vector<std::string_view> superiorTables(const IpmibPlatformHooks *platform)
     return names;
 }
 
+// Whatever the source of a row is: modules ask the platform, too.
+const std::vector<host::Catalogue::Contents::Followed> followedTables = {
+    {"ipAddrTable", IPMIB_FOLLOW_ADDRESSES},           {"ipAddressTable", IPMIB_FOLLOW_ADDRESSES},
+    {"ipAddressPrefixTable", IPMIB_FOLLOW_ADDRESSES},  {"ipv4InterfaceTable", IPMIB_FOLLOW_ADDRESSES},
+    {"ipv6InterfaceTable", IPMIB_FOLLOW_ADDRESSES},    {"ipv6ScopeZoneIndexTable", IPMIB_FOLLOW_ADDRESSES},
+    {"ipDefaultRouterTable", IPMIB_FOLLOW_ROUTERS},    {"ipNetToMediaTable", IPMIB_FOLLOW_NEIGHBOURS},
+    {"ipNetToPhysicalTable", IPMIB_FOLLOW_NEIGHBOURS},
+};
+
 bool isCountedByInterface(const IpmibPlatformHooks *platform)
 {
     return platform != nullptr && platform->interfaces != nullptr && platform->ip != nullptr &&
@@ -115,6 +124,7 @@ host::Catalogue::Contents contentsOf(host::Plugin &plugin, const Descriptions &d
     contents.groups = {"ip", "ipForward", "icmp", "tcp", "udp"};
     contents.platform = plugin.platform();
     contents.superior = superiorTables(contents.platform);
+    contents.followed = followedTables;
     if (isCountedByInterface(contents.platform)) {
         // modules have rows of IPv4 with zeros where nobody counts
         contents.rests.push_back({"ipIfStatsTable", IPMIB_IPV6});

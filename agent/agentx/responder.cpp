@@ -42,11 +42,12 @@ void setException(netsnmp_variable_list &variable, u_char exception)
 
 } // namespace
 
-const host::Source *Responder::awaited(const netsnmp_pdu &message) const
+const host::Source *Responder::begin(const netsnmp_pdu &message)
 {
     if (message.command != getMessage && message.command != getNextMessage && message.command != getBulkMessage) {
         return nullptr;
     }
+    catalogue_.beginPacket();
     for (const netsnmp_variable_list *each = message.variables; each != nullptr; each = each->next_variable) {
         host::Oid name;
         assignOid(name, {each->name, each->name_length});
@@ -66,7 +67,6 @@ bool Responder::answer(netsnmp_pdu &message)
     case getMessage:
     case getNextMessage:
     case getBulkMessage:
-        catalogue_.beginPacket();
         gather(message.variables, message.command != getMessage);
         if (message.command == getMessage) {
             get();

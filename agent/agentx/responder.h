@@ -22,10 +22,11 @@ class Responder
     using Tables = std::span<const host::ServedTable *const>;
     void serve(Tables tables) { tables_ = tables; }
 
-    // The first source that the message asks and whose rows have not been read yet; null when there is none.
-    const host::Source *awaited(const netsnmp_pdu &message) const;
+    // A message has come: what is answered from now on is so now. The first source that it asks and whose rows have not
+    // been read yet; null when there is none.
+    const host::Source *begin(const netsnmp_pdu &message);
 
-    // Turns a request into its response. False when there is none to send.
+    // Turns a request, which has begun, into its response. False when there is none to send.
     bool answer(netsnmp_pdu &message);
 
   private:

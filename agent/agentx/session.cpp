@@ -147,10 +147,15 @@ void Session::answerNow(netsnmp_pdu &message)
 
 void Session::answer(netsnmp_pdu &message)
 {
-    const host::Source *const awaited = isFor(message) ? responder_.awaited(message) : nullptr;
+    const host::Source *const awaited = isFor(message) ? responder_.begin(message) : nullptr;
     if (awaited != nullptr && held_.mustWait(*awaited)) {
         const std::shared_ptr<netsnmp_pdu> kept(snmp_clone_pdu(&message), FreePdu());
-        held_.hold(*awaited, instances_.selected(), [this, kept](bool) { answerNow(*kept); });
+        held_.hold(*awaited, instances_.selected(), [this, kept](bool) {
+            if (isFor(*kept)) {
+                responder_.begin(*kept);
+            }
+            answerNow(*kept);
+        });
     } else {
         answerNow(message);
     }

@@ -183,6 +183,12 @@ typedef struct IpmibPlatformHooks {
     const IpmibRecordedHooks *recorded;
     /* Null for a device that is real. */
     const IpmibRehearsalHooks *rehearsal;
+    /* Asked when a packet has begun and wants rows of these kinds (IPMIB_FOLLOW_x): 0 while so much of what had been
+     * announced is left that applying it would keep other packets waiting. The host may then keep the question back
+     * until the answer is another one, which comes with `dispatch`, and begins a packet anew for it; one that asks for
+     * the rows all the same gets what begin_packet promises, later. Cheap, and applies nothing. Null for a platform
+     * that is never late. */
+    uint32_t (*are_current)(uint32_t rows);
 } IpmibPlatformHooks;
 
 #ifdef __cplusplus

@@ -27,7 +27,11 @@ class Addressing
     // An interface went down or away: what routers have advertised there does not count any more.
     void linkDown(std::uint32_t ifIndex) { prefixes_.forgetAdvertised(ifIndex); }
 
-    const AddressTable &addresses() const { return addresses_; }
+    const AddressTable &addresses()
+    {
+        addressMirror_.readForPacket();
+        return addresses_;
+    }
     const AnycastTable &anycasts()
     {
         routeMirror_.readForPacket();
@@ -35,6 +39,7 @@ class Addressing
     }
     const PrefixTable &prefixes()
     {
+        addressMirror_.readForPacket();
         routeMirror_.readForPacket();
         prefixes_.settle();
         return prefixes_;
@@ -48,11 +53,10 @@ class Addressing
     // With lifetimes of now: asks the kernel when an advertisement has come, at most every tenth of a second, only
     // while there are learned routers, and with the first question of a packet, so that all answers of a packet agree.
     const RouterList &refreshedRouters();
-    void newPacket()
-    {
-        routersAsked_ = false;
-        routeMirror_.newPacket();
-    }
+    void newPacket() { routersAsked_ = false; }
+    // Whether what addresses, or routes, are made of is behind what was announced (Mirror::isBehind).
+    bool addressesAreBehind() const { return addressMirror_.isBehind(); }
+    bool routesAreBehind() const { return routeMirror_.isBehind(); }
 
     // For tests.
     Mirror &addressMirror() { return addressMirror_; }

@@ -77,14 +77,14 @@ std::string Ipv4::startRoutes(PlatformLoop &loop, int receiveBuffer, unsigned pi
     return error;
 }
 
-bool Ipv4::findAddress(std::uint32_t address, IpmibIpv4Address &row) const
+bool Ipv4::findAddress(std::uint32_t address, IpmibIpv4Address &row)
 {
-    return fillAddress(addresses_.find(address), row);
+    return fillAddress(addresses().find(address), row);
 }
 
-bool Ipv4::addressAfter(std::uint32_t address, IpmibIpv4Address &row) const
+bool Ipv4::addressAfter(std::uint32_t address, IpmibIpv4Address &row)
 {
-    return fillAddress(addresses_.after(address), row);
+    return fillAddress(addresses().after(address), row);
 }
 
 bool Ipv4::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)

@@ -25,18 +25,25 @@ class Ipv4
     std::string followRoutes(PlatformLoop &loop, int receiveBuffer);
     bool follows(std::uint32_t row) const { return (follows_ & row) != 0; }
 
-    const Ipv4AddressTable &addresses() const { return addresses_; }
+    const Ipv4AddressTable &addresses()
+    {
+        addressMirror_.readForPacket();
+        return addresses_;
+    }
     Ipv4RouteTable &routes()
     {
         routeMirror_.readForPacket();
         return routes_;
     }
-    void newPacket() { routeMirror_.newPacket(); }
     Neighbours &neighbours() { return neighbours_; }
+    const Neighbours &neighbours() const { return neighbours_; }
+    // As Addressing has it.
+    bool addressesAreBehind() const { return addressMirror_.isBehind(); }
+    bool routesAreBehind() const { return routeMirror_.isBehind(); }
 
     // For the older tables. False when there is no such row.
-    bool findAddress(std::uint32_t address, IpmibIpv4Address &row) const;
-    bool addressAfter(std::uint32_t address, IpmibIpv4Address &row) const;
+    bool findAddress(std::uint32_t address, IpmibIpv4Address &row);
+    bool addressAfter(std::uint32_t address, IpmibIpv4Address &row);
     bool findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row);
     bool neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row);
 

@@ -192,7 +192,6 @@ void LinuxPlatform::beginPacket()
     ip_.noteChanges();
     now_ = secondsSinceBoot();
     addressing_.newPacket();
-    ipv4_.newPacket();
     ip6Links_.newPacket();
     linkTraffic_.newPacket();
     systemCounters_.newPacket();
@@ -200,6 +199,18 @@ void LinuxPlatform::beginPacket()
     rowHopLimit_.newPacket();
     ip_.newPacket();
     ipv4Accounting_.checkRoomFor(links_.size());
+}
+
+std::uint32_t LinuxPlatform::areCurrent(std::uint32_t rows) const
+{
+    const auto wants = [rows](std::uint32_t any) { return (rows & any) != 0; };
+    const bool areBehind =
+        (wants(IPMIB_FOLLOW_ADDRESSES) && (addressing_.addressesAreBehind() || ipv4_.addressesAreBehind())) ||
+        // Whether a prefix is on the link is told by the routes.
+        (wants(IPMIB_FOLLOW_ADDRESSES | IPMIB_FOLLOW_ROUTERS) &&
+         (addressing_.routesAreBehind() || ipv4_.routesAreBehind())) ||
+        (wants(IPMIB_FOLLOW_NEIGHBOURS) && (neighbours_.mirror().isBehind() || ipv4_.neighbours().mirror().isBehind()));
+    return areBehind ? 0 : 1;
 }
 
 void LinuxPlatform::reload()

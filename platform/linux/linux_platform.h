@@ -72,6 +72,9 @@ class LinuxPlatform
     int descriptor() const { return loop_.descriptor(); }
     void dispatch();
     void beginPacket();
+    // Whether what these rows (IPMIB_FOLLOW_x) are made of is what had been announced when the packet began: else what
+    // is left is applied between packets, or when somebody asks all the same.
+    std::uint32_t areCurrent(std::uint32_t rows) const;
     void reload();
     const char *interfaceName(std::uint32_t ifIndex) const;
 
@@ -113,7 +116,7 @@ class LinuxPlatform
 
     const LinkTable &links() const { return links_; }
     // Differs after each change of what is known of interfaces, their link-local addresses and when those were made.
-    std::uint64_t linkLocalVersion() const
+    std::uint64_t linkLocalVersion()
     {
         return links_.version() + addressing_.addresses().linkLocalVersion() + uptimesBegun_;
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Questions about routes that have not been read yet wait for them also where they come by way of an snmpd: ipmibd as
-// its sub-agent, and the object inside it.
+// Questions about routes that have not been read yet, and for rows that are behind what was announced, wait for them
+// also where they come by way of an snmpd: ipmibd as its sub-agent, and the object inside it.
 
 #include "e2e/master_under_test.h"
 
@@ -17,6 +17,9 @@ const Words rowAndNumber = {".1.3.6.1.2.1.4.24.7.1.7.1.4.10.0.0.0.8.2.0.0.0.0 = 
                             ".1.3.6.1.2.1.4.24.6.0 = Gauge32: 1"};
 constexpr const char *soon = "routes-read-after=20";
 constexpr const char *never = "routes-read-after=4000000000";
+constexpr const char *behind = "neighbours-current-after=20";
+constexpr const char *statesOfNeighbours = "1.3.6.1.2.1.4.35.1.7";
+const Words stateOfNeighbour = {".1.3.6.1.2.1.4.35.1.7.2.2.16.32.1.13.184.0.0.0.0.0.0.0.0.0.0.0.2 = INTEGER: 1"};
 
 class RoutesBesideSnmpd : public MasterTest
 {
@@ -61,6 +64,16 @@ TEST_F(RoutesBesideSnmpd, ASubagentHoldsQuestions)
     stopSubagent();
 }
 
+TEST_F(RoutesBesideSnmpd, ASubagentHoldsQuestionsForRowsThatAreBehind)
+{
+    startWithSubagent(behind);
+    ASSERT_TRUE(eventually([this] {
+        return timesLogged("agentx: connected to the master at " + socketPath() + ", serving 22 of 22 tables") == 1;
+    }));
+    EXPECT_EQ(answersTo("snmpgetnext", {statesOfNeighbours}), stateOfNeighbour);
+    stopSubagent();
+}
+
 TEST_F(RoutesBesideSnmpd, ASubagentAnswersOthersMeanwhile)
 {
     startWithSubagent(never);
@@ -75,6 +88,15 @@ TEST_F(RoutesBesideSnmpd, TheObjectInsideHoldsQuestions)
 #endif
     startInside(soon);
     expectToWait();
+}
+
+TEST_F(RoutesBesideSnmpd, TheObjectInsideHoldsQuestionsForRowsThatAreBehind)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "snmpd has no sanitizer, and so cannot load what has one";
+#endif
+    startInside(behind);
+    EXPECT_EQ(answersTo("snmpgetnext", {statesOfNeighbours}), stateOfNeighbour);
 }
 
 TEST_F(RoutesBesideSnmpd, TheObjectInsideAnswersOthersMeanwhile)

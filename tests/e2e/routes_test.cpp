@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Questions about routes that have not been read yet wait for them, and nobody else does; and how many routes there may
-// be.
+// Questions about routes that have not been read yet wait for them, as those for other rows that are behind what was
+// announced do, and nobody else does; and how many routes there may be.
 
 #include "e2e/agent_under_test.h"
 
@@ -14,6 +14,8 @@ constexpr const char *number = "1.3.6.1.2.1.4.24.6.0";
 constexpr const char *ifIndexOfRoute = "1.3.6.1.2.1.4.24.7.1.7";
 constexpr const char *route = ".1.3.6.1.2.1.4.24.7.1.7.1.4.10.0.0.0.8.2.0.0.0.0 = INTEGER: 2";
 constexpr const char *forwarding = "1.3.6.1.2.1.4.25.0";
+constexpr const char *statesOfNeighbours = "1.3.6.1.2.1.4.35.1.7";
+constexpr const char *stateOfNeighbour = ".1.3.6.1.2.1.4.35.1.7.2.2.16.32.1.13.184.0.0.0.0.0.0.0.0.0.0.0.2";
 const Words never = {"--routes-read-after=4000000000"};
 
 class RoutesTest : public AgentTest
@@ -56,6 +58,22 @@ TEST_F(RoutesTest, OthersAreAnsweredMeanwhile)
     startAgent(everybody, never);
     EXPECT_NE(snmp("snmpget", publicV2, {"-r0", "-t0.1", number}).status, 0) << "nobody knows yet";
     EXPECT_EQ(answersTo("snmpget", {forwarding}), Words{".1.3.6.1.2.1.4.25.0 = INTEGER: 1"});
+    stopAgent();
+}
+
+TEST_F(RoutesTest, QuestionsForRowsThatAreBehindWaitToo)
+{
+    const Words row = {stateOfNeighbour + std::string(" = INTEGER: 1")};
+    startAgent(everybody, {"--neighbours-current-after=5"});
+    EXPECT_EQ(answersTo("snmpgetnext", {statesOfNeighbours}), row);
+    stopAgent();
+    startAgent(everybody, {"--neighbours-current-after=5"});
+    EXPECT_EQ(answersTo("snmpget", {stateOfNeighbour}), row);
+    stopAgent();
+    startAgent(everybody, {"--neighbours-current-after=4000000000"});
+    EXPECT_NE(snmp("snmpget", publicV2, {"-r0", "-t0.1", stateOfNeighbour}).status, 0);
+    EXPECT_EQ(answersTo("snmpget", {forwarding}), Words{".1.3.6.1.2.1.4.25.0 = INTEGER: 1"});
+    EXPECT_EQ(answersTo("snmpgetnext", {"1.3.6.1.2.1.4.34.1.3"}).size(), 1u) << "of another table of the same source";
     stopAgent();
 }
 

@@ -3,7 +3,8 @@
 //
 // Options: --log-packets writes a line for each packet that begins; --refuse makes the start fail; --wait-for=PIPE has
 // the start and each reload wait until somebody has written to the pipe; --routes-read-after=NUMBER has routes read
-// when somebody has asked so often whether they are.
+// when somebody has asked so often whether they are, and --neighbours-current-after=NUMBER has neighbours come only
+// then.
 
 #include "e2e/scripted_interfaces.h"
 #include "e2e/scripted_ipv4.h"
@@ -26,6 +27,7 @@ using namespace ipmib::scripted;
 
 const IpmibPlatformHost *host = nullptr;
 bool logsPackets = false;
+unsigned long neighboursAwaited = 0;
 std::string pipeToWaitFor;
 
 void waitForPipe()
@@ -117,6 +119,8 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
             ipmib::e2e::letVanish(static_cast<std::uint32_t>(std::atoi(given->options[i].value)));
         } else if (std::strcmp(name, "routes-read-after") == 0) {
             ipmib::e2e::readRoutesAfter(std::strtoul(given->options[i].value, nullptr, 10));
+        } else if (std::strcmp(name, "neighbours-current-after") == 0) {
+            neighboursAwaited = std::strtoul(given->options[i].value, nullptr, 10);
         } else if (std::strcmp(name, "wait-for") == 0) {
             pipeToWaitFor = given->options[i].value;
             waitForPipe();
@@ -133,7 +137,9 @@ int start(const IpmibPlatformHost *given, char *error, size_t capacity)
     fillInterfaces(world());
     fillCounters(world());
     fillAddresses(world());
-    fillNeighbours(world());
+    if (neighboursAwaited == 0) {
+        fillNeighbours(world());
+    }
     world().secondsSinceBoot = 1000;
     return 0;
 }
@@ -161,6 +167,17 @@ void beginPacket()
     }
 }
 
+std::uint32_t areCurrent(std::uint32_t rows)
+{
+    if ((rows & IPMIB_FOLLOW_NEIGHBOURS) == 0 || neighboursAwaited == 0) {
+        return 1;
+    }
+    if (--neighboursAwaited == 0) {
+        fillNeighbours(world());
+    }
+    return 0;
+}
+
 void reload()
 {
     host->log(IPMIB_LOG_INFO, "scripted platform: reads its configuration again");
@@ -183,6 +200,7 @@ const IpmibPlatformHooks ipmib_platform_hooks = [] {
     hooks.interfaces = &ipmib::e2e::scriptedInterfaces;
     hooks.ipv4 = &ipmib::e2e::scriptedIpv4;
     hooks.routes = &ipmib::e2e::scriptedRoutes;
+    hooks.are_current = areCurrent;
     return hooks;
 }();
 }

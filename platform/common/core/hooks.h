@@ -64,9 +64,9 @@ concept HasIpv4 = requires(Platform &platform, IpmibIpv4Address &address, IpmibI
 
 // A platform is told its argument and its options, and then started; its services answer for `selected<Platform>`.
 //
-// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *), and ip(),
-// routes() and connections(), objects with a member for each function of IpmibIpHooks, IpmibRouteHooks and
-// IpmibConnectionHooks. For one that has it not the hook is null.
+// It may have: uptimeBegan(std::uint64_t monotonicMs), uptimeMs(), onLinkChange(IpmibLinkChanged, void *),
+// areCurrent(std::uint32_t rows), and ip(), routes() and connections(), objects with a member for each function of
+// IpmibIpHooks, IpmibRouteHooks and IpmibConnectionHooks. For one that has it not the hook is null.
 //
 // One with startAnother(const std::string &argument, Platform &another) has instances: the one that `start` began fills
 // another one there, and answers as start does. It also has findContext(std::size_t place, IpmibContext &context),
@@ -125,7 +125,8 @@ class Hooks
                 systemHook(),
                 connectionHooks(),
                 recordedHooks(),
-                rehearsalHooks()};
+                rehearsalHooks(),
+                areCurrent()};
     }
 
   private:
@@ -236,6 +237,15 @@ class Hooks
     {
         if constexpr (requires(Platform & platform) { platform.onLinkChange(nullptr, nullptr); }) {
             return hookCall<running, &Platform::onLinkChange>;
+        } else {
+            return nullptr;
+        }
+    }
+
+    static constexpr decltype(IpmibPlatformHooks::are_current) areCurrent()
+    {
+        if constexpr (requires(Platform & platform) { platform.areCurrent(std::uint32_t{}); }) {
+            return hookCall<running, &Platform::areCurrent>;
         } else {
             return nullptr;
         }

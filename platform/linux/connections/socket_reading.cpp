@@ -162,13 +162,15 @@ void SocketReading::tidySome()
         ConnectionTable &table = tables_[table_];
         table_ += (work_ == Work::sweeping ? table.sweepSome(generation_) : table.clearSome()) ? 1 : 0;
     }
+    if (work_ == Work::clearing) {
+        malloc_trim(0); // the rows were most of what there was; all of them together would take longer than a turn
+    }
     if (table_ <= lastTable()) {
         timer_.arm(0);
     } else if (work_ == Work::sweeping) {
         finish();
     } else {
         work_ = Work::none;
-        malloc_trim(0); // the rows were most of what there was
     }
 }
 

@@ -36,8 +36,9 @@ class KernelTable
     // have been read, when the table has changed meanwhile: a read of a large table takes it milliseconds then, all in
     // one system call. Such a table is not read while it changes much, and with rests when it must be.
     virtual bool needsQuiet() const { return false; }
-    // Whether those who ask for its rows call Mirror::readForPacket first, so that other packets need not wait.
-    virtual bool isReadOnDemand() const { return false; }
+    // Whether every packet waits until all that was announced is applied. Those who ask for rows of another table call
+    // Mirror::readForPacket first.
+    virtual bool isForEveryPacket() const { return false; }
     // An announcement.
     virtual void applyChange(const nlmsghdr &message) = 0;
 };

@@ -27,11 +27,10 @@ std::string Mirror::start(PlatformLoop &loop, int receiveBuffer, unsigned pieces
 {
     loop_ = &loop;
     const std::vector<unsigned> groups = table_.groups();
-    const auto work = table_.isReadOnDemand() ? PlatformLoop::Work::onDemand : PlatformLoop::Work::announcement;
+    const unsigned atBegin = table_.isForEveryPacket() ? announcementsPerRead : announcementsAtBegin;
     if (!announcements_.open(groups.data(), groups.size(), receiveBuffer) ||
-        !loop.watch(announcements_.descriptor(), work, [this] {
-            readAnnouncements(loop_->packetWaits() ? announcementsPerRead : announcementsPerTurn);
-        })) {
+        !loop.watch(announcements_.descriptor(), PlatformLoop::Work::announcement,
+                    [this, atBegin] { readAnnouncements(loop_->packetWaits() ? atBegin : announcementsPerTurn); })) {
         return std::string(table_.name()) + ": cannot listen to the kernel: " + announcements_.error();
     }
     const auto look = [this] {
@@ -80,12 +79,20 @@ void Mirror::refreshSoon()
 
 void Mirror::readForPacket()
 {
-    if (!std::exchange(asked_, true) && announcements_.isOpen()) {
+    if (isBehind_) {
         readAnnouncements();
+        isBehind_ = false; // what goes on is not awaited
     }
 }
 
 bool Mirror::readAnnouncements(unsigned most)
+{
+    const bool isAll = takeAnnouncements(most);
+    isBehind_ = !isAll;
+    return isAll;
+}
+
+bool Mirror::takeAnnouncements(unsigned most)
 {
     if (state_ != State::dumping && !applyHeld(std::min(most, announcementsPerTurn))) {
         return false;
@@ -119,7 +126,7 @@ bool Mirror::readAnnouncements(unsigned most)
             return true;
         }
     }
-    return false;
+    return !announcements_.isReadable();
 }
 
 void Mirror::hear(bool on)

@@ -11,7 +11,8 @@
 // the next loss: so what still comes is taken in, and the table is read once when no more is lost for a while, which is
 // longer for a table that takes longer to read.
 //
-// What has been announced is read for each packet; of tables that are read on demand, only for those that ask for them.
+// What has been announced is applied for each packet: as much of it as takes a fraction of a millisecond when the
+// packet begins, what is left when it asks for rows. Whoever can ask later lets it be applied between packets instead.
 #pragma once
 
 #include "core/kernel_table.h"
@@ -52,10 +53,13 @@ class Mirror
     void refreshSoon();
     // Applies what has been announced by now.
     void readAnnouncements() { readAnnouncements(announcementsPerRead); }
-    // Of a table that is read on demand: a packet has begun, and asks for rows, which is when the announcements are
-    // read, once.
-    void newPacket() { asked_ = false; }
+    // A packet asks for rows: all that had been announced when it began is applied.
     void readForPacket();
+    // Whether that takes longer than a turn of the event loop may; what is left then is applied between packets. While
+    // the table is read anew nothing is applied, and rows are what was last known.
+    bool isBehind() const { return isBehind_ && state_ != State::dumping; }
+    // A turn's worth of what has been announced is applied. False when more is left.
+    bool readTurn() { return readAnnouncements(announcementsPerTurn); }
 
     KernelTable &table() { return table_; }
     // For tests and the log: how often the table was read, and how often announcements were lost.
@@ -74,6 +78,8 @@ class Mirror
     static constexpr unsigned announcementsPerRead = 100'000;
     // Between packets: well below a millisecond.
     static constexpr unsigned announcementsPerTurn = 100;
+    // When a packet begins: likewise, for two tables that change together.
+    static constexpr unsigned announcementsAtBegin = 200;
     // Octets of announcements that are kept while the table is read: some 5,000. Others wait in the socket.
     static constexpr std::size_t mostHeld = 512 * 1024;
     // Without a loss, until the table is read again: a part of what that takes.
@@ -88,6 +94,7 @@ class Mirror
 
     // Whether none is left.
     bool readAnnouncements(unsigned most);
+    bool takeAnnouncements(unsigned most);
     bool applyHeld(unsigned most);
     void lost();
     void readWhenCalm();
@@ -105,7 +112,7 @@ class Mirror
     State state_ = State::live;
     bool again_ = false;
     unsigned drains_ = 0;       // before the dump that is to begin
-    bool asked_ = false;        // for rows, in this packet
+    bool isBehind_ = false;     // the last time left some
     bool deaf_ = false;         // the loop does not call for announcements
     bool disturbed_ = false;    // the reading that is under way
     bool goesOn_ = false;       // the next dump belongs to the same reading

@@ -5,8 +5,8 @@
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
-#include <array>
 #include <cstdint>
+#include <vector>
 
 namespace ipmib::platform
 {
@@ -75,8 +75,8 @@ void PlatformLoop::run()
 void PlatformLoop::runAnnouncements()
 {
     packetWaits_ = true;
-    std::array<epoll_event, 32> events;
-    const int count = epoll_wait(epoll_.get(), events.data(), events.size(), 0);
+    std::vector<epoll_event> events(watches_.size()); // however much other work there is
+    const int count = epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()), 0);
     for (int i = 0; i < count; ++i) {
         const auto found = watches_.find(events[static_cast<std::size_t>(i)].data.fd);
         if (found == watches_.end()) {

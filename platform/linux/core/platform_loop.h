@@ -19,10 +19,9 @@ class Timer;
 class PlatformLoop
 {
   public:
-    // Announcements are what the kernel has told us: a packet of requests waits until they are read, those on demand
-    // only when it asks for what they are about. Everything else (reading a table again, timers, files) happens between
-    // packets.
-    enum class Work { announcement, onDemand, background };
+    // Announcements are what the kernel has told us: they are looked at when a packet of requests begins. Everything
+    // else (reading a table again, timers, files) happens between packets.
+    enum class Work { announcement, background };
     using Handler = std::function<void()>;
 
     // Opens the epoll instance; false with errno set when the system has none to give.
@@ -41,8 +40,7 @@ class PlatformLoop
     void run();
     // Runs each handler of announcements whose descriptor is readable once.
     void runAnnouncements();
-    // Whether a packet waits for the handler that runs: then all that was announced by now counts, else a turn is
-    // short.
+    // Whether a packet waits for the handler that runs.
     bool packetWaits() const { return packetWaits_; }
 
   private:

@@ -6,6 +6,7 @@
 #include "core/datagram.h"
 #include "namespaces/network_namespace.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -140,6 +141,12 @@ Rtnetlink::Read Rtnetlink::read(const Handler &handler)
 Rtnetlink::Read Rtnetlink::readAnnouncements(const Handler &handler)
 {
     return receive(true, handler);
+}
+
+bool Rtnetlink::isReadable() const
+{
+    pollfd socket{descriptor(), POLLIN, 0};
+    return poll(&socket, 1, 0) > 0;
 }
 
 Rtnetlink::Read Rtnetlink::receive(bool announcements, const Handler &handler)

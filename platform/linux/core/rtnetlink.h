@@ -83,6 +83,8 @@ class Rtnetlink
     void drop();
     // Reads one datagram of announcements and hands its messages on.
     Read readAnnouncements(const Handler &handler);
+    // Whether there is something to read now.
+    bool isReadable() const;
     // Sends a request and hands on what the kernel answers at once: one message, or with NLM_F_DUMP all of a (small)
     // dump. Never waits. 0, or the kernel's errno.
     int ask(RtnetlinkRequest &request, const Handler &handler);

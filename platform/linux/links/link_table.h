@@ -63,6 +63,7 @@ class LinkTable : public KernelTable
 
     const char *name() const override { return "links"; }
     std::vector<unsigned> groups() const override { return {RTNLGRP_LINK}; }
+    bool isForEveryPacket() const override { return true; } // what depends on links is everywhere
     RtnetlinkRequest dump(std::size_t which) override;
     void applyDump(const nlmsghdr &message, Generation generation) override;
     bool sweep(Generation generation) override;

@@ -38,8 +38,30 @@ TEST_F(NeighboursNetns, twentyThousandOnSixteenInterfacesEqualTheKernelsList)
     settle(platform);
     space_->run("ip link set left0 down; ip link del left1");
     platform->beginPacket();
-    EXPECT_EQ(platform->neighbours().table().size(), 20'000u - 3 * 1'250u);
     EXPECT_TRUE(walked() == listed(*space_));
+    EXPECT_EQ(platform->neighbours().table().size(), 20'000u - 3 * 1'250u);
+}
+
+TEST_F(NeighboursNetns, aPacketBehindABurstMayWaitOrAskAllTheSame)
+{
+    PlatformInside platform(*space_);
+    const auto served = [&] { return platform->neighbours().table().size(); };
+    const auto isCurrent = [&] { return platform->areCurrent(IPMIB_FOLLOW_NEIGHBOURS) == 1; };
+    const std::size_t before = served();
+    runBatch(*space_, batchOf(0, 2'000, "add", {"eth0", "peer0"}));
+    platform->beginPacket();
+    EXPECT_FALSE(isCurrent());
+    EXPECT_LT(served(), before + 2'000);
+    EXPECT_TRUE(platform.waitUntil(isCurrent));
+    platform->beginPacket();
+    EXPECT_TRUE(isCurrent());
+    EXPECT_TRUE(walked() == listed(*space_));
+
+    runBatch(*space_, batchOf(0, 2'000, "del", {"eth0", "peer0"}));
+    platform->beginPacket();
+    EXPECT_FALSE(isCurrent());
+    EXPECT_TRUE(walked() == listed(*space_));
+    EXPECT_TRUE(isCurrent());
 }
 
 TEST_F(NeighboursNetns, lostAnnouncementsMakeTheTableBeReadAgain)

@@ -37,6 +37,7 @@ std::string Neighbours::start(PlatformLoop &loop, int receiveBuffer)
 // One that does not age is announced in full. For any other the kernel is asked: 3 us in a request for just this one.
 const Neighbour *Neighbours::find(const NeighbourKey &key)
 {
+    mirror_.readForPacket();
     const Neighbour *row = table_.find(key);
     if (row != nullptr && row->type == NeighbourType::fixed) {
         return row;
@@ -63,6 +64,7 @@ const Neighbour *Neighbours::afterLinkLocal(const NeighbourKey &key)
 // Until the table has been read again, the kernel is asked for the rows that a walk comes upon, as in `find`.
 const Neighbour *Neighbours::next(const NeighbourKey &key, Step step)
 {
+    mirror_.readForPacket();
     catchUp();
     const Neighbour *row = (table_.*step)(key);
     while (row != nullptr && row->type == NeighbourType::dynamic && questions_ > 0 &&
@@ -92,8 +94,9 @@ void Neighbours::catchUp()
 // What is announced already is not what the kernel keeps to itself.
 void Neighbours::check()
 {
-    mirror_.readAnnouncements();
-    if (table_.mayBeBehind()) {
+    if (!mirror_.readTurn()) {
+        check_.arm(0);
+    } else if (table_.mayBeBehind()) {
         mirror_.refresh();
     }
 }

@@ -26,6 +26,7 @@ class Neighbours
     const Neighbour *afterLinkLocal(const NeighbourKey &key);
 
     const NeighbourTable &table() const { return table_; }
+    const Mirror &mirror() const { return mirror_; }
     // For tests.
     Mirror &mirror() { return mirror_; }
     const KernelNeighbours &kernel() const { return kernel_; }

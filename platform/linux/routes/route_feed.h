@@ -79,7 +79,6 @@ class RouteFeed : public KernelTable
         return family_ == AF_INET6 && message.nlmsg_type == RTM_DELROUTE;
     }
     bool needsQuiet() const override { return family_ == AF_INET6; }
-    bool isReadOnDemand() const override { return true; }
 
   protected:
     // Whether the routes that the kernel made because a router advertised the prefix are dumped once more: nothing else

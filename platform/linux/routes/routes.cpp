@@ -80,7 +80,8 @@ void Routes::tidy()
 
 bool Routes::isRead(const Followed &followed) const
 {
-    return followed.mirror != nullptr && followed.mirror->timesEnded() > followed.endedBefore;
+    return followed.mirror != nullptr && followed.mirror->timesEnded() > followed.endedBefore &&
+           !followed.mirror->isBehind();
 }
 
 std::uint32_t Routes::areRead()

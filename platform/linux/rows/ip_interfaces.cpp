@@ -85,6 +85,9 @@ std::vector<IpRows::InterfaceState> IpRows::interfaceStates(std::uint32_t versio
 // change all the time.
 void IpRows::noteChanges()
 {
+    if (platform_.addressing().addressesAreBehind() || platform_.ipv4().addressesAreBehind()) {
+        return; // later, when nobody waits for what is left
+    }
     const std::array<std::uint64_t, 3> versions = {platform_.links().version(),
                                                    platform_.addressing().addresses().version(),
                                                    platform_.ipv4().addresses().version()};
@@ -119,6 +122,9 @@ void IpRows::compareInterfaces()
 
 std::uint32_t IpRows::interfacesChanged(std::uint32_t version)
 {
+    platform_.addressing().addresses(); // all that was announced, which may change more
+    platform_.ipv4().addresses();
+    noteChanges();
     if (!interfacesCompared_) {
         compareInterfaces();
     }
