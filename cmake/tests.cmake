@@ -30,6 +30,13 @@ if(IPMIB_BUILD_TESTS)
               <sstream> <string> <vector>)
   target_precompile_headers(ipmib_test_headers PRIVATE <gtest/gtest.h> ${headers})
 
+  # The same for tests on what `ip -j` writes: with the JSON library, whose functions are compiled once, in ipmib_netns.
+  add_executable(ipmib_json_test_headers EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/empty.cpp)
+  target_link_libraries(ipmib_json_test_headers PRIVATE ipmib_test_options GTest::gtest GTest::gtest_main
+                                                        nlohmann_json::nlohmann_json)
+  target_precompile_headers(ipmib_json_test_headers PRIVATE <gtest/gtest.h> ${headers}
+                                                            ${PROJECT_SOURCE_DIR}/tests/netns/json_compiled_once.h)
+
   # Likewise for libraries.
   add_library(ipmib_test_library_headers OBJECT ${PROJECT_BINARY_DIR}/empty.cpp)
   target_link_libraries(ipmib_test_library_headers PRIVATE ipmib_test_options)
@@ -44,22 +51,32 @@ function(ipmib_test_library target)
   endif()
 endfunction()
 
-# ipmib_test(NAME SOURCES... [LIBS...]): one GoogleTest program, each of its cases a ctest of its own.
+# ipmib_test(NAME SOURCES... [LIBS...] [COST N] [JSON]): one GoogleTest program, each of its cases a ctest of its own. Those
+# that take long have a COST, some of their seconds, and begin first. JSON: most of its sources read the JSON library, and
+# ipmib_netns is one of its libraries.
 # With IPMIB_TEST_PROGRAMS, where a start is dear (sanitizers, emulation), the program is one ctest, and what became of each
 # case stands in cases/NAME.xml, for tests/cases.py.
 function(ipmib_test name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(arg "JSON" "COST" "SOURCES;LIBS" ${ARGN})
+  set(cost ${arg_COST})
+  if(NOT cost)
+    set(cost 0)
+  endif()
   if(NOT IPMIB_BUILD_TESTS)
     return()
   endif()
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ipmib_test_options ipmib_contract ${arg_LIBS} GTest::gtest GTest::gtest_main)
-  target_precompile_headers(${name} REUSE_FROM ipmib_test_headers)
+  if(arg_JSON)
+    target_precompile_headers(${name} REUSE_FROM ipmib_json_test_headers)
+  else()
+    target_precompile_headers(${name} REUSE_FROM ipmib_test_headers)
+  endif()
   if(IPMIB_TEST_PROGRAMS)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=xml:${PROJECT_BINARY_DIR}/cases/${name}.xml)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 900)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900 COST ${cost})
   else()
     # Without values in the names, which may be bytes of a record: a test has one name on every machine.
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES PROPERTIES COST ${cost})
   endif()
 endfunction()

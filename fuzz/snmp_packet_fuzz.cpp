@@ -176,7 +176,8 @@ Octets message(Bytes &bytes, std::size_t &ret_room)
     u_char engine[64];
     const std::size_t engineLength = snmpv3_get_engineID(engine, sizeof engine);
     std::string context = std::string(bytes.below(4) == 0 ? bytes.byte() : 0, 'c');
-    netsnmp_pdu *pdu = snmp_pdu_create(operations[bytes.below(bytes.below(4) == 0 ? std::size(operations) : 3)]);
+    netsnmp_pdu *pdu = snmp_pdu_create(
+        operations[bytes.below(bytes.below(4) == 0 ? static_cast<std::uint32_t>(std::size(operations)) : 3)]);
     pdu->version = session.version;
     pdu->reqid = static_cast<long>(bytes.number());
     pdu->msgid = static_cast<long>(bytes.number() & 0x7FFFFFFF);

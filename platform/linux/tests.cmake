@@ -9,7 +9,7 @@ ipmib_test(platform_linux_test
 
 ipmib_test(links_netns_test
     SOURCES core/mirror_netns_test.cpp counters/counters_netns_test.cpp links/links_netns_test.cpp
-    LIBS ipmib_platform_linux_objects ipmib_netns)
+    LIBS ipmib_platform_linux_objects ipmib_netns JSON)
 
 ipmib_test(radvd_test
     SOURCES advertisements/config_info_test.cpp advertisements/radvd_conf_test.cpp advertisements/radvd_file_test.cpp
@@ -22,12 +22,12 @@ ipmib_test(accounting_netns_test
 
 ipmib_test(ip_netns_test SOURCES ipv4_netns_test.cpp rows/ip_counters_netns_test.cpp
                    rows/ip_tables_netns_test.cpp rows/link_tables_netns_test.cpp
-           LIBS ipmib_platform_linux_objects ipmib_netns)
+           LIBS ipmib_platform_linux_objects ipmib_netns JSON)
 
 ipmib_test(neighbours_netns_test
     SOURCES neighbours/neighbour_scale_netns_test.cpp neighbours/neighbour_states_netns_test.cpp
             neighbours/neighbour_testing.cpp
-    LIBS ipmib_platform_linux_objects ipmib_netns)
+    LIBS ipmib_platform_linux_objects ipmib_netns JSON)
 
 if(IPMIB_BUILD_TESTS)
   add_test(NAME platform_linux_exports
@@ -38,17 +38,18 @@ endif()
 ipmib_test(addressing_netns_test
     SOURCES addresses/addresses_netns_test.cpp addresses/prefixes_netns_test.cpp
             routes/routers_netns_test.cpp addresses/test_rows.cpp
-    LIBS ipmib_platform_linux_objects ipmib_netns)
+    LIBS ipmib_platform_linux_objects ipmib_netns
+    COST 20 JSON) # what routers advertise
 
 ipmib_test(addressing_test
     SOURCES addresses/messages_test.cpp addresses/prefix_table_test.cpp routes/forwarding_table_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(connections_netns_test SOURCES connections/connections_netns_test.cpp connections/test_sockets.cpp
-           LIBS ipmib_platform_linux_objects ipmib_netns)
+           LIBS ipmib_platform_linux_objects ipmib_netns JSON)
 
 ipmib_test(routes_netns_test SOURCES routes/routes_netns_test.cpp
-           LIBS ipmib_platform_linux_objects ipmib_netns)
+           LIBS ipmib_platform_linux_objects ipmib_netns JSON)
 
 if(IPMIB_BUILD_TESTS)
   ipmib_test(netns_helper_netns_test SOURCES namespaces/helper_netns_test.cpp

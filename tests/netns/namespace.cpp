@@ -18,6 +18,8 @@
 #include <sstream>
 #include <thread>
 
+template class nlohmann::basic_json<>; // see json_compiled_once.h
+
 namespace ipmib::netns
 {
 
