@@ -41,8 +41,8 @@ class AddressFaultsTest : public AgentTest
         std::string text;
         for (const auto &[name, host] : devices) {
             text += (text.empty() ? "" : ",") + std::string(R"({"name": ")") + name + R"(", "listen": ")" +
-                    where(host) + R"(", "scenario": {)" + members +
-                    R"("interfaces": [{"name": "a", "ifIndex": 2}, {"name": "b", "ifIndex": 3}]}})";
+                    (host.find(':') == std::string::npos ? where(host) : "udp:" + host) + R"(", "scenario": {)" +
+                    members + R"("interfaces": [{"name": "a", "ifIndex": 2}, {"name": "b", "ifIndex": 3}]}})";
         }
         writeFile("fleet.json",
                   R"({"system": {"name": "own"}, "interfaces": [{"name": "a", "ifIndex": 2}], "devices": [)" + text +
@@ -148,7 +148,7 @@ TEST_F(AddressFaultsTest, TheSecondOfTwoAnswersComesFromTheSameAddress)
     for (int i = 0; i < 2; ++i) {
         std::string from;
         EXPECT_FALSE(client.next(from).empty());
-        EXPECT_EQ(from, hosts[0]);
+        EXPECT_EQ(from, hosts[0] + ":" + std::to_string(port()));
     }
     stopAgent();
 }
@@ -156,7 +156,7 @@ TEST_F(AddressFaultsTest, TheSecondOfTwoAnswersComesFromTheSameAddress)
 // Its late answers are not sent where another device has been given an address since.
 TEST_F(AddressFaultsTest, ADeviceThatHasGoneAnswersFromNoOthersAddress)
 {
-    const std::string third = "127.0.0.4";
+    const std::string third = "127.0.0.1:" + std::to_string(port() + 1);
     startFleet();
     change("sick", "delay", R"({"seconds": 2})");
     const RawSocket early;
@@ -167,13 +167,13 @@ TEST_F(AddressFaultsTest, ADeviceThatHasGoneAnswersFromNoOthersAddress)
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
     const RawSocket later;
-    later.sendTo(port(), request, third);
+    later.sendTo(static_cast<std::uint16_t>(port() + 1), request);
     std::string from;
     EXPECT_FALSE(later.next(from).empty()) << "by now what was asked for before is due, too";
     EXPECT_EQ(from, third);
     if (!early.isEmpty()) { // it was due before the device went
         early.next(from);
-        EXPECT_EQ(from, hosts[0]);
+        EXPECT_EQ(from, hosts[0] + ":" + std::to_string(port()));
     }
     stopAgent();
 }

@@ -50,6 +50,7 @@ class RawSocket
         std::string from;
         return next(from);
     }
+    // From where it has come: "127.0.0.1:161".
     std::string next(std::string &from) const
     {
         char buffer[1500];
@@ -59,7 +60,7 @@ class RawSocket
             recvfrom(socket_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr *>(&sender), &length);
         char text[INET_ADDRSTRLEN] = "";
         inet_ntop(AF_INET, &sender.sin_addr, text, sizeof text);
-        from = size < 0 ? "" : text;
+        from = size < 0 ? "" : text + (":" + std::to_string(ntohs(sender.sin_port)));
         return std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     }
 
