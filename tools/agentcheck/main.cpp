@@ -78,7 +78,8 @@ void readTables(std::string_view list, const agentcheck::Objects &objects, std::
         if (objects.region(name) == nullptr) {
             std::string names;
             for (const agentcheck::Region &region : objects.regions()) {
-                names += (names.empty() ? "" : ", ") + region.name;
+                names += names.empty() ? "" : ", ";
+                names += region.name;
             }
             throw host::UsageError("--tables: there is no " + name + ", but " + names);
         }
