@@ -27,6 +27,10 @@ for my $community ( split /,/, $communities ) {
         MibDirs           => [$mibs],
         IgnoreNetSNMPConf => 1,
     ) or die "no session with $community\n";
-    $told{$community} = { map { $_ => $info->$_() } @methods };
+    for my $method (@methods) {
+        my $result = $info->$method();
+        warn "$community: $method: " . ( $info->error() // 'nothing' ) . "\n" unless defined $result;
+        $told{$community}{$method} = $result;
+    }
 }
 print JSON::PP->new->canonical->encode( \%told );

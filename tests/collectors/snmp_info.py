@@ -3,6 +3,7 @@
 import json
 import os
 import subprocess
+import sys
 import tempfile
 
 import mib_texts
@@ -22,4 +23,5 @@ def ask(target, communities, methods):
         result = subprocess.run(["perl", script, host, port, mibs, ",".join(communities), *methods], capture_output=True,
                                 text=True, timeout=1800, check=False)
     assert result.returncode == 0, result.stderr
+    sys.stderr.write(result.stderr)
     return json.loads(result.stdout)

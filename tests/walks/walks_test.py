@@ -79,7 +79,7 @@ class Walks(unittest.TestCase):
                        "objects": ["1.3.6.1.2.1.2.2.1.4.1|2|65536"]}, file)
             file.flush()
             done = run("walk", "ifMtu", "--platform", "simulated:" + file.name)
-        self.assertEqual(done.stdout, "ifMtu[1] = 65536\n", done.stderr)
+        self.assertEqual(done.stdout, "ifMtu[a] = 65536\n", done.stderr)
 
     def test_a_mistake_is_told_with_its_line(self):
         done = imported(".1.3.6.1 = INTEGER: 1\nIF-MIB::ifIndex.1 = INTEGER: 1\n")
