@@ -25,6 +25,8 @@ for my $community ( split /,/, $communities ) {
         Community         => $community,
         Version           => 2,
         MibDirs           => [$mibs],
+        Timeout           => 3_000_000,
+        Retries           => 20,
         IgnoreNetSNMPConf => 1,
     ) or die "no session with $community\n";
     for my $method (@methods) {
