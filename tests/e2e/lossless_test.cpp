@@ -34,6 +34,9 @@ ip -6 addr add 2001:db8::3/64 dev left preferred_lft 0
 ip -6 addr add 2001:db8:7::1/48 dev left.7
 ip -6 addr add fd00::1 peer fd00::2/128 dev p1
 ip -6 addr add 2001:db8:b::1/64 dev br0
+for version in ipv4 ipv6; do # who is in delay is not probed, and so not given up, while all is walked
+  echo 3600 > /proc/sys/net/$version/neigh/left/delay_first_probe_time
+done
 for state in permanent stale reachable delay noarp; do
   last=$((last + 1))
   ip neigh add 192.0.2.1$last lladdr 02:00:00:00:01:0$last nud $state dev left
