@@ -2,6 +2,10 @@
 // Judges the fields of one record.
 #include "judge.h"
 
+#include "key.h"
+
+#include <algorithm>
+
 namespace ipmib::portcheck
 {
 
@@ -22,13 +26,19 @@ bool isSwappedLifetime(std::uint32_t value)
     return other % day == 0 || (value > longestUsual && (other <= UINT16_MAX || other % 60 == 0));
 }
 
+// A small number in the wrong byte order ends in zero bytes; what ends in decimal zeros was written by a person.
+bool canBeSwapped(std::uint32_t value)
+{
+    return value % 0x10000 == 0 || value % 1000 != 0;
+}
+
 } // namespace
 
 void Judge::field(Promise promise, const char *name, std::uint32_t value,
                   const std::function<bool(std::uint32_t)> &fits, const std::string &rule)
 {
     if (!fits(value)) {
-        tell(promise, name, value, rule, fits(swapped(value)));
+        tell(promise, name, value, rule, canBeSwapped(value) && fits(swapped(value)));
     }
 }
 
@@ -53,6 +63,17 @@ void Judge::lifetime(Promise promise, const char *name, std::uint32_t value)
 {
     if (isSwappedLifetime(value)) {
         tell(promise, name, value, "a number of seconds that anybody advertises", true);
+    }
+}
+
+void Judge::linkLocal(const std::uint8_t *address, std::uint32_t ifIndex)
+{
+    const std::uint32_t within = address[2] * 256U + address[3];
+    const bool isPlainOtherwise = std::all_of(address + 4, address + 8, [](std::uint8_t byte) { return byte == 0; });
+    if (isLinkLocal(address) && isPlainOtherwise && within != 0 && within == (ifIndex & 0xFFFF)) {
+        probe_.broken(Promise::linkLocalPlain, call_,
+                      who_ + ": address has the interface, " + std::to_string(within) +
+                          ", in its third and fourth byte, which are 0 on the wire");
     }
 }
 

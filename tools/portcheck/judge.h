@@ -34,6 +34,8 @@ class Judge
     void time(Promise promise, const char *name, std::uint32_t value, std::uint32_t now);
     // A prefix's lifetime, seconds: any number, so that of two byte orders the one is right that people write.
     void lifetime(Promise promise, const char *name, std::uint32_t value);
+    // A link-local address: some systems write its interface into its third and fourth byte while they keep it.
+    void linkLocal(const std::uint8_t *address, std::uint32_t ifIndex);
 
   private:
     void tell(Promise promise, const char *name, std::uint32_t value, const std::string &rule, bool isSwapped);

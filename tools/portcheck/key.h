@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace ipmib::portcheck
 {
@@ -37,5 +38,13 @@ inline bool isLinkLocal(const std::uint8_t *address)
 {
     return address[0] == 0xFE && (address[1] & 0xC0) == 0x80;
 }
+
+// The keys next to one; the ends stay.
+Key justBefore(Key key);
+Key justAfter(Key key);
+// A key between two that are not side by side; else the first.
+Key between(const Key &first, const Key &second);
+// The key, and those that differ from it in its last byte alone.
+void addKeysAround(const Key &key, std::vector<Key> &keys);
 
 } // namespace ipmib::portcheck

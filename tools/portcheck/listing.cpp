@@ -12,39 +12,6 @@ namespace ipmib::portcheck
 namespace
 {
 
-// The address as a number, plus or minus 1; the ends stay.
-void step(std::uint8_t *address, bool up)
-{
-    for (int place = 15; place >= 0; --place) {
-        std::uint8_t &byte = address[place];
-        byte = static_cast<std::uint8_t>(up ? byte + 1 : byte - 1);
-        if (byte != (up ? 0x00 : 0xFF)) {
-            return;
-        }
-    }
-    std::memset(address, up ? 0xFF : 0x00, 16);
-}
-
-Key justBefore(Key key)
-{
-    if (key.number > 0) {
-        --key.number;
-    } else {
-        step(key.address, false);
-    }
-    return key;
-}
-
-Key justAfter(Key key)
-{
-    if (key.number > 0) {
-        ++key.number;
-    } else {
-        step(key.address, true);
-    }
-    return key;
-}
-
 FoundRow nextOf(const Listing &listing, Probe &probe, const Key &key)
 {
     probe.doing(listing.nextCall + " behind " + listing.text(key) + ", " + listing.what);
@@ -121,7 +88,8 @@ std::vector<std::size_t> placesIn(const std::vector<ListedRow> &rows, std::size_
 void checkBetween(const Listing &listing, const std::vector<ListedRow> &rows, Probe &probe)
 {
     for (const std::size_t i : placesIn(rows, 200)) {
-        for (const Key &key : {justBefore(rows[i].key), justAfter(rows[i].key)}) {
+        const Key &following = rows[std::min(i + 1, rows.size() - 1)].key;
+        for (const Key &key : {justBefore(rows[i].key), justAfter(rows[i].key), between(rows[i].key, following)}) {
             if (key < listing.start) {
                 continue;
             }
@@ -161,6 +129,35 @@ void checkSteady(const Listing &listing, const std::vector<ListedRow> &rows, Pro
             probe.expectSteady(
                 listing.exactCall, who, [&] { askElsewhere([&] { listing.exact(other); }); },
                 [&] { return itemsOf(listing.exact(own)); });
+        }
+    }
+}
+
+// What is said of a row does not depend on what the record held before.
+void checkFilled(const Listing &listing, const std::vector<ListedRow> &rows, Probe &probe)
+{
+    if (!listing.nextOverAnother) {
+        return;
+    }
+    for (const std::size_t i : placesIn(rows, 100)) {
+        const Key key = justBefore(rows[i].key);
+        std::string seen;
+        for (int tries = 0; tries < 3; ++tries) { // the row may be changing
+            const FoundRow inCleared = nextOf(listing, probe, key);
+            const FoundRow inUsed = listing.nextOverAnother(key);
+            seen = !isSameRow(inCleared, inUsed)
+                       ? "it is " + textOf(listing, inCleared) + ", and then " + textOf(listing, inUsed)
+                   : inUsed ? differenceOf(listing.items(*inCleared), listing.items(*inUsed))
+                            : "";
+            if (seen.empty()) {
+                break;
+            }
+        }
+        if (!seen.empty()) {
+            probe.broken(Promise::steady, listing.nextCall,
+                         listing.what + ", " + listing.text(rows[i].key) + ": " + seen +
+                             " in a record that has held another row: it is not filled, or taken for a key");
+            return;
         }
     }
 }
@@ -242,6 +239,7 @@ std::vector<ListedRow> checkedRowsOf(const Listing &listing, Probe &probe)
         checkBetween(listing, rows, probe);
     }
     checkSteady(listing, rows, probe);
+    checkFilled(listing, rows, probe);
     checkExact(listing, rows, probe);
     return rows;
 }
@@ -269,15 +267,6 @@ void checkHidden(const Listing &listing, const std::vector<ListedRow> &rows, std
                              " is found when it is asked for, and no walk comes to it: the list is out of order, or "
                              "ends early");
         }
-    }
-}
-
-void addKeysAround(const Key &key, std::vector<Key> &keys)
-{
-    Key around = key;
-    for (unsigned last = 0; last < 256; ++last) {
-        around.address[15] = static_cast<std::uint8_t>(last);
-        keys.push_back(around);
     }
 }
 

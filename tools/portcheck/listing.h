@@ -44,6 +44,23 @@ struct ListedRow {
 
 using FoundRow = std::optional<ListedRow>;
 
+// What the record that a "next" is asked with holds beside its key.
+enum class Cursor {
+    cleared,
+    used // another row's values
+};
+
+template <typename Record>
+Record recordFor(Cursor cursor)
+{
+    constexpr int notTheOnesLookedFor = 0xA5;
+    Record record{};
+    if (cursor == Cursor::used) {
+        std::memset(&record, notTheOnesLookedFor, sizeof record);
+    }
+    return record;
+}
+
 struct Listing {
     std::string what; // "prefixes of interface 3"
     std::string firstCall;
@@ -59,9 +76,10 @@ struct Listing {
     Key start;          // what the walk begins behind
     std::function<FoundRow()> first; // empty where a list has no such call
     std::function<FoundRow(const Key &)> next;
-    std::function<FoundRow(const Key &)> exact;        // empty where a list has no such call
-    std::function<std::string(const Key &)> insteadOf; // what the exact call finds in place of a key; may be empty
-    std::function<void()> elsewhere;                   // asks for a row of another list of the kind; may be empty
+    std::function<FoundRow(const Key &)> nextOverAnother; // with a used record; empty where key and row are two records
+    std::function<FoundRow(const Key &)> exact;           // empty where a list has no such call
+    std::function<std::string(const Key &)> insteadOf;    // what the exact call finds in place of a key; may be empty
+    std::function<void()> elsewhere;                      // asks for a row of another list of the kind; may be empty
     std::function<std::string(const Key &)> text;
     std::function<Items(const ListedRow &)> items;
     std::function<void(const ListedRow &)> look; // at each row by itself
@@ -75,8 +93,5 @@ std::vector<ListedRow> checkedRowsOf(const Listing &listing, Probe &probe);
 
 // Asks the exact call for rows that there may be: what it finds and no walk comes to is out of order.
 void checkHidden(const Listing &listing, const std::vector<ListedRow> &rows, std::vector<Key> maybe, Probe &probe);
-
-// The key, and those that differ from it in its last byte alone.
-void addKeysAround(const Key &key, std::vector<Key> &keys);
 
 } // namespace ipmib::portcheck

@@ -64,9 +64,10 @@ constexpr Untold untold[] = {
     {"IpMibIfStat", "", "one empty", "a counter may have any value"},
     {"Icmp6MibStat", "", "stale", sameValue}, // there is one such record
     {"Icmp6MibStat", "", "one empty", "a counter may have any value"},
-    {"identifier", "", "bytes one", "any 8 bytes may identify an interface"},
+    {"identifier", "", "one", "any 8 bytes may identify an interface"},
     {"mtu", "", "one", "another size is a size"},
-    {"hopLimit", "", "one stale empty", "another limit is a limit"},
+    {"hopLimit", "", "stale", sameValue}, // there is one such number
+    {"hopLimit", "", "one", "another limit is a limit"},
 };
 
 const char *reasonOf(const FieldPlace &place, const char *kind)

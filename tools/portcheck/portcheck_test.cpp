@@ -37,6 +37,29 @@ TEST_P(RightPort, isNotAccused)
 }
 INSTANTIATE_TEST_SUITE_P(Ports, RightPort, testing::Values(IPMIB_RIGHT_PORTS));
 
+TEST(Portcheck, doesNotAccuseADeviceWithoutRows)
+{
+    for (const char *empty : {"interfaces", "all"}) {
+        setenv("EMPTY_DEVICE", empty, 1);
+        const Report report = checkRight(IPMIB_UNSORTED_PORT);
+        EXPECT_TRUE(report.broken.empty()) << empty << "\n" << report.text();
+    }
+    unsetenv("EMPTY_DEVICE");
+}
+
+TEST(Portcheck, looksBetweenInterfacesThatAreFarApart)
+{
+    setenv("MISTAKE", "knows-what-is-between", 1);
+    const std::string known = checkRight(IPMIB_UNSORTED_PORT).text();
+    EXPECT_NE(known.find("it says that ifIndex 33281 exists, and others between 511 and 66051"), std::string::npos)
+        << known;
+    setenv("MISTAKE", "compares-16-bits", 1);
+    const std::string narrow = checkRight(IPMIB_UNSORTED_PORT).text();
+    EXPECT_NE(narrow.find("behind ifIndex 33281 comes ifIndex 2147483600 in place of ifIndex 66051"), std::string::npos)
+        << narrow;
+    unsetenv("MISTAKE");
+}
+
 TEST(Portcheck, doesNotBlameTheByteOrderWhenExistenceIsToldTheWrongWayRound)
 {
     const std::string text = checkWith("zero-is-success").text();
@@ -161,6 +184,29 @@ constexpr Fault faults[] = {
     {"seconds-since-1970", clock, "seconds since 1970 look like this"},
     {"no-clock", addressTimes, "a second since boot that has been (now is 0)"},
     {"fails IP6ADDR_DRVK_GetGatewayByKey", routerExact, "IP6ADDR_DRVK_GetGatewayByKey"},
+    {"selection-not-reset", interfacesStay, "differs when it is made in storage that another selection was in"},
+    {"selects-no-group", neighbourGroup, "it leaves out interface 2, which has neighbours"},
+    {"swapped-words", countersInMachineOrder, "it is 27270000, the right one in the wrong word order"},
+    {"fails ND_GetIfConfigInfo", identifierAndSettings, "interface 3: identifier is "},
+    {"identifier-of-the-mac", identifiers, "with its universal/local bit, 02 of the first byte, turned over"},
+    {"identifier-from-the-front", identifiers, "it is the first half of the address"},
+    {"link-layer-not-filled", steady, "and then a5:a5:a5:a5:a5:a5 in a record that has held another row"},
+    {"lifetimes-not-filled", steady, "valid_s is 0, and then 2779096485"},
+    {"state-not-filled", steady, "state is preferred, and then 2779096485"},
+    {"scope-in-neighbours", linkLocalPlain, "address has the interface, 2, in its third and fourth byte"},
+    {"scope-in-link-local", linkLocalPlain, "IP6Mib_GetLinkLocalFullAddr(2)"},
+    {"tentative-in-use", mainLinkLocal, "is there with a state of 64: not in use"},
+    {"another-lifetime", routerExact, "in IP6Mib_GetGatewayByKey its lifetime_s is 1800, and then 1 here"},
+    {"routers-not-filled", routerLifetime, "lifetime_s, learned_at_s and flags are 0"},
+    {"clock-runs-backwards", clock, ": it runs backwards"},
+    {"mtu.mtu:=576", mtu, "mtu is 576, not a link's size in bytes, 1280 or more"},
+    {"hopLimit.hop limit:=0", hopLimit, "hop limit is 0, not 1 to 255"},
+    {"NdIfConfigInfo.retransmit_ms:=1", timers,
+     "retransmit_ms is 1, not 0, or 10 to an hour's milliseconds; in seconds"},
+    {"NdIfConfigInfo.reachable_ms:=30", timers,
+     "reachable_ms is 30, not 0, or 100 to an hour's milliseconds; in seconds"},
+    {"NdIfConfigInfo.reachable_ms:=20000000", timers, "an hour's milliseconds; in microseconds it would be\n"},
+    {"NdIfConfigInfo.max_interval_s:=0", advertisements, "max_interval_s is 0, not 4 to 1800"},
 };
 
 class PlantedFault : public testing::TestWithParam<Fault>

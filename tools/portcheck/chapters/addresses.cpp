@@ -90,8 +90,9 @@ Listing listingOf(Probe &probe)
         });
         return rowOf(found, record);
     };
-    listing.next = [&probe, &services](const Key &key) {
-        FullAddressRecord record{};
+    const auto next = [&probe, &services](const Key &key, Cursor cursor) {
+        auto record = recordFor<FullAddressRecord>(cursor);
+        record.lead = 0; // as in every record that counts
         std::memcpy(record.address, key.address, sizeof record.address);
         const bool found = probe.fill("IP6Mib_GetNextAddrInVrf behind " + addressText(key.address), record,
                                       [&](FullAddressRecord *filled) {
@@ -99,6 +100,8 @@ Listing listingOf(Probe &probe)
                                       });
         return rowOf(found, record);
     };
+    listing.next = [next](const Key &key) { return next(key, Cursor::cleared); };
+    listing.nextOverAnother = [next](const Key &key) { return next(key, Cursor::used); };
     listing.exact = [&probe, &services](const Key &key) {
         FullAddressRecord record{};
         const bool found = probe.fill(
@@ -169,15 +172,21 @@ void checkLinkLocal(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord
     judge.field(
         Promise::linkLocalLength, "prefix_length", record.prefix_length,
         [](std::uint32_t value) { return value == 10; }, "10");
+    judge.linkLocal(record.address, ifIndex);
     lookAtRecord(probe, call, record);
     probe.row("address", itemsOf(record));
 }
 
-// Whether there is a link-local address is known by two services more. One that is not in use yet may count or not.
-void checkThatThereIsOne(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord *record)
+bool isInUse(const FullAddressRecord &record)
 {
     constexpr std::uint32_t tentative = 64;
     constexpr std::uint32_t duplicate = 128;
+    return record.state != tentative && record.state != duplicate;
+}
+
+// Whether there is a link-local address is known by two services more. One that is not in use yet may have a row.
+void checkThatThereIsOne(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord *record)
+{
     const bool hasRow = probe.hasLinkLocalRow(ifIndex);
     if (record == nullptr) {
         if (hasRow) {
@@ -186,13 +195,18 @@ void checkThatThereIsOne(Probe &probe, std::uint32_t ifIndex, const FullAddressR
         }
         return; // an interface may be in use without one
     }
-    const bool isInUse = record->state != tentative && record->state != duplicate;
     const std::string seen = "it fails, and " + addressText(record->address) + " is there";
-    if (isInUse && !hasRow) {
+    if (isInUse(*record) && !hasRow) {
         probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex), seen);
     }
-    if (isInUse && !probe.hasMainLinkLocal(ifIndex)) {
-        probe.broken(Promise::mainLinkLocal, callText("IP6ADDR_DRVK_GetMainLLA", ifIndex), seen);
+    FullAddressRecord later;
+    if (isInUse(*record) != probe.hasMainLinkLocal(ifIndex) && probe.linkLocal(ifIndex, later) &&
+        isInUse(later) == isInUse(*record)) { // it has not just come into use
+        probe.broken(Promise::mainLinkLocal, callText("IP6ADDR_DRVK_GetMainLLA", ifIndex),
+                     isInUse(*record)
+                         ? seen
+                         : "it succeeds, and " + addressText(record->address) + " is there with a state of " +
+                               std::to_string(record->state) + ": not in use");
     }
 }
 

@@ -16,6 +16,16 @@ void checkClock(Probe &probe, host::Resolver &)
         probe.broken(Promise::clock, "TIME_GetSystemBootTime",
                      "it answers " + std::to_string(now) + ": seconds since 1970 look like this, not since boot");
     }
+    for (std::uint32_t reading = 0, latest = now; reading < 20; ++reading) {
+        const std::uint32_t later = probe.secondsSinceBoot();
+        if (later < latest) {
+            probe.broken(Promise::clock, "TIME_GetSystemBootTime",
+                         "it answers " + std::to_string(later) + " behind " + std::to_string(latest) +
+                             ": it runs backwards");
+            return;
+        }
+        latest = later;
+    }
     if (probe.clockTime == std::chrono::milliseconds(0)) {
         return;
     }

@@ -112,10 +112,11 @@ void lookAtOrder(Probe &probe, const std::vector<Counted> &all)
     for (const Counted &counted : all) {
         for (const Item &item : counted.counters) {
             const std::uint64_t value = item.number;
-            if (item.bytes == 8 && isSwappedWide(value)) {
-                tellOrder(probe, counted, item, __builtin_bswap64(value), "byte");
-            } else if (item.bytes == 8 && hasSwappedWords(value)) {
+            const std::uint64_t reversed = __builtin_bswap64(value);
+            if (item.bytes == 8 && hasSwappedWords(value) && !(isSwappedWide(value) && reversed < value >> 32)) {
                 tellOrder(probe, counted, item, value >> 32, "word");
+            } else if (item.bytes == 8 && isSwappedWide(value)) {
+                tellOrder(probe, counted, item, reversed, "byte");
             } else if (item.bytes == 4) {
                 const std::uint32_t other = swapped(static_cast<std::uint32_t>(value));
                 const bool isBeyond = value > packets && (isSwappedNarrow(value) ||

@@ -21,7 +21,8 @@ constexpr std::uint32_t standardTypes[] = {22, 35, 42, 10, 6,   23,  67,  31,  1
 class Iteration
 {
   public:
-    Iteration(Probe &probe, Selection selection) : probe_(probe)
+    // `storage`: what the 512 bytes hold before.
+    Iteration(Probe &probe, Selection selection, const IfSelection &storage = {}) : probe_(probe), selection_(storage)
     {
         const Services &services = probe.services();
         guarded("IF_Select_Init", [&](IfSelection *filled) { services.IF_Select_Init(5, filled); });
@@ -47,6 +48,7 @@ class Iteration
     Iteration(const Iteration &) = delete;
     Iteration &operator=(const Iteration &) = delete;
 
+    const IfSelection &storage() const { return selection_; }
     std::uint32_t first() { return probe_.services().IF_GetFirstIfIndexByIfSelect(&selection_, iterator_); }
     std::uint32_t next(std::uint32_t ifIndex)
     {
@@ -65,7 +67,7 @@ class Iteration
     }
 
     Probe &probe_;
-    IfSelection selection_{};
+    IfSelection selection_;
     std::uintptr_t iterator_ = 0;
 };
 
@@ -115,6 +117,24 @@ bool looksSwapped(std::uint32_t ifIndex)
     return ifIndex >= 0x01000000 && swapped(ifIndex) < 0x10000;
 }
 
+// Interfaces that are not selected may exist, but not everywhere between two that are far apart.
+void checkGaps(Probe &probe, const std::vector<std::uint32_t> &interfaces)
+{
+    constexpr std::uint32_t wide = 1000;
+    std::uint32_t before = 0;
+    for (const std::uint32_t ifIndex : interfaces) {
+        const std::uint32_t gap = ifIndex > before ? ifIndex - before : 0;
+        const std::uint32_t middle = before + gap / 2;
+        if (gap > wide && probe.isValid(middle) && probe.isValid(middle - gap / 4) && probe.isValid(middle + gap / 4)) {
+            probe.broken(Promise::othersDoNotExist, "IF_IsValidIfIndex",
+                         "it says that ifIndex " + std::to_string(middle) + " exists, and others between " +
+                             std::to_string(before) + " and " + std::to_string(ifIndex) + ", wherever it is asked");
+            return;
+        }
+        before = ifIndex;
+    }
+}
+
 void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
 {
     for (const std::uint32_t ifIndex : interfaces) {
@@ -128,6 +148,7 @@ void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
                              ", the right one in the wrong byte order");
         }
     }
+    checkGaps(probe, interfaces);
     const std::uint32_t beyond = interfaces.empty() ? 1 : interfaces.back() + 1;
     for (const std::uint32_t absent : {0u, std::max(beyond, 0x7FFFFFF0u)}) {
         if (probe.isValid(absent)) {
@@ -137,18 +158,28 @@ void checkExistence(Probe &probe, const std::vector<std::uint32_t> &interfaces)
     }
 }
 
+bool isSame(Probe &probe, Iteration &iteration, Selection selection, const std::vector<std::uint32_t> &interfaces)
+{
+    const std::size_t before = probe.brokenCount();
+    const bool same = ifIndexesOf(rowsOf(listingOf(iteration, selection), probe)) == interfaces;
+    probe.forgetSince(before);
+    return same;
+}
+
 // What is selected lies in the caller's storage: another selection that is made meanwhile changes nothing.
 void checkTwoAtOnce(Probe &probe, Selection selection, const std::vector<std::uint32_t> &interfaces)
 {
     Iteration iteration(probe, selection);
     Iteration other(probe, selection == Selection::standard ? Selection::withNeighbours : Selection::standard);
-    const Listing listing = listingOf(iteration, selection);
-    const std::size_t before = probe.brokenCount();
-    const bool isSame = ifIndexesOf(rowsOf(listing, probe)) == interfaces;
-    probe.forgetSince(before);
-    if (!isSame) {
+    if (!isSame(probe, iteration, selection, interfaces)) {
         probe.broken(Promise::interfacesStay, "IF_GetNextIfIndexByIfSelect",
                      std::string(nameOf(selection)) + " differs when another selection is made beside it");
+    }
+    Iteration again(probe, selection, other.storage());
+    if (!isSame(probe, again, selection, interfaces)) {
+        probe.broken(Promise::interfacesStay, "IF_Select_Init",
+                     std::string(nameOf(selection)) +
+                         " differs when it is made in storage that another selection was in: that is not cleared");
     }
 }
 

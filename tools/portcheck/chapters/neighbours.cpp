@@ -36,6 +36,7 @@ void look(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode, const Neighbo
     judge.field(
         Promise::neighbourCodes, "state", ipmib_be32_get(entry.state),
         [](std::uint32_t value) { return value >= 1 && value <= 7; }, "1 to 7");
+    judge.linkLocal(entry.address, ifIndex);
     judge.time(Promise::neighbourTime, "last_updated_s", ipmib_be32_get(entry.last_updated_s), now);
 }
 
@@ -53,9 +54,10 @@ bool findExactly(Probe &probe, std::uint32_t ifIndex, const std::uint8_t *addres
     });
 }
 
-FoundRow findNext(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode, const std::uint8_t *address)
+FoundRow findNext(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode, const std::uint8_t *address,
+                  Cursor cursor = Cursor::cleared)
 {
-    NeighbourEntry entry{};
+    auto entry = recordFor<NeighbourEntry>(cursor);
     entry.if_index = ipmib_be32(ifIndex);
     std::memcpy(entry.address, address, sizeof entry.address);
     const bool found =
@@ -78,6 +80,9 @@ Listing listingOf(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode)
         listing.start = Key::of(linkLocalStart);
     }
     listing.next = [&probe, ifIndex, mode](const Key &key) { return findNext(probe, ifIndex, mode, key.address); };
+    listing.nextOverAnother = [&probe, ifIndex, mode](const Key &key) {
+        return findNext(probe, ifIndex, mode, key.address, Cursor::used);
+    };
     listing.exact = [&probe, ifIndex](const Key &key) {
         NeighbourEntry entry;
         return rowOf(findExactly(probe, ifIndex, key.address, sizeof key.address, entry), entry);
@@ -154,6 +159,26 @@ void checkElsewhere(Probe &probe, std::uint32_t ifIndex, std::uint32_t other)
     }
 }
 
+// Interfaces that can have neighbours are all in their selection.
+void checkGroup(Probe &probe, const std::vector<std::uint32_t> &selected)
+{
+    const std::size_t before = probe.brokenCount();
+    const std::vector<std::uint32_t> interfaces = interfacesOf(probe, Selection::standard);
+    std::string found;
+    for (const std::uint32_t ifIndex : interfaces) {
+        for (const NeighbourMode mode : {outsideLinkLocal, withinLinkLocal}) {
+            if (found.empty() && std::find(selected.begin(), selected.end(), ifIndex) == selected.end() &&
+                !neighboursOf(probe, ifIndex, mode).empty()) {
+                found = "it leaves out interface " + std::to_string(ifIndex) + ", which has neighbours";
+            }
+        }
+    }
+    probe.forgetSince(before); // of lists that no walk comes to
+    if (!found.empty()) {
+        probe.broken(Promise::neighbourGroup, "IF_SelectTypeSetGroup", found);
+    }
+}
+
 } // namespace
 
 std::vector<NeighbourEntry> neighboursOf(Probe &probe, std::uint32_t ifIndex, NeighbourMode mode)
@@ -193,6 +218,7 @@ void checkNeighbours(Probe &probe, host::Resolver &)
         checkAbsent(probe, ifIndex, nobody);
         checkElsewhere(probe, ifIndex, interfaces[(place + 1) % interfaces.size()]);
     }
+    checkGroup(probe, interfaces);
     probe.fact("neighbours: " + std::to_string(count));
 }
 

@@ -73,9 +73,9 @@ FoundRow findFirst(Probe &probe, std::uint32_t ifIndex)
     return rowOf(found, record);
 }
 
-FoundRow findNext(Probe &probe, std::uint32_t ifIndex, const Key &key)
+FoundRow findNext(Probe &probe, std::uint32_t ifIndex, const Key &key, Cursor cursor = Cursor::cleared)
 {
-    FullPrefixRecord record{};
+    auto record = recordFor<FullPrefixRecord>(cursor);
     record.if_index = ipmib_be32(ifIndex);
     std::memcpy(record.prefix, key.address, sizeof record.prefix);
     record.length = ipmib_be32(key.number);
@@ -99,6 +99,7 @@ Listing listingOf(Probe &probe, std::uint32_t ifIndex)
     listing.keys = Promise::prefixLength;
     listing.first = [&probe, ifIndex] { return findFirst(probe, ifIndex); };
     listing.next = [&probe, ifIndex](const Key &key) { return findNext(probe, ifIndex, key); };
+    listing.nextOverAnother = [&probe, ifIndex](const Key &key) { return findNext(probe, ifIndex, key, Cursor::used); };
     listing.text = [](const Key &key) { return prefixText(key.address, key.number); };
     listing.items = [](const ListedRow &row) { return itemsOf(row.as<FullPrefixRecord>()); };
     listing.look = [&probe, ifIndex, now = probe.secondsSinceBoot()](const ListedRow &row) {

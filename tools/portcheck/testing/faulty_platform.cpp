@@ -133,7 +133,12 @@ std::uint32_t IF_Select_Init(std::uint32_t kind, IfSelection *selection)
         volatile std::uint8_t *const bytes = selection->bytes;
         bytes[sizeof *selection + 8] = 1;
     }
-    return SIMULATED(IF_Select_Init)(kind, selection);
+    return has("selection-not-reset") ? 0 : SIMULATED(IF_Select_Init)(kind, selection);
+}
+
+std::uint32_t IF_SelectTypeSetGroup(std::uint32_t group, IfSelection *selection)
+{
+    return has("selects-no-group") ? 0 : SIMULATED(IF_SelectTypeSetGroup)(group, selection);
 }
 
 std::uint32_t IF_SelectCondition_Set(std::uint32_t condition, IfSelection *selection)
@@ -207,6 +212,9 @@ std::uint32_t IP6_GetIfStat(std::uint32_t ifIndex, std::uint32_t family, Ip6MibS
     if (has("counters-in-each-others-place")) {
         std::swap(stat->in_octets, stat->in_receives);
     }
+    if (has("swapped-words")) {
+        stat->in_octets = std::uint64_t{27270000} << 32;
+    }
     if (has("backward-counters")) {
         stat->in_octets = falling--;
     }
@@ -242,6 +250,9 @@ std::uint32_t ND_GetHopLimit()
 
 std::uint32_t ND_GetIfConfigInfo(std::uint32_t ifIndex, NdIfConfigInfo *info)
 {
+    if (fails("ND_GetIfConfigInfo") && ifIndex == 3) {
+        return RC_NOT_FOUND;
+    }
     return SPOILED(NdIfConfigInfo, info, SIMULATED(ND_GetIfConfigInfo)(ifIndex, info));
 }
 
@@ -255,6 +266,12 @@ std::uint32_t IP6Mib_GetIFID(std::uint32_t ifIndex, std::uint8_t *identifier)
         spoil("identifier", identifier, 8);
         if (has("identifier-of-16-bytes")) {
             std::memset(identifier, 0, 16);
+        }
+        if (has("identifier-of-the-mac")) {
+            identifier[0] ^= 2;
+        }
+        if (has("identifier-from-the-front")) {
+            std::memcpy(identifier, "\xFE\x80\0\0\0\0\0", 8);
         }
     }
     return result;
@@ -299,7 +316,15 @@ std::uint32_t ND_GetNextNetToPhysicalTable(std::uint32_t mode, NeighbourEntry *e
     }
     const std::string kind = mistakeIn("neighbours");
     if (kind.empty()) {
-        return SPOILED(NeighbourEntry, entry, SIMULATED(ND_GetNextNetToPhysicalTable)(mode, entry));
+        const NeighbourEntry before = *entry;
+        const std::uint32_t result = SIMULATED(ND_GetNextNetToPhysicalTable)(mode, entry);
+        if (result == 0 && has("link-layer-not-filled")) {
+            std::memcpy(entry->link_layer, before.link_layer, sizeof entry->link_layer);
+        }
+        if (result == 0 && mode == 2 && has("scope-in-neighbours")) {
+            entry->address[3] = static_cast<std::uint8_t>(ipmib_be32_get(entry->if_index));
+        }
+        return SPOILED(NeighbourEntry, entry, result);
     }
     constexpr std::uint8_t linkLocal[16] = {0xFE, 0x80};
     const std::uint32_t ifIndex = ipmib_be32_get(entry->if_index);
@@ -316,6 +341,7 @@ std::uint32_t ND_GetNextNetToPhysicalTable(std::uint32_t mode, NeighbourEntry *e
 std::uint32_t IP6CFG_GetNextFullPrefix(std::uint32_t ifIndex, std::int32_t any, FullPrefixRecord *record)
 {
     const std::string kind = mistakeIn("prefixes");
+    const FullPrefixRecord before = *record;
     std::uint32_t result;
     if (has("prefixes-of-all-interfaces")) {
         Rows<FullPrefixRecord> rows = mixed(mixed(prefixes(2), prefixes(3)), prefixes(7));
@@ -330,6 +356,10 @@ std::uint32_t IP6CFG_GetNextFullPrefix(std::uint32_t ifIndex, std::int32_t any, 
             rows.back().key = Key::of(rows.back().record.prefix, ipmib_be32_get(rows.back().record.length));
         }
         result = answer(nextIn(rows, Key::of(record->prefix, ipmib_be32_get(record->length)), Key(), kind), record);
+    }
+    if (result == 0 && has("lifetimes-not-filled")) {
+        record->valid_s = before.valid_s;
+        record->preferred_s = before.preferred_s;
     }
     if (result == 0 && has("unmasked-prefix")) {
         record->prefix[15] |= 1;
@@ -355,7 +385,10 @@ std::uint32_t IP6Mib_GetNextAddrInVrf(std::uint32_t vrf, std::uint32_t kindOfAdd
 {
     const std::string kind = mistakeIn("addresses");
     if (kind.empty()) {
-        return SPOILED(FullAddressRecord, record, SIMULATED(IP6Mib_GetNextAddrInVrf)(vrf, kindOfAddress, record));
+        const std::uint32_t stateBefore = record->state;
+        const std::uint32_t result = SIMULATED(IP6Mib_GetNextAddrInVrf)(vrf, kindOfAddress, record);
+        record->state = has("state-not-filled") ? stateBefore : record->state;
+        return SPOILED(FullAddressRecord, record, result);
     }
     Rows<FullAddressRecord> rows = addresses();
     FullAddressRecord linkLocal{};
@@ -411,6 +444,8 @@ std::uint32_t IP6Mib_GetLinkLocalFullAddr(std::uint32_t ifIndex, FullAddressReco
             std::reverse(word, word + 4);
         }
     }
+    record->address[3] = has("scope-in-link-local") ? static_cast<std::uint8_t>(ifIndex) : record->address[3];
+    record->state = has("tentative-in-use") ? 64 : record->state;
     record->prefix_length = has("link-local-length") ? 64 : record->prefix_length;
     record->address[0] = has("global-as-link-local") ? 0x20 : record->address[0];
     record->if_index = has("link-local-of-another") ? 3 : record->if_index;
@@ -419,12 +454,24 @@ std::uint32_t IP6Mib_GetLinkLocalFullAddr(std::uint32_t ifIndex, FullAddressReco
 
 // --- Default routers
 
+namespace
+{
+std::uint32_t emptied(GatewayRecord *record, std::uint32_t result)
+{
+    if (has("routers-not-filled")) {
+        record->flags = record->lifetime_s = record->learned_at_s = {};
+    }
+    return result;
+}
+} // namespace
+
 std::uint32_t IP6Mib_GetNextGatewayInVrf(std::uint32_t vrf, std::uint32_t gatewayClass, const GatewayKey *key,
                                          GatewayRecord *record)
 {
     const std::string kind = mistakeIn("routers");
     if (kind.empty()) {
-        return SPOILED(GatewayRecord, record, SIMULATED(IP6Mib_GetNextGatewayInVrf)(vrf, gatewayClass, key, record));
+        return emptied(record, SPOILED(GatewayRecord, record,
+                                       SIMULATED(IP6Mib_GetNextGatewayInVrf)(vrf, gatewayClass, key, record)));
     }
     Rows<GatewayRecord> rows = kind == "mixed" ? mixed(routers(2), routers(14)) : routers(gatewayClass);
     return answer(nextIn(rows, Key::of(key->address, ipmib_be32_get(key->if_index)), Key(), kind), record);
@@ -450,14 +497,19 @@ std::uint32_t IP6Mib_GetGatewayByKey(const GatewayKey *key, GatewayRecord *recor
     }
     return fails("IP6Mib_GetGatewayByKey")
                ? RC_NOT_FOUND
-               : SPOILED(GatewayRecord, record, SIMULATED(IP6Mib_GetGatewayByKey)(key, record));
+               : emptied(record, SPOILED(GatewayRecord, record, SIMULATED(IP6Mib_GetGatewayByKey)(key, record)));
 }
 
 std::uint32_t IP6ADDR_DRVK_GetGatewayByKey(const GatewayKey *key, GatewayRecord *record)
 {
-    return fails("IP6ADDR_DRVK_GetGatewayByKey")
-               ? RC_NOT_FOUND
-               : SPOILED(GatewayRecord, record, SIMULATED(IP6ADDR_DRVK_GetGatewayByKey)(key, record));
+    if (fails("IP6ADDR_DRVK_GetGatewayByKey")) {
+        return RC_NOT_FOUND;
+    }
+    const std::uint32_t result = SPOILED(GatewayRecord, record, SIMULATED(IP6ADDR_DRVK_GetGatewayByKey)(key, record));
+    if (has("another-lifetime")) {
+        record->lifetime_s = ipmib_be32(1);
+    }
+    return emptied(record, result);
 }
 
 // --- Time
@@ -469,6 +521,10 @@ std::uint32_t TIME_GetSystemBootTime(std::uint32_t *seconds, std::uint32_t *othe
     if (has("clock-in-milliseconds")) {
         loaded = loaded == 0 ? *seconds : loaded;
         *seconds = loaded + (*seconds - loaded) * 1000;
+    }
+    if (has("clock-runs-backwards")) {
+        static std::uint32_t lost = 0;
+        *seconds -= lost++;
     }
     if (has("seconds-since-1970")) {
         *seconds += 1790000000;

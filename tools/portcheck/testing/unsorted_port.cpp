@@ -1,0 +1,3 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The same port in C++.
+#include "unsorted_port.c"
