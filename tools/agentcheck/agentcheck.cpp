@@ -69,9 +69,9 @@ void checkAgent(const Options &options, const Objects &objects, Report &report)
             report.fact(region.name + ": " + sizeText(region, walk));
         }
     }
-    for (const auto group :
-         {checkValues, checkIndexes, checkSameRows, checkSuccessors, checkRelations, checkPointers, checkInterfaces,
-          checkConnections, checkCounts, checkCounters, checkTimes, checkAbsent, checkWrites}) {
+    for (const auto group : {checkValues, checkIndexes, checkSameRows, checkSuccessors, checkRelations, checkPointers,
+                             checkZones, checkWholeRows, checkInterfaces, checkConnections, checkCounts, checkCounters,
+                             checkTimes, checkAbsent, checkWrites}) {
         group(check);
     }
     reportWhatIsStillWrong(check);

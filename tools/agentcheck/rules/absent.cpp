@@ -2,6 +2,8 @@
 // What is answered for what there is not.
 #include "rules.h"
 
+#include <algorithm>
+
 namespace ipmib::agentcheck
 {
 namespace
@@ -27,6 +29,24 @@ void checkGet(Check &check, const Name &name, Rule rule)
         if (answer.isThere &&
             (answer.error != noError || answer.variables.size() != 1 || answer.variables.front().value.tag != wanted)) {
             check.report.broken(rule, name, "GET finds " + textOf(answer));
+        }
+    }
+}
+
+// An object's own identifier is no instance.
+void checkObjects(Check &check, const Region &region)
+{
+    constexpr std::size_t atOnce = 12;
+    for (std::size_t begin = 0; begin < region.objects.size(); begin += atOnce) {
+        std::vector<Name> names;
+        for (std::size_t i = begin; i < std::min(begin + atOnce, region.objects.size()); ++i) {
+            names.push_back(nameOf(*region.objects[i]));
+        }
+        for (const auto &found : check.exchange.get(names)) {
+            if (found && !found->value.isException()) {
+                check.report.broken(region.isTable ? Rule::noSuchInstance : Rule::scalarIndex, found->name,
+                                    "GET finds " + textOf(found->value) + ", of the object without an instance");
+            }
         }
     }
 }
@@ -94,6 +114,9 @@ void checkAbsent(Check &check)
 {
     Exchange *version1 = check.exchange.version() == Version::v1 ? &check.exchange : check.version1;
     for (const auto &[region, walk] : check.walks) {
+        if (check.exchange.version() != Version::v1) {
+            checkObjects(check, *region);
+        }
         if (walk.values.empty()) {
             continue;
         }

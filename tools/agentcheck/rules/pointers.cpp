@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// ipAddressPrefix, the pointer that prefix lengths of addresses are read from, and the zone of link-local addresses.
+// ipAddressPrefix, the pointer that prefix lengths of addresses are read from.
 #include "index_key.h"
 #include "rules.h"
 
@@ -44,6 +44,19 @@ bool holds(const IndexKey &prefix, const Address &address)
            octets.size() >= size && length <= size * 8 && isSameInBits(octets, address.octets, length);
 }
 
+// At a point-to-point link the prefix of an address may be the one address of the other end.
+bool isPeer(Check &check, const IndexKey &prefix, const Address &address)
+{
+    const auto octets = prefix.octets("ipAddressPrefixPrefix");
+    if (prefix.number("ipAddressPrefixIfIndex") != address.ifIndex || octets.size() != address.octets.size() ||
+        prefix.number("ipAddressPrefixLength") != octets.size() * 8) {
+        return false;
+    }
+    std::vector<host::SubId> own = {address.type, static_cast<host::SubId>(octets.size())};
+    own.insert(own.end(), octets.begin(), octets.end());
+    return !check.now(extended(nameOf(check.objects.named("ipAddressIfIndex")), own));
+}
+
 std::optional<Fault> faultOfTarget(Check &check, const Name &target, const Address &address)
 {
     const host::Object &first = check.objects.named("ipAddressPrefixOrigin");
@@ -55,7 +68,7 @@ std::optional<Fault> faultOfTarget(Check &check, const Name &target, const Addre
         return Fault{Rule::pointer, where + ", which is not there"};
     }
     const auto prefix = readIndex(*first.node, instanceOf(target, first));
-    if (!prefix || !holds(*prefix, address)) {
+    if (!prefix || !(holds(*prefix, address) || isPeer(check, *prefix, address))) {
         return Fault{Rule::pointerRow, where + ", of an address on interface " + std::to_string(address.ifIndex)};
     }
     return std::nullopt;
@@ -88,35 +101,14 @@ void checkPointer(Check &check, const host::Object &column, const Name &name)
     });
 }
 
-void checkZone(Check &check, const host::Object &column, const Name &name)
-{
-    const host::Object &zones = check.objects.named("ipv6ScopeZoneIndexLinkLocal");
-    doubt(check, name, [=, &check]() -> std::optional<Fault> {
-        const auto address = addressOf(check, column, name);
-        if (!address || address->type != ipv6z || !isLinkLocal(address->octets)) {
-            return std::nullopt;
-        }
-        const auto zone = check.now(extended(nameOf(zones), host::OidView(&address->ifIndex, 1)));
-        if (!zone || zone->number == zoneOf(address->octets)) {
-            return std::nullopt;
-        }
-        return Fault{Rule::zoneOfInterface, "its zone is " + std::to_string(zoneOf(address->octets)) + ", interface " +
-                                                std::to_string(address->ifIndex) + " has " +
-                                                std::to_string(zone->number)};
-    });
-}
-
 } // namespace
 
 void checkPointers(Check &check)
 {
     const host::Object &pointers = check.objects.named("ipAddressPrefix");
-    const host::Object &interfaces = check.objects.named("ipAddressIfIndex");
     for (const auto &[name, value] : check.walked("ipAddressTable").values) {
         if (host::isWithin(name, pointers.oid.view())) {
             checkPointer(check, pointers, name);
-        } else if (host::isWithin(name, interfaces.oid.view())) {
-            checkZone(check, interfaces, name);
         }
     }
 }

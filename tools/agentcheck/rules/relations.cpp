@@ -31,6 +31,10 @@ const Relation relations[] = {
      [](std::uint64_t least, std::uint64_t greatest) { return 4 * least <= 3 * greatest; }},
     {Rule::intervals, "ipv6RouterAdvertTable", "ipv6RouterAdvertDefaultLifetime", "ipv6RouterAdvertMaxInterval",
      [](std::uint64_t lifetime, std::uint64_t greatest) { return lifetime == 0 || lifetime >= greatest; }},
+    {Rule::changes, "ipAddressTable", "ipAddressCreated", "ipAddressLastChanged",
+     [](std::uint64_t created, std::uint64_t changed) { return created <= changed || changed == 0; }},
+    {Rule::timeouts, "tcp", "tcpRtoMin", "tcpRtoMax",
+     [](std::uint64_t least, std::uint64_t greatest) { return least <= greatest; }},
 };
 
 } // namespace

@@ -61,6 +61,8 @@ void checkSameRows(Check &check);
 void checkSuccessors(Check &check);
 void checkRelations(Check &check);
 void checkPointers(Check &check);
+void checkZones(Check &check);
+void checkWholeRows(Check &check);
 void checkInterfaces(Check &check);
 void checkConnections(Check &check);
 void checkCounts(Check &check);

@@ -160,6 +160,7 @@ void checkRepeaters(Check &check, const Region &region)
     if (asked.size() == 1) {
         return;
     }
+    check.exchange.getBulk(asked, 1, 0); // finds the one that is not repeated alone
     doubt(check, asked[1], [=, &check]() -> std::optional<Fault> {
         const auto found = check.exchange.getBulk(asked, 1, repetitions);
         std::vector<Name> from = asked;
@@ -181,11 +182,44 @@ void checkRepeaters(Check &check, const Region &region)
     });
 }
 
+// Walks of all that there is come from the region in front.
+void checkArrival(Check &check, const Region &region)
+{
+    const Name start = region.isTable ? region.root : nameOf(*region.objects.front());
+    Name justBefore = start;
+    --justBefore.back();
+    justBefore.push_back(UINT32_MAX);
+    Name before = {1, 3, 6, 1};
+    for (const auto &[other, walk] : check.walks) {
+        const auto behind = walk.values.lower_bound(start);
+        if (behind != walk.values.begin() && Ascending()(before, std::prev(behind)->first)) {
+            before = std::prev(behind)->first;
+        }
+    }
+    for (const Name &from : {before, justBefore}) {
+        doubt(check, from, [=, &check]() -> std::optional<Fault> {
+            const auto found = check.exchange.getNext({start, from, start});
+            if (!found[0] || !found[1] || !found[2] || found[0]->name != found[2]->name ||
+                found[0]->value.isException() || !Ascending()(from, found[0]->name)) {
+                return std::nullopt;
+            }
+            if (!found[1]->value.isException() && !Ascending()(found[0]->name, found[1]->name)) {
+                return std::nullopt; // or something between them
+            }
+            return Fault{Rule::successor, "GETNEXT finds " + nextText(check.objects, *found[1]) + ", not " +
+                                              nextText(check.objects, *found[0])};
+        });
+    }
+}
+
 } // namespace
 
 void checkSuccessors(Check &check)
 {
     for (const auto &[region, walk] : check.walks) {
+        if (!walk.values.empty()) {
+            checkArrival(check, *region);
+        }
         checkAround(check, *region, walk);
         checkColumnEnds(check, *region, walk);
         if (check.exchange.version() != Version::v1) {

@@ -61,6 +61,10 @@ class Agentcheck(unittest.TestCase):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
                 self.assertEqual(check(agent, "--tables=ipAddressTable", seconds="0.2", retries="20")[1]["findings"], [])
 
+    def test_a_peer_is_no_fault(self):
+        with faults.APeer(values, columns) as agent:
+            self.assertEqual(check(agent, "--tables=ipAddressTable,ipAddressPrefixTable")[1]["findings"], [])
+
     def test_what_fits_together_later_is_no_fault(self):
         with faults.RemembersOneTableLonger(values, columns) as agent:
             self.assertEqual(check(agent, "--tables=interfaces,ifTable", "--settle=0.5")[1]["findings"], [])

@@ -319,6 +319,23 @@ class PortsWrapAt65536(ScriptedAgent):
         return super().get_next(name)
 
 
+@planted("successor", "ipAddressStorageType", "ipAddressTable,ipNetToPhysicalTable")
+class ATableThatNoWalkComesTo(ScriptedAgent):
+    """Only who begins within it finds it."""
+
+    def get_next(self, name):
+        found = super().get_next(name)
+        while is_below(found[0], "ipNetToPhysicalTable") and not is_below(name, "ipNetToPhysicalTable"):
+            found = super().get_next(found[0])
+        return found
+
+
+@planted("complete", "ipAddress", ADDRESSES)
+class BulkOfNoRepetitionsRepeats(ScriptedAgent):
+    def all_of_bulk(self, names, non_repeaters, repetitions):
+        return super().all_of_bulk(names, non_repeaters, max(repetitions, 1))
+
+
 @planted("sideBySide", "ipAddressOrigin", ADDRESSES)
 class RowsMixed(ScriptedAgent):
     """The second variable of a packet and those behind it are one row further on."""
@@ -396,6 +413,38 @@ changed("a zone that is another's", "zoneOfInterface", "ipAddressTable,ipv6Scope
         "ipv6ScopeZoneIndexLinkLocal", UNSIGNED32, 99, "ipAddressIfIndex")
 changed("interfaces counted wrongly", "count", "interfaces,ifTable", "ifNumber", INTEGER, 5)
 changed("routes counted wrongly", "count", "ipForward," + ROUTES, "inetCidrRouteNumber", UNSIGNED32, 9)
+changed("a timeout that is never reached", "timeouts", "tcp", "tcpRtoMin", INTEGER, 2147483647)
+ZONES = ",ipv6ScopeZoneIndexTable"
+moved("a neighbour's zone is another's", "zoneOfInterface", NEIGHBOURS + ZONES, "ipNetToPhysicalType",
+      (2, 4, 20) + LINK_LOCAL + (0, 0, 0, 3), "ipNetToPhysicalPhysAddress")
+moved("a router's zone is another's", "zoneOfInterface", "ipDefaultRouterTable" + ZONES, "ipDefaultRouterLifetime",
+      (4, 20) + LINK_LOCAL + (0, 0, 0, 3, 2))
+
+
+@planted("changes", "ipAddressCreated", ADDRESSES)
+class ChangedBeforeItWasCreated(ScriptedAgent):
+    def change(self):
+        changed_at = first_of(self.values, "ipAddressLastChanged")
+        self.values[changed_at] = (TIMETICKS, 400)
+        self.values[oid("ipAddressCreated", *changed_at[len(oid("ipAddressCreated")) :])] = (TIMETICKS, 5000)
+
+
+@planted("wholeRows", "ipAddressOrigin", ADDRESSES)
+class AHoleInARow(ScriptedAgent):
+    def change(self):
+        del self.values[first_of(self.values, "ipAddressOrigin")]
+
+
+@planted("scalarIndex", "ifNumber", "interfaces")
+class AScalarWithoutItsZero(ScriptedAgent):
+    def change(self):
+        self.values[oid("ifNumber")] = self.values.pop(oid("ifNumber", 0))
+
+
+@planted("noSuchInstance", "ipAddressIfIndex", ADDRESSES)
+class AColumnThatHasAValue(ScriptedAgent):
+    def absent(self, name):
+        return (name, INTEGER, 1) if name == oid("ipAddressIfIndex") else super().absent(name)
 
 
 @planted("augments", "ifName", "ifTable,ifXTable")
@@ -552,6 +601,17 @@ class Twice(ScriptedAgent):
     def answers(self, request):
         again, self.before = self.before, self.answer(request).bytes()
         return [again or self.before, self.before, self.before]
+
+
+class APeer(ScriptedAgent):
+    """The prefix of an address with a peer, as at a point-to-point link, is that of the peer alone."""
+
+    def change(self):
+        self.values[first_of(self.values, "ipAddressPrefix")] = (OID, PREFIX + (5, 3, 1, 4, 198, 51, 100, 7, 32))
+        instance = first_of(self.values, "ipAddressPrefixOrigin")[len(oid("ipAddressPrefixOrigin")) :]
+        for name in [name for name in self.values if is_below(name, "ipAddressPrefixEntry")]:
+            if name[len(oid("ipAddressPrefixOrigin")) :] == instance:
+                self.values[name[: -len(instance)] + (3, 1, 4, 198, 51, 100, 7, 32)] = self.values[name]
 
 
 class Late(ScriptedAgent):
