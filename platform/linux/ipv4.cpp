@@ -89,12 +89,13 @@ bool Ipv4::addressAfter(std::uint32_t address, IpmibIpv4Address &row)
 
 bool Ipv4::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)
 {
-    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fillNeighbour(neighbours_.find(ipv4Neighbour(ifIndex, address)), row);
+    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fillNeighbour(neighbours_.ask(ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool Ipv4::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpv4Neighbour &row)
 {
-    return follows(IPMIB_FOLLOW_NEIGHBOURS) && fillNeighbour(neighbours_.after(ipv4Neighbour(ifIndex, address)), row);
+    return follows(IPMIB_FOLLOW_NEIGHBOURS) &&
+           fillNeighbour(neighbours_.askAfter(ipv4Neighbour(ifIndex, address)), row);
 }
 
 } // namespace ipmib::platform

@@ -154,7 +154,7 @@ void DumpQueue::begin()
         return;
     }
     saidCannotBegin_ = false;
-    if (!waiting_.front()->dumpBegins()) {
+    if (!waiting_.front()->beginDump()) {
         postponed_ = true;
         soon_.arm(0);
         return;
@@ -314,7 +314,7 @@ void DumpQueue::end(bool well)
     waiting_.pop_front();
     reading_ = false;
     attempt_ = 0;
-    mirror->dumpEnds(well);
+    mirror->endDump(well);
     begin();
 }
 

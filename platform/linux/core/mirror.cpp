@@ -193,7 +193,7 @@ void Mirror::readWhenCalm()
     }
 }
 
-bool Mirror::dumpBegins()
+bool Mirror::beginDump()
 {
     state_ = State::waiting; // also when it follows an interrupted one
     hear(true);
@@ -215,7 +215,7 @@ bool Mirror::dumpBegins()
     return true;
 }
 
-void Mirror::dumpEnds(bool well)
+void Mirror::endDump(bool well)
 {
     state_ = State::live;
     hear(true);

@@ -102,8 +102,8 @@ class Mirror
     void hear(bool on);
 
     // The queue's view of one dump. False when it has to be called once more, packets between.
-    bool dumpBegins();
-    void dumpEnds(bool well);
+    bool beginDump();
+    void endDump(bool well);
 
     KernelTable &table_;
     DumpQueue &dumps_;

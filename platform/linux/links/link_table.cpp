@@ -114,7 +114,7 @@ void LinkTable::put(Link link, Generation generation)
     if (known == nullptr) {
         rowsChangedMs_ = filled_ ? link.changedMs : 0;
         links_.put(link, generation);
-        tell(nullptr, &link);
+        callChanged(nullptr, &link);
         return;
     }
     const Link before = *known;
@@ -130,7 +130,7 @@ void LinkTable::reportLoss(const Link &gone)
     reportChange(gone, nullptr);
 }
 
-void LinkTable::tell(const Link *before, const Link *now) const
+void LinkTable::callChanged(const Link *before, const Link *now) const
 {
     if (changed_ && filled_) {
         changed_(before, now);
@@ -152,7 +152,7 @@ void LinkTable::reportChange(const Link &before, const Link *now)
     if (now != nullptr && (before.lower != now->lower || before.master != now->master)) {
         relationsChangedMs_ = monotonicMilliseconds();
     }
-    tell(&before, now);
+    callChanged(&before, now);
     const bool wasUp = (before.flags & IFF_UP) != 0;
     const bool isUp = now != nullptr && (now->flags & IFF_UP) != 0;
     if (down_ && (now == nullptr || (wasUp && !isUp))) {

@@ -34,7 +34,7 @@ struct Link {
 
     // What the table adds to the kernel's words.
     std::uint64_t changedMs; // of the monotonic clock, when it came into this operState; 0: before the start
-    std::uint64_t version;   // differs after each word of the kernel on this link
+    std::uint64_t version;   // differs after each message of the kernel on this link
 };
 
 class LinkTable : public KernelTable
@@ -43,7 +43,7 @@ class LinkTable : public KernelTable
     // Called when an interface has gone down or away, with what the kernel may not announce row by row.
     using Handler = std::function<void(std::uint32_t ifIndex)>;
     void onDown(Handler handler) { down_ = std::move(handler); }
-    // Called after each word of the kernel on a link with what was known of it before and what is now; null for one
+    // Called after each message of the kernel on a link with what was known of it before and what is now; null for one
     // that was not there, or is not any more. The first reading is not told.
     using ChangeHandler = std::function<void(const Link *before, const Link *now)>;
     void onChange(ChangeHandler handler) { changed_ = std::move(handler); }
@@ -80,7 +80,7 @@ class LinkTable : public KernelTable
     // Adds what the kernel does not say, from what was known of the link, if anything.
     void complete(Link &link, const Link *before);
     void reportChange(const Link &before, const Link *now);
-    void tell(const Link *before, const Link *now) const;
+    void callChanged(const Link *before, const Link *now) const;
     void put(Link link, Generation generation);
     void reportLoss(const Link &gone);
 

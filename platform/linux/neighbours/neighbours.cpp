@@ -35,7 +35,7 @@ std::string Neighbours::start(PlatformLoop &loop, int receiveBuffer)
 }
 
 // One that does not age is announced in full. For any other the kernel is asked: 3 us in a request for just this one.
-const Neighbour *Neighbours::find(const NeighbourKey &key)
+const Neighbour *Neighbours::ask(const NeighbourKey &key)
 {
     mirror_.readForPacket();
     const Neighbour *row = table_.find(key);
@@ -46,23 +46,23 @@ const Neighbour *Neighbours::find(const NeighbourKey &key)
     return table_.find(key);
 }
 
-const Neighbour *Neighbours::after(const NeighbourKey &key)
+const Neighbour *Neighbours::askAfter(const NeighbourKey &key)
 {
-    return next(key, &NeighbourTable::after);
+    return askNext(key, &NeighbourTable::after);
 }
 
-const Neighbour *Neighbours::afterGlobal(const NeighbourKey &key)
+const Neighbour *Neighbours::askAfterGlobal(const NeighbourKey &key)
 {
-    return next(key, &NeighbourTable::afterGlobal);
+    return askNext(key, &NeighbourTable::afterGlobal);
 }
 
-const Neighbour *Neighbours::afterLinkLocal(const NeighbourKey &key)
+const Neighbour *Neighbours::askAfterLinkLocal(const NeighbourKey &key)
 {
-    return next(key, &NeighbourTable::afterLinkLocal);
+    return askNext(key, &NeighbourTable::afterLinkLocal);
 }
 
-// Until the table has been read again, the kernel is asked for the rows that a walk comes upon, as in `find`.
-const Neighbour *Neighbours::next(const NeighbourKey &key, Step step)
+// Until the table has been read again, the kernel is asked for the rows that a walk comes upon, as in `ask`.
+const Neighbour *Neighbours::askNext(const NeighbourKey &key, Step step)
 {
     mirror_.readForPacket();
     catchUp();

@@ -20,10 +20,10 @@ class Neighbours
 
     // Null for none. Pointers are good until the next call. None of them reads the table: they ask the kernel for
     // single entries, at most `mostQuestions` between two readings of the table.
-    const Neighbour *find(const NeighbourKey &key);
-    const Neighbour *after(const NeighbourKey &key);
-    const Neighbour *afterGlobal(const NeighbourKey &key);
-    const Neighbour *afterLinkLocal(const NeighbourKey &key);
+    const Neighbour *ask(const NeighbourKey &key);
+    const Neighbour *askAfter(const NeighbourKey &key);
+    const Neighbour *askAfterGlobal(const NeighbourKey &key);
+    const Neighbour *askAfterLinkLocal(const NeighbourKey &key);
 
     const NeighbourTable &table() const { return table_; }
     const Mirror &mirror() const { return mirror_; }
@@ -36,7 +36,7 @@ class Neighbours
   private:
     using Step = const Neighbour *(NeighbourTable::*)(const NeighbourKey &) const;
 
-    const Neighbour *next(const NeighbourKey &key, Step step);
+    const Neighbour *askNext(const NeighbourKey &key, Step step);
     void catchUp();
     void check();
 

@@ -156,13 +156,13 @@ bool IpRows::fillNeighbour(const Neighbour *neighbour, IpmibIpNeighbour &row) co
 bool IpRows::findNeighbour(std::uint32_t ifIndex, std::uint32_t address, IpmibIpNeighbour &row)
 {
     return platform_.ipv4().follows(IPMIB_FOLLOW_NEIGHBOURS) &&
-           fillNeighbour(platform_.ipv4().neighbours().find(ipv4Neighbour(ifIndex, address)), row);
+           fillNeighbour(platform_.ipv4().neighbours().ask(ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool IpRows::neighbourAfter(std::uint32_t ifIndex, std::uint32_t address, IpmibIpNeighbour &row)
 {
     return platform_.ipv4().follows(IPMIB_FOLLOW_NEIGHBOURS) &&
-           fillNeighbour(platform_.ipv4().neighbours().after(ipv4Neighbour(ifIndex, address)), row);
+           fillNeighbour(platform_.ipv4().neighbours().askAfter(ipv4Neighbour(ifIndex, address)), row);
 }
 
 bool IpRows::findRouter(std::uint32_t address, std::uint32_t ifIndex, IpmibIpRouter &row)

@@ -19,7 +19,7 @@ uint32_t ND_GetNetToPhysicalTable(uint32_t if_index, const uint8_t *address, Nei
 {
     LinuxPlatform *platform = running();
     const Neighbour *row =
-        platform == nullptr ? nullptr : platform->neighbours().find(NeighbourKey::of(if_index, address));
+        platform == nullptr ? nullptr : platform->neighbours().ask(NeighbourKey::of(if_index, address));
     if (row == nullptr) {
         return notFound;
     }
@@ -35,7 +35,8 @@ uint32_t ND_GetNextNetToPhysicalTable(uint32_t mode, NeighbourEntry *entry)
     }
     const NeighbourKey key = NeighbourKey::of(ipmib_be32_get(entry->if_index), entry->address);
     Neighbours &neighbours = platform->neighbours();
-    const Neighbour *row = mode == neighboursGlobal ? neighbours.afterGlobal(key) : neighbours.afterLinkLocal(key);
+    const Neighbour *row =
+        mode == neighboursGlobal ? neighbours.askAfterGlobal(key) : neighbours.askAfterLinkLocal(key);
     if (row == nullptr) {
         return noMore;
     }
