@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Addresses: the list of those outside fe80::/10, the link-local one of each interface, and the prefix of each.
+// Addresses: the list of those outside fe80::/10, and the prefix of each.
+#include "address_record.h"
 #include "chapters.h"
 #include "judge.h"
 #include "listing.h"
@@ -25,30 +26,6 @@ std::string prefixText(const std::uint8_t *prefix, std::uint32_t length)
     return addressText(prefix) + "/" + std::to_string(length);
 }
 
-std::string addressWithLength(const FullAddressRecord &record)
-{
-    return prefixText(record.address, record.prefix_length);
-}
-
-// What holds for global and for link-local ones.
-void lookAtRecord(Probe &probe, const std::string &call, const FullAddressRecord &record)
-{
-    Judge judge(probe, call, addressWithLength(record));
-    judge.field(
-        Promise::addressLead, "lead", record.lead, [](std::uint32_t value) { return value == 0; }, "0");
-    judge.code(Promise::addressCodes, "origin", record.origin);
-    judge.code(Promise::addressCodes, "flags", record.flags);
-    judge.code(Promise::addressCodes, "state", record.state);
-    const std::uint32_t now = probe.secondsSinceBoot();
-    judge.time(Promise::addressTimes, "created_s", record.created_s, now);
-    judge.time(Promise::addressTimes, "last_changed_s", record.last_changed_s, now);
-    if (record.last_changed_s < record.created_s && record.created_s <= now + 1) {
-        probe.broken(Promise::addressTimes, call,
-                     addressWithLength(record) + ": last_changed_s is " + std::to_string(record.last_changed_s) +
-                         ", before created_s, " + std::to_string(record.created_s));
-    }
-}
-
 void look(Probe &probe, const FullAddressRecord &record)
 {
     const std::string call = "IP6Mib_GetNextAddrInVrf";
@@ -62,7 +39,7 @@ void look(Probe &probe, const FullAddressRecord &record)
     judge.field(
         Promise::addressLength, "prefix_length", record.prefix_length, [](std::uint32_t value) { return value <= 128; },
         "0 to 128");
-    lookAtRecord(probe, call, record);
+    lookAtAddress(probe, call, record);
 }
 
 FoundRow rowOf(bool succeeded, const FullAddressRecord &record)
@@ -150,66 +127,6 @@ void checkPrefix(Probe &probe, const FullAddressRecord &record, const PrefixesBy
                                            ": it is not listed, or it is out of order and stands behind that"));
 }
 
-void checkLinkLocal(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord &record)
-{
-    const std::string call = callText("IP6Mib_GetLinkLocalFullAddr", ifIndex);
-    if (!isLinkLocal(record.address)) {
-        std::uint8_t other[16];
-        for (std::size_t i = 0; i < sizeof other; ++i) {
-            other[i] = record.address[i / 4 * 4 + 3 - i % 4];
-        }
-        probe.broken(Promise::linkLocalAddress, call,
-                     "it answers " + addressWithLength(record) + " of interface " + std::to_string(record.if_index) +
-                         (isLinkLocal(other) ? ": with the bytes of each word turned round it is " +
-                                                   addressText(other) + ", the right one in the wrong byte order"
-                                             : ""));
-    }
-    Judge judge(probe, call, addressWithLength(record));
-    judge.field(
-        Promise::linkLocalAddress, "if_index", record.if_index,
-        [ifIndex](std::uint32_t value) { return value == ifIndex; },
-        "the interface asked for, " + std::to_string(ifIndex));
-    judge.field(
-        Promise::linkLocalLength, "prefix_length", record.prefix_length,
-        [](std::uint32_t value) { return value == 10; }, "10");
-    judge.linkLocal(record.address, ifIndex);
-    lookAtRecord(probe, call, record);
-    probe.row("address", itemsOf(record));
-}
-
-bool isInUse(const FullAddressRecord &record)
-{
-    constexpr std::uint32_t tentative = 64;
-    constexpr std::uint32_t duplicate = 128;
-    return record.state != tentative && record.state != duplicate;
-}
-
-// Whether there is a link-local address is known by two services more. One that is not in use yet may have a row.
-void checkThatThereIsOne(Probe &probe, std::uint32_t ifIndex, const FullAddressRecord *record)
-{
-    const bool hasRow = probe.hasLinkLocalRow(ifIndex);
-    if (record == nullptr) {
-        if (hasRow) {
-            probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex),
-                         "it succeeds, and there is no link-local address");
-        }
-        return; // an interface may be in use without one
-    }
-    const std::string seen = "it fails, and " + addressText(record->address) + " is there";
-    if (isInUse(*record) && !hasRow) {
-        probe.broken(Promise::linkLocalRow, callText("IP6Addr_GetLinkLocalAddr", ifIndex), seen);
-    }
-    FullAddressRecord later;
-    if (isInUse(*record) != probe.hasMainLinkLocal(ifIndex) && probe.linkLocal(ifIndex, later) &&
-        isInUse(later) == isInUse(*record)) { // it has not just come into use
-        probe.broken(Promise::mainLinkLocal, callText("IP6ADDR_DRVK_GetMainLLA", ifIndex),
-                     isInUse(*record)
-                         ? seen
-                         : "it succeeds, and " + addressText(record->address) + " is there with a state of " +
-                               std::to_string(record->state) + ": not in use");
-    }
-}
-
 void checkAbsent(Probe &probe, const Listing &listing)
 {
     constexpr std::uint8_t nobody[16] = {0x20, 0x01, 0x0D, 0xB8, 0xFF, 0xFF, 0xFF, 0xFF,
@@ -288,22 +205,7 @@ void checkAddresses(Probe &probe, host::Resolver &)
     for (const ListedRow &row : rows) {
         probe.row("address", listing.items(row));
     }
-    std::size_t linkLocal = 0;
-    for (std::size_t place = 0; place < interfaces.size(); ++place) {
-        const std::uint32_t ifIndex = interfaces[place];
-        FullAddressRecord record;
-        const bool found = probe.linkLocal(ifIndex, record);
-        checkThatThereIsOne(probe, ifIndex, found ? &record : nullptr);
-        if (!found) {
-            continue;
-        }
-        ++linkLocal;
-        checkLinkLocal(probe, ifIndex, record);
-        probe.expectSteady(
-            "IP6Mib_GetLinkLocalFullAddr", "interface " + std::to_string(ifIndex),
-            [&] { probe.linkLocal(interfaces[(place + 1) % interfaces.size()], record); },
-            [&] { return probe.linkLocal(ifIndex, record) ? itemsOf(record) : Items(); });
-    }
+    const std::size_t linkLocal = checkLinkLocalAddresses(probe, interfaces);
     probe.fact("addresses: " + std::to_string(rows.size()) + ", link-local ones: " + std::to_string(linkLocal));
 }
 
