@@ -14,6 +14,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 option(IPMIB_BUILD_TESTS "Build the tests" ON)
 option(IPMIB_BUILD_BENCH "Build the benchmarks" ON)
 option(IPMIB_WERROR "Treat warnings as errors" ON)
+option(IPMIB_COMMANDS_FOR_CLANG "Compile commands are read by clang's tools: none of GCC's own options" OFF)
 option(IPMIB_DEVICE_ONLY "Build only what runs on any machine: no Linux platform, no SNMP front end" ${CMAKE_CROSSCOMPILING})
 set(IPMIB_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,undefined")
 
@@ -35,7 +36,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   # When it optimises, GCC 12 sees overlapping copies inside std::string's own operator+.
   target_compile_options(ipmib_options INTERFACE -Wno-restrict)
 endif()
-if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i.86)$")
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT IPMIB_COMMANDS_FOR_CLANG AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i.86)$")
   # Left to itself, GCC clears and copies records by `rep stos` and `rep movs`, and to begin one takes longer than all else
   # that a step of a walk over interfaces does. Where size counts (-Os) this changes nothing.
   set(in_place "vector_loop:256:noalign,libcall:-1:noalign")

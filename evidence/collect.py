@@ -10,6 +10,8 @@ fails stands as failed in the index, and the run fails. Parts that are not asked
 import datetime
 import hashlib
 import json
+import platform
+import re
 import subprocess
 import sys
 import time
@@ -19,7 +21,7 @@ ROOT = Path(__file__).resolve().parents[1]
 # Target, document, and what it shows.
 PARTS = {
     'sbom': ('sbom.spdx', 'every source file with its hash, copyright and licence (SPDX, by reuse)'),
-    'dependencies': ('dependencies.txt', "the Debian packages that it is built from and runs with, in this machine's versions"),
+    'dependencies': ('dependencies.txt', "the Debian packages that it is built from and runs with: this machine's versions, and their licences"),
     'traceability': ('traceability.md', 'each object of the tree and of own tables: its line of the catalogue, its handler, its tests'),
     'abi': ('abi.txt', 'the binary interface of the plug-in and of what it needs, beside the stored one'),
     'coverage': ('coverage.txt', "lines and branches of the module that its tests run"),
@@ -33,6 +35,10 @@ PARTS = {
 
 def output(*command):
     return subprocess.run(command, cwd=ROOT, capture_output=True, text=True, check=True).stdout.strip()
+
+
+def version():
+    return re.search(r'project\(ipmib VERSION (\S+)', (ROOT / 'CMakeLists.txt').read_text()).group(1)
 
 
 def make(part, folder):
@@ -62,6 +68,11 @@ def index(runs, folder):
         else:
             yield f'| {document} | {shows} | `make {part}` | not run | | | | |'
     yield ''
+    commits = sorted({run['commit'] for run in runs.values()})
+    if len(commits) > 1 or any(commit.endswith('-dirty') for commit in commits):
+        yield f'**These are not documents of one commit:** {", ".join(commits)} (dirty: with changes that are in none).\n'
+    yield f'- ipmib: {version()}'
+    yield f'- machine: {platform.freedesktop_os_release()["PRETTY_NAME"]}, {platform.machine()}'
     for tool in ('gcc', 'clang', 'cmake', 'reuse'):
         yield f'- {tool}: {output(tool, "--version").splitlines()[0]}'
 

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: BSD-3-Clause
 # Installs the Debian packages of the named sections of dependencies.txt that are missing, or says which they are.
-# With --versions first it only prints them, with their versions and those of their sources.
+# With --versions first it only prints them: with their versions, those of their sources, and the licence of most of each.
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
@@ -12,9 +12,19 @@ wanted() {
     done
 }
 
+# Of the files that the package's copyright names no others for.
+licence_of() {
+    found=$(awk 'BEGIN { RS = "" } /(^|\n)Files: *\*/' "/usr/share/doc/$1/copyright" | sed -n 's/^License: *//p' | head -n 1)
+    echo "${found:-see /usr/share/doc/$1/copyright}"
+}
+
 if [ "$1" = --versions ]; then
     shift
-    wanted "$@" | sort -u | xargs dpkg-query -W -f '${Package} ${Version} (source ${source:Package} ${source:Version})\n'
+    wanted "$@" | sort -u |
+        xargs dpkg-query -W -f '${Package} ${Version} (source ${source:Package} ${source:Version})\n' |
+        while read -r package rest; do
+            echo "$package $rest: $(licence_of "$package")"
+        done
     exit
 fi
 
