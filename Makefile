@@ -43,9 +43,9 @@ sources = find $(wildcard agent bench cli examples fuzz host include module plat
 # Those that tests/docs compares.
 transcripts = docs/agentcheck.md docs/ipmibctl.md docs/porting.md docs/simulated-device.md tests/cli/mistakes.md
 
-# The precompiled headers and the own options of one compiler are no good to another.
+# The precompiled headers and the own options of one compiler are no good to another, and each source is looked at alone.
 configure_lint = cmake --preset release -B build-lint -DIPMIB_BUILD_TESTS=ON -DIPMIB_BUILD_BENCH=ON \
-    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DIPMIB_COMMANDS_FOR_CLANG=ON >&2
+    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DIPMIB_COMMANDS_FOR_CLANG=ON -DIPMIB_UNITY=OFF >&2
 
 build:
 	@packaging/install_dependencies.sh run build

@@ -62,6 +62,23 @@ if(NOT IPMIB_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
   add_compile_options($<$<AND:$<CONFIG:RelWithDebInfo>,$<CXX_COMPILER_ID:GNU>>:-fno-var-tracking-assignments>)
 endif()
 
+# Sources of a target read the same headers and need the same templates: several compiled as one take half the processor time
+# of each alone. Sources still stand alone, and every other build compiles them so.
+option(IPMIB_UNITY "Compile sources of a target several at a time: less time for all, more after a change of one" OFF)
+# ipmib_unite(TARGET [ALONE SOURCES...]): ALONE have names in their anonymous namespaces that others have, too.
+function(ipmib_unite target)
+  cmake_parse_arguments(arg "" "" "ALONE" ${ARGN})
+  if(NOT IPMIB_UNITY)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  set_source_files_properties(${arg_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # It warns of anonymous namespaces in what is included, as headers are.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
+endfunction()
+
 # The contract: headers alone.
 add_library(ipmib_contract INTERFACE)
 target_include_directories(ipmib_contract INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)

@@ -51,13 +51,13 @@ function(ipmib_test_library target)
   endif()
 endfunction()
 
-# ipmib_test(NAME SOURCES... [LIBS...] [COST N] [JSON]): one GoogleTest program, each of its cases a ctest of its own. Those
+# ipmib_test(NAME SOURCES... [ALONE...] [LIBS...] [COST N] [JSON]): one GoogleTest program, each of its cases a ctest of its own. Those
 # that take long have a COST, some of their seconds, and begin first. JSON: most of its sources read the JSON library, and
-# ipmib_netns is one of its libraries.
+# ipmib_netns is one of its libraries. ALONE: sources as those of ipmib_unite.
 # With IPMIB_TEST_PROGRAMS, where a start is dear (sanitizers, emulation), the program is one ctest, and what became of each
 # case stands in cases/NAME.xml, for tests/cases.py.
 function(ipmib_test name)
-  cmake_parse_arguments(arg "JSON" "COST" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(arg "JSON" "COST" "SOURCES;ALONE;LIBS" ${ARGN})
   set(cost ${arg_COST})
   if(NOT cost)
     set(cost 0)
@@ -65,7 +65,8 @@ function(ipmib_test name)
   if(NOT IPMIB_BUILD_TESTS)
     return()
   endif()
-  add_executable(${name} ${arg_SOURCES})
+  add_executable(${name} ${arg_SOURCES} ${arg_ALONE})
+  ipmib_unite(${name} ALONE ${arg_ALONE})
   target_link_libraries(${name} PRIVATE ipmib_test_options ipmib_contract ${arg_LIBS} GTest::gtest GTest::gtest_main)
   if(arg_JSON)
     target_precompile_headers(${name} REUSE_FROM ipmib_json_test_headers)
