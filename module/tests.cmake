@@ -5,22 +5,20 @@ ipmib_test(
   module_test
   SOURCES
   addr/ip_address_next_test.cpp
+  addr/ip_address_prefix_next_test.cpp
+  addr/ip_address_prefix_test.cpp
   addr/ip_address_test.cpp
   addr/ip_default_router_test.cpp
+  addr/prefix_pointer_model_test.cpp
+  addr/prefix_pointer_test.cpp
+  frame/dispatcher_test.cpp
   frame/lifecycle_test.cpp
+  frame/walk_test.cpp
   mibtree/catalogue_test.cpp
   mibtree/link_invariants_test.cpp
   mibtree/record_invariants_test.cpp
   mibtree/tree_objects_test.cpp
   mibtree/tree_test.cpp
-  ALONE
-  addr/ip_address_prefix_next_test.cpp
-  addr/ip_address_prefix_test.cpp
-  addr/prefix_pointer_model_test.cpp
-  addr/prefix_pointer_test.cpp
-  frame/dispatcher_test.cpp
-  frame/walk_test.cpp
-  mibtree/tree_walk_test.cpp
   nd_icmp/icmp_msg_stats_test.cpp
   nd_icmp/icmp_stats_test.cpp
   nd_icmp/ip_net_to_physical_next_test.cpp
@@ -30,6 +28,8 @@ ipmib_test(
   stats/ip_system_stats_test.cpp
   stats/ipv6_interface_test.cpp
   stats/ipv6_scalars_test.cpp
+  ALONE
+  mibtree/tree_walk_test.cpp
   LIBS
   ipmib_module_objects
   ipmib_scripted)

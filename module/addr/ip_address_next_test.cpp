@@ -4,9 +4,8 @@
 
 #include <algorithm>
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_address;
-
+namespace ipmib::scripted::ip_address
+{
 namespace
 {
 
@@ -153,3 +152,4 @@ TEST_F(IpAddress, AnEmptyIndexPartIsPresent)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_address

@@ -4,9 +4,8 @@
 
 #include <algorithm>
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_address_prefix;
-
+namespace ipmib::scripted::ip_address_prefix
+{
 namespace
 {
 
@@ -188,3 +187,4 @@ TEST_F(IpAddressPrefix, EmptyIndexPartsCountAsAbsent)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_address_prefix

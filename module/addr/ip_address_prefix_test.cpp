@@ -2,9 +2,8 @@
 // ipAddressPrefixTable: the prefixes of each selected interface, then its link-local prefix.
 #include "ip_address_prefix_test.h"
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_address_prefix;
-
+namespace ipmib::scripted::ip_address_prefix
+{
 namespace
 {
 
@@ -246,3 +245,4 @@ TEST_F(IpAddressPrefix, AForeignParameterEndsTheWalkAtItsPlace)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_address_prefix

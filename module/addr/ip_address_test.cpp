@@ -2,9 +2,8 @@
 // ipAddressTable: the global addresses, then the link-local ones of the selected interfaces.
 #include "ip_address_test.h"
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_address;
-
+namespace ipmib::scripted::ip_address
+{
 namespace
 {
 
@@ -244,3 +243,4 @@ TEST_F(IpAddress, AForeignParameterEndsTheWalkAtItsPlace)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_address

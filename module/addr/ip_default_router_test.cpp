@@ -3,8 +3,8 @@
 // id.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::ip_default_router
+{
 namespace
 {
 
@@ -313,3 +313,4 @@ TEST_F(IpDefaultRouter, IndexParametersBehindAForeignIdForgiveItToo)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_default_router

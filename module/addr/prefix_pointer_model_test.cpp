@@ -8,8 +8,9 @@
 #include <cstdlib>
 #include <random>
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_address;
+namespace ipmib::scripted::prefix_pointer_model
+{
+using namespace ip_address;
 
 namespace
 {
@@ -295,3 +296,4 @@ TEST(PrefixPointerModel, OnAnyDeviceTheReplyIsThatOfAWalkOfTheWholeTable)
 }
 
 } // namespace
+} // namespace ipmib::scripted::prefix_pointer_model

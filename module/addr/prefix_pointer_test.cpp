@@ -4,8 +4,9 @@
 
 #include <algorithm>
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_address;
+namespace ipmib::scripted::prefix_pointer
+{
+using namespace ip_address;
 
 namespace
 {
@@ -167,3 +168,4 @@ TEST_F(PrefixPointer, DoesNotStopWhenTheInterfaceIsPassed)
 }
 
 } // namespace
+} // namespace ipmib::scripted::prefix_pointer

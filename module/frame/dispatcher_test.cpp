@@ -2,8 +2,8 @@
 // What every request meets before its table: the table id, the operation type, the IPv6 service.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::dispatcher
+{
 namespace
 {
 
@@ -87,3 +87,4 @@ TEST_P(CheckedTable, WithoutTheIpv6ServiceNothingIsLookedUp)
 }
 
 } // namespace
+} // namespace ipmib::scripted::dispatcher

@@ -2,8 +2,8 @@
 // Registration by hand: the four functions that the load and unload hooks run.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::lifecycle
+{
 namespace
 {
 
@@ -59,3 +59,4 @@ TEST_F(Lifecycle, TheCallbackIsUnboundByTheModuleId)
 }
 
 } // namespace
+} // namespace ipmib::scripted::lifecycle

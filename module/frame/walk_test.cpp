@@ -2,8 +2,8 @@
 // The walk over a request's parameters that the tables share, shown on the smallest of them.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::walk
+{
 namespace
 {
 
@@ -96,3 +96,4 @@ TEST_F(Walk, KeepsNothingBetweenRequests)
 }
 
 } // namespace
+} // namespace ipmib::scripted::walk

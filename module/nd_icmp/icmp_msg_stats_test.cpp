@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::icmp_msg_stats
+{
 namespace
 {
 
@@ -246,3 +246,4 @@ TEST_F(IcmpMsgStats, ProcGatesTheOperationAndGetAnswers)
 }
 
 } // namespace
+} // namespace ipmib::scripted::icmp_msg_stats

@@ -2,8 +2,8 @@
 // icmpStatsTable: one row, IP version 2.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::icmp_stats
+{
 namespace
 {
 
@@ -144,3 +144,4 @@ TEST_F(IcmpStats, ProcGatesTheOperationAndGetAnswers)
 }
 
 } // namespace
+} // namespace ipmib::scripted::icmp_stats

@@ -2,9 +2,8 @@
 // ipNetToPhysicalTable: what follows a key, and how a request spells one.
 #include "ip_net_to_physical_test.h"
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_net_to_physical;
-
+namespace ipmib::scripted::ip_net_to_physical
+{
 namespace
 {
 
@@ -136,3 +135,4 @@ TEST_F(IpNetToPhysical, OnlyTheAddressesLengthIsLookedAt)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_net_to_physical

@@ -2,9 +2,8 @@
 // ipNetToPhysicalTable: the IPv6 neighbours, interface by interface, global addresses before link-local ones.
 #include "ip_net_to_physical_test.h"
 
-using namespace ipmib::scripted;
-using namespace ipmib::scripted::ip_net_to_physical;
-
+namespace ipmib::scripted::ip_net_to_physical
+{
 namespace
 {
 
@@ -210,3 +209,4 @@ TEST_F(IpNetToPhysical, ProcGatesTheOperationAndGetAnswers)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_net_to_physical

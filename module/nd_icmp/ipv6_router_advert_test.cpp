@@ -2,8 +2,8 @@
 // ipv6RouterAdvertTable: the router advertisement settings of the selected interfaces.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::ipv6_router_advert
+{
 namespace
 {
 
@@ -234,3 +234,4 @@ TEST_F(Ipv6RouterAdvert, ProcChecksTheServiceAndGetDoesNot)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ipv6_router_advert

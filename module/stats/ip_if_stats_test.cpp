@@ -4,8 +4,8 @@
 
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::ip_if_stats
+{
 namespace
 {
 
@@ -267,3 +267,4 @@ TEST_F(IpIfStats, AForeignParameterEndsTheWalkAtItsPlace)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_if_stats

@@ -4,8 +4,8 @@
 
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::ip_system_stats
+{
 namespace
 {
 
@@ -148,3 +148,4 @@ TEST_F(IpSystemStats, AForeignParameterEndsTheWalkAtItsPlace)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ip_system_stats

@@ -2,8 +2,8 @@
 // ipv6InterfaceTable: the interfaces that have an IPv6 identifier.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::ipv6_interface
+{
 namespace
 {
 
@@ -144,3 +144,4 @@ TEST_F(Ipv6Interface, AForeignParameterEndsTheWalkAtItsPlace)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ipv6_interface

@@ -2,8 +2,8 @@
 // ipv6IpForwarding and ipv6IpDefaultHopLimit.
 #include <scripted/module_test.h>
 
-using namespace ipmib::scripted;
-
+namespace ipmib::scripted::ipv6_scalars
+{
 namespace
 {
 
@@ -60,3 +60,4 @@ TEST_F(Ipv6Scalars, AForeignParameterEndsTheWalkAtItsPlace)
 }
 
 } // namespace
+} // namespace ipmib::scripted::ipv6_scalars
