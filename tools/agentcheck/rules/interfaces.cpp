@@ -67,7 +67,7 @@ std::set<std::uint32_t> interfacesOf(const host::Object &object, const Name &nam
     return found;
 }
 
-void checkRows(Check &check, const Region &region, const Walk &walk, std::set<std::uint32_t> known)
+void checkRows(Check &check, const Region &region, const Walk &walk, const std::set<std::uint32_t> &known)
 {
     std::set<std::uint32_t> told; // of each that is unknown a table is told of once
     for (const auto &[name, value] : walk.values) {
@@ -75,7 +75,7 @@ void checkRows(Check &check, const Region &region, const Walk &walk, std::set<st
             if (known.contains(ifIndex) || !told.insert(ifIndex).second) {
                 continue;
             }
-            doubt(check, name, [=, &check]() -> std::optional<Fault> {
+            doubt(check, name, [=, name = name, &check]() -> std::optional<Fault> {
                 const auto still = check.now(name);
                 const bool speaks = still && interfacesOf(*region.objectOf(name), name, *still).contains(ifIndex);
                 if (!speaks || hasRow(check, "ifTable", ifIndex)) {

@@ -49,7 +49,7 @@ void checkRelations(Check &check)
                 continue;
             }
             const Name other = extended(nameOf(second), instanceOf(name, first));
-            doubt(check, name, [=, &check]() -> std::optional<Fault> {
+            doubt(check, name, [=, name = name, &check]() -> std::optional<Fault> {
                 const auto found = check.exchange.get({name, other});
                 if (!found[0] || !found[1] || found[0]->value.tag != tagOf(*first.node) ||
                     found[1]->value.tag != tagOf(*second.node) ||

@@ -77,7 +77,7 @@ void checkZones(Check &check)
             }
             const host::OidView instance = instanceOf(name, column);
             if (rows.emplace(instance.begin(), instance.end()).second) {
-                doubt(check, name, [=, &check, &column = column] { return faultOf(check, column, name); });
+                doubt(check, name, [&check, &column, name = name] { return faultOf(check, column, name); });
             }
         }
     }
