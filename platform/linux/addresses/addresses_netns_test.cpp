@@ -302,10 +302,10 @@ TEST(AddressesNetns, anycastAddressesOfARouterComeAndGo)
     IPMIB_NEEDS_NAMESPACES();
     const Namespace space;
     space.run("ip link add v0 type veth peer name v1; ip link set v0 up; ip link set v1 up");
-    space.run("ip addr add 2001:db8:1::1/64 dev v0 nodad; ip addr add 2001:db8:2::1/48 dev v0 nodad");
     Settings settings;
     settings.routerAnycast = true;
     PlatformInside platform(space, settings);
+    space.run("ip addr add 2001:db8:1::1/64 dev v0 nodad; ip addr add 2001:db8:2::1/48 dev v0 nodad");
     const auto anycast = [&] {
         std::map<std::string, std::uint32_t> found;
         platform->beginPacket();
@@ -318,7 +318,9 @@ TEST(AddressesNetns, anycastAddressesOfARouterComeAndGo)
         }
         return found;
     };
-    EXPECT_TRUE(platform.waitUntil([&] { // the kernel counts an address twice that settles while it becomes a router
+    // The kernel counts the anycast address of one that settles while it becomes a router twice, and so does not give
+    // it up. It announces an address when that has settled; a reading has it before.
+    EXPECT_TRUE(platform.waitUntil([&] {
         platform->beginPacket();
         return walkAddresses().size() == 3;
     }));
