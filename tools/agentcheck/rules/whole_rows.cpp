@@ -3,6 +3,7 @@
 // what is not counted for one interface may be for another.
 #include "rules.h"
 
+#include <map>
 #include <set>
 
 namespace ipmib::agentcheck
@@ -16,42 +17,34 @@ constexpr const char *wholeTables[] = {
     "inetCidrRouteTable",   "tcpConnectionTable",    "tcpListenerTable",
 };
 
-using Instances = std::set<Name, Ascending>;
-
-// The instances of each column that has any.
-std::map<const host::Object *, Instances> columnsOf(const Region &region, const Walk &walk)
+void checkTable(Check &check, const Region &region, const Walk &walk)
 {
-    std::map<const host::Object *, Instances> columns;
+    std::map<const host::Object *, std::set<Name, Ascending>> columns; // the rows of each that has any
+    std::map<Name, const host::Object *, Ascending> rows;              // and of all, with the first column of each
     for (const auto &[name, value] : walk.values) {
         const host::Object *const column = region.objectOf(name);
         if (column->node->ulAccess == MIB_ACCESS_NOT_ACCESSIBLE) {
             continue; // wrong to be there at all
         }
         const host::OidView instance = instanceOf(name, *column);
-        columns[column].emplace(instance.begin(), instance.end());
+        const Name row(instance.begin(), instance.end());
+        columns[column].insert(row);
+        rows.emplace(row, column);
     }
-    return columns;
-}
-
-void checkTable(Check &check, const Region &region, const Walk &walk)
-{
-    const auto columns = columnsOf(region, walk);
     for (const auto &[column, instances] : columns) {
-        for (const auto &[other, others] : columns) {
-            for (const Name &row : others) {
-                if (instances.contains(row)) {
-                    continue;
-                }
-                const Name missing = extended(nameOf(*column), row);
-                const Name there = extended(nameOf(*other), row);
-                doubt(check, missing, [=, &check]() -> std::optional<Fault> {
-                    const auto found = check.exchange.get({missing, there});
-                    if (!found[0] || !found[1] || !found[0]->value.isException() || found[1]->value.isException()) {
-                        return std::nullopt;
-                    }
-                    return Fault{Rule::wholeRows, "is not there, and " + check.objects.text(there) + " is"};
-                });
+        for (const auto &[row, first] : rows) {
+            if (instances.contains(row)) {
+                continue;
             }
+            const Name missing = extended(nameOf(*column), row);
+            const Name there = extended(nameOf(*first), row);
+            doubt(check, missing, [=, &check]() -> std::optional<Fault> {
+                const auto found = check.exchange.get({missing, there});
+                if (!found[0] || !found[1] || !found[0]->value.isException() || found[1]->value.isException()) {
+                    return std::nullopt;
+                }
+                return Fault{Rule::wholeRows, "is not there, and " + check.objects.text(there) + " is"};
+            });
         }
     }
 }
