@@ -16,7 +16,7 @@ constexpr const char *wordOf(bool isNext)
 
 } // namespace
 
-// Whether an agent that has not answered one question answers another.
+// Whether an agent that has not answered one question answers another; and what holds for all answers.
 Answer Exchange::still(Answer answer, const Name &name)
 {
     constexpr int most = 20; // each takes the time of all retries
@@ -28,6 +28,10 @@ Answer Exchange::still(Answer answer, const Name &name)
         if (++unanswered_ == most) {
             throw NoAnswer(ClientSession::agent() + " leaves too much unanswered to go on");
         }
+    }
+    if (answer.isThere && answer.error == noError && answer.errorIndex != 0) {
+        report_.broken(Rule::answered, name,
+                       "the error's place is " + std::to_string(answer.errorIndex) + ", where there is no error");
     }
     return answer;
 }

@@ -11,6 +11,7 @@ import unittest
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "..", "tests", "collectors"))
 import faults  # noqa: E402
 from agent import Agent, patience  # noqa: E402
+from faults import no_faults  # noqa: E402
 from scripted_agent import ScriptedAgent  # noqa: E402
 from snmp import INTEGER, record  # noqa: E402
 
@@ -57,20 +58,20 @@ class Agentcheck(unittest.TestCase):
         self.assertEqual(set(rules), {rule for _, _, rule, _, _ in faults.FAULTS})
 
     def test_late_and_repeated_answers_are_no_fault(self):
-        for kind in (faults.Twice, faults.Late):
+        for kind in (no_faults.Twice, no_faults.Late):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
                 self.assertEqual(check(agent, "--tables=ipAddressTable", seconds="0.2", retries="20")[1]["findings"], [])
 
     def test_a_peer_is_no_fault(self):
-        with faults.APeer(values, columns) as agent:
+        with no_faults.APeer(values, columns) as agent:
             self.assertEqual(check(agent, "--tables=ipAddressTable,ipAddressPrefixTable")[1]["findings"], [])
 
     def test_what_fits_together_later_is_no_fault(self):
-        with faults.RemembersOneTableLonger(values, columns) as agent:
+        with no_faults.RemembersOneTableLonger(values, columns) as agent:
             self.assertEqual(check(agent, "--tables=interfaces,ifTable", "--settle=0.5")[1]["findings"], [])
 
     def test_an_agent_that_falls_silent_is_told_of(self):
-        for kind in (faults.Silence, faults.Chatter):
+        for kind in (no_faults.Silence, no_faults.Chatter):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
                 status, found, errors = check(agent, retries="2")
                 self.assertEqual(status, 3)
@@ -78,7 +79,7 @@ class Agentcheck(unittest.TestCase):
                 self.assertEqual([finding["rule"] for finding in found["findings"]], ["answered"])
 
     def test_where_there_is_no_agent_there_are_no_findings(self):
-        for kind in (faults.FromTheBeginning, faults.Rubbish):
+        for kind in (no_faults.FromTheBeginning, no_faults.Rubbish):
             with self.subTest(kind.__name__), kind(values, columns) as agent:
                 status, found, errors = check(agent, retries="2")
                 self.assertEqual((status, found["findings"]), (3, []))
