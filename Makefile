@@ -66,6 +66,7 @@ test-all: test
 	@packaging/install_dependencies.sh test-all
 	cmake --preset release -DIPMIB_BUILD_BENCH=ON
 	cmake --build --preset release
+	ctest --preset release-rest
 	cmake --preset asan
 	cmake --build --preset asan
 	ctest --preset asan
