@@ -23,9 +23,6 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr std::uint32_t addressSize = 16;
-constexpr std::uint32_t zonedSize = 20;
-
 [[noreturn]] void refuse(const std::string &text, const std::string &why)
 {
     throw host::UsageError(text + ": " + why);
@@ -118,11 +115,11 @@ bool readAddressPart(LocalDevice &device, const std::string &text, std::size_t p
         return readLinkLayerPart(text, part, key);
     }
     const bool zoned = percent != std::string::npos;
-    const auto octets = key.resizeOctets(part, zoned ? zonedSize : addressSize);
-    std::memcpy(octets.data(), &address, addressSize);
+    const auto octets = key.resizeOctets(part, zoned ? sizeof address + sizeof(IpmibBe32) : sizeof address);
+    std::memcpy(octets.data(), &address, sizeof address);
     if (zoned) {
         const IpmibBe32 zone = ipmib_be32(device.interfaceIndex(text.substr(percent + 1)));
-        std::memcpy(octets.data() + addressSize, &zone, sizeof zone);
+        std::memcpy(octets.data() + sizeof address, &zone, sizeof zone);
     }
     return true;
 }

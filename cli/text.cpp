@@ -18,9 +18,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr std::size_t ipv4Size = 4;
-constexpr std::size_t addressSize = 16;
-constexpr std::size_t zonedSize = 20;
+constexpr std::size_t zonedAddressSize = sizeof(in6_addr) + sizeof(IpmibBe32);
 
 template <class... Arguments>
 std::string format(const char *pattern, Arguments... arguments)
@@ -35,24 +33,24 @@ std::string format(const char *pattern, Arguments... arguments)
 std::string addressText(const LocalDevice &device, std::span<const std::uint8_t> octets)
 {
     char text[INET6_ADDRSTRLEN];
-    if (octets.size() == ipv4Size && inet_ntop(AF_INET, octets.data(), text, sizeof text) != nullptr) {
+    if (octets.size() == sizeof(in_addr) && inet_ntop(AF_INET, octets.data(), text, sizeof text) != nullptr) {
         return text;
     }
-    if ((octets.size() != addressSize && octets.size() != zonedSize) ||
+    if ((octets.size() != sizeof(in6_addr) && octets.size() != zonedAddressSize) ||
         inet_ntop(AF_INET6, octets.data(), text, sizeof text) == nullptr) {
         return hexText(octets);
     }
-    if (octets.size() == addressSize) {
+    if (octets.size() == sizeof(in6_addr)) {
         return text;
     }
-    return std::string(text) + "%" + device.interfaceName(ipmib_be32_read(octets.data() + addressSize));
+    return std::string(text) + "%" + device.interfaceName(ipmib_be32_read(octets.data() + sizeof(in6_addr)));
 }
 
 Tone toneOfAddress(std::span<const std::uint8_t> octets)
 {
-    return octets.size() == ipv4Size                                    ? Tone::ipv4
-           : octets.size() == addressSize || octets.size() == zonedSize ? Tone::ipv6
-                                                                        : Tone::plain;
+    return octets.size() == sizeof(in_addr)                                         ? Tone::ipv4
+           : octets.size() == sizeof(in6_addr) || octets.size() == zonedAddressSize ? Tone::ipv6
+                                                                                    : Tone::plain;
 }
 
 std::string hexText(std::span<const std::uint8_t> octets)

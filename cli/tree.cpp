@@ -14,13 +14,13 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn objectColumns[] = {
     {"OBJECT", "object"},
     {"TYPE", "type", Align::left, 1},
     {"ACCESS", "access", Align::left, 2},
     {"SERVED", "served"},
 };
-constexpr ListingColumn columnsForPrograms[] = {
+constexpr ListingColumn objectColumnsForPrograms[] = {
     {"", "object"}, {"", "oid"}, {"", "type"}, {"", "access"}, {"", "served"},
 };
 
@@ -131,7 +131,7 @@ void draw(const ObjectTree &tree, const Object &object, const std::string &drawn
     }
 }
 
-void list(const ObjectTree &tree, const Object &root, Listing &listing)
+void listObjects(const ObjectTree &tree, const Object &root, Listing &listing)
 {
     for (const Object &object : tree.objects()) {
         if (host::isWithin(object.oid.view(), root.oid.view())) {
@@ -155,9 +155,9 @@ int drawTree(LocalDevice &device, const Options &options, const Words &words)
     if (root == nullptr) {
         throw host::UsageError(words.front() + ": there is no such object");
     }
-    Listing listing(options.json ? std::span<const ListingColumn>(columnsForPrograms) : columns, options);
+    Listing listing(options.json ? std::span<const ListingColumn>(objectColumnsForPrograms) : objectColumns, options);
     if (options.json) {
-        list(tree, *root, listing);
+        listObjects(tree, *root, listing);
     } else {
         draw(tree, *root, "", "", listing);
     }

@@ -7,7 +7,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn advertisementColumns[] = {
     {"INTERFACE", "interface", Align::left, 0, Role::key},
     {"SENT", "sent"},
     {"INTERVAL", "interval", Align::right},
@@ -40,7 +40,7 @@ Cell unlessZero(Cell cell)
     return cell;
 }
 
-void list(LocalDevice &device, const std::string &, const Sink &sink)
+void listAdvertisements(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { sent, max, min, managed, other, mtu, reachable, retransmit, hopLimit, lifetime };
     TableReader rows(device, "ipv6RouterAdvertEntry",
@@ -58,6 +58,6 @@ void list(LocalDevice &device, const std::string &, const Sink &sink)
 
 } // namespace
 
-const View advertisementsView{"advertisements", columns, list};
+const View advertisementsView{"advertisements", advertisementColumns, listAdvertisements};
 
 } // namespace ipmib::cli

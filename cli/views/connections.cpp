@@ -17,7 +17,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn connectionColumns[] = {
     {"PROTOCOL", "protocol", Align::left, 0, Role::key},
     {"LOCAL", "local", Align::left, 0, Role::key},
     {"PORT", "localPort", Align::right, 0, Role::key},
@@ -28,7 +28,15 @@ constexpr ListingColumn columns[] = {
     {"INSTANCE", "instance", Align::right, 2, Role::key},
 };
 
-enum IndexPlace { localTypePart, localPart, localPortPart, remoteTypePart, remotePart, remotePortPart, instancePart };
+enum ConnectionIndexPlace {
+    localTypePart,
+    localPart,
+    localPortPart,
+    remoteTypePart,
+    remotePart,
+    remotePortPart,
+    instancePart
+};
 constexpr std::uint32_t anyPort = 0;
 
 struct Asked {
@@ -121,6 +129,6 @@ void listConnections(LocalDevice &device, const std::string &argument, const Sin
 
 } // namespace
 
-const View connectionsView{"connections", columns, listConnections, true};
+const View connectionsView{"connections", connectionColumns, listConnections, true};
 
 } // namespace ipmib::cli

@@ -8,12 +8,12 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn contextColumns[] = {
     {"CONTEXT", "context"},
     {"SHOWS", "argument"},
 };
 
-void list(LocalDevice &device, const std::string &, const Sink &sink)
+void listContexts(LocalDevice &device, const std::string &, const Sink &sink)
 {
     for (const host::Instances::Context &context : device.contexts()) {
         sink({textCell(context.name), textCell(context.argument)});
@@ -22,6 +22,6 @@ void list(LocalDevice &device, const std::string &, const Sink &sink)
 
 } // namespace
 
-const View contextsView{"contexts", columns, list};
+const View contextsView{"contexts", contextColumns, listContexts};
 
 } // namespace ipmib::cli

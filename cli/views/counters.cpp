@@ -5,6 +5,8 @@
 
 #include "host/tree_check.h"
 
+#include <ipmib/platform_ip.h>
+
 #include <algorithm>
 #include <optional>
 #include <stdexcept>
@@ -15,27 +17,24 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn counterColumns[] = {
     {"COUNTER", "counter"},
     {"IPV4", "ipv4", Align::right},
     {"IPV6", "ipv6", Align::right},
 };
-constexpr ListingColumn columnsOfIpv4[] = {columns[0], columns[1]};
-constexpr ListingColumn columnsOfIpv6[] = {columns[0], columns[2]};
+constexpr ListingColumn counterColumnsOfIpv4[] = {counterColumns[0], counterColumns[1]};
+constexpr ListingColumn counterColumnsOfIpv6[] = {counterColumns[0], counterColumns[2]};
 
-constexpr host::SubId ipv4 = 1;
-constexpr host::SubId ipv6 = 2;
-
-struct Counter {
+struct ServedCounter {
     const Object *object;
     std::string name; // without the table's, and without the mark of 64 bits
 };
 
 // Those that are served; of one that is there twice, the one with 64 bits.
-std::vector<Counter> countersOf(const ObjectTree &tree, const Object &entry, const std::string &table)
+std::vector<ServedCounter> countersOf(const ObjectTree &tree, const Object &entry, const std::string &table)
 {
     constexpr std::string_view wideMark = "HC";
-    std::vector<Counter> counters;
+    std::vector<ServedCounter> counters;
     for (const Object &object : tree.objects()) {
         const bool counted = object.node->pstParent == entry.node && object.isServed &&
                              (object.node->pstSyntax->ulType == MIB_TYPE_COUNTER32 ||
@@ -53,10 +52,10 @@ std::vector<Counter> countersOf(const ObjectTree &tree, const Object &entry, con
 }
 
 // The counters' cells of one row; empty when there is no such row.
-Row readRow(LocalDevice &device, const std::vector<Counter> &counters, host::OidView instance)
+Row readRow(LocalDevice &device, const std::vector<ServedCounter> &counters, host::OidView instance)
 {
     std::vector<host::Oid> names;
-    for (const Counter &counter : counters) {
+    for (const ServedCounter &counter : counters) {
         names.push_back(counter.object->oid);
         names.back().append(instance);
     }
@@ -74,7 +73,7 @@ Row readRow(LocalDevice &device, const std::vector<Counter> &counters, host::Oid
     return exists ? row : Row{};
 }
 
-void list(LocalDevice &device, const std::string &name, const Sink &sink)
+void listCounters(LocalDevice &device, const std::string &name, const Sink &sink)
 {
     const bool ofSystem = name.empty() || name == "system";
     const std::string table = ofSystem ? "ipSystemStats" : "ipIfStats";
@@ -83,10 +82,11 @@ void list(LocalDevice &device, const std::string &name, const Sink &sink)
     if (entry == nullptr) {
         throw std::runtime_error("the module has no object " + table + "Entry");
     }
-    const std::vector<Counter> counters = countersOf(device.tree(), *entry, table);
+    const std::vector<ServedCounter> counters = countersOf(device.tree(), *entry, table);
     std::vector<Row> rows;
-    for (const host::SubId version : {ipv4, ipv6}) {
-        if (device.shown() == Version::both || device.shown() == (version == ipv4 ? Version::ipv4 : Version::ipv6)) {
+    for (const host::SubId version : {IPMIB_IPV4, IPMIB_IPV6}) {
+        if (device.shown() == Version::both ||
+            device.shown() == (version == IPMIB_IPV4 ? Version::ipv4 : Version::ipv6)) {
             const host::SubId instance[] = {version, ifIndex};
             rows.push_back(readRow(device, counters, {instance, ofSystem ? 1u : 2u}));
         }
@@ -105,8 +105,8 @@ void list(LocalDevice &device, const std::string &name, const Sink &sink)
 
 } // namespace
 
-const View countersView{"statistics", columns, list, true};
-const View ipv4CountersView{"statistics", columnsOfIpv4, list, true};
-const View ipv6CountersView{"statistics", columnsOfIpv6, list, true};
+const View countersView{"statistics", counterColumns, listCounters, true};
+const View ipv4CountersView{"statistics", counterColumnsOfIpv4, listCounters, true};
+const View ipv6CountersView{"statistics", counterColumnsOfIpv6, listCounters, true};
 
 } // namespace ipmib::cli

@@ -2,6 +2,8 @@
 // Messages of ICMP and ICMPv6, all together and by type.
 #include "view.h"
 
+#include <ipmib/platform_ip.h>
+
 #include <algorithm>
 #include <span>
 
@@ -10,17 +12,17 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn icmpColumns[] = {
     {"VERSION", "version"},         {"TYPE", "type", Align::right},
     {"MESSAGE", "message"},         {"RECEIVED", "received", Align::right},
     {"SENT", "sent", Align::right},
 };
 
-struct Type {
+struct IcmpType {
     std::uint32_t number;
     const char *name;
 };
-constexpr Type ipv4Types[] = {
+constexpr IcmpType ipv4Types[] = {
     {0, "echo reply"},           {3, "destination unreachable"},
     {4, "source quench"},        {5, "redirect"},
     {8, "echo request"},         {9, "router advertisement"},
@@ -29,7 +31,7 @@ constexpr Type ipv4Types[] = {
     {14, "timestamp reply"},     {17, "address mask request"},
     {18, "address mask reply"},
 };
-constexpr Type ipv6Types[] = {
+constexpr IcmpType ipv6Types[] = {
     {1, "destination unreachable"},
     {2, "packet too big"},
     {3, "time exceeded"},
@@ -53,16 +55,14 @@ constexpr Type ipv6Types[] = {
     {200, "private experimentation"},
 };
 
-constexpr std::uint32_t ipv4 = 1;
-
 Cell messageCell(std::uint32_t version, std::uint32_t number)
 {
-    const std::span<const Type> types = version == ipv4 ? std::span<const Type>(ipv4Types) : ipv6Types;
-    const auto type = std::ranges::find(types, number, &Type::number);
+    const std::span<const IcmpType> types = version == IPMIB_IPV4 ? std::span<const IcmpType>(ipv4Types) : ipv6Types;
+    const auto type = std::ranges::find(types, number, &IcmpType::number);
     return type == types.end() ? emptyCell() : textCell(type->name);
 }
 
-void list(LocalDevice &device, const std::string &, const Sink &sink)
+void listIcmpMessages(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { inMsgs, outMsgs, inErrors, outErrors };
     TableReader all(device, "icmpStatsEntry",
@@ -83,6 +83,6 @@ void list(LocalDevice &device, const std::string &, const Sink &sink)
 
 } // namespace
 
-const View icmpView{"icmp", columns, list};
+const View icmpView{"icmp", icmpColumns, listIcmpMessages};
 
 } // namespace ipmib::cli

@@ -8,7 +8,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn interfaceColumns[] = {
     {"INTERFACE", "interface"},
     {"INDEX", "ifIndex", Align::right},
     {"VERSION", "version"},
@@ -39,7 +39,7 @@ Cell ifIndexCell(const TableReader &rows)
     return {std::to_string(ifIndex), ifIndex, {}};
 }
 
-void list(LocalDevice &device, const std::string &, const Sink &sink)
+void listInterfaces(LocalDevice &device, const std::string &, const Sink &sink)
 {
     enum { ip4EnableStatus, ip4Retransmit };
     TableReader ip4(device, "ipv4InterfaceEntry", {"ipv4InterfaceEnableStatus", "ipv4InterfaceRetransmitTime"});
@@ -60,6 +60,6 @@ void list(LocalDevice &device, const std::string &, const Sink &sink)
 
 } // namespace
 
-const View interfacesView{"interfaces", columns, list};
+const View interfacesView{"interfaces", interfaceColumns, listInterfaces};
 
 } // namespace ipmib::cli

@@ -17,7 +17,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn routeColumns[] = {
     {"DESTINATION", "destination", Align::left, 0, Role::key},
     {"NEXT HOP", "nextHop", Align::left, 0, Role::key},
     {"INTERFACE", "interface"},
@@ -28,8 +28,8 @@ constexpr ListingColumn columns[] = {
     {"POLICY", "policy", Align::left, 5, Role::key},
 };
 
-enum IndexPlace { typePart, destinationPart, lengthPart, policyPart, nextHopTypePart, nextHopPart };
-enum ColumnPlace { ifIndexColumn, typeColumn, protocolColumn, ageColumn, metricColumn };
+enum RouteIndexPlace { typePart, destinationPart, lengthPart, policyPart, nextHopTypePart, nextHopPart };
+enum RouteColumnPlace { ifIndexColumn, typeColumn, protocolColumn, ageColumn, metricColumn };
 
 // A destination, of which what lies behind the length is 0.
 struct Prefix {
@@ -203,7 +203,7 @@ void listRouteTo(LocalDevice &device, const std::string &text, const Sink &sink)
 
 } // namespace
 
-const View routesView{"routes", columns, listRoutes, true};
-const View routeView{"route", columns, listRouteTo, true};
+const View routesView{"routes", routeColumns, listRoutes, true};
+const View routeView{"route", routeColumns, listRouteTo, true};
 
 } // namespace ipmib::cli

@@ -9,7 +9,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn statisticsColumns[] = {
     {"INTERFACE", "interface"},
     {"VERSION", "version"},
     {"RECEIVED", "received", Align::right},
@@ -41,7 +41,7 @@ Row withCounters(Row row, const TableReader &rows, std::size_t count)
     return row;
 }
 
-void list(LocalDevice &device, const std::string &, const Sink &sink)
+void listStatistics(LocalDevice &device, const std::string &, const Sink &sink)
 {
     const std::vector<std::string> ofSystem = counters("ipSystemStats");
     TableReader system(device, "ipSystemStatsEntry", {ofSystem.begin(), ofSystem.end()});
@@ -58,6 +58,6 @@ void list(LocalDevice &device, const std::string &, const Sink &sink)
 
 } // namespace
 
-const View statisticsView{"statistics", columns, list};
+const View statisticsView{"statistics", statisticsColumns, listStatistics};
 
 } // namespace ipmib::cli

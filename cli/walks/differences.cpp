@@ -12,7 +12,6 @@ namespace
 
 using Identifier = std::vector<std::uint32_t>;
 
-const Identifier sysUpTime{1, 3, 6, 1, 2, 1, 1, 3, 0}; // which runs on
 const Identifier systemNode{1, 3, 6, 1, 2, 1, 1};
 
 bool has(const Recording &recording, const Identifier &root)

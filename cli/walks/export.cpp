@@ -13,8 +13,6 @@ namespace ipmib::cli
 namespace
 {
 
-const std::vector<std::uint32_t> sysUpTime{1, 3, 6, 1, 2, 1, 1, 3, 0};
-
 // A device that does not say what it is has a clock all the same.
 void addUpTime(const LocalDevice &device, Recording &recording)
 {

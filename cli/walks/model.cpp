@@ -12,14 +12,10 @@ namespace
 
 const Identifier systemGroup{1, 3, 6, 1, 2, 1, 1};
 const Identifier ipGroup{1, 3, 6, 1, 2, 1, 4};
-const Identifier ifEntry{1, 3, 6, 1, 2, 1, 2, 2, 1};
-const Identifier ifXEntry{1, 3, 6, 1, 2, 1, 31, 1, 1, 1};
 
-constexpr std::uint64_t ticksPerSecond = 100;
 constexpr std::uint64_t perMegabit = 1'000'000;
 constexpr std::uint64_t highestSpeed = 1'000'000; // Mbit/s
 constexpr std::uint64_t up = 1;
-constexpr std::uint64_t isTrue = 1; // TruthValue
 constexpr Word downStatuses[] = {
     {3, "testing"}, {4, "unknown"}, {5, "dormant"}, {6, "notPresent"}, {7, "lowerLayerDown"}};
 

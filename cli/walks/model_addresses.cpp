@@ -14,9 +14,7 @@ const Identifier ipNetToMediaEntry{1, 3, 6, 1, 2, 1, 4, 22, 1};
 const Identifier ipAddressEntry{1, 3, 6, 1, 2, 1, 4, 34, 1};
 const Identifier ipNetToPhysicalEntry{1, 3, 6, 1, 2, 1, 4, 35, 1};
 
-constexpr std::uint64_t ticksPerSecond = 100;
-
-constexpr Word origins[] = {{1, "other"}, {2, "manual"}, {4, "dhcp"}, {5, "linklayer"}, {6, "random"}};
+constexpr Word addressOrigins[] = {{1, "other"}, {2, "manual"}, {4, "dhcp"}, {5, "linklayer"}, {6, "random"}};
 constexpr Word statuses[] = {{1, "preferred"}, {2, "deprecated"}, {6, "tentative"}, {7, "duplicate"}};
 constexpr Word neighbourTypes[] = {{2, "invalid"}, {3, "dynamic"}, {4, "static"}, {5, "local"}};
 constexpr Word neighbourStates[] = {{1, "reachable"}, {2, "stale"},   {3, "delay"},     {4, "probe"},
@@ -34,17 +32,17 @@ void addAddress(const Address &address, const WalkRow &row, std::uint32_t length
 {
     OrderedJson entry;
     entry["address"] = address.text() + "/" + std::to_string(length);
-    putWord(entry, "origin", row.number(6), origins);
+    putWord(entry, "origin", row.number(6), addressOrigins);
     putWord(entry, "status", row.number(7), statuses);
     putMoment(entry, "created", row.number(8));
     if (row.number(9).value_or(0) > row.number(8).value_or(0)) {
         putMoment(entry, "changed", row.number(9));
     }
     constexpr std::uint64_t anycast = 2;
-    if (address.version == ipv6 && row.number(4) == anycast) {
+    if (address.version == IPMIB_IPV6 && row.number(4) == anycast) {
         entry["anycast"] = true;
     }
-    interface[address.version == ipv4 ? "ipv4Addresses" : "addresses"].push_back(entry);
+    interface[address.version == IPMIB_IPV4 ? "ipv4Addresses" : "addresses"].push_back(entry);
 }
 
 // The length of a prefix is the last number of the pointer to it.
@@ -71,7 +69,7 @@ void addNeighbour(const Address &address, std::uint64_t ifIndex, OrderedJson ent
     if (OrderedJson *interface = interfaceOf(interfaces, ifIndex, address.version);
         interface != nullptr && address.isUnicast()) {
         entry["address"] = address.text();
-        (*interface)[address.version == ipv4 ? "ipv4Neighbours" : "neighbours"].push_back(entry);
+        (*interface)[address.version == IPMIB_IPV4 ? "ipv4Neighbours" : "neighbours"].push_back(entry);
     }
 }
 
@@ -107,9 +105,10 @@ void addAddresses(const Recording &walk, ModelledInterfaces &interfaces)
     }
     for (const auto &[index, row] : rowsBelow(walk, ipAddrEntry)) {
         const auto octets = index.size() == ipv4Size ? octetsOf(index, 0, ipv4Size) : std::nullopt;
-        OrderedJson *interface = interfaceOf(interfaces, row.number(2), ipv4);
-        if (octets && interface != nullptr && Address{ipv4, *octets}.isUnicast() && known.insert(*octets).second) {
-            (*interface)["ipv4Addresses"].push_back(Address{ipv4, *octets}.text() + "/" +
+        OrderedJson *interface = interfaceOf(interfaces, row.number(2), IPMIB_IPV4);
+        if (octets && interface != nullptr && Address{IPMIB_IPV4, *octets}.isUnicast() &&
+            known.insert(*octets).second) {
+            (*interface)["ipv4Addresses"].push_back(Address{IPMIB_IPV4, *octets}.text() + "/" +
                                                     std::to_string(maskLength(row.octets(3).value_or(""))));
         }
     }
@@ -141,7 +140,7 @@ void addNeighbours(const Recording &walk, ModelledInterfaces &interfaces)
             entry["address"] = "";
             putMac(entry, row.octets(2));
             putWord(entry, "type", row.number(4), neighbourTypes);
-            addNeighbour({ipv4, *octets}, index.front(), entry, interfaces);
+            addNeighbour({IPMIB_IPV4, *octets}, index.front(), entry, interfaces);
         }
     }
 }

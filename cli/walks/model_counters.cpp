@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Counters, each beginning with what the walk has of it. Scenarios call them as the columns are called.
-#include "walks/model.h"
+#include "walks/model_parts.h"
 
 #include <algorithm>
 #include <cctype>
@@ -10,8 +10,6 @@ namespace ipmib::cli
 namespace
 {
 
-const Identifier ifEntry{1, 3, 6, 1, 2, 1, 2, 2, 1};
-const Identifier ifXEntry{1, 3, 6, 1, 2, 1, 31, 1, 1, 1};
 const Identifier systemStatsEntry{1, 3, 6, 1, 2, 1, 4, 31, 1, 1};
 const Identifier ifStatsEntry{1, 3, 6, 1, 2, 1, 4, 31, 3, 1};
 const Identifier icmpStatsEntry{1, 3, 6, 1, 2, 1, 5, 29, 1};
@@ -19,39 +17,36 @@ const Identifier icmpMsgStatsEntry{1, 3, 6, 1, 2, 1, 5, 30, 1};
 const Identifier tcpGroup{1, 3, 6, 1, 2, 1, 6};
 const Identifier udpGroup{1, 3, 6, 1, 2, 1, 7};
 
-constexpr std::uint32_t ipv4 = 1;
-constexpr std::uint32_t ipv6 = 2;
-
-struct Counter {
+struct CounterColumn {
     const char *name;
     std::uint32_t column;
     std::uint32_t wide = 0; // the column of the same with 64 bits, in ifXTable for those of ifTable
 };
 
-constexpr Counter ofLinks[] = {
+constexpr CounterColumn ofLinks[] = {
     {"inOctets", 10, 6},   {"inUcastPkts", 11, 7},   {"inDiscards", 13},  {"inErrors", 14},  {"inUnknownProtos", 15},
     {"outOctets", 16, 10}, {"outUcastPkts", 17, 11}, {"outDiscards", 19}, {"outErrors", 20},
 };
-constexpr Counter ofLinksWide[] = {
+constexpr CounterColumn ofLinksWide[] = {
     {"inMulticastPkts", 2, 8}, {"inBroadcastPkts", 3, 9}, {"outMulticastPkts", 4, 12}, {"outBroadcastPkts", 5, 13}};
-constexpr Counter ofTcp[] = {{"activeOpens", 5},  {"passiveOpens", 6}, {"attemptFails", 7},
-                             {"estabResets", 8},  {"inSegs", 10, 17},  {"outSegs", 11, 18},
-                             {"retransSegs", 12}, {"inErrs", 14},      {"outRsts", 15}};
-constexpr Counter ofUdp[] = {{"inDatagrams", 1, 8}, {"noPorts", 2}, {"inErrors", 3}, {"outDatagrams", 4, 9}};
+constexpr CounterColumn ofTcp[] = {{"activeOpens", 5},  {"passiveOpens", 6}, {"attemptFails", 7},
+                                   {"estabResets", 8},  {"inSegs", 10, 17},  {"outSegs", 11, 18},
+                                   {"retransSegs", 12}, {"inErrs", 14},      {"outRsts", 15}};
+constexpr CounterColumn ofUdp[] = {{"inDatagrams", 1, 8}, {"noPorts", 2}, {"inErrors", 3}, {"outDatagrams", 4, 9}};
 
-constexpr Counter ofIcmp[] = {{"inMsgs", 2}, {"inErrors", 3}, {"outMsgs", 4}};
-constexpr Counter ofIcmpTypes[] = {{"in", 3}, {"out", 4}};
+constexpr CounterColumn ofIcmp[] = {{"inMsgs", 2}, {"inErrors", 3}, {"outMsgs", 4}};
+constexpr CounterColumn ofIcmpTypes[] = {{"in", 3}, {"out", 4}};
 
-std::optional<std::uint64_t> valueOf(const WalkRow &row, const WalkRow &wide, const Counter &counter)
+std::optional<std::uint64_t> valueOf(const WalkRow &row, const WalkRow &wide, const CounterColumn &counter)
 {
     const auto value = counter.wide == 0 ? std::nullopt : wide.number(counter.wide);
     return value ? value : row.number(counter.column);
 }
 
 template <std::size_t count>
-void putCounters(const WalkRow &row, const WalkRow &wide, const Counter (&counters)[count], OrderedJson &object)
+void putCounters(const WalkRow &row, const WalkRow &wide, const CounterColumn (&counters)[count], OrderedJson &object)
 {
-    for (const Counter &counter : counters) {
+    for (const CounterColumn &counter : counters) {
         if (const auto value = valueOf(row, wide, counter)) {
             object[counter.name] = *value;
         }
@@ -115,8 +110,8 @@ void addInterfaceCounters(const Recording &walk, const ObjectTree &tree, Modelle
     };
     for (auto &[ifIndex, interface] : interfaces) {
         OrderedJson counters = OrderedJson::object();
-        putGroup(counters, "ipv6", ipCounters(rowOf(ofIp, {ipv6, ifIndex}), ifStatsEntry, tree));
-        putGroup(counters, "ipv4", ipCounters(rowOf(ofIp, {ipv4, ifIndex}), ifStatsEntry, tree));
+        putGroup(counters, "ipv6", ipCounters(rowOf(ofIp, {IPMIB_IPV6, ifIndex}), ifStatsEntry, tree));
+        putGroup(counters, "ipv4", ipCounters(rowOf(ofIp, {IPMIB_IPV4, ifIndex}), ifStatsEntry, tree));
         OrderedJson link = OrderedJson::object();
         putCounters(rowOf(rows, {ifIndex}), rowOf(more, {ifIndex}), ofLinks, link);
         putCounters(rowOf(more, {ifIndex}), rowOf(more, {ifIndex}), ofLinksWide, link);
@@ -128,7 +123,7 @@ void addInterfaceCounters(const Recording &walk, const ObjectTree &tree, Modelle
 void addSystemCounters(const Recording &walk, const ObjectTree &tree, OrderedJson &system)
 {
     const WalkRows rows = rowsBelow(walk, systemStatsEntry);
-    for (const auto &[version, name] : {std::pair(ipv6, "ipv6"), std::pair(ipv4, "ipv4")}) {
+    for (const auto &[version, name] : {std::pair(IPMIB_IPV6, "ipv6"), std::pair(IPMIB_IPV4, "ipv4")}) {
         if (const auto row = rows.find({version}); row != rows.end()) {
             putGroup(system, name, ipCounters(row->second, systemStatsEntry, tree));
         }
@@ -142,8 +137,8 @@ void addSystemCounters(const Recording &walk, const ObjectTree &tree, OrderedJso
                 putCounters(type, type, ofIcmpTypes, icmp["types"][std::to_string(place.back())]);
             }
         }
-        if (index == Identifier{ipv4} || index == Identifier{ipv6}) {
-            putGroup(system, index.front() == ipv4 ? "ipv4Icmp" : "icmp", icmp);
+        if (index == Identifier{IPMIB_IPV4} || index == Identifier{IPMIB_IPV6}) {
+            putGroup(system, index.front() == IPMIB_IPV4 ? "ipv4Icmp" : "icmp", icmp);
         }
     }
     const WalkRow tcp = scalarsBelow(walk, tcpGroup);

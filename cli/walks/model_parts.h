@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// What rows of both versions of IP have in common.
+// What the parts of a model have in common.
 #pragma once
 
 #include "walks/model.h"
+
+#include <ipmib/platform_ip.h>
 
 #include <optional>
 #include <string>
@@ -10,8 +12,11 @@
 namespace ipmib::cli
 {
 
-inline constexpr std::uint32_t ipv4 = 1; // InetAddressType
-inline constexpr std::uint32_t ipv6 = 2;
+inline const Identifier ifEntry{1, 3, 6, 1, 2, 1, 2, 2, 1};
+inline const Identifier ifXEntry{1, 3, 6, 1, 2, 1, 31, 1, 1, 1};
+
+inline constexpr std::uint64_t ticksPerSecond = 100;
+inline constexpr std::uint64_t isTrue = 1; // TruthValue
 inline constexpr std::size_t ipv4Size = 4;
 
 // A number of a column, and what scenarios call it.

@@ -10,9 +10,8 @@ namespace
 const Identifier ipAddressPrefixEntry{1, 3, 6, 1, 2, 1, 4, 32, 1};
 const Identifier ipDefaultRouterEntry{1, 3, 6, 1, 2, 1, 4, 37, 1};
 
-constexpr std::uint64_t isTrue = 1; // TruthValue
 constexpr std::uint64_t infinite = UINT32_MAX;
-constexpr Word origins[] = {{1, "other"}, {2, "manual"}, {3, "wellknown"}, {4, "dhcp"}, {5, "routeradv"}};
+constexpr Word prefixOrigins[] = {{1, "other"}, {2, "manual"}, {3, "wellknown"}, {4, "dhcp"}, {5, "routeradv"}};
 constexpr Word preferences[] = {{1, "high"}, {0, "medium"}, {UINT32_MAX, "low"}};
 
 void putLifetime(OrderedJson &object, const char *name, std::uint64_t seconds)
@@ -48,7 +47,7 @@ void addPrefixes(const Recording &walk, ModelledInterfaces &interfaces)
         }
         OrderedJson entry;
         entry["prefix"] = address->text() + "/" + std::to_string(length);
-        putWord(entry, "origin", row.number(5), origins);
+        putWord(entry, "origin", row.number(5), prefixOrigins);
         entry["onLink"] = row.number(6).value_or(isTrue) == isTrue;
         entry["autonomous"] = row.number(7) == isTrue;
         const std::uint64_t valid = row.number(9).value_or(infinite);
@@ -56,7 +55,7 @@ void addPrefixes(const Recording &walk, ModelledInterfaces &interfaces)
         if (const auto preferred = row.number(8); preferred && *preferred <= valid) {
             putLifetime(entry, "preferred", *preferred);
         }
-        (*interface)[address->version == ipv4 ? "ipv4Prefixes" : "prefixes"].push_back(entry);
+        (*interface)[address->version == IPMIB_IPV4 ? "ipv4Prefixes" : "prefixes"].push_back(entry);
     }
 }
 
@@ -75,7 +74,7 @@ void addRouters(const Recording &walk, ModelledInterfaces &interfaces)
         if (const auto lifetime = row.number(4); lifetime && *lifetime < longestLifetime) {
             entry["lifetime"] = *lifetime;
         }
-        (*interface)[address->version == ipv4 ? "ipv4Routers" : "routers"].push_back(entry);
+        (*interface)[address->version == IPMIB_IPV4 ? "ipv4Routers" : "routers"].push_back(entry);
     }
 }
 
