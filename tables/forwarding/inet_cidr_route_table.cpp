@@ -31,7 +31,7 @@ enum Place : std::size_t {
 
 using Index = std::array<host::SubId, places>;
 
-constexpr std::array<host::SubIdRange, places> shapeOfRows()
+constexpr std::array<host::SubIdRange, places> routeShape()
 {
     std::array<host::SubIdRange, places> shape;
     shape.fill(host::anyOctet);
@@ -102,7 +102,7 @@ class RouteRows
   public:
     using Row = IpmibRoute;
     using Index = tables::Index;
-    static constexpr std::array<host::SubIdRange, places> shape = shapeOfRows();
+    static constexpr std::array<host::SubIdRange, places> shape = routeShape();
 
     explicit RouteRows(const IpmibRouteHooks &routes) : routes_(routes) {}
 

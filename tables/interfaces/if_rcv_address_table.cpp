@@ -14,7 +14,7 @@ constexpr host::SubId ifRcvAddressEntry[] = {1, 3, 6, 1, 2, 1, 31, 1, 4, 1};
 constexpr std::size_t longest = sizeof(IpmibReceiveAddress::address);
 constexpr std::size_t octetsPlace = 2; // behind the interface and the length
 
-constexpr std::array<host::SubIdRange, octetsPlace + longest> shapeOfRows()
+constexpr std::array<host::SubIdRange, octetsPlace + longest> receiveAddressShape()
 {
     std::array<host::SubIdRange, octetsPlace + longest> shape;
     shape.fill(host::anyOctet);
@@ -29,7 +29,7 @@ class ReceiveAddressRows
     using Row = IpmibReceiveAddress;
     using Index = std::array<host::SubId, octetsPlace + longest>;
     static constexpr Index::size_type places = octetsPlace + longest;
-    static constexpr std::array<host::SubIdRange, places> shape = shapeOfRows();
+    static constexpr std::array<host::SubIdRange, places> shape = receiveAddressShape();
 
     explicit ReceiveAddressRows(const IpmibIpHooks &ip) : ip_(ip) {}
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ifStackTable: which interface lies over which, and ifStackLastChange.
 
+#include "tables/interfaces/interface_rows.h"
 #include "tables/ip/hook_scalars.h"
 #include "tables/ip/ip_rows.h"
 #include "tables/tables.h"
@@ -37,8 +38,6 @@ class StackRows
 
     const IpmibIpHooks &ip_;
 };
-
-constexpr host::SubId ifMibObjects[] = {1, 3, 6, 1, 2, 1, 31, 1};
 
 constexpr host::RowColumn<std::uint32_t> lastChange[] = {
     {6, [](const std::uint32_t &moment) { return ticks(moment); }}, // ifStackLastChange

@@ -21,7 +21,7 @@ std::uint64_t nonUnicast(const IpmibTraffic &way)
 constexpr std::uint64_t nothingQueued = 0;
 constexpr host::SubId nothingSpecific[] = {0, 0}; // zeroDotZero: the medium has no MIB of its own
 
-constexpr InterfaceColumn columns[] = {
+constexpr InterfaceColumn ifTableColumns[] = {
     {1, [](const Row &row) { return integer(row.interface.if_index); }},                           // ifIndex
     {2, [](const Row &row) { return text(row.interface.name); }},                                  // ifDescr
     {3, [](const Row &row) { return integer(row.interface.type); }},                               // ifType
@@ -50,7 +50,7 @@ constexpr InterfaceColumn columns[] = {
 
 SourcePointer ifTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime)
 {
-    return std::make_unique<host::RowSource<InterfaceRows>>(ifEntry, InterfaceRows(interfaces, upTime, columns));
+    return std::make_unique<host::RowSource<InterfaceRows>>(ifEntry, InterfaceRows(interfaces, upTime, ifTableColumns));
 }
 
 } // namespace ipmib::tables

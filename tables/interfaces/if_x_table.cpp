@@ -23,7 +23,7 @@ std::uint64_t megabitsOf(std::uint64_t bits)
     return (bits + perMegabit / 2) / perMegabit;
 }
 
-constexpr InterfaceColumn columns[] = {
+constexpr InterfaceColumn ifXTableColumns[] = {
     {1, [](const Row &row) { return text(row.interface.name); }},                              // ifName
     {2, [](const Row &row) { return counter32(row.traffic.in.multicast); }, traffic},          // ifInMulticastPkts
     {3, [](const Row &row) { return counter32(row.traffic.in.broadcast); }, traffic},          // ifInBroadcastPkts
@@ -49,8 +49,8 @@ constexpr InterfaceColumn columns[] = {
 
 SourcePointer ifXTable(const IpmibInterfaceHooks &interfaces, const host::SysUpTime &upTime, const bool &notified)
 {
-    return std::make_unique<host::RowSource<InterfaceRows>>(ifXEntry,
-                                                            InterfaceRows(interfaces, upTime, columns, &notified));
+    return std::make_unique<host::RowSource<InterfaceRows>>(
+        ifXEntry, InterfaceRows(interfaces, upTime, ifXTableColumns, &notified));
 }
 
 } // namespace ipmib::tables

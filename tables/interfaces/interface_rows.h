@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The rows of a table that has one for each interface.
+// The rows of a table that has one for each interface, and the branch of the IF-MIB's newer objects.
 #pragma once
 
 #include "tables/values.h"
@@ -11,6 +11,8 @@
 
 namespace ipmib::tables
 {
+
+inline constexpr host::SubId ifMibObjects[] = {1, 3, 6, 1, 2, 1, 31, 1};
 
 struct InterfaceRow {
     IpmibInterface interface;

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ifNumber and ifTableLastChange.
 
+#include "tables/interfaces/interface_rows.h"
 #include "tables/tables.h"
-#include "tables/values.h"
-
-#include "host/row_source.h"
 
 namespace ipmib::tables
 {
@@ -12,37 +10,40 @@ namespace
 {
 
 constexpr host::SubId interfacesGroup[] = {1, 3, 6, 1, 2, 1, 2};
-constexpr host::SubId ifMibObjects[] = {1, 3, 6, 1, 2, 1, 31, 1};
+
+struct InterfaceScalars {
+    const IpmibInterfaceHooks *interfaces;
+    const host::SysUpTime *upTime;
+};
+using InterfaceScalarColumn = host::RowColumn<InterfaceScalars>;
 
 // What the scalars are made of is read when one of them is.
 class Interfaces
 {
   public:
-    struct Row {
-        const IpmibInterfaceHooks *interfaces;
-        const host::SysUpTime *upTime;
-    };
+    using Row = InterfaceScalars;
 
-    Interfaces(Row row, std::span<const host::RowColumn<Row>> columns) : row_(row), columns_(columns) {}
+    Interfaces(Row row, std::span<const InterfaceScalarColumn> columns) : row_(row), columns_(columns) {}
 
-    std::span<const host::RowColumn<Row>> columns() const { return columns_; }
+    std::span<const InterfaceScalarColumn> columns() const { return columns_; }
     bool read(Row &row) const { return row = row_, true; }
 
   private:
     Row row_;
-    std::span<const host::RowColumn<Row>> columns_;
+    std::span<const InterfaceScalarColumn> columns_;
 };
 
-using Row = Interfaces::Row;
-
-constexpr host::RowColumn<Row> inInterfaces[] = {
-    {1, [](const Row &row) { return integer(row.interfaces->count()); }}, // ifNumber
+constexpr InterfaceScalarColumn inInterfaces[] = {
+    {1, [](const InterfaceScalars &row) { return integer(row.interfaces->count()); }}, // ifNumber
 };
-constexpr host::RowColumn<Row> inIfMib[] = {
-    {5, [](const Row &row) { return Cell(row.upTime->at(row.interfaces->rows_changed_ms())); }}, // ifTableLastChange
+constexpr InterfaceScalarColumn inIfMib[] = {
+    {5,
+     [](const InterfaceScalars &row) {
+         return Cell(row.upTime->at(row.interfaces->rows_changed_ms()));
+     }}, // ifTableLastChange
 };
 
-SourcePointer scalars(host::OidView group, Row row, std::span<const host::RowColumn<Row>> columns)
+SourcePointer scalars(host::OidView group, InterfaceScalars row, std::span<const InterfaceScalarColumn> columns)
 {
     using Rows = host::ScalarRows<Interfaces>;
     return std::make_unique<host::RowSource<Rows>>(group, Rows(Interfaces(row, columns)));

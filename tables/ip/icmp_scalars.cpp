@@ -24,7 +24,7 @@ Cell sent(const Counters &row)
     return counter32(row.out_type[type]);
 }
 
-constexpr host::RowColumn<Counters> columns[] = {
+constexpr host::RowColumn<Counters> icmpColumns[] = {
     {1, [](const Counters &row) { return counter32(row.in_msgs); }},     // icmpInMsgs
     {2, [](const Counters &row) { return counter32(row.in_errors); }},   // icmpInErrors
     {3, received<3>},                                                    // icmpInDestUnreachs
@@ -62,7 +62,7 @@ bool read(const IpmibIpHooks &ip, Counters &row)
 
 SourcePointer icmpScalars(const IpmibIpHooks &ip)
 {
-    return ip.icmp_counters == nullptr ? nullptr : scalarsOf<Counters>(icmpGroup, ip, read, columns);
+    return ip.icmp_counters == nullptr ? nullptr : scalarsOf<Counters>(icmpGroup, ip, read, icmpColumns);
 }
 
 } // namespace ipmib::tables

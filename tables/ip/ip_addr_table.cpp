@@ -14,7 +14,7 @@ namespace
 
 constexpr host::SubId ipAddrEntry[] = {1, 3, 6, 1, 2, 1, 4, 20, 1};
 
-class AddressRows
+class IpAddrRows
 {
   public:
     struct Row {
@@ -25,7 +25,7 @@ class AddressRows
     using Index = std::array<host::SubId, 4>;
     static constexpr host::SubIdRange shape[] = {host::anyOctet, host::anyOctet, host::anyOctet, host::anyOctet};
 
-    explicit AddressRows(const IpmibIpv4Hooks &ipv4) : ipv4_(ipv4) {}
+    explicit IpAddrRows(const IpmibIpv4Hooks &ipv4) : ipv4_(ipv4) {}
 
     void start() const { follow(ipv4_); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
@@ -62,7 +62,7 @@ class AddressRows
 
 SourcePointer ipAddrTable(const IpmibIpv4Hooks &ipv4)
 {
-    return std::make_unique<host::RowSource<AddressRows>>(ipAddrEntry, AddressRows(ipv4));
+    return std::make_unique<host::RowSource<IpAddrRows>>(ipAddrEntry, IpAddrRows(ipv4));
 }
 
 } // namespace ipmib::tables

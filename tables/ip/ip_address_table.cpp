@@ -11,7 +11,7 @@ namespace
 
 constexpr host::SubId ipAddressEntry[] = {1, 3, 6, 1, 2, 1, 4, 34, 1};
 
-class AddressRows
+class IpAddressRows
 {
   public:
     struct Row {
@@ -22,7 +22,7 @@ class AddressRows
     static constexpr host::SubIdRange shape[] = {ofIpv4,         ofIpv4Length,   host::anyOctet,
                                                  host::anyOctet, host::anyOctet, host::anyOctet};
 
-    explicit AddressRows(const IpmibIpHooks &ip) : ip_(ip) {}
+    explicit IpAddressRows(const IpmibIpHooks &ip) : ip_(ip) {}
 
     void start() const { follow(ip_, IPMIB_FOLLOW_ADDRESSES); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
@@ -87,7 +87,7 @@ SourcePointer ipAddressTable(const IpmibIpHooks &ip)
     if (ip.find_address == nullptr || ip.next_address == nullptr) {
         return nullptr;
     }
-    return std::make_unique<host::RowSource<AddressRows>>(ipAddressEntry, AddressRows(ip));
+    return std::make_unique<host::RowSource<IpAddressRows>>(ipAddressEntry, IpAddressRows(ip));
 }
 
 } // namespace ipmib::tables

@@ -33,7 +33,7 @@ constexpr CounterColumn wide(host::SubId number)
         1U << counter};
 }
 
-constexpr CounterColumn columns[] = {
+constexpr CounterColumn ipCounterColumns[] = {
     narrow<IPMIB_IP_IN_RECEIVES>(3),                   // InReceives
     wide<IPMIB_IP_IN_RECEIVES>(4),                     // HCInReceives
     narrow<IPMIB_IP_IN_OCTETS>(5),                     // InOctets
@@ -85,13 +85,13 @@ constexpr CounterColumn columns[] = {
 
 std::span<const CounterColumn> counterColumns()
 {
-    return columns;
+    return ipCounterColumns;
 }
 
 std::vector<CounterColumn> counterColumns(std::span<const host::SubId> numbers)
 {
     std::vector<CounterColumn> some;
-    std::ranges::copy_if(columns, std::back_inserter(some), [numbers](const CounterColumn &column) {
+    std::ranges::copy_if(ipCounterColumns, std::back_inserter(some), [numbers](const CounterColumn &column) {
         return std::ranges::find(numbers, column.number) != numbers.end();
     });
     return some;

@@ -11,7 +11,7 @@ namespace
 
 constexpr host::SubId ipIfStatsEntry[] = {1, 3, 6, 1, 2, 1, 4, 31, 3, 1};
 
-constexpr host::SubId leftOutByModules[] = {13, 19, 35, 36, 37, 39, 40, 41, 42, 43, 44, 45, 46, 47};
+constexpr host::SubId ifStatsLeftOutByModules[] = {13, 19, 35, 36, 37, 39, 40, 41, 42, 43, 44, 45, 46, 47};
 
 // A row for each interface whose traffic of this version somebody counts.
 template <host::SubId version>
@@ -68,7 +68,7 @@ std::vector<SourcePointer> ipIfStatsTable(const IpmibIpHooks &ip, const IpmibInt
     if (ip.interface_counters != nullptr) {
         const auto all = counterColumns();
         sources.push_back(rowsOf<IPMIB_IPV4>(ip, interfaces, {all.begin(), all.end()}));
-        sources.push_back(rowsOf<IPMIB_IPV6>(ip, interfaces, counterColumns(leftOutByModules)));
+        sources.push_back(rowsOf<IPMIB_IPV6>(ip, interfaces, counterColumns(ifStatsLeftOutByModules)));
     }
     return sources;
 }

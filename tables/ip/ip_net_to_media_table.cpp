@@ -14,7 +14,7 @@ namespace
 
 constexpr host::SubId ipNetToMediaEntry[] = {1, 3, 6, 1, 2, 1, 4, 22, 1};
 
-class NeighbourRows
+class NetToMediaRows
 {
   public:
     struct Row {
@@ -25,7 +25,7 @@ class NeighbourRows
     static constexpr host::SubIdRange shape[] = {host::anyIfIndex, host::anyOctet, host::anyOctet, host::anyOctet,
                                                  host::anyOctet};
 
-    explicit NeighbourRows(const IpmibIpv4Hooks &ipv4) : ipv4_(ipv4) {}
+    explicit NetToMediaRows(const IpmibIpv4Hooks &ipv4) : ipv4_(ipv4) {}
 
     void start() const { follow(ipv4_); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
@@ -67,7 +67,7 @@ class NeighbourRows
 
 SourcePointer ipNetToMediaTable(const IpmibIpv4Hooks &ipv4)
 {
-    return std::make_unique<host::RowSource<NeighbourRows>>(ipNetToMediaEntry, NeighbourRows(ipv4));
+    return std::make_unique<host::RowSource<NetToMediaRows>>(ipNetToMediaEntry, NetToMediaRows(ipv4));
 }
 
 } // namespace ipmib::tables

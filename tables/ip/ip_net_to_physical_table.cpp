@@ -11,7 +11,7 @@ namespace
 
 constexpr host::SubId ipNetToPhysicalEntry[] = {1, 3, 6, 1, 2, 1, 4, 35, 1};
 
-class NeighbourRows
+class NetToPhysicalRows
 {
   public:
     using Row = IpmibIpNeighbour;
@@ -19,7 +19,7 @@ class NeighbourRows
     static constexpr host::SubIdRange shape[] = {host::anyIfIndex, ofIpv4,         ofIpv4Length,  host::anyOctet,
                                                  host::anyOctet,   host::anyOctet, host::anyOctet};
 
-    explicit NeighbourRows(const IpmibIpHooks &ip) : ip_(ip) {}
+    explicit NetToPhysicalRows(const IpmibIpHooks &ip) : ip_(ip) {}
 
     void start() const { follow(ip_, IPMIB_FOLLOW_NEIGHBOURS); }
     std::span<const host::RowColumn<Row>> columns() const { return list; }
@@ -57,7 +57,7 @@ SourcePointer ipNetToPhysicalTable(const IpmibIpHooks &ip)
     if (ip.find_neighbour == nullptr || ip.next_neighbour == nullptr) {
         return nullptr;
     }
-    return std::make_unique<host::RowSource<NeighbourRows>>(ipNetToPhysicalEntry, NeighbourRows(ip));
+    return std::make_unique<host::RowSource<NetToPhysicalRows>>(ipNetToPhysicalEntry, NetToPhysicalRows(ip));
 }
 
 } // namespace ipmib::tables

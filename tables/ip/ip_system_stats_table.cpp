@@ -11,8 +11,8 @@ namespace
 
 constexpr host::SubId ipSystemStatsEntry[] = {1, 3, 6, 1, 2, 1, 4, 31, 1, 1};
 
-constexpr host::SubId leftOutByModules[] = {5,  6,  11, 19, 21, 32, 33, 34, 35, 36, 37,
-                                            38, 39, 40, 41, 42, 43, 44, 45, 46, 47};
+constexpr host::SubId systemStatsLeftOutByModules[] = {5,  6,  11, 19, 21, 32, 33, 34, 35, 36, 37,
+                                                       38, 39, 40, 41, 42, 43, 44, 45, 46, 47};
 
 template <host::SubId version>
 class SystemRows : public VersionIndex<version>
@@ -58,7 +58,7 @@ std::vector<SourcePointer> ipSystemStatsTable(const IpmibIpHooks &ip)
     if (ip.system_counters != nullptr) {
         const auto all = counterColumns();
         sources.push_back(rowOf<IPMIB_IPV4>(ip, {all.begin(), all.end()}));
-        sources.push_back(rowOf<IPMIB_IPV6>(ip, counterColumns(leftOutByModules)));
+        sources.push_back(rowOf<IPMIB_IPV6>(ip, counterColumns(systemStatsLeftOutByModules)));
     }
     return sources;
 }
