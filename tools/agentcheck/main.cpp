@@ -70,18 +70,23 @@ std::chrono::milliseconds readSeconds(const std::string &option, std::string_vie
     return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
+host::UsageError noSuchTable(const std::string &name, const agentcheck::Objects &objects)
+{
+    std::string names;
+    for (const agentcheck::Region &region : objects.regions()) {
+        names += names.empty() ? "" : ", ";
+        names += region.name;
+    }
+    return host::UsageError("--tables: there is no " + name + ", but " + names);
+}
+
 void readTables(std::string_view list, const agentcheck::Objects &objects, std::set<std::string> &regions)
 {
     for (;;) {
         const std::size_t comma = list.find(',');
         const std::string name(list.substr(0, comma));
         if (objects.region(name) == nullptr) {
-            std::string names;
-            for (const agentcheck::Region &region : objects.regions()) {
-                names += names.empty() ? "" : ", ";
-                names += region.name;
-            }
-            throw host::UsageError("--tables: there is no " + name + ", but " + names);
+            throw noSuchTable(name, objects);
         }
         regions.insert(name);
         if (comma == std::string_view::npos) {
