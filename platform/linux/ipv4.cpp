@@ -11,8 +11,6 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::uint16_t largestDatagram = 65535; // the kernel puts all of them together
-
 bool fillAddress(const Ipv4Address *address, IpmibIpv4Address &row)
 {
     if (address == nullptr) {

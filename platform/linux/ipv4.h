@@ -13,6 +13,8 @@
 namespace ipmib::platform
 {
 
+inline constexpr std::uint16_t largestDatagram = 65535; // the kernel puts all of them together
+
 class Ipv4
 {
   public:

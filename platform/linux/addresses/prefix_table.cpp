@@ -12,7 +12,7 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr unsigned wholeAddress = 128;
+constexpr unsigned wholeIpv6Address = 128;
 constexpr std::size_t mostChanges = 1024; // that wait for a reader
 
 // What the on-link routes to a prefix say of it.
@@ -37,7 +37,7 @@ struct FromRoutes {
 PrefixOrigin originOf(const PrefixKey &key, const AddressTally::Sum &addresses, const FromRoutes &routes,
                       bool advertised)
 {
-    if (key.prefix.isLoopback() && key.length == wholeAddress) {
+    if (key.prefix.isLoopback() && key.length == wholeIpv6Address) {
         return PrefixOrigin::wellKnown;
     }
     if (addresses.manual || routes.configured) {
@@ -85,8 +85,8 @@ void PrefixTable::settle()
     for (const PrefixKey &key : changed_) {
         put(key);
         // Whether an anycast address needs a prefix of its own depends on the others that begin with it.
-        if (key.length < wholeAddress && anycasts_.has(key.prefix, key.ifIndex)) {
-            put({key.ifIndex, key.prefix, wholeAddress});
+        if (key.length < wholeIpv6Address && anycasts_.has(key.prefix, key.ifIndex)) {
+            put({key.ifIndex, key.prefix, wholeIpv6Address});
         }
     }
     changed_.clear();
@@ -110,9 +110,9 @@ bool PrefixTable::derive(const PrefixKey &key, Prefix &row) const
     const AddressTally::Sum addresses = addresses_.of(key);
     FromRoutes routes;
     routes_.eachOnLink(key, [&](const OnLinkRoute &route) { routes.add(route); });
-    const bool anycastAlone = !addresses.any && !routes.any && key.length == wholeAddress &&
+    const bool anycastAlone = !addresses.any && !routes.any && key.length == wholeIpv6Address &&
                               anycasts_.has(key.prefix, key.ifIndex) &&
-                              anycastLength(key.prefix, key.ifIndex) == wholeAddress;
+                              anycastLength(key.prefix, key.ifIndex) == wholeIpv6Address;
     if (!addresses.any && !routes.any && !anycastAlone) {
         return false;
     }
@@ -147,9 +147,9 @@ bool PrefixTable::derive(const PrefixKey &key, Prefix &row) const
 
 std::uint8_t PrefixTable::anycastLength(const PackedAddress &address, std::uint32_t ifIndex) const
 {
-    std::uint8_t length = wholeAddress;
+    std::uint8_t length = wholeIpv6Address;
     rows_.eachFrom(PrefixKey{ifIndex, address, 0}, [&](const Prefix &row) {
-        const bool fits = row.ifIndex == ifIndex && row.prefix == address && row.length < wholeAddress;
+        const bool fits = row.ifIndex == ifIndex && row.prefix == address && row.length < wholeIpv6Address;
         length = fits ? row.length : length;
         return fits;
     });

@@ -122,7 +122,7 @@ std::strong_ordering order(const IpmibRouteKey &a, const IpmibRouteKey &b)
     return std::memcmp(a.next_hop, b.next_hop, sizeof a.next_hop) <=> 0;
 }
 
-bool before(const IpmibRoute &a, const IpmibRoute &b)
+bool routeBefore(const IpmibRoute &a, const IpmibRoute &b)
 {
     return order(a.key, b.key) < 0;
 }
@@ -242,7 +242,7 @@ bool ForwardingTable::find(const IpmibRouteKey &key, std::uint32_t now, IpmibRou
               static_cast<std::uint8_t>(std::min<std::uint32_t>(key.prefix_length, behindAllLengths)));
     IpmibRoute wanted;
     wanted.key = key;
-    const auto found = std::lower_bound(rows.begin(), rows.end(), wanted, before);
+    const auto found = std::lower_bound(rows.begin(), rows.end(), wanted, routeBefore);
     return found != rows.end() && order(found->key, key) == 0 && answer(*found, now, row);
 }
 
@@ -262,7 +262,7 @@ bool ForwardingTable::next(const IpmibRouteKey &key, std::uint32_t now, IpmibRou
     const std::vector<IpmibRoute> &rows = group(destination, length);
     IpmibRoute asked;
     asked.key = key;
-    const auto behind = std::upper_bound(rows.begin(), rows.end(), asked, before);
+    const auto behind = std::upper_bound(rows.begin(), rows.end(), asked, routeBefore);
     if (behind != rows.end()) {
         return answer(*behind, now, row);
     }

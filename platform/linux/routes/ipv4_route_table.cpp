@@ -12,7 +12,7 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::uint32_t wholeAddress = 32;
+constexpr std::uint32_t wholeIpv4Address = 32;
 
 bool isDefault(const Route &route)
 {
@@ -25,7 +25,7 @@ bool isOnLinkRoute(const Route &route)
     if (route.length == 0) {
         return false;
     }
-    return route.type == RTN_UNICAST || (route.type == RTN_LOCAL && route.length < wholeAddress);
+    return route.type == RTN_UNICAST || (route.type == RTN_LOCAL && route.length < wholeIpv4Address);
 }
 
 // A route with the same identity takes another one's place.

@@ -16,7 +16,7 @@ auto keyOf(const Router &router)
     return std::tie(router.address, router.ifIndex);
 }
 
-bool before(const Router &a, const Router &b)
+bool routerBefore(const Router &a, const Router &b)
 {
     return keyOf(a) < keyOf(b);
 }
@@ -79,14 +79,14 @@ const Router *RouterList::first(Class of) const
 
 const Router *RouterList::after(Class of, const PackedAddress &address, std::uint32_t ifIndex) const
 {
-    const auto behind = std::upper_bound(rows_.begin(), rows_.end(), Router{address, ifIndex, 0, 0, {}}, before);
+    const auto behind = std::upper_bound(rows_.begin(), rows_.end(), Router{address, ifIndex, 0, 0, {}}, routerBefore);
     return firstOf(of, behind, rows_.end());
 }
 
 const Router *RouterList::find(const PackedAddress &address, std::uint32_t ifIndex) const
 {
     const Router key{address, ifIndex, 0, 0, {}};
-    const auto found = std::lower_bound(rows_.begin(), rows_.end(), key, before);
+    const auto found = std::lower_bound(rows_.begin(), rows_.end(), key, routerBefore);
     return found == rows_.end() || !sameKey(*found, key) ? nullptr : &*found;
 }
 

@@ -2,7 +2,7 @@
 // What tables outside the module say of IP on this system: the interfaces on which it runs.
 #include "linux_platform.h"
 
-#include <linux/if.h>
+#include <net/if.h>
 
 namespace ipmib::platform
 {
@@ -13,7 +13,6 @@ namespace
 // Below these the kernel takes the protocol off an interface.
 constexpr std::uint32_t smallestIpv4Mtu = 68;
 constexpr std::uint32_t smallestIpv6Mtu = 1280;
-constexpr std::uint32_t largestDatagram = 65535; // the kernel puts all of them together
 
 constexpr std::uint32_t up = 1;
 constexpr std::uint32_t down = 2;

@@ -26,22 +26,22 @@ struct Network {
     std::uint32_t prefix;
     std::uint32_t length;
 };
-constexpr Network loopback{0x7F00'0000, 8};
-constexpr Network linkLocal{0xA9FE'0000, 16}; // RFC 3927
+constexpr Network loopbackNetwork{0x7F00'0000, 8};
+constexpr Network linkLocalNetwork{0xA9FE'0000, 16}; // RFC 3927
 
 bool isWellKnown(const Ipv4AddressTable::PrefixKey &key)
 {
     const auto is = [&](const Network &network) {
         return key.prefix == network.prefix && key.length == network.length;
     };
-    return is(loopback) || is(linkLocal);
+    return is(loopbackNetwork) || is(linkLocalNetwork);
 }
 
 // A lease has an end. What a program has chosen for the link alone it marks with the scope of the link.
 std::uint32_t originOf(const Ipv4Address &address)
 {
     const bool ends = !address.validUntil.isNever();
-    const bool onLinkAlone = maskedIpv4(address.address, linkLocal.length) == linkLocal.prefix;
+    const bool onLinkAlone = maskedIpv4(address.address, linkLocalNetwork.length) == linkLocalNetwork.prefix;
     if (onLinkAlone && (ends || address.scope == RT_SCOPE_LINK)) {
         return IPMIB_ADDRESS_ORIGIN_RANDOM;
     }

@@ -2,7 +2,8 @@
 // What tables outside the module say of links: which run over which, and the link-layer addresses that they listen to.
 #include "linux_platform.h"
 
-#include <linux/if.h>
+#include <linux/if_ether.h>
+#include <net/if.h>
 
 #include <algorithm>
 #include <charconv>
@@ -16,7 +17,6 @@ namespace
 {
 
 enum ReceiveAddressType : std::uint32_t { other = 1, isVolatile = 2 };
-constexpr std::uint8_t ethernetLength = 6;
 
 bool stackBefore(const IpmibStack &a, const IpmibStack &b)
 {
@@ -151,8 +151,8 @@ const std::vector<IpmibReceiveAddress> &IpRows::receiveAddresses()
         IpmibReceiveAddress row{link->ifIndex, other, link->addressSize, {}};
         std::memcpy(row.address, link->address, link->addressSize);
         rows.push_back(row);
-        if ((link->flags & IFF_BROADCAST) != 0 && link->addressSize == ethernetLength) {
-            std::memset(row.address, 0xFF, ethernetLength);
+        if ((link->flags & IFF_BROADCAST) != 0 && link->addressSize == ETH_ALEN) {
+            std::memset(row.address, 0xFF, ETH_ALEN);
             rows.push_back(row);
         }
     }

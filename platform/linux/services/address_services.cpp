@@ -4,20 +4,19 @@
 #include "services/service.h"
 
 #include <linux/if_addr.h>
+#include <linux/if_ether.h>
 
 using namespace ipmib::platform;
 
 namespace
 {
 
-constexpr std::size_t ethernetLength = 6; // of link-layer addresses that identifiers are made from
-
 // Before 5.18 the kernel did not mark the link-local addresses that it made: one with the interface's identifier is
 // taken for such a one.
 bool isOfTheLink(const LinuxPlatform &platform, const Ip6Address &address)
 {
     const Link *link = platform.links().find(address.ifIndex);
-    return link != nullptr && link->addressSize == ethernetLength && hasIdentifierOf(address.address, link->address);
+    return link != nullptr && link->addressSize == ETH_ALEN && hasIdentifierOf(address.address, link->address);
 }
 
 uint32_t originCode(LinuxPlatform &platform, const Ip6Address &address)
