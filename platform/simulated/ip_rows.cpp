@@ -13,7 +13,6 @@ namespace ipmib::simulated
 namespace
 {
 
-constexpr std::uint32_t largestDatagram = 65535;
 constexpr std::uint32_t up = 1;
 constexpr std::uint32_t permanentAddress = 3;          // ifRcvAddressType: nonVolatile
 constexpr std::uint32_t tcpAlgorithm = 4;              // Van Jacobson's

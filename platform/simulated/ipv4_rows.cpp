@@ -10,7 +10,6 @@ namespace
 {
 
 constexpr std::uint8_t allOnes = 1; // how every interface broadcasts
-constexpr std::uint16_t largestDatagram = 65535;
 
 // The older table has no rows for these.
 bool isBroadcast(const Ipv4Address &address)

@@ -17,10 +17,8 @@ struct Kind {
     std::uint32_t usual;
 };
 
-constexpr std::uint32_t perSecond = 1'000;
-
 constexpr Kind kinds[] = {
-    {"silence", IPMIB_FAULT_SILENCE, nullptr, 0},       {"delay", IPMIB_FAULT_DELAY, "seconds", perSecond},
+    {"silence", IPMIB_FAULT_SILENCE, nullptr, 0},       {"delay", IPMIB_FAULT_DELAY, "seconds", msPerSecond},
     {"duplicate", IPMIB_FAULT_DUPLICATE, "seconds", 0}, {"truncate", IPMIB_FAULT_TRUNCATE, "octets", 20},
     {"genErr", IPMIB_FAULT_GEN_ERR, nullptr, 0},        {"tooBig", IPMIB_FAULT_TOO_BIG, nullptr, 0},
     {"wrongType", IPMIB_FAULT_WRONG_TYPE, nullptr, 0},  {"notIncreasing", IPMIB_FAULT_NOT_INCREASING, nullptr, 0},

@@ -10,8 +10,6 @@ namespace ipmib::simulated
 namespace
 {
 
-constexpr Time perSecond = 1'000;
-
 // From this one on, the first of a table that can be seen now.
 template <class Table, class Row, class IsVisible>
 auto firstVisible(const Table &table, Row row, IsVisible isVisible)
@@ -81,13 +79,13 @@ bool Device::add(const Router &router)
 
 std::uint32_t Device::elapsedS() const
 {
-    return static_cast<std::uint32_t>(time_ / perSecond);
+    return static_cast<std::uint32_t>(time_ / msPerSecond);
 }
 
 std::uint32_t Device::uptimeAt(std::uint64_t sinceBootMs) const
 {
     constexpr std::int64_t perHundredth = 10;
-    const std::uint64_t nowMs = std::uint64_t{uptimeS} * perSecond + time_;
+    const std::uint64_t nowMs = std::uint64_t{uptimeS} * msPerSecond + time_;
     const std::int64_t uptime = static_cast<std::int64_t>(std::min(sinceBootMs, nowMs)) - uptimeBeganMs_;
     return sinceBootMs == 0 || uptime < 0 ? 0 : static_cast<std::uint32_t>(uptime / perHundredth);
 }

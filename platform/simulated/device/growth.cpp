@@ -14,8 +14,7 @@ namespace ipmib::simulated
 namespace
 {
 
-constexpr double fastest = 1e12; // a second
-constexpr double perSecond = 1'000;
+constexpr double fastest = 1e12;              // a second
 constexpr double wrap = 0x1p64;               // where a counter begins anew
 constexpr double longestPeriod = 31 * 86'400; // seconds; what is counted in it is less than `wrap`
 constexpr std::uint64_t grid = 288;           // points; five minutes of a day
@@ -29,7 +28,7 @@ std::uint64_t wrapped(double counts)
 
 std::uint64_t evenly(double rate, Time time)
 {
-    return wrapped(rate * static_cast<double>(time) / perSecond);
+    return wrapped(rate * static_cast<double>(time) / msPerSecond);
 }
 
 // The sine of so many turns, by its series, of which what is left out is below the last digit: the same on every
@@ -112,7 +111,7 @@ Wave readWave(const Value &value)
 Noise readNoise(const Value &value)
 {
     Object object(value);
-    Noise noise{0, 0, static_cast<Time>(perSecond), 0};
+    Noise noise{0, 0, msPerSecond, 0};
     const Value meanValue = object.need("mean");
     const double mean = meanValue.real(0, fastest);
     const double swing = swingOf(object, mean);
@@ -123,7 +122,7 @@ Noise readNoise(const Value &value)
         noise.seed = seed->number(0, UINT32_MAX);
     }
     object.finish();
-    const double seconds = static_cast<double>(noise.step) / perSecond;
+    const double seconds = static_cast<double>(noise.step) / msPerSecond;
     if (mean * seconds < 1 || mean * seconds > mostInStep) {
         meanValue.fail("there must be at least one count in a step, and at most 1e18");
     }
@@ -147,7 +146,7 @@ std::uint64_t Ramp::after(Time time) const
     if (time <= at) {
         return evenly(from, time);
     }
-    const double seconds = static_cast<double>(length) / perSecond;
+    const double seconds = static_cast<double>(length) / msPerSecond;
     const auto sumAt = [&](double part) { return seconds * part * (from + (to - from) * part / 2); };
     const Time within = std::min(time - at, length);
     const double climbed = within == length ? sumAt(1) : onGrid(within, length, sumAt);
@@ -156,7 +155,7 @@ std::uint64_t Ramp::after(Time time) const
 
 std::uint64_t Wave::after(Time time) const
 {
-    const double seconds = static_cast<double>(period) / perSecond;
+    const double seconds = static_cast<double>(period) / msPerSecond;
     const double begin = static_cast<double>(peak) / static_cast<double>(period);
     const auto sumAt = [&](double part) {
         return seconds * (mean * part + swing / (2 * std::numbers::pi) * (sine(part - begin) + sine(begin)));

@@ -19,6 +19,8 @@ namespace ipmib::simulated
 
 using Mac = std::array<std::uint8_t, 6>;
 
+inline constexpr std::uint32_t standardMaxIntervalS = 600; // RFC 4861, 6.2.1
+
 // What routers are told on an interface.
 struct Advertisement {
     NdIfConfigInfo info{};                 // without the timers, which are the interface's own

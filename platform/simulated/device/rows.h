@@ -22,6 +22,9 @@ using platform::OrderedTable;
 using platform::PackedAddress;
 using platform::PrefixKey;
 
+inline constexpr std::uint32_t ticksPerSecond = 100; // of sysUpTime
+inline constexpr std::uint16_t largestDatagram = 65535;
+
 // A lifetime in seconds, which may begin anew again and again.
 struct Lifetime {
     std::uint32_t seconds = platform::infiniteLifetime;

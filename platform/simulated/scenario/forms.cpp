@@ -173,6 +173,15 @@ std::uint32_t readLifetime(const Value &value, std::uint32_t longest)
     return value.word(words);
 }
 
+void failWithAny(Object &object, std::initializer_list<const char *> names, const char *why)
+{
+    for (const char *name : names) {
+        if (const auto member = object.find(name)) {
+            member->fail(why);
+        }
+    }
+}
+
 Lifetime readRenewed(Object &object, const char *name, std::uint32_t longest)
 {
     Lifetime lifetime;

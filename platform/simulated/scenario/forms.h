@@ -7,6 +7,8 @@
 #include "device/rows.h"
 #include "scenario/value.h"
 
+#include <initializer_list>
+
 namespace ipmib::simulated
 {
 
@@ -62,6 +64,9 @@ void eachOf(Object &object, const char *name, Visit visit)
         list->each(visit);
     }
 }
+
+// Fails for a member that the object cannot have beside something else that it has.
+void failWithAny(Object &object, std::initializer_list<const char *> names, const char *why);
 
 // A lifetime of this name, which "renewed" begins anew.
 Lifetime readRenewed(Object &object, const char *name, std::uint32_t longest = platform::infiniteLifetime - 1);

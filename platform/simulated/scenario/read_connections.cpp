@@ -14,7 +14,7 @@ namespace
 using platform::ConnectionRow;
 using platform::PackedEnd;
 
-constexpr std::uint32_t mostAtOnce = 4'000'000;
+constexpr std::uint32_t mostConnectionsAtOnce = 4'000'000;
 constexpr std::uint32_t highestProcess = 4'194'304; // that Linux may give
 constexpr Word states[] = {
     {"closed", IPMIB_TCP_CLOSED},           {"synSent", IPMIB_TCP_SYN_SENT},    {"synReceived", IPMIB_TCP_SYN_RECEIVED},
@@ -103,7 +103,8 @@ void readConnection(const Value &value, std::uint32_t table, Device &device)
     Object object(value);
     ConnectionRow row = readRow(table, object, device);
     const bool counts = row.state == IPMIB_TCP_ESTABLISHED || row.state == IPMIB_TCP_CLOSE_WAIT;
-    const std::uint32_t count = table == IPMIB_TCP_CONNECTIONS ? object.number("count", 1, 1, mostAtOnce) : 1;
+    const std::uint32_t count =
+        table == IPMIB_TCP_CONNECTIONS ? object.number("count", 1, 1, mostConnectionsAtOnce) : 1;
     object.finish();
     const std::uint16_t firstPort = row.remote.port;
     for (std::uint32_t i = 0; i < count; ++i) {

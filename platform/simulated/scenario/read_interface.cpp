@@ -34,7 +34,6 @@ constexpr double perMegabit = 1e6;
 constexpr std::uint32_t longestReachableMs = 3'600'000;
 
 // RFC 4861, 6.2.1
-constexpr std::uint32_t standardMaxIntervalS = 600;
 constexpr std::uint32_t longestMaxIntervalS = 1800;
 constexpr std::uint32_t shortestLifetimeS = 4;
 constexpr std::uint32_t longestLifetimeS = 9000;

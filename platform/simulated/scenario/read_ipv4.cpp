@@ -12,19 +12,18 @@ namespace
 using platform::NeighbourState;
 using platform::NeighbourType;
 
-constexpr Word addressOrigins[] = {{"manual", IPMIB_ADDRESS_ORIGIN_MANUAL},
-                                   {"dhcp", IPMIB_ADDRESS_ORIGIN_DHCP},
-                                   {"linklayer", IPMIB_ADDRESS_ORIGIN_LINKLAYER},
-                                   {"random", IPMIB_ADDRESS_ORIGIN_RANDOM},
-                                   {"other", IPMIB_ADDRESS_ORIGIN_OTHER}};
-constexpr Word addressStates[] = {{"preferred", 1}, {"deprecated", 2}, {"tentative", 6}, {"duplicate", 7}};
-constexpr Word prefixOrigins[] = {{"manual", 2}, {"wellknown", 3}, {"dhcp", 4}, {"routeradv", 5}, {"other", 1}};
-constexpr Word preferences[] = {{"high", 1}, {"medium", 0}, {"low", static_cast<std::uint32_t>(-1)}};
+constexpr Word ipv4AddressOrigins[] = {{"manual", IPMIB_ADDRESS_ORIGIN_MANUAL},
+                                       {"dhcp", IPMIB_ADDRESS_ORIGIN_DHCP},
+                                       {"linklayer", IPMIB_ADDRESS_ORIGIN_LINKLAYER},
+                                       {"random", IPMIB_ADDRESS_ORIGIN_RANDOM},
+                                       {"other", IPMIB_ADDRESS_ORIGIN_OTHER}};
+constexpr Word ipv4AddressStates[] = {{"preferred", 1}, {"deprecated", 2}, {"tentative", 6}, {"duplicate", 7}};
+constexpr Word ipv4PrefixOrigins[] = {{"manual", 2}, {"wellknown", 3}, {"dhcp", 4}, {"routeradv", 5}, {"other", 1}};
+constexpr Word ipv4RouterPreferences[] = {{"high", 1}, {"medium", 0}, {"low", static_cast<std::uint32_t>(-1)}};
 constexpr std::uint32_t preferred = 1;
 constexpr std::uint32_t manualPrefix = 2;
 constexpr std::uint32_t otherPrefix = 1;
 constexpr std::uint32_t leasedPrefix = 4;
-constexpr std::uint32_t perSecond = 100; // hundredths
 
 Ipv4Address addressOf(const Value &text, std::uint32_t ifIndex)
 {
@@ -60,11 +59,11 @@ void readAddressRow(const Value &value, std::uint32_t ifIndex, Device &device)
     }
     Object object(value);
     Ipv4Address row = addressOf(object.need("address"), ifIndex);
-    row.origin = object.word("origin", row.origin, addressOrigins);
-    row.status = object.word("status", row.status, addressStates);
+    row.origin = object.word("origin", row.origin, ipv4AddressOrigins);
+    row.status = object.word("status", row.status, ipv4AddressStates);
     const std::uint32_t created = object.number("created", 0, 0, latestMoment);
-    row.created = created * perSecond;
-    row.changed = object.number("changed", created, created, latestMoment) * perSecond;
+    row.created = created * ticksPerSecond;
+    row.changed = object.number("changed", created, created, latestMoment) * ticksPerSecond;
     add(value, row, device);
     if (const auto broadcast = object.find("broadcast")) {
         Ipv4Address other = row;
@@ -88,7 +87,7 @@ Ipv4Prefix readPrefixRow(const Value &value, std::uint32_t ifIndex)
     }
     Object object(value);
     Ipv4Prefix row = prefixOf(object.need("prefix"), ifIndex);
-    row.origin = object.word("origin", row.origin, prefixOrigins);
+    row.origin = object.word("origin", row.origin, ipv4PrefixOrigins);
     row.onLink = object.boolean("onLink", true);
     row.autonomous = object.boolean("autonomous", false);
     readLifetimes(object, row.valid, row.preferred);
@@ -117,19 +116,10 @@ Ipv4Router readRouterRow(const Value &value, std::uint32_t ifIndex)
 {
     Object object(value);
     Ipv4Router row{readIpv4Address(object.need("address")), ifIndex, 0, {}};
-    row.preference = static_cast<std::int32_t>(object.word("preference", 0, preferences));
+    row.preference = static_cast<std::int32_t>(object.word("preference", 0, ipv4RouterPreferences));
     row.lifetime = readRenewed(object, "lifetime", platform::gatewayLongestLifetime);
     object.finish();
     return row;
-}
-
-void refuse(Object &object)
-{
-    for (const char *name : {"ipv4Addresses", "ipv4Prefixes", "ipv4Neighbours", "ipv4Routers", "ipv4RetransmitTime"}) {
-        if (const auto member = object.find(name)) {
-            member->fail("the interface has no IPv4");
-        }
-    }
 }
 
 } // namespace
@@ -137,7 +127,8 @@ void refuse(Object &object)
 void readIpv4Of(Object &object, Interface &interface, Device &device)
 {
     if (!interface.ip4) {
-        refuse(object);
+        failWithAny(object, {"ipv4Addresses", "ipv4Prefixes", "ipv4Neighbours", "ipv4Routers", "ipv4RetransmitTime"},
+                    "the interface has no IPv4");
         return;
     }
     interface.ip4RetransmitMs = object.number("ipv4RetransmitTime", interface.ip4RetransmitMs, 1, UINT32_MAX);

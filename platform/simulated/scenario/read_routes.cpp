@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 #include <vector>
 
 namespace ipmib::simulated
@@ -16,7 +15,7 @@ namespace ipmib::simulated
 namespace
 {
 
-constexpr std::uint32_t mostAtOnce = 16'000'000;
+constexpr std::uint32_t mostRoutesAtOnce = 16'000'000;
 constexpr std::uint32_t ipv4InUpperBits = 32;
 constexpr Word nowhere[] = {
     {"blackhole", IPMIB_ROUTE_BLACKHOLE}, {"reject", IPMIB_ROUTE_REJECT}, {"other", IPMIB_ROUTE_OTHER}};
@@ -104,16 +103,6 @@ void readNextHop(Object &object, RouteWay &way, const Device &device)
     }
 }
 
-// Refuses what a route cannot have beside something else that it has.
-void refuse(Object &object, std::initializer_list<const char *> names, const char *why)
-{
-    for (const char *name : names) {
-        if (const auto member = object.find(name)) {
-            member->fail(why);
-        }
-    }
-}
-
 // One for each next hop.
 std::vector<RouteWay> readWays(Object &object, const RouteWay &common, const Device &device)
 {
@@ -121,11 +110,11 @@ std::vector<RouteWay> readWays(Object &object, const RouteWay &common, const Dev
     const auto type = object.find("type");
     const auto hops = object.find("nextHops");
     if (type) {
-        refuse(object, {"interface", "nextHops", "via"}, "a route of this type leads nowhere");
+        failWithAny(object, {"interface", "nextHops", "via"}, "a route of this type leads nowhere");
         ways.push_back(common);
         ways.back().route.type = type->word(nowhere);
     } else if (hops) {
-        refuse(object, {"interface", "via"}, "the next hops say that");
+        failWithAny(object, {"interface", "via"}, "the next hops say that");
         hops->each([&](const Value &value) {
             Object hop(value);
             readNextHop(hop, ways.emplace_back(common), device);
@@ -169,7 +158,7 @@ void readRoute(const Value &value, std::uint32_t name, Device &device)
     std::vector<RouteWay> ways = readWays(object, readCommon(object), device);
     const bool isOnLink = ways.front().route.type == IPMIB_ROUTE_LOCAL;
     const std::uint32_t protocol = readProtocol(object, isOnLink ? local : management);
-    const std::uint32_t count = object.number("count", 1, 1, mostAtOnce);
+    const std::uint32_t count = object.number("count", 1, 1, mostRoutesAtOnce);
     const std::uint32_t step = object.number("step", 1, 1, UINT32_MAX);
     const bool isSpread = object.boolean("spread", false);
     object.finish();

@@ -25,7 +25,7 @@ constexpr Word prefixOrigins[] = {{"manual", prefixOriginManual},
                                   {"dhcp", prefixOriginDhcp},
                                   {"routeradv", prefixOriginRouter},
                                   {"other", prefixOriginOther}};
-constexpr Word preferences[] = {
+constexpr Word routerPreferences[] = {
     {"high", gatewayPreferenceHigh}, {"medium", gatewayPreferenceMedium}, {"low", gatewayPreferenceLow}};
 
 // Where the prefix of an address comes from when nothing else is said.
@@ -126,7 +126,7 @@ Router readRouter(const Value &value, std::uint32_t ifIndex)
 {
     Object object(value);
     Router router{readAddress(object.need("address")), ifIndex, gatewayPreferenceMedium, {}};
-    router.preference = object.word("preference", router.preference, preferences);
+    router.preference = object.word("preference", router.preference, routerPreferences);
     router.lifetime = readRenewed(object, "lifetime", gatewayLongestLifetime);
     object.finish();
     return router;

@@ -12,13 +12,12 @@ namespace
 {
 
 constexpr Time forEver = std::numeric_limits<Time>::max();
-constexpr double perSecond = 1'000;
 
 } // namespace
 
 Time readSeconds(const Value &value)
 {
-    return static_cast<Time>(std::llround(value.real(0, longestSeconds) * perSecond));
+    return static_cast<Time>(std::llround(value.real(0, longestSeconds) * msPerSecond));
 }
 
 Schedule Schedule::always()

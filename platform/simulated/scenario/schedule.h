@@ -13,6 +13,7 @@ namespace ipmib::simulated
 
 // Milliseconds since the device was started.
 using Time = std::uint64_t;
+inline constexpr Time msPerSecond = 1'000;
 
 class Schedule
 {

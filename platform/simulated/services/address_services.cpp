@@ -8,8 +8,6 @@ using ipmib::platform::InterfaceList;
 namespace
 {
 
-constexpr uint32_t perSecond = 100; // of sysUpTime
-
 uint32_t fillAddress(const Device &device, const Address *address, uint32_t without, FullAddressRecord *record)
 {
     if (address == nullptr) {
@@ -22,8 +20,8 @@ uint32_t fillAddress(const Device &device, const Address *address, uint32_t with
     record->origin = address->origin;
     record->flags = address->anycast ? ipmib::platform::addressFlagAnycast : 0;
     record->state = address->state;
-    record->created_s = device.uptimeAtSecond(address->createdS) / perSecond;
-    record->last_changed_s = device.uptimeAtSecond(address->changedS) / perSecond;
+    record->created_s = device.uptimeAtSecond(address->createdS) / ticksPerSecond;
+    record->last_changed_s = device.uptimeAtSecond(address->changedS) / ticksPerSecond;
     return success;
 }
 

@@ -11,8 +11,7 @@ using namespace ipmib::simulated;
 namespace
 {
 
-constexpr uint32_t standardMaxIntervalS = 600; // RFC 4861, 6.2.1
-constexpr uint32_t standardMinIntervalS = 198; // 0.33 of it
+constexpr uint32_t standardMinIntervalS = 198; // 0.33 of standardMaxIntervalS
 
 bool isUsable(const Address &address)
 {

@@ -9,9 +9,8 @@ namespace
 
 NeighbourEntry entryAt(const Device &device, const Neighbour &row)
 {
-    constexpr uint32_t perSecond = 100; // of sysUpTime
     NeighbourEntry entry = entryOf(row);
-    entry.last_updated_s = ipmib_be32(device.uptimeAtSecond(row.lastUpdatedS) / perSecond);
+    entry.last_updated_s = ipmib_be32(device.uptimeAtSecond(row.lastUpdatedS) / ticksPerSecond);
     return entry;
 }
 
