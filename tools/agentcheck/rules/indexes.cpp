@@ -59,7 +59,12 @@ void checkAddress(Report &report, const Name &name, const IndexKey &key, std::si
     const std::uint32_t type = key.values.number(part - 1);
     const auto octets = key.values.octets(part);
     const auto length = lengthOf(type);
-    if (length && octets.size() != *length) {
+    const std::string_view column = key.columns[part]->pszName;
+    if (!length || (type == unknownAddress && column.starts_with("ip"))) { // a route or a connection may be without
+        report.broken(Rule::addressLength, name, "an address of type " + std::to_string(type));
+        return;
+    }
+    if (octets.size() != *length) {
         report.broken(Rule::addressLength, name,
                       std::to_string(octets.size()) + " octets of an address of type " + std::to_string(type) +
                           ", not " + std::to_string(*length));

@@ -59,6 +59,9 @@ moved("an index that goes on", "index", "ifXTable", "ifName", (2, 1))
 moved("an unknown version", "index", "icmpStatsTable", "icmpStatsInMsgs", (7,))
 moved("IPv6 of 4 octets", "addressLength", NEIGHBOURS, "ipNetToPhysicalType", (2, 2, 4, 203, 0, 113, 1),
       "ipNetToPhysicalPhysAddress")
+moved("a name for an address", "addressLength", NEIGHBOURS, "ipNetToPhysicalType", (2, 16, 4) + tuple(b"name"),
+      "ipNetToPhysicalPhysAddress")
+moved("an address of no type", "addressLength", NEIGHBOURS, "ipNetToPhysicalType", (2, 0, 0), "ipNetToPhysicalPhysAddress")
 moved("a zone that is cut off", "addressLength", NEIGHBOURS, "ipNetToPhysicalType", (2, 4, 16) + LINK_LOCAL,
       "ipNetToPhysicalPhysAddress")
 moved("link-local without zone", "zone", NEIGHBOURS, "ipNetToPhysicalType", (2, 2, 16) + LINK_LOCAL,
