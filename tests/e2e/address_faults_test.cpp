@@ -2,6 +2,7 @@
 // What goes wrong at the address of one device of a fleet goes wrong neither at another's nor at the agent's.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 #include "e2e/raw_socket.h"
 
 #include <functional>
@@ -11,12 +12,7 @@ namespace ipmib::e2e
 namespace
 {
 
-const char *const controlProgram = IPMIB_CONTROL_PROGRAM;
-const std::string sysName = "1.3.6.1.2.1.1.5.0";
-const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
-const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
-
-const std::string access = R"(rocommunity public 127.0.0.1
+const std::string faultsAccess = R"(rocommunity public 127.0.0.1
 contextcommunity lab 127.0.0.1
 contextcommunity public 127.0.0.1
 createUser all SHA "all's auth"
@@ -24,8 +20,7 @@ rouser all auth -V everything *
 rouser all auth -V everything
 view everything included .1
 )";
-const Words v2 = {"-v2c", "-c", "public"};
-const Words v3 = {"-v3", "-l", "authNoPriv", "-u", "all", "-a", "SHA", "-A", "all's auth"};
+const Words everyDeviceV3 = {"-v3", "-l", "authNoPriv", "-u", "all", "-a", "SHA", "-A", "all's auth"};
 
 class AddressFaultsTest : public AgentTest
 {
@@ -33,7 +28,7 @@ class AddressFaultsTest : public AgentTest
     void startFleet()
     {
         writeFleet("", {{"sick", hosts[0]}, {"well", hosts[1]}});
-        startProgram({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("test.conf", access), "--device-socket",
+        startProgram({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("test.conf", faultsAccess), "--device-socket",
                       path("socket"), "--platform", "simulated:" + path("fleet.json"), address()});
     }
     void writeFleet(const std::string &members, const std::vector<std::pair<std::string, std::string>> &devices) const
@@ -68,13 +63,13 @@ class AddressFaultsTest : public AgentTest
     // As a client that waits is answered where all is well.
     void expectWell(const std::string &host, const std::string &name) const
     {
-        for (const Words &version : {v2, v3}) {
+        for (const Words &version : {publicV2, everyDeviceV3}) {
             Words patient = version;
             patient.insert(patient.end(), {"-r0", "-t20", "-Oqv"});
             const Result result = ask("snmpget", host, patient, {sysName, hopLimit});
             EXPECT_EQ(result.output, "\"" + name + "\"\n64\n") << version[0] << " at " << host << ": " << result.errors;
         }
-        Words patient = v2;
+        Words patient = publicV2;
         patient.insert(patient.end(), {"-r0", "-t20"});
         const Result walk = ask("snmpwalk", host, patient, {ifDescr});
         EXPECT_EQ(walk.status, 0) << host << ": " << walk.output << walk.errors;
@@ -102,7 +97,7 @@ TEST_F(AddressFaultsTest, AreThoseOfTheDeviceInEveryVersion)
                                              {"tooBig", "on", "(tooBig)"},
                                              {"wrongType", "on", " = STRING: \"42\""}}) {
         change("sick", fault, state);
-        for (const Words &version : {v2, v3}) {
+        for (const Words &version : {publicV2, everyDeviceV3}) {
             const std::string text = seen(hosts[0], version);
             EXPECT_NE(text.find(said), std::string::npos) << fault << " over " << version[0] << ": " << text;
         }
@@ -112,7 +107,7 @@ TEST_F(AddressFaultsTest, AreThoseOfTheDeviceInEveryVersion)
         expectWell(hosts[0], "sick");
     }
     change("sick", "notIncreasing", "on");
-    EXPECT_NE(seen(hosts[0], v2, "snmpwalk", ifDescr).find("OID not increasing"), std::string::npos);
+    EXPECT_NE(seen(hosts[0], publicV2, "snmpwalk", ifDescr).find("OID not increasing"), std::string::npos);
     expectWell(hosts[1], "well");
     stopAgent();
 }
@@ -127,7 +122,7 @@ TEST_F(AddressFaultsTest, OfTheAgentsOwnAreSeenAtNoDevice)
         change("", fault, state);
         expectWell(hosts[0], "sick");
         expectWell(hosts[1], "well");
-        EXPECT_EQ(seen("127.0.0.1", v2).find("INTEGER: 64"), std::string::npos);
+        EXPECT_EQ(seen("127.0.0.1", publicV2).find("INTEGER: 64"), std::string::npos);
         change("", fault, "off");
     }
     expectWell("127.0.0.1", "own");
@@ -135,16 +130,16 @@ TEST_F(AddressFaultsTest, OfTheAgentsOwnAreSeenAtNoDevice)
 }
 
 // A GET of ipv6IpDefaultHopLimit.0.
-const std::string request("\x30\x26\x02\x01\x01\x04\x06public\xA0\x19\x02\x01\x00\x02\x01\x00\x02\x01\x00"
-                          "\x30\x0E\x30\x0C\x06\x08\x2B\x06\x01\x02\x01\x04\x1A\x00\x05\x00",
-                          40);
+const std::string hopLimitRequest("\x30\x26\x02\x01\x01\x04\x06public\xA0\x19\x02\x01\x00\x02\x01\x00\x02\x01\x00"
+                                  "\x30\x0E\x30\x0C\x06\x08\x2B\x06\x01\x02\x01\x04\x1A\x00\x05\x00",
+                                  40);
 
 TEST_F(AddressFaultsTest, TheSecondOfTwoAnswersComesFromTheSameAddress)
 {
     startFleet();
     change("sick", "duplicate", R"({"seconds": 0.1})");
     const RawSocket client;
-    client.sendTo(port(), request, hosts[0]);
+    client.sendTo(port(), hopLimitRequest, hosts[0]);
     for (int i = 0; i < 2; ++i) {
         std::string from;
         EXPECT_FALSE(client.next(from).empty());
@@ -160,14 +155,14 @@ TEST_F(AddressFaultsTest, ADeviceThatHasGoneAnswersFromNoOthersAddress)
     startFleet();
     change("sick", "delay", R"({"seconds": 2})");
     const RawSocket early;
-    early.sendTo(port(), request, hosts[0]);
+    early.sendTo(port(), hopLimitRequest, hosts[0]);
     expectWell(hosts[1], "well"); // by then that one has been taken
     writeFleet(R"("faults": {"delay": {"seconds": 2}}, )", {{"well", hosts[1]}, {"new", third}});
     agent().signal(SIGHUP);
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
     const RawSocket later;
-    later.sendTo(static_cast<std::uint16_t>(port() + 1), request);
+    later.sendTo(static_cast<std::uint16_t>(port() + 1), hopLimitRequest);
     std::string from;
     EXPECT_FALSE(later.next(from).empty()) << "by now what was asked for before is due, too";
     EXPECT_EQ(from, third);

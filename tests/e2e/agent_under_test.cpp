@@ -20,6 +20,7 @@ namespace ipmib::e2e
 {
 
 const char *const agentProgram = IPMIB_AGENT_PROGRAM;
+const char *const controlProgram = IPMIB_CONTROL_PROGRAM;
 const char *const scriptedPlatform = IPMIB_SCRIPTED_PLATFORM;
 const char *const emptyLibrary = IPMIB_EMPTY_LIBRARY;
 

@@ -83,6 +83,7 @@ class AgentTest : public testing::Test
 
 // Where the build put them.
 extern const char *const agentProgram;
+extern const char *const controlProgram; // ipmibctl
 extern const char *const scriptedPlatform;
 extern const char *const emptyLibrary; // a shared library with nothing in it
 

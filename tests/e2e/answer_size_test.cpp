@@ -21,7 +21,7 @@ namespace ipmib::e2e
 namespace
 {
 
-constexpr const char *configuration = R"(rocommunity public 127.0.0.1
+constexpr const char *askersConfiguration = R"(rocommunity public 127.0.0.1
 createUser open
 rouser open noauth
 createUser closed SHA "closed's auth" AES "closed's priv"
@@ -90,10 +90,10 @@ int countReceived(netsnmp_transport *transport, void *buffer, int size, void **o
 }
 
 // One who asks over one transport and can take messages of this size.
-class Client
+class SizedClient
 {
   public:
-    Client(const Asker &asker, const std::string &address, std::size_t size)
+    SizedClient(const Asker &asker, const std::string &address, std::size_t size)
     {
         netsnmp_session session;
         snmp_sess_init(&session);
@@ -127,14 +127,14 @@ class Client
             }
         }
     }
-    ~Client()
+    ~SizedClient()
     {
         if (session_ != nullptr) {
             snmp_sess_close(session_);
         }
     }
-    Client(const Client &) = delete;
-    Client &operator=(const Client &) = delete;
+    SizedClient(const SizedClient &) = delete;
+    SizedClient &operator=(const SizedClient &) = delete;
 
     bool isOpen() const { return session_ != nullptr; }
 
@@ -255,7 +255,7 @@ class AnswerSizeTest : public AgentTest
         ASSERT_EQ(answer.errorIndex, 0);
         ASSERT_EQ(answer.variables.size(), asker.version == SNMP_VERSION_1 ? question.variables : 0);
         for (std::size_t i = 0; i < answer.variables.size(); ++i) {
-            ASSERT_EQ(answer.variables[i].name, Client::nameOf(question, i));
+            ASSERT_EQ(answer.variables[i].name, SizedClient::nameOf(question, i));
         }
     }
 
@@ -280,7 +280,7 @@ class AnswerSizeTest : public AgentTest
     void expectAnswers(const Asker &asker, const std::string &place, std::size_t size,
                        const std::vector<Question> &asked)
     {
-        const Client client(asker, place, size);
+        const SizedClient client(asker, place, size);
         ASSERT_TRUE(client.isOpen()) << asker.name;
         for (const Question &question : asked) {
             SCOPED_TRACE(textOf(asker, size, question));
@@ -306,7 +306,7 @@ class AnswerSizeTest : public AgentTest
     {
         const auto [known, isNew] = wholes_.try_emplace(textOf(asker, datagram, question));
         if (isNew) {
-            known->second = Client(asker, address(), datagram).ask(question);
+            known->second = SizedClient(asker, address(), datagram).ask(question);
             EXPECT_EQ(known->second.error, errorOf(question, asker));
         }
         return known->second;
@@ -336,7 +336,7 @@ const std::vector<std::size_t> sizes = {485, 600, 1024, 1472, 2048, 4000, 8192, 
 
 TEST_F(AnswerSizeTest, EveryAnswerIsAsLongAsItMayBe)
 {
-    startAgent(configuration);
+    startAgent(askersConfiguration);
     for (const Asker &asker : askers) {
         const bool isV3 = asker.version == SNMP_VERSION_3;
         expectAnswers(asker, address(), datagram,
@@ -353,7 +353,7 @@ TEST_F(AnswerSizeTest, EveryAnswerIsAsLongAsItMayBe)
 
 TEST_F(AnswerSizeTest, OverStreamsToo)
 {
-    startAgent(configuration, {address("tcp")});
+    startAgent(askersConfiguration, {address("tcp")});
     for (const Asker &asker : askers) {
         const bool isV1 = asker.version == SNMP_VERSION_1;
         const std::size_t last = asker.version == SNMP_VERSION_3 ? 300 : tooManyForADatagram;
@@ -368,7 +368,8 @@ TEST_F(AnswerSizeTest, OverStreamsToo)
 TEST_F(AnswerSizeTest, ThoseThatASubAgentHasAPartInToo)
 {
     IPMIB_NEEDS_NAMESPACES();
-    startAgent(configuration + std::string("serve all off\nmaster agentx\nagentXSocket ") + path("master") + "\n");
+    startAgent(askersConfiguration + std::string("serve all off\nmaster agentx\nagentXSocket ") + path("master") +
+               "\n");
     Command subAgent({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("sub-agent.conf", ""), "-x", path("master"),
                       "--platform", scriptedPlatform},
                      environment());

@@ -2,6 +2,7 @@
 // Contexts as Debian's snmpd shows them, whose sub-agent ipmibd is, or that has it inside.
 
 #include "e2e/master_under_test.h"
+#include "e2e/objects.h"
 
 #include <algorithm>
 
@@ -10,8 +11,6 @@ namespace ipmib::e2e
 namespace
 {
 
-const std::string sysName = "1.3.6.1.2.1.1.5.0";
-const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
 const std::string scopes = "1.3.6.1.2.1.4.30.1.2"; // ipv6InterfaceReasmMaxSize, which the module answers
 
 const std::string fleet = R"({

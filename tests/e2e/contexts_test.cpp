@@ -2,6 +2,7 @@
 // Contexts: many simulated devices behind one agent, and who may ask in which.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 
 #include <algorithm>
 #include <csignal>
@@ -12,13 +13,9 @@ namespace ipmib::e2e
 namespace
 {
 
-const std::string sysName = "1.3.6.1.2.1.1.5.0";
 const std::string sysDescr = "1.3.6.1.2.1.1.1.0";
-const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
-const std::string addresses = "1.3.6.1.2.1.4.34.1.3";
-const std::string contextTable = "1.3.6.1.6.3.16.1.1.1.1";
 
-const std::string fleet = R"({
+const std::string fleetOfContexts = R"({
     "interfaces": [{"name": "own", "ifIndex": 1}],
     "devices": [
         {"name": "core", "scenario": {
@@ -31,7 +28,7 @@ const std::string fleet = R"({
                             "ipv4Addresses": [{"address": "10.{n/256}.{n%256}.1/24"}]}]}}
     ]})";
 
-const std::string access = R"(rocommunity public 127.0.0.1
+const std::string contextsAccess = R"(rocommunity public 127.0.0.1
 contextcommunity lab default
 contextcommunity part 127.0.0.1 access1*
 com2sec -Cn core oneDevice default justcore
@@ -47,12 +44,12 @@ rouser one auth -V everything core
 // Nobody answers those who may not ask: they need not wait for long.
 const std::string refused = "1";
 
-Words v2(const std::string &community, const std::string &seconds = "20")
+Words ofCommunity(const std::string &community, const std::string &seconds = "20")
 {
     return {"-v2c", "-r0", "-t" + seconds, "-c", community};
 }
 
-Words v3(const std::string &user, const std::string &context, const std::string &seconds = "20")
+Words ofUser(const std::string &user, const std::string &context, const std::string &seconds = "20")
 {
     return {"-v3", "-r0", "-t" + seconds,   "-l", "authNoPriv", "-u", user, "-a",
             "SHA", "-A",  user + "'s auth", "-n", context};
@@ -61,7 +58,7 @@ Words v3(const std::string &user, const std::string &context, const std::string 
 class ContextTest : public AgentTest
 {
   protected:
-    void startFleet(const std::string &configuration = access, const std::string &scenario = fleet)
+    void startFleet(const std::string &configuration = contextsAccess, const std::string &scenario = fleetOfContexts)
     {
         startProgram({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("test.conf", configuration), "--platform",
                       "simulated:" + writeFile("fleet.json", scenario), address()});
@@ -76,14 +73,14 @@ class ContextTest : public AgentTest
 TEST_F(ContextTest, EachContextIsADeviceOfItsOwn)
 {
     startFleet();
-    EXPECT_EQ(get(v3("all", "core"), sysName), "\"core-1\"\n");
-    EXPECT_EQ(get(v3("all", "core"), sysDescr), "\"A core router\"\n");
-    EXPECT_EQ(get(v3("all", "access7"), sysName), "\"access7\"\n");
-    EXPECT_EQ(walk("snmpwalk", v3("all", "core"), {}, ifDescr),
+    EXPECT_EQ(get(ofUser("all", "core"), sysName), "\"core-1\"\n");
+    EXPECT_EQ(get(ofUser("all", "core"), sysDescr), "\"A core router\"\n");
+    EXPECT_EQ(get(ofUser("all", "access7"), sysName), "\"access7\"\n");
+    EXPECT_EQ(walk("snmpwalk", ofUser("all", "core"), {}, ifDescr),
               (Words{".1.3.6.1.2.1.2.2.1.2.2 = STRING: \"up\"", ".1.3.6.1.2.1.2.2.1.2.7 = STRING: \"down\""}));
-    EXPECT_EQ(walk("snmpbulkwalk", v2("lab@access40"), {}, ifDescr),
+    EXPECT_EQ(walk("snmpbulkwalk", ofCommunity("lab@access40"), {}, ifDescr),
               (Words{".1.3.6.1.2.1.2.2.1.2.3 = STRING: \"lan40\""}));
-    EXPECT_EQ(walk("snmpbulkwalk", v2("lab@access12"), {}, addresses),
+    EXPECT_EQ(walk("snmpbulkwalk", ofCommunity("lab@access12"), {}, ipAddressIfIndex),
               (Words{".1.3.6.1.2.1.4.34.1.3.1.4.10.0.12.1 = INTEGER: 3"}));
     EXPECT_EQ(walk("snmpwalk", publicV2, {}, ifDescr), (Words{".1.3.6.1.2.1.2.2.1.2.1 = STRING: \"own\""}));
     stopAgent();
@@ -94,49 +91,50 @@ TEST_F(ContextTest, TablesOfTheModuleAreOfTheContextInEveryKindOfRequest)
     startFleet();
     const std::string scopes = "1.3.6.1.2.1.4.30.1.2"; // ipv6InterfaceReasmMaxSize, which the module answers
     for (const char *program : {"snmpwalk", "snmpbulkwalk"}) {
-        EXPECT_EQ(walk(program, v2("lab@core"), {}, scopes).size(), 2u);
-        EXPECT_EQ(walk(program, v3("all", "access3"), {}, scopes).size(), 1u);
+        EXPECT_EQ(walk(program, ofCommunity("lab@core"), {}, scopes).size(), 2u);
+        EXPECT_EQ(walk(program, ofUser("all", "access3"), {}, scopes).size(), 1u);
         EXPECT_EQ(walk(program, publicV2, {}, scopes).size(), 1u);
     }
     // Walks side by side: each goes on where it stood, in its own context.
     const std::string asked[] = {scopes, scopes + ".2"};
-    EXPECT_EQ(get(v3("all", "core"), asked[1]), get(v2("lab@core"), asked[1]));
-    EXPECT_NE(snmp("snmpgetnext", v2("lab@core"), {asked[1]}).output.find(scopes + ".7 "), std::string::npos);
-    EXPECT_NE(snmp("snmpgetnext", v2("lab@access3"), {asked[1]}).output.find(scopes + ".3 "), std::string::npos);
-    EXPECT_NE(snmp("snmpgetnext", v2("lab@core"), {asked[1]}).output.find(scopes + ".7 "), std::string::npos);
+    EXPECT_EQ(get(ofUser("all", "core"), asked[1]), get(ofCommunity("lab@core"), asked[1]));
+    EXPECT_NE(snmp("snmpgetnext", ofCommunity("lab@core"), {asked[1]}).output.find(scopes + ".7 "), std::string::npos);
+    EXPECT_NE(snmp("snmpgetnext", ofCommunity("lab@access3"), {asked[1]}).output.find(scopes + ".3 "),
+              std::string::npos);
+    EXPECT_NE(snmp("snmpgetnext", ofCommunity("lab@core"), {asked[1]}).output.find(scopes + ".7 "), std::string::npos);
     stopAgent();
 }
 
 TEST_F(ContextTest, NobodySeesAContextThatNoRuleLetsThemSee)
 {
     startFleet();
-    EXPECT_EQ(get(v3("one", "core"), sysName), "\"core-1\"\n");
-    EXPECT_EQ(get(v3("one", "core"), ifDescr + ".2"), "\"up\"\n");
+    EXPECT_EQ(get(ofUser("one", "core"), sysName), "\"core-1\"\n");
+    EXPECT_EQ(get(ofUser("one", "core"), ifDescr + ".2"), "\"up\"\n");
     for (const char *program : {"snmpget", "snmpgetnext", "snmpbulkget"}) {
         for (const char *object : {"1.3.6.1.2.1.1.5.0", "1.3.6.1.2.1.2.2.1.2"}) {
             for (const char *context : {"access1", ""}) {
-                const Result result = snmp(program, v3("one", context, refused), {object});
+                const Result result = snmp(program, ofUser("one", context, refused), {object});
                 EXPECT_EQ(result.output.find("STRING"), std::string::npos) << program << " " << result.output;
             }
         }
     }
-    EXPECT_NE(snmp("snmpget", v2("public@core", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", v2("part@core", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", v2("lab", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", v2("contextcommunity1", refused), {sysName}).status, 0)
+    EXPECT_NE(snmp("snmpget", ofCommunity("public@core", refused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("part@core", refused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("lab", refused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("contextcommunity1", refused), {sysName}).status, 0)
         << "what the library knows a line by";
     EXPECT_NE(snmp("snmpget", {"-v1", "-r0", "-t1", "-c", "justcore"}, {sysName}).status, 0) << "let in over v2c alone";
-    EXPECT_EQ(get(v2("justcore"), sysName), "\"core-1\"\n");
-    EXPECT_EQ(get(v2("part@access11"), sysName), "\"access11\"\n");
-    EXPECT_NE(snmp("snmpget", v2("part@access2", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", v3("all", "nowhere", refused), {sysName}).status, 0);
+    EXPECT_EQ(get(ofCommunity("justcore"), sysName), "\"core-1\"\n");
+    EXPECT_EQ(get(ofCommunity("part@access11"), sysName), "\"access11\"\n");
+    EXPECT_NE(snmp("snmpget", ofCommunity("part@access2", refused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofUser("all", "nowhere", refused), {sysName}).status, 0);
     stopAgent();
 }
 
 TEST_F(ContextTest, ManagersFindTheContexts)
 {
     startFleet();
-    const Words found = walk("snmpbulkwalk", publicV2, {"-Oqv"}, contextTable);
+    const Words found = walk("snmpbulkwalk", publicV2, {"-Oqv"}, vacmContextName);
     EXPECT_EQ(found.size(), 42u);
     EXPECT_EQ(std::ranges::count(found, "\"access40\""), 1);
     EXPECT_EQ(std::ranges::count(found, "\"\""), 1) << "the one without a name";
@@ -148,7 +146,7 @@ TEST_F(ContextTest, EachHasASysUpTimeOfItsOwn)
     startFleet();
     const std::string sysUpTime = "1.3.6.1.2.1.1.3.0";
     const auto ticks = [&](const std::string &context) {
-        return std::stoul(snmp("snmpget", v2("lab@" + context), {"-Oqvt", sysUpTime}).output);
+        return std::stoul(snmp("snmpget", ofCommunity("lab@" + context), {"-Oqvt", sysUpTime}).output);
     };
     const unsigned long core = ticks("core");
     EXPECT_GE(core, 500'000u);
@@ -167,18 +165,18 @@ TEST_F(ContextTest, AFileThatIsReadAgainBringsDevicesAndTakesThem)
     agent().signal(SIGHUP);
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
-    EXPECT_EQ(get(v2("lab@core"), sysName), "\"core-2\"\n");
-    EXPECT_EQ(get(v3("all", "later"), ifDescr + ".9"), "\"first\"\n");
-    EXPECT_EQ(get(v2("lab@later"), ifDescr + ".9"), "\"first\"\n");
-    EXPECT_NE(snmp("snmpget", v3("all", "access1", refused), {sysName}).status, 0);
-    EXPECT_EQ(walk("snmpwalk", publicV2, {"-Oqv"}, contextTable).size(), 3u);
+    EXPECT_EQ(get(ofCommunity("lab@core"), sysName), "\"core-2\"\n");
+    EXPECT_EQ(get(ofUser("all", "later"), ifDescr + ".9"), "\"first\"\n");
+    EXPECT_EQ(get(ofCommunity("lab@later"), ifDescr + ".9"), "\"first\"\n");
+    EXPECT_NE(snmp("snmpget", ofUser("all", "access1", refused), {sysName}).status, 0);
+    EXPECT_EQ(walk("snmpwalk", publicV2, {"-Oqv"}, vacmContextName).size(), 3u);
     stopAgent();
 }
 
 TEST_F(ContextTest, WhatCannotBeBegunIsSaidAndTheOthersAreServed)
 {
-    startFleet(access + "context extra nothing\ncontexts nothing\ncontext lonely\n");
-    EXPECT_EQ(get(v2("lab@core"), sysName), "\"core-1\"\n");
+    startFleet(contextsAccess + "context extra nothing\ncontexts nothing\ncontext lonely\n");
+    EXPECT_EQ(get(ofCommunity("lab@core"), sysName), "\"core-1\"\n");
     const std::string text = agent().output() + agent().errors();
     EXPECT_NE(text.find("context extra: "), std::string::npos) << text;
     EXPECT_NE(text.find(" has no device \"nothing\"\n"), std::string::npos) << text;
@@ -194,7 +192,7 @@ TEST_F(ContextTest, ADeviceOfAPlatformFromBeforeTheInstancesIsServedAsEver)
     startAgent(everybody + "context other thing\n"); // the scripted one has no instances
     EXPECT_NE(agent().output().find("context other: this platform has one device and no other\n"), std::string::npos);
     EXPECT_EQ(snmp("snmpget", publicV2, {"1.3.6.1.2.1.4.26.0"}).output, ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n");
-    EXPECT_TRUE(walk("snmpwalk", publicV2, {}, contextTable).empty());
+    EXPECT_TRUE(walk("snmpwalk", publicV2, {}, vacmContextName).empty());
     stopAgent();
 }
 
@@ -205,13 +203,13 @@ class DeviceAddressTest : public ContextTest
     void startDevices(const std::string &more = "")
     {
         const auto plus = [this](int add) { return std::to_string(port() + add); };
-        startFleet(access + more, R"({"devices": [
+        startFleet(contextsAccess + more, R"({"devices": [
             {"name": "core", "listen": "udp:127.0.0.1:)" +
-                                      plus(1) + R"(", "scenario": {"interfaces": [{"name": "up"}]}},
+                                              plus(1) + R"(", "scenario": {"interfaces": [{"name": "up"}]}},
             {"name": "six", "listen": "udp6:[::1]:)" +
-                                      plus(2) + R"(", "scenario": {"interfaces": []}},
+                                              plus(2) + R"(", "scenario": {"interfaces": []}},
             {"name": "access{n}", "count": 3, "listen": "udp:127.0.0.{n+1}:)" +
-                                      plus(3) + R"(",
+                                              plus(3) + R"(",
              "scenario": {"interfaces": [{"name": "lan{n}", "ifIndex": 3}]}},
             {"name": "shy", "scenario": {"interfaces": []}}]})");
     }
@@ -245,19 +243,19 @@ TEST_F(DeviceAddressTest, EachIsAskedAtItsOwnWithoutAName)
     startDevices();
     for (int n = 1; n <= 3; ++n) {
         const std::string name = "\"access" + std::to_string(n) + "\"\n";
-        EXPECT_EQ(nameAt(switchAt(n), v2("lab")), name);
-        EXPECT_EQ(nameAt(switchAt(n), v3("all", "")), name);
-        EXPECT_EQ(nameAt(switchAt(n), v3("all", "access" + std::to_string(n))), name);
+        EXPECT_EQ(nameAt(switchAt(n), ofCommunity("lab")), name);
+        EXPECT_EQ(nameAt(switchAt(n), ofUser("all", "")), name);
+        EXPECT_EQ(nameAt(switchAt(n), ofUser("all", "access" + std::to_string(n))), name);
         for (const char *program : {"snmpwalk", "snmpbulkwalk"}) {
-            EXPECT_EQ(at(switchAt(n), program, v2("lab"), {ifDescr}).output,
+            EXPECT_EQ(at(switchAt(n), program, ofCommunity("lab"), {ifDescr}).output,
                       "." + ifDescr + ".3 = STRING: \"lan" + std::to_string(n) + "\"\n");
         }
     }
     EXPECT_EQ(nameAt(core(), {"-v1", "-r0", "-t20", "-c", "lab"}), "\"core\"\n");
-    EXPECT_EQ(nameAt(core(), v3("one", "")), "\"core\"\n");
-    EXPECT_EQ(nameAt(six(), v2("lab")), "\"six\"\n");
-    EXPECT_EQ(nameAt(six(), v3("all", "")), "\"six\"\n");
-    EXPECT_EQ(get(v2("lab@access2"), sysName), "\"access2\"\n") << "at the agent's address as ever";
+    EXPECT_EQ(nameAt(core(), ofUser("one", "")), "\"core\"\n");
+    EXPECT_EQ(nameAt(six(), ofCommunity("lab")), "\"six\"\n");
+    EXPECT_EQ(nameAt(six(), ofUser("all", "")), "\"six\"\n");
+    EXPECT_EQ(get(ofCommunity("lab@access2"), sysName), "\"access2\"\n") << "at the agent's address as ever";
     stopAgent();
 }
 
@@ -285,7 +283,8 @@ TEST_F(DeviceAddressTest, LogicalEntitiesAreOneRowForEach)
     EXPECT_EQ(std::ranges::count(walk("snmpwalk", publicV2, {"-Oqv"}, entry + ".6"), ".0.0"), 1)
         << "without an address";
     EXPECT_EQ(std::ranges::count(walk("snmpwalk", publicV2, {"-Oqv"}, entry + ".6"), ".1.3.6.1.2.1.100.1.2"), 1);
-    EXPECT_EQ(snmp("snmpgetnext", v2("lab@core"), {entry}).output.find(" = No more variables"), entry.size() + 1);
+    EXPECT_EQ(snmp("snmpgetnext", ofCommunity("lab@core"), {entry}).output.find(" = No more variables"),
+              entry.size() + 1);
     stopAgent();
 }
 
@@ -294,22 +293,22 @@ TEST_F(DeviceAddressTest, NothingElseIsThere)
     startDevices();
     std::deque<Command> asked; // all at once, since most of them wait for nothing
     for (const char *program : {"snmpgetnext", "snmpbulkget"}) {
-        for (const Words &who : {v3("one", "", refused), v3("one", "core", refused)}) {
+        for (const Words &who : {ofUser("one", "", refused), ofUser("one", "core", refused)}) {
             asked.emplace_back(wordsAt(switchAt(1), program, who, {sysName}), environment());
         }
     }
-    asked.emplace_back(wordsAt(switchAt(1), "snmpget", v3("all", "core", refused), {sysName}), environment());
+    asked.emplace_back(wordsAt(switchAt(1), "snmpget", ofUser("all", "core", refused), {sysName}), environment());
     for (const char *other : {"public", "lab@core", "lab@access1", "contextcommunity1"}) {
-        asked.emplace_back(wordsAt(switchAt(2), "snmpget", v2(other, refused), {sysName}), environment());
+        asked.emplace_back(wordsAt(switchAt(2), "snmpget", ofCommunity(other, refused), {sysName}), environment());
     }
     for (Command &each : asked) {
         each.wait();
         EXPECT_EQ(each.output().find("STRING"), std::string::npos) << each.output();
     }
-    EXPECT_EQ(nameAt(switchAt(1), v2("part")), "\"access1\"\n");
-    EXPECT_EQ(nameAt(core(), v2("justcore")), "\"core\"\n");
-    EXPECT_EQ(at(switchAt(1), "snmpset", v2("lab"), {sysName, "s", "x"}).status, 2);
-    EXPECT_EQ(nameAt(switchAt(1), v2("lab")), "\"access1\"\n");
+    EXPECT_EQ(nameAt(switchAt(1), ofCommunity("part")), "\"access1\"\n");
+    EXPECT_EQ(nameAt(core(), ofCommunity("justcore")), "\"core\"\n");
+    EXPECT_EQ(at(switchAt(1), "snmpset", ofCommunity("lab"), {sysName, "s", "x"}).status, 2);
+    EXPECT_EQ(nameAt(switchAt(1), ofCommunity("lab")), "\"access1\"\n");
     stopAgent();
 }
 
@@ -325,10 +324,10 @@ TEST_F(DeviceAddressTest, AddressesComeAndGoWithTheirDevices)
     agent().signal(SIGHUP);
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
-    EXPECT_EQ(nameAt(switchAt(1), v2("lab")), "\"core\"\n");
-    EXPECT_EQ(nameAt(switchAt(2), v2("lab", refused)), "");
-    EXPECT_EQ(nameAt(core(), v2("lab", refused)), "");
-    EXPECT_EQ(get(v2("lab@taken"), sysName), "\"taken\"\n");
+    EXPECT_EQ(nameAt(switchAt(1), ofCommunity("lab")), "\"core\"\n");
+    EXPECT_EQ(nameAt(switchAt(2), ofCommunity("lab", refused)), "");
+    EXPECT_EQ(nameAt(core(), ofCommunity("lab", refused)), "");
+    EXPECT_EQ(get(ofCommunity("lab@taken"), sysName), "\"taken\"\n");
     const std::string text = agent().output();
     EXPECT_NE(text.find("context wrong: cannot listen on tcp:127.0.0.1:9: the address of a device has to be of UDP\n"),
               std::string::npos)

@@ -2,6 +2,7 @@
 // Devices that misbehave on purpose and are changed while they run, as real clients meet them.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 #include "e2e/raw_socket.h"
 
 #include <sys/socket.h>
@@ -17,17 +18,14 @@ namespace ipmib::e2e
 namespace
 {
 
-const char *const controlProgram = IPMIB_CONTROL_PROGRAM;
 const std::string sysUpTime = "1.3.6.1.2.1.1.3.0";
-const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
-const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
 const std::string ifOperStatus = "1.3.6.1.2.1.2.2.1.8.2";
 const std::string ifHCInOctets = "1.3.6.1.2.1.31.1.1.1.6.2";
 
-const std::string interfaces = R"("interfaces": [{"name": "lo", "ifIndex": 1}, {"name": "eth0", "ifIndex": 2,
+const std::string deviceInterfaces = R"("interfaces": [{"name": "lo", "ifIndex": 1}, {"name": "eth0", "ifIndex": 2,
     "counters": {"ipv6": {"inOctets": {"start": 1000}}}}, {"name": "eth1", "ifIndex": 3}])";
 
-const std::string access = R"(rocommunity public 127.0.0.1
+const std::string changesAccess = R"(rocommunity public 127.0.0.1
 contextcommunity lab 127.0.0.1
 createUser all SHA "all's auth"
 rouser all auth -V everything *
@@ -38,9 +36,9 @@ class DeviceTest : public AgentTest
 {
   protected:
     // A device with these members beside its interfaces.
-    void startDevice(const std::string &members = "", const std::string &configuration = access)
+    void startDevice(const std::string &members = "", const std::string &configuration = changesAccess)
     {
-        const std::string scenario = "{" + interfaces + (members.empty() ? "" : ", " + members) + "}";
+        const std::string scenario = "{" + deviceInterfaces + (members.empty() ? "" : ", " + members) + "}";
         startProgram({agentProgram, "-f", "-Lo", "-C", "-c", writeFile("test.conf", configuration), "--device-socket",
                       path("socket"), "--platform", "simulated:" + writeFile("device.json", scenario), address()});
     }
@@ -78,13 +76,13 @@ class DeviceTest : public AgentTest
     }
 };
 
-const char *const fleet = R"("devices": [
+const char *const devicesMember = R"("devices": [
     {"name": "quiet", "scenario": {"faults": {"silence": true}, "interfaces": [{"name": "a", "ifIndex": 2}]}},
     {"name": "sw{n}", "count": 3, "scenario": {"interfaces": [{"name": "up{n}", "ifIndex": 2}]}}])";
 
 TEST_F(DeviceTest, ASilentDeviceIsSilentAloneAndUntilItIsSwitchedOff)
 {
-    startDevice(fleet);
+    startDevice(devicesMember);
     EXPECT_TRUE(isSilent("lab@quiet"));
     EXPECT_EQ(get(hopLimit, "lab@sw1"), "64\n");
     EXPECT_EQ(get(hopLimit), "64\n");
@@ -211,7 +209,7 @@ TEST_F(DeviceTest, ADeviceThatBootsAgainBeginsAnew)
 
 TEST_F(DeviceTest, CountersGoOnFromWhereTheyAre)
 {
-    startDevice(fleet);
+    startDevice(devicesMember);
     EXPECT_EQ(get(ifHCInOctets), "1000\n");
     mustChange({"rate", "eth0", "ipv6.inOctets", "1e9"});
     const std::uint64_t first = std::stoull(get(ifHCInOctets));
@@ -231,8 +229,8 @@ TEST_F(DeviceTest, CountersGoOnFromWhereTheyAre)
 TEST_F(DeviceTest, ALineThatGoesDownIsNotified)
 {
     const RawSocket receiver;
-    startDevice("",
-                access + "trap2sink 127.0.0.1:" + std::to_string(receiver.port()) + " public\nlinkNotifications all\n");
+    startDevice("", changesAccess + "trap2sink 127.0.0.1:" + std::to_string(receiver.port()) +
+                        " public\nlinkNotifications all\n");
     const std::string common("\x2B\x06\x01\x06\x03\x01\x01\x05", 8);
     EXPECT_NE(receiver.next().find(common + '\1'), std::string::npos) << "coldStart";
     mustChange({"line", "eth0", "down"});
@@ -246,7 +244,7 @@ TEST_F(DeviceTest, ALineThatGoesDownIsNotified)
 
 TEST_F(DeviceTest, MistakesAreSaidAsThoseOfAScenarioAndChangeNothing)
 {
-    startDevice(fleet);
+    startDevice(devicesMember);
     const std::pair<Words, std::string> mistakes[] = {
         {{"line", "eth7", "down"}, "interfaces[0].name: \"eth7\" is not the name of an interface of this device"},
         {{"rate", "eth0", "ipv6.inOctets", "1e13"},
@@ -276,7 +274,7 @@ TEST_F(DeviceTest, MistakesAreSaidAsThoseOfAScenarioAndChangeNothing)
 
 TEST_F(DeviceTest, SeveralChangesComeFromStandardInput)
 {
-    startDevice(fleet);
+    startDevice(devicesMember);
     const std::string file = writeFile("changes.json", R"([
         {"interfaces": [{"name": "eth0", "up": false}]},
         {"context": "sw3", "interfaces": [{"name": "up3", "down": [{"from": 0}], "counters": {"ipv4": {"inOctets": 3}}}]}

@@ -155,17 +155,17 @@ void Ipv4Test::expectAddresses() const
             }
         }
     }
-    Column interfaces;
+    Column ifIndexes;
     Column masks;
     Column broadcasts;
     for (const auto &[address, row] : expected) {
         const int length = row.second["prefixlen"];
-        interfaces[address] = std::to_string(row.first);
+        ifIndexes[address] = std::to_string(row.first);
         masks[address] = dotted(length == 0 ? 0 : UINT32_MAX << (32 - length));
         const std::string broadcast = row.second.value("broadcast", "255.255.255.255");
         broadcasts[address] = std::to_string(std::stoi(broadcast.substr(broadcast.rfind('.') + 1)) % 2);
     }
-    EXPECT_EQ(column(ipAddrEntry, 2), interfaces);
+    EXPECT_EQ(column(ipAddrEntry, 2), ifIndexes);
     EXPECT_EQ(column(ipAddrEntry, 3), masks);
     EXPECT_EQ(column(ipAddrEntry, 4), broadcasts);
     for (const auto &[index, address] : column(ipAddrEntry, 1)) {
@@ -218,14 +218,14 @@ void Ipv4Test::expectNeighbours() const
     }
     EXPECT_EQ(column(ipNetToMediaEntry, 4), types);
     EXPECT_EQ(column(ipNetToMediaEntry, 2), linkLayers);
-    Column interfaces;
+    Column ifIndexes;
     Column addresses;
     for (const auto &[key, type] : types) {
         const std::size_t dot = key.find('.');
-        interfaces[key] = key.substr(0, dot);
+        ifIndexes[key] = key.substr(0, dot);
         addresses[key] = key.substr(dot + 1);
     }
-    EXPECT_EQ(column(ipNetToMediaEntry, 1), interfaces);
+    EXPECT_EQ(column(ipNetToMediaEntry, 1), ifIndexes);
     EXPECT_EQ(column(ipNetToMediaEntry, 3), addresses);
 }
 

@@ -2,6 +2,7 @@
 // From start to stop: configuration and its places, the daemon, its files, signals.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,9 +20,6 @@ namespace ipmib::e2e
 
 namespace
 {
-
-const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
-const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
 
 class LifeTest : public AgentTest
 {

@@ -2,6 +2,7 @@
 // Network namespaces as contexts: the same addresses and neighbours in two of them, in different states.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 
 #include <poll.h>
 #include <sys/syscall.h>
@@ -19,13 +20,9 @@ namespace ipmib::e2e
 namespace
 {
 
-const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
 const std::string ifAdminStatus = "1.3.6.1.2.1.2.2.1.7";
-const std::string neighbours = "1.3.6.1.2.1.4.35.1.4"; // their link-layer addresses
-const std::string addresses = "1.3.6.1.2.1.4.34.1.3";
-const std::string sysName = "1.3.6.1.2.1.1.5.0";
+const std::string neighbours = "1.3.6.1.2.1.4.35.1.4";     // their link-layer addresses
 const std::string inReceives = "1.3.6.1.2.1.4.31.1.1.3.2"; // of IPv6, from /proc
-const std::string contextTable = "1.3.6.1.6.3.16.1.1.1.1";
 
 const std::string addressPrefixes = "1.3.6.1.2.1.4.32";
 
@@ -117,7 +114,7 @@ class NamespaceTest : public AgentTest
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (std::chrono::steady_clock::now() < end) {
-            const Words names = walk("snmpbulkwalk", publicV2, {"-Oqv"}, contextTable);
+            const Words names = walk("snmpbulkwalk", publicV2, {"-Oqv"}, vacmContextName);
             if ((std::ranges::find(names, "\"" + context + "\"") != names.end()) == isThere) {
                 return true;
             }
@@ -149,8 +146,8 @@ TEST_F(NamespaceTest, SameAddressesAndNeighboursWithDifferentStates)
     EXPECT_TRUE(has("blue", "02 00 00 00 00 02") && has("blue", "02 00 00 00 00 04"));
     EXPECT_FALSE(has("red", "02 00 00 00 00 02") || has("red", "02 00 00 00 00 04"));
     EXPECT_FALSE(has("blue", "02 00 00 00 00 01") || has("blue", "02 00 00 00 00 03"));
-    EXPECT_EQ(walk("snmpbulkwalk", of("red"), {}, addresses).size(),
-              walk("snmpwalk", of("blue"), {}, addresses).size());
+    EXPECT_EQ(walk("snmpbulkwalk", of("red"), {}, ipAddressIfIndex).size(),
+              walk("snmpwalk", of("blue"), {}, ipAddressIfIndex).size());
     EXPECT_EQ(snmp("snmpbulkwalk", publicV2, {neighbours}).output.find("STRING"), std::string::npos)
         << "the agent's own namespace has none";
 

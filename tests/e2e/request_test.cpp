@@ -105,10 +105,10 @@ constexpr std::uint8_t packet[] = {0x30, 0x27, 0x02, 0x01, 0x01, 0x04, 0x06, 'p'
                                    0x1A, 0x02, 0x01, 0x07, 0x02, 0x01, 0x00, 0x02, 0x01, 0x00, 0x30, 0x0F, 0x30, 0x0D,
                                    0x06, 0x09, 0x2B, 0x06, 0x01, 0x02, 0x01, 0x04, 0x1A, 0x00, 0x00, 0x05, 0x00};
 
-class Client
+class DatagramClient
 {
   public:
-    explicit Client(std::uint16_t port) : descriptor_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    explicit DatagramClient(std::uint16_t port) : descriptor_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
         sockaddr_in place{};
         place.sin_family = AF_INET;
@@ -118,9 +118,9 @@ class Client
         const timeval patience{10, 0};
         setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     }
-    ~Client() { close(descriptor_); }
-    Client(const Client &) = delete;
-    Client &operator=(const Client &) = delete;
+    ~DatagramClient() { close(descriptor_); }
+    DatagramClient(const DatagramClient &) = delete;
+    DatagramClient &operator=(const DatagramClient &) = delete;
 
     void send(std::span<const std::uint8_t> bytes) const
     {
@@ -147,8 +147,8 @@ TEST_F(RequestTest, PacketsThatWaitedTogetherBeginTogether)
 {
     const std::string line = "scripted platform: a packet begins";
     startAgent(everybody, {"--log-packets"});
-    const Client one(port());
-    const Client other(port());
+    const DatagramClient one(port());
+    const DatagramClient other(port());
     agent().signal(SIGSTOP);
     for (int i = 0; i < 2; ++i) {
         one.send(packet);
@@ -170,7 +170,7 @@ TEST_F(RequestTest, PacketsThatWaitedTogetherBeginTogether)
 TEST_F(RequestTest, PacketsThatWaitedBehindOneThatIsDroppedBeginWithTheFirstThatIsNot)
 {
     startAgent(everybody, {"--log-packets"});
-    const Client client(port());
+    const DatagramClient client(port());
     agent().signal(SIGSTOP);
     client.send({packet, 7});
     client.send(packet);
@@ -186,7 +186,7 @@ TEST_F(RequestTest, PacketsThatWaitedBehindOneThatIsDroppedBeginWithTheFirstThat
 TEST_F(RequestTest, ABurstIsAnsweredWhole)
 {
     startAgent();
-    const Client client(port());
+    const DatagramClient client(port());
     agent().signal(SIGSTOP);
     for (int i = 0; i < 50; ++i) {
         client.send(packet);
@@ -202,7 +202,7 @@ TEST_F(RequestTest, ABurstIsAnsweredWhole)
 TEST_F(RequestTest, BrokenPacketsAreDropped)
 {
     startAgent();
-    const Client client(port());
+    const DatagramClient client(port());
     for (std::size_t length = 1; length < sizeof packet; ++length) {
         client.send({packet, length});
     }

@@ -10,7 +10,7 @@ namespace ipmib::e2e
 namespace
 {
 
-constexpr const char *number = "1.3.6.1.2.1.4.24.6.0";
+constexpr const char *inetCidrRouteNumber = "1.3.6.1.2.1.4.24.6.0";
 constexpr const char *ifIndexOfRoute = "1.3.6.1.2.1.4.24.7.1.7";
 constexpr const char *route = ".1.3.6.1.2.1.4.24.7.1.7.1.4.10.0.0.0.8.2.0.0.0.0 = INTEGER: 2";
 constexpr const char *forwarding = "1.3.6.1.2.1.4.25.0";
@@ -38,7 +38,7 @@ TEST_F(RoutesTest, QuestionsWaitUntilTheyHaveBeenRead)
         Words answers;
     } questions[] = {
         {"snmpget",
-         {number, forwarding, "1.3.6.1.2.1.4.24.7.1.7.5"},
+         {inetCidrRouteNumber, forwarding, "1.3.6.1.2.1.4.24.7.1.7.5"},
          {".1.3.6.1.2.1.4.24.6.0 = Gauge32: 1", ".1.3.6.1.2.1.4.25.0 = INTEGER: 1",
           ".1.3.6.1.2.1.4.24.7.1.7.5 = No Such Instance currently exists at this OID"}},
         {"snmpgetnext", {ifIndexOfRoute}, {route}},
@@ -56,7 +56,7 @@ TEST_F(RoutesTest, QuestionsWaitUntilTheyHaveBeenRead)
 TEST_F(RoutesTest, OthersAreAnsweredMeanwhile)
 {
     startAgent(everybody, never);
-    EXPECT_NE(snmp("snmpget", publicV2, {"-r0", "-t0.1", number}).status, 0) << "nobody knows yet";
+    EXPECT_NE(snmp("snmpget", publicV2, {"-r0", "-t0.1", inetCidrRouteNumber}).status, 0) << "nobody knows yet";
     EXPECT_EQ(answersTo("snmpget", {forwarding}), Words{".1.3.6.1.2.1.4.25.0 = INTEGER: 1"});
     stopAgent();
 }
@@ -80,7 +80,7 @@ TEST_F(RoutesTest, QuestionsForRowsThatAreBehindWaitToo)
 TEST_F(RoutesTest, ReadingThatTakesTooLongIsNotWaitedFor)
 {
     startAgent(everybody, never);
-    EXPECT_EQ(answersTo("snmpget", {number}), Words{".1.3.6.1.2.1.4.24.6.0 = Gauge32: 0"});
+    EXPECT_EQ(answersTo("snmpget", {inetCidrRouteNumber}), Words{".1.3.6.1.2.1.4.24.6.0 = Gauge32: 0"});
     stopAgent();
 }
 
@@ -88,11 +88,11 @@ TEST_F(RoutesTest, AClientThatIsGoneMeanwhileIsNotAnswered)
 {
     startAgent(everybody + "agentaddress " + address("tcp") + "\n", never);
     for (int client = 0; client < 3; ++client) { // the next one's session may lie where the last one's was
-        const Result gone = runAgent({"snmpget", "-v2c", "-c", "public", "-r0", "-t0.1", address("tcp"), number,
-                                      ifIndexOfRoute, "1.3.6.1.2.1.4.24.3.0"});
+        const Result gone = runAgent({"snmpget", "-v2c", "-c", "public", "-r0", "-t0.1", address("tcp"),
+                                      inetCidrRouteNumber, ifIndexOfRoute, "1.3.6.1.2.1.4.24.3.0"});
         EXPECT_NE(gone.status, 0);
     }
-    EXPECT_EQ(answersTo("snmpget", {number}), Words{".1.3.6.1.2.1.4.24.6.0 = Gauge32: 0"});
+    EXPECT_EQ(answersTo("snmpget", {inetCidrRouteNumber}), Words{".1.3.6.1.2.1.4.24.6.0 = Gauge32: 0"});
     stopAgent();
 }
 
@@ -102,7 +102,7 @@ TEST_F(RoutesTest, AConfigurationMayLimitThem)
         "routes": [{"destination": "10.0.0.0/24", "interface": "a", "count": 1000}]})");
     startAgent(everybody + "routes 300\n", {"--platform", "simulated:" + file});
     EXPECT_EQ(walk("snmpbulkwalk", publicV2, {"-Cr50"}, ifIndexOfRoute).size(), 300u);
-    EXPECT_EQ(snmp("snmpget", publicV2, {number, "1.3.6.1.2.1.4.24.8.0"}).output,
+    EXPECT_EQ(snmp("snmpget", publicV2, {inetCidrRouteNumber, "1.3.6.1.2.1.4.24.8.0"}).output,
               ".1.3.6.1.2.1.4.24.6.0 = Gauge32: 300\n.1.3.6.1.2.1.4.24.8.0 = Counter32: 700\n");
     stopAgent();
 }

@@ -4,14 +4,13 @@
 #pragma once
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 
 #include <csignal>
 
 namespace ipmib::e2e
 {
 
-inline const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
-inline const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
 inline const std::string createsAlice = R"(createUser alice SHA "alice's auth" AES "alice's priv"
 )";
 inline const std::string letsAliceIn = "rocommunity public 127.0.0.1\nrouser alice priv\n";

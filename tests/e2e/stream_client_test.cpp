@@ -2,6 +2,7 @@
 // Clients on streams that do what no good client does: the agent waits for none of them, and answers all others.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 
 #include <arpa/inet.h>
 #include <poll.h>
@@ -23,9 +24,6 @@ namespace
 {
 
 constexpr int patience = 30000; // milliseconds, against a test that hangs
-
-const std::string hopLimit = "1.3.6.1.2.1.4.26.0";
-const std::string hopLimitRow = ".1.3.6.1.2.1.4.26.0 = INTEGER: 64\n";
 
 // GET of 1.3.6.1.2.1.4.26.0 with the community "public", version 2c.
 constexpr std::uint8_t request[] = {0x30, 0x27, 0x02, 0x01, 0x01, 0x04, 0x06, 'p',  'u',  'b',  'l',  'i',  'c',  0xA0,
