@@ -10,7 +10,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn followedColumns[] = {
     {"ADDRESS", "address", Align::left, 0, Role::key},
     {"STATE", "state"},
     {"OCTETS IN", "octetsIn", Align::right, 1, Role::time},
@@ -36,7 +36,7 @@ std::vector<std::string> told(const std::vector<Row> &rows)
 
 TEST(Changes, areToldFromTheSecondLookOn)
 {
-    Changes changes(columns);
+    Changes changes(followedColumns);
     ASSERT_EQ(changes.columns().size(), 4u) << "when, what, and the columns that do not pass by themselves";
     EXPECT_TRUE(changes.update({row("a", "up", 1), row("b", "up", 1)}).empty());
     EXPECT_TRUE(changes.update({row("a", "up", 2), row("b", "up", 3)}).empty()) << "time passes";
@@ -51,7 +51,7 @@ TEST(Selection, rowsThatHoldTheTextsInTheOrderOfAColumn)
     Options options;
     options.filters = {"STATE=u", "eth"};
     options.sort = "octets";
-    const Selection selection(columns, options);
+    const Selection selection(followedColumns, options);
     EXPECT_TRUE(selection.takes(row("eth1", "up", 1)));
     EXPECT_FALSE(selection.takes(row("eth1", "down", 1)));
     EXPECT_FALSE(selection.takes(row("lan1", "up", 1)));
@@ -60,10 +60,10 @@ TEST(Selection, rowsThatHoldTheTextsInTheOrderOfAColumn)
     EXPECT_EQ(rows.front()[0].text, "eth10");
     EXPECT_EQ(rows.back()[0].text, "-") << "what has no value comes last";
     options.sort = "Address";
-    Selection(columns, options).sort(rows);
+    Selection(followedColumns, options).sort(rows);
     EXPECT_EQ(rows[1][0].text, "eth2") << "eth2 before eth10";
     options.sort = "octetIn";
-    EXPECT_THROW(Selection(columns, options), host::UsageError);
+    EXPECT_THROW(Selection(followedColumns, options), host::UsageError);
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace ipmib::cli
 namespace
 {
 
-constexpr ListingColumn columns[] = {
+constexpr ListingColumn tableColumns[] = {
     {"NAME", "name"},
     {"COUNT", "count", Align::right},
     {"NOTE", "note", Align::left, 1},
@@ -36,7 +36,7 @@ struct Written {
 Written write(const std::vector<std::vector<std::string>> &rows, std::size_t width = TextTable::noLimit)
 {
     std::FILE *file = std::tmpfile();
-    TextTable table(file, columns, width);
+    TextTable table(file, tableColumns, width);
     for (const std::vector<std::string> &row : rows) {
         Row cells;
         for (const std::string &text : row) {

@@ -37,14 +37,13 @@ endif()
 
 ipmib_test(addressing_netns_test
     SOURCES addresses/addresses_netns_test.cpp addresses/prefixes_netns_test.cpp
-            addresses/test_rows.cpp
-    ALONE routes/routers_netns_test.cpp
+            addresses/test_rows.cpp routes/routers_netns_test.cpp
     LIBS ipmib_platform_linux_objects ipmib_netns
     COST 20 JSON) # what routers advertise
 
 ipmib_test(addressing_test
     SOURCES addresses/messages_test.cpp routes/forwarding_table_test.cpp
-    ALONE addresses/prefix_table_test.cpp
+            addresses/prefix_table_test.cpp
     LIBS ipmib_platform_linux_objects)
 
 ipmib_test(connections_netns_test SOURCES connections/connections_netns_test.cpp connections/test_sockets.cpp

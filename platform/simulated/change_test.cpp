@@ -16,8 +16,6 @@ namespace ipmib::simulated
 namespace
 {
 
-const IpmibPlatformHooks &hooks = ipmib_platform_hooks;
-
 std::string change(const std::string &text)
 {
     char error[512] = "";

@@ -15,8 +15,6 @@ namespace ipmib::simulated
 namespace
 {
 
-const IpmibPlatformHooks &hooks = ipmib_platform_hooks;
-
 std::vector<std::string> &logged()
 {
     static std::vector<std::string> lines;

@@ -18,6 +18,8 @@ extern "C" const IpmibPlatformHooks ipmib_platform_hooks;
 namespace ipmib::simulated
 {
 
+inline const IpmibPlatformHooks &hooks = ipmib_platform_hooks;
+
 // A file of the test's own, as long as this lives.
 class ScenarioFile
 {
@@ -55,7 +57,7 @@ inline std::string start(const std::string &path, const std::string &at = "")
     const IpmibPlatformOption option{"at", at.c_str()};
     const IpmibPlatformHost host{nullptr, path.c_str(), &option, at.empty() ? 0u : 1u};
     char error[300] = "";
-    const int result = ipmib_platform_hooks.start(&host, error, sizeof error);
+    const int result = hooks.start(&host, error, sizeof error);
     EXPECT_EQ(result != 0, *error != '\0');
     return error;
 }
@@ -65,7 +67,7 @@ class Running
 {
   public:
     Running(const std::string &path, unsigned seconds) { EXPECT_EQ(start(path, std::to_string(seconds)), ""); }
-    ~Running() { ipmib_platform_hooks.stop(); }
+    ~Running() { hooks.stop(); }
     Running(const Running &) = delete;
     Running &operator=(const Running &) = delete;
 };

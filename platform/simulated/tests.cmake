@@ -7,8 +7,7 @@ endif()
 
 ipmib_test(platform_simulated_test
     SOURCES device/counters_test.cpp device/device_test.cpp device/growth_test.cpp change_test.cpp generate/generate_test.cpp
-            ip_rows_test.cpp route_rows_test.cpp scenario/schedule_test.cpp scenario/scenario_test.cpp services/services_test.cpp
-    ALONE hooks_test.cpp
+            hooks_test.cpp ip_rows_test.cpp route_rows_test.cpp scenario/schedule_test.cpp scenario/scenario_test.cpp services/services_test.cpp
     LIBS ipmib_platform_simulated_objects)
 target_compile_definitions(platform_simulated_test PRIVATE IPMIB_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
 

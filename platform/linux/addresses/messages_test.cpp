@@ -15,12 +15,12 @@ namespace
 
 using namespace ipmib::platform;
 
-constexpr std::uint32_t now = 1000;
+constexpr std::uint32_t receivedAt = 1000;
 
 Ip6Address addressOf(const TestMessage &message)
 {
     Ip6Address address{};
-    EXPECT_TRUE(parseAddress(*message, now, address));
+    EXPECT_TRUE(parseAddress(*message, receivedAt, address));
     return address;
 }
 
@@ -74,8 +74,8 @@ TEST(AddressMessage, isReadWhole)
     EXPECT_EQ(address.protocol, 2u);
     EXPECT_EQ(address.created, 1234u);
     EXPECT_EQ(address.changed, 5678u);
-    EXPECT_EQ(address.preferredUntil.left(now), 50u);
-    EXPECT_EQ(address.validUntil.left(now + 1), 99u);
+    EXPECT_EQ(address.preferredUntil.left(receivedAt), 50u);
+    EXPECT_EQ(address.validUntil.left(receivedAt + 1), 99u);
     EXPECT_EQ(address.prefix(), (PrefixKey{7, packed("2001:db8::"), 64}));
 }
 
@@ -91,11 +91,11 @@ TEST(AddressMessage, othersAreNotRead)
     Ip6Address address{};
     TestMessage ipv4 = addressMessage(RTM_NEWADDR, "2001:db8::1", 64, 7);
     static_cast<ifaddrmsg *>(mnl_nlmsg_get_payload(&ipv4.header()))->ifa_family = AF_INET;
-    EXPECT_FALSE(parseAddress(*ipv4, now, address));
-    EXPECT_FALSE(parseAddress(*addressMessage(RTM_NEWADDR, "2001:db8::1", 129, 7), now, address));
-    EXPECT_FALSE(parseAddress(*addressMessage(RTM_NEWADDR, "2001:db8::1", 64, 0), now, address));
+    EXPECT_FALSE(parseAddress(*ipv4, receivedAt, address));
+    EXPECT_FALSE(parseAddress(*addressMessage(RTM_NEWADDR, "2001:db8::1", 129, 7), receivedAt, address));
+    EXPECT_FALSE(parseAddress(*addressMessage(RTM_NEWADDR, "2001:db8::1", 64, 0), receivedAt, address));
     TestMessage empty(RTM_NEWADDR);
-    EXPECT_FALSE(parseAddress(*empty, now, address));
+    EXPECT_FALSE(parseAddress(*empty, receivedAt, address));
 }
 
 TEST(AddressOrigin, byWhatTheKernelShows)
@@ -136,13 +136,13 @@ TEST(RouteMessage, isReadWhole)
     TestMessage message = routeMessage(RTM_NEWROUTE, "::", 0, 3, facts);
     message.with(RTA_PREF, std::uint8_t{1});
     Route route;
-    ASSERT_TRUE(parseRoute(*message, AF_INET6, now, route));
+    ASSERT_TRUE(parseRoute(*message, AF_INET6, receivedAt, route));
     EXPECT_EQ(route.length, 0u);
     EXPECT_EQ(route.protocol, RTPROT_RA);
     EXPECT_EQ(route.metric, 1024u);
     EXPECT_EQ(route.table, 1000u);
     EXPECT_EQ(route.preference, 1u);
-    EXPECT_EQ(route.until.left(now), 29u);
+    EXPECT_EQ(route.until.left(receivedAt), 29u);
     ASSERT_EQ(route.nexthops.size(), 1u);
     EXPECT_TRUE(route.nexthops[0].hasGateway());
     EXPECT_EQ(route.nexthops[0].gateway, packed("fe80::9"));
@@ -155,10 +155,10 @@ TEST(RouteMessage, aLapsedOneHasNothingLeft)
     RouteFacts facts;
     facts.expires = -50;
     Route route;
-    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), AF_INET6, now, route));
-    EXPECT_EQ(route.until.left(now), 0u);
+    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), AF_INET6, receivedAt, route));
+    EXPECT_EQ(route.until.left(receivedAt), 0u);
     facts.expires = 0;
-    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), AF_INET6, now, route));
+    ASSERT_TRUE(parseRoute(*routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3, facts), AF_INET6, receivedAt, route));
     EXPECT_TRUE(route.until.isNever());
 }
 
@@ -167,25 +167,25 @@ TEST(RouteMessage, theCacheIsNoRoute)
     TestMessage message = routeMessage(RTM_NEWROUTE, "2001:db8::", 64, 3);
     static_cast<rtmsg *>(mnl_nlmsg_get_payload(&message.header()))->rtm_flags = RTM_F_CLONED;
     Route route;
-    EXPECT_FALSE(parseRoute(*message, AF_INET6, now, route));
+    EXPECT_FALSE(parseRoute(*message, AF_INET6, receivedAt, route));
 }
 
 TEST(AdvertisedPrefix, bothKernelsFlagsAreUnderstood)
 {
     AdvertisedPrefix prefix;
     for (const unsigned flags : {0xC0u, 0x03u}) {
-        ASSERT_TRUE(parseAdvertisedPrefix(*prefixMessage("2001:db8::", 64, 3, flags, {50, 100}), now, prefix));
+        ASSERT_TRUE(parseAdvertisedPrefix(*prefixMessage("2001:db8::", 64, 3, flags, {50, 100}), receivedAt, prefix));
         EXPECT_TRUE(prefix.onLink);
         EXPECT_TRUE(prefix.autonomous);
         EXPECT_FALSE(prefix.withdrawn);
-        EXPECT_EQ(prefix.preferredUntil.left(now), 50u);
-        EXPECT_EQ(prefix.validUntil.left(now), 100u);
+        EXPECT_EQ(prefix.preferredUntil.left(receivedAt), 50u);
+        EXPECT_EQ(prefix.validUntil.left(receivedAt), 100u);
     }
-    ASSERT_TRUE(parseAdvertisedPrefix(*prefixMessage("2001:db8::", 64, 3, 0x80, {0, 0}), now, prefix));
+    ASSERT_TRUE(parseAdvertisedPrefix(*prefixMessage("2001:db8::", 64, 3, 0x80, {0, 0}), receivedAt, prefix));
     EXPECT_TRUE(prefix.onLink);
     EXPECT_FALSE(prefix.autonomous);
     EXPECT_TRUE(prefix.withdrawn);
-    EXPECT_FALSE(parseAdvertisedPrefix(*prefixMessage("2001:db8::", 129, 3, 0x80, {0, 0}), now, prefix));
+    EXPECT_FALSE(parseAdvertisedPrefix(*prefixMessage("2001:db8::", 129, 3, 0x80, {0, 0}), receivedAt, prefix));
 }
 
 TEST(Nexthop, aGroupNamesItsMembers)
@@ -224,13 +224,13 @@ TEST(Messages, anyBytesCanBeRead)
         Route route;
         AdvertisedPrefix prefix;
         NexthopObject nexthop;
-        parseAddress(message, now, address);
+        parseAddress(message, receivedAt, address);
         parseAnycast(message, anycast);
-        if (parseRoute(message, AF_INET6, now, route)) {
+        if (parseRoute(message, AF_INET6, receivedAt, route)) {
             EXPECT_LE(route.nexthops.size(), bytes.size() / sizeof(rtnexthop));
             EXPECT_LE(route.length, 128u);
         }
-        parseAdvertisedPrefix(message, now, prefix);
+        parseAdvertisedPrefix(message, receivedAt, prefix);
         message.nlmsg_type = RTM_NEWNEXTHOP;
         parseNexthop(message, nexthop);
     }
@@ -263,14 +263,14 @@ TEST(RouteTable, aLearnedRouteInItsLastMomentHasAnEnd)
     const auto until = [&] { return routes.defaults().first()->until; };
     const auto update = [&](std::int32_t expires) {
         facts.expires = expires;
-        routes.updateLearnedDefaults(*routeMessage(RTM_NEWROUTE, "::", 0, 3, facts), now);
+        routes.updateLearnedDefaults(*routeMessage(RTM_NEWROUTE, "::", 0, 3, facts), receivedAt);
     };
     update(500);
-    EXPECT_EQ(until(), Deadline::after(now, 5));
+    EXPECT_EQ(until(), Deadline::after(receivedAt, 5));
     update(0); // less than a hundredth of a second is left, or it has no end
-    EXPECT_EQ(until(), Deadline::after(now, 5));
+    EXPECT_EQ(until(), Deadline::after(receivedAt, 5));
     update(-200);
-    EXPECT_EQ(until(), Deadline::after(now, 0));
+    EXPECT_EQ(until(), Deadline::after(receivedAt, 0));
 }
 
 } // namespace

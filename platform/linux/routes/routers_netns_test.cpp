@@ -18,21 +18,21 @@ using namespace std::chrono_literals;
 using ipmib::netns::Namespace;
 using ipmib::netns::Radvd;
 
-using Key = std::tuple<std::string, std::uint32_t>;
+using RouterKey = std::tuple<std::string, std::uint32_t>;
 
-struct Listed {
+struct ListedRouter {
     std::int64_t expires = 0; // 0: never
     std::string preference;
 };
 
 // The gateways of the default routes of the main table that the kernel uses.
-std::map<Key, Listed> listed(const Namespace &space)
+std::map<RouterKey, ListedRouter> listedRouters(const Namespace &space)
 {
     std::map<std::string, std::uint32_t> index;
     for (const auto &link : space.json("ip -j link")) {
         index[link["ifname"]] = link["ifindex"];
     }
-    std::map<Key, Listed> found;
+    std::map<RouterKey, ListedRouter> found;
     const auto add = [&](const nlohmann::json &hop, const nlohmann::json &route) {
         bool dead = false;
         for (const auto &flag : hop.value("flags", nlohmann::json::array())) {
@@ -52,18 +52,18 @@ std::map<Key, Listed> listed(const Namespace &space)
     return found;
 }
 
-std::set<Key> keysOf(const std::map<Key, Listed> &routers)
+std::set<RouterKey> routerKeysOf(const std::map<RouterKey, ListedRouter> &routers)
 {
-    std::set<Key> keys;
+    std::set<RouterKey> keys;
     for (const auto &[key, router] : routers) {
         keys.insert(key);
     }
     return keys;
 }
 
-std::set<Key> walkedKeys()
+std::set<RouterKey> walkedRouterKeys()
 {
-    std::set<Key> keys;
+    std::set<RouterKey> keys;
     for (const RouterRow &row : walkRouters()) {
         keys.insert(row.key());
     }
@@ -71,16 +71,16 @@ std::set<Key> walkedKeys()
 }
 
 // The routers as `ip` lists them, in words, but for a second in the lifetimes of learned ones.
-std::string differences(const Namespace &space)
+std::string routerDifferences(const Namespace &space)
 {
-    const auto expected = listed(space);
+    const auto expected = listedRouters(space);
     std::string found;
-    if (walkedKeys() != keysOf(expected)) {
-        return "other routers: " + testing::PrintToString(walkedKeys()) + ", not " +
-               testing::PrintToString(keysOf(expected));
+    if (walkedRouterKeys() != routerKeysOf(expected)) {
+        return "other routers: " + testing::PrintToString(walkedRouterKeys()) + ", not " +
+               testing::PrintToString(routerKeysOf(expected));
     }
     for (const RouterRow &row : walkRouters()) {
-        const Listed &router = expected.at(row.key());
+        const ListedRouter &router = expected.at(row.key());
         const std::int64_t lifetime = router.expires == 0 ? 65535 : std::max<std::int64_t>(router.expires, 1);
         const std::int64_t tolerance = router.expires == 0 ? 0 : 1;
         if (row.preference != router.preference || std::abs(row.lifetime - lifetime) > tolerance) {
@@ -91,9 +91,9 @@ std::string differences(const Namespace &space)
     return found;
 }
 
-void expectWhatIpSays(const Namespace &space)
+void expectRoutersOfIp(const Namespace &space)
 {
-    EXPECT_EQ(differences(space), "");
+    EXPECT_EQ(routerDifferences(space), "");
 }
 
 class Routers : public testing::Test
@@ -113,9 +113,9 @@ class Routers : public testing::Test
     {
         platform.waitUntil([&] {
             platform->beginPacket();
-            return platform->dumps().idle() && walkedKeys() == keysOf(listed(*space_));
+            return platform->dumps().idle() && walkedRouterKeys() == routerKeysOf(listedRouters(*space_));
         });
-        expectWhatIpSays(*space_);
+        expectRoutersOfIp(*space_);
     }
 
     std::optional<Namespace> space_;
@@ -130,11 +130,11 @@ TEST_F(Routers, configuredOnesComeAndGo)
         "ip -6 route add default via 2001:db8:1::9 table 100; ip -6 route add 2001:db8:7::/48 via 2001:db8::8");
     platform->beginPacket();
     EXPECT_EQ(walkRouters().size(), 3u);
-    expectWhatIpSays(*space_);
+    expectRoutersOfIp(*space_);
     run("ip -6 route del default via fe80::1 dev v1 metric 7");
     platform->beginPacket();
     EXPECT_EQ(walkRouters().size(), 2u);
-    expectWhatIpSays(*space_);
+    expectRoutersOfIp(*space_);
     run("ip -6 route replace default via 2001:db8:1::7 dev v1 metric 8");
     expectSettled(platform);
     run("ip link set v0 down");
@@ -185,13 +185,13 @@ TEST_P(NexthopObjects, areResolved)
     PlatformInside platform(*space_);
     const std::uint32_t v0 = space_->json("ip -j link show dev v0")[0]["ifindex"];
     const std::uint32_t v1 = space_->json("ip -j link show dev v1")[0]["ifindex"];
-    EXPECT_EQ(walkedKeys(), (std::set<Key>{{"2001:db8::9", v0}, {"fe80::2", v1}}));
-    const auto expectRouters = [&](const std::set<Key> &expected) {
+    EXPECT_EQ(walkedRouterKeys(), (std::set<RouterKey>{{"2001:db8::9", v0}, {"fe80::2", v1}}));
+    const auto expectRouters = [&](const std::set<RouterKey> &expected) {
         platform.waitUntil([&] {
             platform->beginPacket();
-            return walkedKeys() == expected;
+            return walkedRouterKeys() == expected;
         });
-        EXPECT_EQ(walkedKeys(), expected);
+        EXPECT_EQ(walkedRouterKeys(), expected);
     };
     run("ip nexthop replace id 10 group 2/3");
     expectRouters({{"2001:db8::3", v0}, {"fe80::2", v1}});
@@ -263,16 +263,16 @@ TEST(LearnedRouters, countDownAreProlongedAndLapse)
         return walkRouters().size() == 3;
     }));
     // An advertisement may come just behind a reading, which counts for a tenth of a second.
-    const auto expectWhatIpSaysSoon = [&] {
+    const auto expectRoutersOfIpSoon = [&] {
         std::string left;
         platform.waitFor([&] {
             platform->beginPacket();
-            left = differences(host);
+            left = routerDifferences(host);
             return left.empty();
         });
         EXPECT_EQ(left, "");
     };
-    expectWhatIpSaysSoon();
+    expectRoutersOfIpSoon();
     const auto rowWith = [&](const std::string &preference) {
         platform->beginPacket();
         for (const RouterRow &row : walkRouters()) {
@@ -283,20 +283,20 @@ TEST(LearnedRouters, countDownAreProlongedAndLapse)
         return RouterRow{};
     };
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime <= 6; })) << "it counts down";
-    expectWhatIpSaysSoon();
+    expectRoutersOfIpSoon();
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime >= 7; })) << "it is prolonged";
-    expectWhatIpSaysSoon();
+    expectRoutersOfIpSoon();
 
     low.readAgain(configuration("w1", "medium", "9000"));
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("medium").lifetime > 8990; }));
-    expectWhatIpSaysSoon();
+    expectRoutersOfIpSoon();
 
     high.vanish();
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime == 1; })) << "lapsed, and still listed";
     EXPECT_TRUE(platform.waitFor([&] { return rowWith("high").lifetime == 0; })) << "the kernel dropped it";
     platform->beginPacket();
     EXPECT_EQ(walkRouters().size(), 2u);
-    expectWhatIpSaysSoon();
+    expectRoutersOfIpSoon();
 }
 
 TEST(LearnedRouters, theKernelIsAskedWhenAnAdvertisementMayHaveCome)

@@ -25,8 +25,7 @@ Counter counter(const std::string &text)
     return Counter::read(Value(json));
 }
 
-constexpr Time second = 1'000;
-constexpr Time day = 86'400 * second;
+constexpr Time day = 86'400 * msPerSecond;
 
 // Shapes of many sizes, among them those that stand still for a while, where rounding would show.
 constexpr const char *shapes[] = {
@@ -48,7 +47,7 @@ TEST(Growth, neverFallsAtAnyTime)
     std::mt19937 random(17);
     for (const char *shape : shapes) {
         const Growth grows = growth(shape);
-        for (const Time span : {10 * second, day, 365 * day, 30 * 365 * day}) {
+        for (const Time span : {10 * msPerSecond, day, 365 * day, 30 * 365 * day}) {
             for (int i = 0; i < 2'000; ++i) {
                 const Time time = std::uniform_int_distribution<Time>(0, span)(random);
                 const Time step = i % 2 == 0 ? 1 : std::uniform_int_distribution<Time>(0, 1'000)(random);
@@ -76,10 +75,10 @@ TEST(Growth, isTheSameAtTheSameTimeHoweverItIsAsked)
 TEST(Growth, rampsComeToTheSumOfTheirRates)
 {
     const Growth up = growth(R"({"ramp": {"from": 100, "to": 300, "seconds": 10, "at": 5}})");
-    EXPECT_EQ(up.after(5 * second), 500u);
-    EXPECT_NEAR(static_cast<double>(up.after(10 * second)), 500 + 5 * 150, 1);
-    EXPECT_NEAR(static_cast<double>(up.after(15 * second)), 500 + 10 * 200, 1);
-    EXPECT_NEAR(static_cast<double>(up.after(25 * second)), 500 + 10 * 200 + 10 * 300, 1);
+    EXPECT_EQ(up.after(5 * msPerSecond), 500u);
+    EXPECT_NEAR(static_cast<double>(up.after(10 * msPerSecond)), 500 + 5 * 150, 1);
+    EXPECT_NEAR(static_cast<double>(up.after(15 * msPerSecond)), 500 + 10 * 200, 1);
+    EXPECT_NEAR(static_cast<double>(up.after(25 * msPerSecond)), 500 + 10 * 200 + 10 * 300, 1);
 }
 
 TEST(Growth, aDayIsFastAtItsPeakAndSlowHalfAPeriodLater)
@@ -88,8 +87,9 @@ TEST(Growth, aDayIsFastAtItsPeakAndSlowHalfAPeriodLater)
     EXPECT_EQ(grows.after(day), 86'400'000u);
     EXPECT_EQ(grows.after(10 * day), 864'000'000u);
     const auto rateAt = [&grows](Time seconds) {
-        constexpr Time minute = 60 * second;
-        return static_cast<double>(grows.after(seconds * second + minute) - grows.after(seconds * second)) / 60;
+        constexpr Time minute = 60 * msPerSecond;
+        return static_cast<double>(grows.after(seconds * msPerSecond + minute) - grows.after(seconds * msPerSecond)) /
+               60;
     };
     EXPECT_NEAR(rateAt(72'000), 1'800, 1);
     EXPECT_NEAR(rateAt(72'000 - 43'200), 200, 1);
@@ -103,11 +103,11 @@ TEST(Growth, noiseStaysWithinItsSwingAndIsAnotherForEachSeed)
     std::uint64_t least = UINT64_MAX;
     std::uint64_t most = 0;
     int same = 0;
-    for (Time time = 0; time < 1'000 * 10 * second; time += 10 * second) {
-        const std::uint64_t counts = one.after(time + 10 * second) - one.after(time);
+    for (Time time = 0; time < 1'000 * 10 * msPerSecond; time += 10 * msPerSecond) {
+        const std::uint64_t counts = one.after(time + 10 * msPerSecond) - one.after(time);
         least = std::min(least, counts);
         most = std::max(most, counts);
-        same += counts == other.after(time + 10 * second) - other.after(time) ? 1 : 0;
+        same += counts == other.after(time + 10 * msPerSecond) - other.after(time) ? 1 : 0;
     }
     EXPECT_GE(least, 6'000u);
     EXPECT_LT(least, 7'000u);
@@ -120,29 +120,29 @@ TEST(Growth, noiseStaysWithinItsSwingAndIsAnotherForEachSeed)
 TEST(Growth, burstsCountAtTheirTimesAloneAndRatesAddUp)
 {
     const Growth grows = growth(R"([2, {"burst": {"rate": 100, "times": [{"from": 10, "to": 15, "every": 60}]}}])");
-    EXPECT_EQ(grows.after(10 * second), 20u);
-    EXPECT_EQ(grows.after(12 * second), 24u + 200);
-    EXPECT_EQ(grows.after(60 * second), 120u + 500);
-    EXPECT_EQ(grows.after(72 * second), 144u + 700);
+    EXPECT_EQ(grows.after(10 * msPerSecond), 20u);
+    EXPECT_EQ(grows.after(12 * msPerSecond), 24u + 200);
+    EXPECT_EQ(grows.after(60 * msPerSecond), 120u + 500);
+    EXPECT_EQ(grows.after(72 * msPerSecond), 144u + 700);
 }
 
 TEST(Counter, beginsAnewAtItsResets)
 {
     const Counter once = counter(R"({"start": 1000, "rate": 10, "reset": {"at": 60}})");
-    EXPECT_EQ(once.after(60 * second - 1), 1'599u);
-    EXPECT_EQ(once.after(60 * second), 0u);
-    EXPECT_EQ(once.after(360 * second), 3'000u);
+    EXPECT_EQ(once.after(60 * msPerSecond - 1), 1'599u);
+    EXPECT_EQ(once.after(60 * msPerSecond), 0u);
+    EXPECT_EQ(once.after(360 * msPerSecond), 3'000u);
     const Counter again = counter(R"({"rate": 10, "reset": {"at": 60, "every": 100}})");
-    EXPECT_EQ(again.after(159 * second), 990u);
-    EXPECT_EQ(again.after(160 * second), 0u);
-    EXPECT_EQ(again.after(1'061 * second), 10u);
+    EXPECT_EQ(again.after(159 * msPerSecond), 990u);
+    EXPECT_EQ(again.after(160 * msPerSecond), 0u);
+    EXPECT_EQ(again.after(1'061 * msPerSecond), 10u);
 }
 
 TEST(Counter, startsShortOfItsWidthsEnd)
 {
     EXPECT_EQ(counter(R"({"start": {"beforeWrap": 5}})").after(0), UINT64_MAX - 4);
     EXPECT_EQ(counter(R"({"start": {"beforeWrap": 5, "bits": 32}})").after(0), 0xFFFF'FFFBu);
-    EXPECT_EQ(counter(R"({"start": {"beforeWrap": 5}, "rate": 1})").after(6 * second), 1u);
+    EXPECT_EQ(counter(R"({"start": {"beforeWrap": 5}, "rate": 1})").after(6 * msPerSecond), 1u);
 }
 
 } // namespace
