@@ -45,7 +45,7 @@ std::uint32_t *markIn(void *opaque, int length)
     return nullptr;
 }
 
-[[noreturn]] void fail(const std::string &address, const std::string &reason)
+[[noreturn]] void refuseAddress(const std::string &address, const std::string &reason)
 {
     throw std::runtime_error("cannot listen on " + address + ": " + reason);
 }
@@ -90,11 +90,11 @@ void DeviceAddresses::open(const std::string &context, const std::string &addres
     errno = 0;
     netsnmp_transport *const own = netsnmp_transport_open_server("snmp", address.c_str());
     if (own == nullptr) {
-        fail(address, errno == 0 ? "not an address" : std::generic_category().message(errno));
+        refuseAddress(address, errno == 0 ? "not an address" : std::generic_category().message(errno));
     }
     try {
         if (own->domain != netsnmpUDPDomain && own->domain != netsnmp_UDPIPv6Domain) {
-            fail(address, "the address of a device has to be of UDP");
+            refuseAddress(address, "the address of a device has to be of UDP");
         }
         netsnmp_transport &all = transportFor(*own);
         lastMark_ = lastMark_ == marksEnd ? marksBegin : lastMark_ + 1;
@@ -103,7 +103,7 @@ void DeviceAddresses::open(const std::string &context, const std::string &addres
         event.events = EPOLLIN;
         event.data.u32 = lastMark_;
         if (epoll_ctl(all.sock, EPOLL_CTL_ADD, own->sock, &event) != 0) {
-            fail(address, std::generic_category().message(errno));
+            refuseAddress(address, std::generic_category().message(errno));
         }
         sockets_[lastMark_] = {context, address, own};
         byContext_[context] = lastMark_;

@@ -37,13 +37,13 @@ bool isPresent(std::uint32_t operStatus)
     return operStatus != 0 && operStatus != IPMIB_OPER_NOT_PRESENT;
 }
 
-class Variables
+class NotificationVariables
 {
   public:
-    Variables() = default;
-    ~Variables() { snmp_free_varbind(first_); }
-    Variables(const Variables &) = delete;
-    Variables &operator=(const Variables &) = delete;
+    NotificationVariables() = default;
+    ~NotificationVariables() { snmp_free_varbind(first_); }
+    NotificationVariables(const NotificationVariables &) = delete;
+    NotificationVariables &operator=(const NotificationVariables &) = delete;
 
     void addIdentifier(std::span<const oid> name, std::span<const oid> value)
     {
@@ -263,7 +263,7 @@ void LinkNotifications::send(const Place &place, Link &link, const IpmibLinkChan
 {
     const bool down = isDown(change.oper_status);
     const std::string &context = place.context.name;
-    Variables variables;
+    NotificationVariables variables;
     if (!context.empty() && platform_ != nullptr && platform_->uptime_ms != nullptr) {
         instances_.select(place.context.instance);
         variables.addTicks(sysUpTime, platform_->uptime_ms());

@@ -24,7 +24,7 @@ namespace
 
 using Seconds = std::chrono::duration<double>;
 
-[[noreturn]] void fail(const std::string &path, const std::string &reason)
+[[noreturn]] void failToWrite(const std::string &path, const std::string &reason)
 {
     throw std::runtime_error("cannot write the process id to " + path + ": " + reason);
 }
@@ -88,10 +88,10 @@ PidFile::PidFile(const std::string &path)
     try {
         file_.emplace(path, 0644);
     } catch (const std::runtime_error &error) {
-        fail(path, error.what());
+        failToWrite(path, error.what());
     }
     if (const std::string reason = objection(file_->descriptor()); !reason.empty()) {
-        fail(path, reason);
+        failToWrite(path, reason);
     }
 }
 
@@ -109,7 +109,7 @@ void PidFile::write() const
             file_->replaceContent(std::to_string(getpid()) + "\n");
         }
     } catch (const std::system_error &error) {
-        fail(file_->path(), error.code().message());
+        failToWrite(file_->path(), error.code().message());
     }
 }
 

@@ -27,7 +27,7 @@ struct Part {
     std::uint32_t IpmibContractNote::*version;
 };
 
-constexpr Part parts[] = {
+constexpr Part contractParts[] = {
     {"records.h", &IpmibContractNote::records},
     {"platform.h", &IpmibContractNote::platform},
     {"message.h", &IpmibContractNote::message},
@@ -114,7 +114,7 @@ void requireContract(const std::string &path)
     if (!note) {
         return;
     }
-    for (const Part &part : parts) {
+    for (const Part &part : contractParts) {
         const std::uint32_t its = (*note).*part.version;
         const std::uint32_t ours = ipmib_contract_note.*part.version;
         if (IPMIB_CONTRACT_FIRST(its) != IPMIB_CONTRACT_FIRST(ours)) {
@@ -128,7 +128,7 @@ void requireContract(const std::string &path)
 std::string contractText(const IpmibContractNote &note)
 {
     std::string text;
-    for (const Part &part : parts) {
+    for (const Part &part : contractParts) {
         text += (text.empty() ? "" : ", ") + std::string(part.header) + " " + versionText(note.*part.version);
     }
     return text;
