@@ -23,7 +23,7 @@ const std::string fleet = R"({
         {"name": "access{n}", "count": 20, "scenario": {"interfaces": [{"name": "lan{n}", "ifIndex": 3}]}}
     ]})";
 
-const std::string access = R"(com2sec -Cn core coreAlone default forcore
+const std::string coreAccess = R"(com2sec -Cn core coreAlone default forcore
 group coreAlone v1 coreAlone
 group coreAlone v2c coreAlone
 view everything included .1
@@ -60,7 +60,7 @@ class ContextsBesideSnmpd : public MasterTest, public testing::WithParamInterfac
     {
         const std::string scenario = "simulated:" + writeFile("fleet.json", fleet);
         if (GetParam() == Way::asSubagent) {
-            startMaster(access);
+            startMaster(coreAccess);
             startSubagent("", {"--platform", scenario});
         } else {
             startMaster(configurationInside(scenario));
@@ -68,7 +68,7 @@ class ContextsBesideSnmpd : public MasterTest, public testing::WithParamInterfac
     }
     std::string configurationInside(const std::string &scenario) const
     {
-        return access + "dlmod ipmib " + IPMIB_SNMPD_OBJECT + "\nipmibPlatform " + scenario + "\n";
+        return coreAccess + "dlmod ipmib " + IPMIB_SNMPD_OBJECT + "\nipmibPlatform " + scenario + "\n";
     }
     // Has the file read anew, without a restart.
     void changeFleet(const std::string &devices)
@@ -169,11 +169,11 @@ using ContextsOfASubagent = MasterTest;
 TEST_F(ContextsOfASubagent, AreThereAgainWhenTheMasterIs)
 {
     const Words options = {"--platform", "simulated:" + writeFile("fleet.json", fleet)};
-    startMaster(access);
+    startMaster(coreAccess);
     startSubagent("", options);
     EXPECT_EQ(walk("snmpwalk", v3("all", "access3"), {}, ifDescr).size(), 1u);
     killMaster();
-    startMaster(access);
+    startMaster(coreAccess);
     EXPECT_TRUE(eventually([&] {
         return snmp("snmpget", v3("all", "access3"), {"-Oqv", ifDescr + ".3"}).output == "\"lan3\"\n";
     })) << agent().output();

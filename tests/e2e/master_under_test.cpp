@@ -19,7 +19,7 @@ namespace
 {
 
 constexpr const char *masterProgram = "/usr/sbin/snmpd";
-constexpr const char *upTime = "1.3.6.1.2.1.1.3.0";
+constexpr const char *masterUpTime = "1.3.6.1.2.1.1.3.0";
 
 } // namespace
 
@@ -70,7 +70,7 @@ void MasterTest::startMaster(const std::string &configuration, const std::string
                                               writeFile("master.conf", masterConfiguration(configuration)), "-I",
                                               without, address()},
                                         own);
-    ASSERT_TRUE(eventually([this] { return isThere(upTime); })) << masterLog();
+    ASSERT_TRUE(eventually([this] { return isThere(masterUpTime); })) << masterLog();
 }
 
 void MasterTest::killMaster()
@@ -89,7 +89,7 @@ void MasterTest::reconfigureMaster(const std::string &configuration)
     writeFile("master.conf", masterConfiguration(configuration));
     master_->signal(SIGHUP);
     ASSERT_TRUE(eventually([&] { return timesRead() > before; })) << masterLog();
-    ASSERT_TRUE(eventually([this] { return isThere(upTime); })) << masterLog();
+    ASSERT_TRUE(eventually([this] { return isThere(masterUpTime); })) << masterLog();
 }
 
 std::string MasterTest::masterLog() const

@@ -18,7 +18,7 @@ namespace
 // Twice what snmpd lets pass between two readings of the interfaces, and more than it does between two of the
 // processor.
 constexpr std::chrono::seconds silence{6};
-constexpr std::uint64_t interfaces = 61;
+constexpr std::uint64_t interfaceCount = 61;
 
 std::string modulesOfTheSetting()
 {
@@ -58,7 +58,7 @@ class SnmpdModulesTest : public MasterTest
         }
         ASSERT_NE(modules_, "");
         std::string commands; // a pair is there already, and the loopback
-        for (std::uint64_t pair = 0; pair < (interfaces - 3) / 2; ++pair) {
+        for (std::uint64_t pair = 0; pair < (interfaceCount - 3) / 2; ++pair) {
             const std::string left = "l" + std::to_string(pair);
             const std::string right = "r" + std::to_string(pair);
             commands += "link add " + left + " type veth peer name " + right + "\n";
@@ -73,7 +73,7 @@ class SnmpdModulesTest : public MasterTest
         const std::uint64_t before = readsOf(master().pid());
         EXPECT_NE(before, 0U);
         std::this_thread::sleep_for(silence);
-        return readsOf(master().pid()) - before >= interfaces;
+        return readsOf(master().pid()) - before >= interfaceCount;
     }
 
     // Of the groups whose tables are ours, all but sockets.

@@ -12,7 +12,7 @@ namespace ipmib::e2e
 namespace
 {
 
-constexpr const char *root = "1.3.6.1.2.1";
+constexpr const char *mib2 = "1.3.6.1.2.1";
 
 struct Table {
     const char *name;
@@ -55,7 +55,7 @@ class SubagentTablesTest : public MasterTest
     Words rowsOfOurOwn()
     {
         startAgent();
-        Words own = walk("snmpbulkwalk", publicV2, {}, root);
+        Words own = walk("snmpbulkwalk", publicV2, {}, mib2);
         stopAgent();
         return own;
     }
@@ -280,14 +280,14 @@ TEST_F(SubagentTablesTest, AloneATableCanBeOffAndComeBack)
     startAgent(everybody + "serve ipNetToPhysicalTable off\nserve ifTable off\n");
     const std::string neighbours = "1.3.6.1.2.1.4.35";
     const std::string interfaces = "1.3.6.1.2.1.2.2";
-    const Words alone = walk("snmpbulkwalk", publicV2, {}, root);
+    const Words alone = walk("snmpbulkwalk", publicV2, {}, mib2);
     EXPECT_TRUE(rowsBelow(alone, "." + neighbours).empty());
     EXPECT_TRUE(rowsBelow(alone, "." + interfaces).empty());
     writeFile("test.conf", everybody);
     agent().signal(SIGHUP);
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
-    const Words with = walk("snmpbulkwalk", publicV2, {}, root);
+    const Words with = walk("snmpbulkwalk", publicV2, {}, mib2);
     EXPECT_FALSE(rowsBelow(with, "." + neighbours).empty());
     EXPECT_FALSE(rowsBelow(with, "." + interfaces).empty());
     stopAgent();
