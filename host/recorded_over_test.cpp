@@ -14,7 +14,7 @@ namespace ipmib::host::testing
 namespace
 {
 
-const Identifier entry{1, 2, 1};
+const Identifier recordedEntry{1, 2, 1};
 constexpr std::uint64_t ofTable = 1;
 constexpr std::uint64_t ofRecord = 2;
 
@@ -89,7 +89,7 @@ Names randomNames(Random &random, std::size_t count)
     const SubId parts[] = {0, 1, 2, 5, UINT32_MAX};
     Names names;
     while (count-- > 0) {
-        Identifier name = entry;
+        Identifier name = recordedEntry;
         name.push_back(2 + static_cast<SubId>(random() % 3));
         name.push_back(pick(random, parts));
         name.push_back(pick(random, parts));
@@ -101,7 +101,7 @@ Names randomNames(Random &random, std::size_t count)
 Identifier beginning(Random &random, const Identifier &name)
 {
     Identifier part = name;
-    part.resize(entry.size() + 1 + random() % (name.size() - entry.size()));
+    part.resize(recordedEntry.size() + 1 + random() % (name.size() - recordedEntry.size()));
     return part;
 }
 
@@ -136,7 +136,7 @@ class World
             asked[i] = random() % 2 == 0 ? asked[i] : beginning(random, asked[i]);
             variables[i].asked = asked[i];
         }
-        const Identifier region = random() % 3 == 0 ? beginning(random, asked[0]) : entry;
+        const Identifier region = random() % 3 == 0 ? beginning(random, asked[0]) : recordedEntry;
         source.getNext(variables, region);
         for (std::size_t i = 0; i < 3; ++i) {
             const bool isInFront = compare(asked[i], region) < 0;

@@ -15,11 +15,11 @@ namespace ipmib::host::testing
 namespace
 {
 
-std::deque<std::string> logLines;
+std::deque<std::string> resolverLog;
 
-void log(int, const char *line)
+void logOfResolver(int, const char *line)
 {
-    logLines.emplace_back(line);
+    resolverLog.emplace_back(line);
 }
 
 // A scalar pair (1.10, 1.11), a table with two rows (1.20), an empty one (1.21) and one with rows again (1.22).
@@ -28,7 +28,7 @@ class ResolverTest : public ::testing::Test
   protected:
     ResolverTest() : module([this](MorRequest *request, MorReply *reply) { return answer(request, reply); })
     {
-        logLines.clear();
+        resolverLog.clear();
         tree.addScalar(tree.root(), 10, ip_ParamId(1, 1), {MIB_TYPE_UNSIGNED32});
         tree.addScalar(tree.root(), 11, ip_ParamId(1, 2), {MIB_TYPE_UNSIGNED32});
         tree.addScalar(tree.root(), 12, 0, {MIB_TYPE_UNSIGNED32});
@@ -38,7 +38,7 @@ class ResolverTest : public ::testing::Test
         tables[0].add({{5}});
         tables[0].add({{7}});
         tables[2].add({{1}});
-        resolver.emplace(tree.root(), TestModule::callback, log);
+        resolver.emplace(tree.root(), TestModule::callback, logOfResolver);
     }
 
     std::uint32_t answer(MorRequest *request, MorReply *reply)
@@ -139,7 +139,7 @@ TEST_F(ResolverTest, aPartOfAnAddressIsOneRequest)
     table.add({{3}, {10, 20}});
     table.add({{3}, {10, 21}});
     TestModule answers([&table](MorRequest *request, MorReply *reply) { return table.answer(request, reply); });
-    resolver.emplace(other.root(), TestModule::callback, log);
+    resolver.emplace(other.root(), TestModule::callback, logOfResolver);
     EXPECT_EQ(nameOf(getNext({{1, 20, 1, 3, 3}})[0]), "1.20.1.3.3.2.10.20");
     EXPECT_EQ(requests, 1u);
     EXPECT_EQ(nameOf(getNext({{1, 20, 1, 3, 4}}, {1, 20, 1, 3})[0]), "none");
@@ -177,7 +177,7 @@ TEST_F(ResolverTest, scalarsAreAskedByGetAndShareARequest)
     const auto got = get({{1, 10, 0}, {1, 11, 0}});
     EXPECT_EQ(requests, 1u);
     EXPECT_EQ(got[1].value.number, 2u);
-    EXPECT_TRUE(logLines.empty());
+    EXPECT_TRUE(resolverLog.empty());
 }
 
 TEST_F(ResolverTest, aGetSaysWhatIsMissing)
@@ -242,7 +242,7 @@ TEST_F(Answers, eachEndCodeEndsTheColumnQuietly)
         always([code](MorRequest *, MorReply *reply) { return fail(reply, code), 0; }); // set, not returned
         EXPECT_EQ(first().status, Status::endOfRegion);
     }
-    EXPECT_TRUE(logLines.empty());
+    EXPECT_TRUE(resolverLog.empty());
 }
 
 TEST_F(Answers, otherErrorsAreLoggedOnce)
@@ -252,8 +252,8 @@ TEST_F(Answers, otherErrorsAreLoggedOnce)
         EXPECT_EQ(first().status, Status::genErr);
         EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
     }
-    ASSERT_EQ(logLines.size(), 1u);
-    EXPECT_EQ(logLines[0], "table: the module refuses a column of the table, or the operation");
+    ASSERT_EQ(resolverLog.size(), 1u);
+    EXPECT_EQ(resolverLog[0], "table: the module refuses a column of the table, or the operation");
 }
 
 TEST_F(Answers, aGoodTableIsNotBlamedForABadOne)
@@ -264,7 +264,7 @@ TEST_F(Answers, aGoodTableIsNotBlamedForABadOne)
     EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
     EXPECT_EQ(get({{1, 22, 1, 2, 1}, {1, 10, 0}})[0].status, Status::ok);
     EXPECT_EQ(getNext({{1, 22}})[0].status, Status::ok);
-    EXPECT_EQ(logLines.size(), 1u);
+    EXPECT_EQ(resolverLog.size(), 1u);
 }
 
 TEST_F(Answers, anInstanceThatIsTooLongIsNoRow)
@@ -273,9 +273,9 @@ TEST_F(Answers, anInstanceThatIsTooLongIsNoRow)
     SortedTable table(other, 20, {octets(0, 255)}, {});
     table.add({SortedTable::Part(maxOidLength - 4, 1)});
     always([&table](MorRequest *request, MorReply *reply) { return table.answer(request, reply); });
-    resolver.emplace(other.root(), TestModule::callback, log);
+    resolver.emplace(other.root(), TestModule::callback, logOfResolver);
     EXPECT_EQ(getNext({{1}})[0].status, Status::genErr);
-    EXPECT_EQ(logLines, (std::deque<std::string>{"table: a row's index is too long for an identifier"}));
+    EXPECT_EQ(resolverLog, (std::deque<std::string>{"table: a row's index is too long for an identifier"}));
     table.clear();
     table.add({SortedTable::Part(maxOidLength - 5, 1)});
     const Variable longest = getNext({{1}})[0];
@@ -292,8 +292,8 @@ TEST_F(Answers, misuseOfTheMessageLayerSpoilsTheReply)
         return 0u;
     });
     EXPECT_EQ(first().status, Status::genErr);
-    ASSERT_EQ(logLines.size(), 1u);
-    EXPECT_EQ(logLines[0], "table: asked for the table of no request");
+    ASSERT_EQ(resolverLog.size(), 1u);
+    EXPECT_EQ(resolverLog[0], "table: asked for the table of no request");
 }
 
 TEST_F(Answers, aReplyMustBeginWithARow)
@@ -313,8 +313,8 @@ TEST_F(Answers, aReplyMustBeginWithARow)
     EXPECT_EQ(answerIndex(1, VT_INTEGER, 100), Status::genErr);
     always([](MorRequest *, MorReply *) { return 0u; });
     EXPECT_EQ(first().status, Status::genErr);
-    ASSERT_EQ(logLines.size(), 1u);
-    EXPECT_EQ(logLines[0], "table: the reply does not begin with the index of a row");
+    ASSERT_EQ(resolverLog.size(), 1u);
+    EXPECT_EQ(resolverLog[0], "table: the reply does not begin with the index of a row");
 }
 
 TEST_F(Answers, theOrderOfValuesDoesNotMatterButTheirPresenceDoes)
@@ -331,7 +331,7 @@ TEST_F(Answers, theOrderOfValuesDoesNotMatterButTheirPresenceDoes)
     always([](MorRequest *, MorReply *) { return 0u; });
     EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
     EXPECT_EQ(get({{1, 20, 1, 2, 5}})[0].status, Status::genErr);
-    EXPECT_EQ(logLines, (std::deque<std::string>{"column: the module answers without a value"}));
+    EXPECT_EQ(resolverLog, (std::deque<std::string>{"column: the module answers without a value"}));
 }
 
 // --- Index columns that can be read, as older tables have them

@@ -19,12 +19,12 @@ Oid entry()
     return Oid{1, 2, 1};
 }
 
-std::optional<Value> number(const SortedRow &row)
+std::optional<Value> numberOf(const SortedRow &row)
 {
     return Value{ValueType::unsigned32, row.instance.front(), {}, {}};
 }
 
-const std::vector<RowColumn<SortedRow>> columns = {{1, number}, {2, number}, {4, number, 1}};
+const std::vector<RowColumn<SortedRow>> rowColumns = {{1, numberOf}, {2, numberOf}, {4, numberOf, 1}};
 
 std::vector<Oid> namesOf(std::initializer_list<std::pair<SubId, SubId>> columnsAndRows)
 {
@@ -60,7 +60,7 @@ std::vector<SortedRow> rowsOf(std::initializer_list<SubId> numbers)
 TEST(RowSource, LooksOnceForEachRowOfAPacket)
 {
     Rows::Calls calls;
-    RowSource<Rows> source(entry().view(), Rows(rowsOf({3, 5, 9}), columns, &calls));
+    RowSource<Rows> source(entry().view(), Rows(rowsOf({3, 5, 9}), rowColumns, &calls));
     const auto names = namesOf({{1, 3}, {2, 3}, {4, 3}, {1, 5}, {2, 5}});
     auto variables = asking(names);
     source.get(variables);
@@ -76,7 +76,7 @@ TEST(RowSource, LooksOnceForEachRowOfAPacket)
 TEST(RowSource, ATableWithoutRowsIsAskedForOnesOnce)
 {
     Rows::Calls calls;
-    RowSource<Rows> source(entry().view(), Rows(rowsOf({}), columns, &calls));
+    RowSource<Rows> source(entry().view(), Rows(rowsOf({}), rowColumns, &calls));
     Variable variable;
     const Oid asked = entry();
     variable.asked = asked.view();
@@ -89,7 +89,7 @@ TEST(RowSource, GoesOnToTheNextRowWhenOneHasVanished)
 {
     std::vector<SortedRow> rows = rowsOf({3, 5, 9});
     rows[1].isWhole = false;
-    RowSource<Rows> source(entry().view(), Rows(rows, columns));
+    RowSource<Rows> source(entry().view(), Rows(rows, rowColumns));
     const auto names = namesOf({{4, 3}, {2, 3}});
     auto variables = asking(names);
     source.getNext(variables, entry().view());
@@ -132,8 +132,8 @@ TEST(MergedSource, AWalkThroughTheRowsOfOneSourceAsksTheOtherOnceAPacket)
 {
     Rows::Calls one;
     Rows::Calls other;
-    RowSource<Rows> low(entry().view(), Rows(rowsOf({2, 4, 6, 8, 10, 12}), columns, &one));
-    RowSource<Rows> high(entry().view(), Rows(rowsOf({100, 101, 102}), columns, &other));
+    RowSource<Rows> low(entry().view(), Rows(rowsOf({2, 4, 6, 8, 10, 12}), rowColumns, &one));
+    RowSource<Rows> high(entry().view(), Rows(rowsOf({100, 101, 102}), rowColumns, &other));
     MergedSource merged(entry().view(), {&low, &high});
     Oid asked = namesOf({{1, 0}}).front();
     merged.beginPacket();
@@ -171,8 +171,8 @@ TEST(MergedSource, ASourceWhoseRowsMustStandBehindIsNotAsked)
     using Second = SortedRows<1, secondShape>;
     First::Calls one;
     Second::Calls other;
-    RowSource<First> first(entry().view(), First(rowsOf({1}), {columns[0], columns[1]}, &one));
-    RowSource<Second> second(entry().view(), Second(rowsOf({2}), {columns[0], columns[1]}, &other));
+    RowSource<First> first(entry().view(), First(rowsOf({1}), {rowColumns[0], rowColumns[1]}, &one));
+    RowSource<Second> second(entry().view(), Second(rowsOf({2}), {rowColumns[0], rowColumns[1]}, &other));
     MergedSource merged(entry().view(), {&second, &first});
     Oid asked = entry();
     for (const char *next : {"1.2.1.1.1", "1.2.1.1.2", "1.2.1.2.1", "1.2.1.2.2"}) {
@@ -200,8 +200,8 @@ TEST(MergedSource, ASourceWithoutTheColumnIsAskedOnlyAtItsEnd)
 {
     Rows::Calls one;
     Rows::Calls other;
-    RowSource<Rows> whole(entry().view(), Rows(rowsOf({1, 2, 3}), {columns[0]}, &one));
-    RowSource<Rows> rest(entry().view(), Rows(rowsOf({1, 2, 3}), {columns[1], columns[2]}, &other));
+    RowSource<Rows> whole(entry().view(), Rows(rowsOf({1, 2, 3}), {rowColumns[0]}, &one));
+    RowSource<Rows> rest(entry().view(), Rows(rowsOf({1, 2, 3}), {rowColumns[1], rowColumns[2]}, &other));
     MergedSource merged(entry().view(), {&whole, &rest});
     Oid asked = entry();
     for (const char *next : {"1.2.1.1.1", "1.2.1.1.2", "1.2.1.1.3", "1.2.1.2.1", "1.2.1.2.2"}) {

@@ -34,12 +34,11 @@ ipmib_test(host_unit_test
     message_test.cpp
     recorded_over_test.cpp
     registry_test.cpp
+    resolver_test.cpp
     row_cursors_test.cpp
     row_index_test.cpp
-    syntax_test.cpp
-    ALONE
-    resolver_test.cpp
     row_source_test.cpp
+    syntax_test.cpp
     LIBS ipmib_host_testing)
 
 # Plug-ins, good and broken, and a program that loads them.
