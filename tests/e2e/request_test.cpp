@@ -2,6 +2,7 @@
 // Single requests: what is not there, what cannot be written, who may ask, and what a packet is.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -100,11 +101,6 @@ TEST_F(RequestTest, OnePacketBeginsOnce)
     stopAgent();
 }
 
-// GET of 1.3.6.1.2.1.4.26.0 with the community "public", version 2c.
-constexpr std::uint8_t packet[] = {0x30, 0x27, 0x02, 0x01, 0x01, 0x04, 0x06, 'p',  'u',  'b',  'l',  'i',  'c',  0xA0,
-                                   0x1A, 0x02, 0x01, 0x07, 0x02, 0x01, 0x00, 0x02, 0x01, 0x00, 0x30, 0x0F, 0x30, 0x0D,
-                                   0x06, 0x09, 0x2B, 0x06, 0x01, 0x02, 0x01, 0x04, 0x1A, 0x00, 0x00, 0x05, 0x00};
-
 class DatagramClient
 {
   public:
@@ -151,8 +147,8 @@ TEST_F(RequestTest, PacketsThatWaitedTogetherBeginTogether)
     const DatagramClient other(port());
     agent().signal(SIGSTOP);
     for (int i = 0; i < 2; ++i) {
-        one.send(packet);
-        other.send(packet);
+        one.send(getHopLimit);
+        other.send(getHopLimit);
     }
     agent().signal(SIGCONT);
     for (int i = 0; i < 2; ++i) {
@@ -160,7 +156,7 @@ TEST_F(RequestTest, PacketsThatWaitedTogetherBeginTogether)
         EXPECT_TRUE(other.receives());
     }
     EXPECT_EQ(timesLogged(line), 1u);
-    one.send(packet);
+    one.send(getHopLimit);
     EXPECT_TRUE(one.receives());
     EXPECT_EQ(timesLogged(line), 2u);
     stopAgent();
@@ -172,9 +168,9 @@ TEST_F(RequestTest, PacketsThatWaitedBehindOneThatIsDroppedBeginWithTheFirstThat
     startAgent(everybody, {"--log-packets"});
     const DatagramClient client(port());
     agent().signal(SIGSTOP);
-    client.send({packet, 7});
-    client.send(packet);
-    client.send(packet);
+    client.send({getHopLimit, 7});
+    client.send(getHopLimit);
+    client.send(getHopLimit);
     agent().signal(SIGCONT);
     EXPECT_TRUE(client.receives());
     EXPECT_TRUE(client.receives());
@@ -189,7 +185,7 @@ TEST_F(RequestTest, ABurstIsAnsweredWhole)
     const DatagramClient client(port());
     agent().signal(SIGSTOP);
     for (int i = 0; i < 50; ++i) {
-        client.send(packet);
+        client.send(getHopLimit);
     }
     agent().signal(SIGCONT);
     for (int i = 0; i < 50; ++i) {
@@ -203,12 +199,12 @@ TEST_F(RequestTest, BrokenPacketsAreDropped)
 {
     startAgent();
     const DatagramClient client(port());
-    for (std::size_t length = 1; length < sizeof packet; ++length) {
-        client.send({packet, length});
+    for (std::size_t length = 1; length < sizeof getHopLimit; ++length) {
+        client.send({getHopLimit, length});
     }
-    for (std::size_t place = 0; place < sizeof packet; ++place) {
-        std::uint8_t broken[sizeof packet];
-        std::copy_n(packet, sizeof packet, broken);
+    for (std::size_t place = 0; place < sizeof getHopLimit; ++place) {
+        std::uint8_t broken[sizeof getHopLimit];
+        std::copy_n(getHopLimit, sizeof getHopLimit, broken);
         broken[place] ^= 0xFF;
         client.send(broken);
     }

@@ -25,11 +25,6 @@ namespace
 
 constexpr int patience = 30000; // milliseconds, against a test that hangs
 
-// GET of 1.3.6.1.2.1.4.26.0 with the community "public", version 2c.
-constexpr std::uint8_t request[] = {0x30, 0x27, 0x02, 0x01, 0x01, 0x04, 0x06, 'p',  'u',  'b',  'l',  'i',  'c',  0xA0,
-                                    0x1A, 0x02, 0x01, 0x07, 0x02, 0x01, 0x00, 0x02, 0x01, 0x00, 0x30, 0x0F, 0x30, 0x0D,
-                                    0x06, 0x09, 0x2B, 0x06, 0x01, 0x02, 0x01, 0x04, 0x1A, 0x00, 0x00, 0x05, 0x00};
-
 // The question for an agent's engine, which takes no credentials and has an answer that is longer than itself.
 constexpr std::uint8_t discovery[] = {0x30, 0x3A, 0x02, 0x01, 0x03, 0x30, 0x0F, 0x02, 0x02, 0x4A, 0x69, 0x02,
                                       0x03, 0x00, 0xFF, 0xE3, 0x04, 0x01, 0x04, 0x02, 0x01, 0x03, 0x04, 0x10,
@@ -132,7 +127,7 @@ TEST_F(StreamClientTest, ManyConnectionsLeaveDescriptorsForOthers)
     }
     expectAnAnswer();
     // The last one to come is served, the first is gone.
-    EXPECT_EQ(idle.back().send(request), static_cast<ssize_t>(sizeof request));
+    EXPECT_EQ(idle.back().send(getHopLimit), static_cast<ssize_t>(sizeof getHopLimit));
     EXPECT_GT(idle.back().receive(), 0);
     EXPECT_EQ(idle.front().receive(), 0);
     EXPECT_TRUE(sleepsThrough(agent().pid()));
@@ -145,13 +140,13 @@ TEST_F(StreamClientTest, TheLimitIsASetting)
     const Connection first(port());
     const Connection second(port());
     for (const Connection *open : {&second, &first}) { // the second has been silent longer then
-        EXPECT_EQ(open->send(request), static_cast<ssize_t>(sizeof request));
+        EXPECT_EQ(open->send(getHopLimit), static_cast<ssize_t>(sizeof getHopLimit));
         EXPECT_GT(open->receive(), 0);
     }
     const Connection third(port());
     EXPECT_EQ(second.receive(), 0);
     for (const Connection *open : {&first, &third}) {
-        EXPECT_EQ(open->send(request), static_cast<ssize_t>(sizeof request));
+        EXPECT_EQ(open->send(getHopLimit), static_cast<ssize_t>(sizeof getHopLimit));
         EXPECT_GT(open->receive(), 0);
     }
     stopAgent();
@@ -162,7 +157,7 @@ TEST_F(StreamClientTest, IdleConnectionsEnd)
     start("connectionIdleTime 1\n");
     const Connection silent(port());
     const Connection slow(port());
-    EXPECT_EQ(slow.send(std::span(request).first(1)), 1); // not a message yet
+    EXPECT_EQ(slow.send(std::span(getHopLimit).first(1)), 1); // not a message yet
     EXPECT_EQ(silent.receive(), 0);
     EXPECT_EQ(slow.receive(), 0);
     expectAnAnswer();
@@ -174,7 +169,7 @@ TEST_F(StreamClientTest, AMessageMayComeInPieces)
     start();
     const Connection slow(port());
     for (int round = 0; round < 2; ++round) {
-        for (const std::uint8_t &octet : request) {
+        for (const std::uint8_t &octet : getHopLimit) {
             EXPECT_EQ(slow.send({&octet, 1}), 1);
         }
         EXPECT_GT(slow.receive(), 0);
@@ -201,7 +196,7 @@ TEST_F(StreamClientTest, WhatIsNoMessageEndsTheConnection)
 TEST_F(StreamClientTest, NobodyFillsTheLog)
 {
     start();
-    std::vector<std::uint8_t> bulk(std::begin(request), std::end(request));
+    std::vector<std::uint8_t> bulk(std::begin(getHopLimit), std::end(getHopLimit));
     bulk[13] = 0xA5;
     bulk[23] = 100; // repetitions
     for (int i = 0; i < 300; ++i) {
