@@ -222,8 +222,9 @@ TEST_F(TrafficOfARouter, theInterfaceTableHasEveryInterfaceWithIp6)
         std::map<std::string, bool> linkLocal;
         for (const auto &link : router->json("ip -j -6 addr")) {
             for (const auto &address : link["addr_info"]) {
-                const bool local = address["scope"] == "link" || address["local"] == "::1";
-                linkLocal[link["ifname"]] = linkLocal[link["ifname"]] || local;
+                const bool isLocal = address["scope"] == "link" || address["local"] == "::1";
+                const bool isUsable = !address.value("tentative", false);
+                linkLocal[link["ifname"]] = linkLocal[link["ifname"]] || (isLocal && isUsable);
             }
         }
         return linkLocal;

@@ -256,13 +256,13 @@ TEST_F(IpTablesNetns, onlyWhatIsFollowedIsThere)
 
 TEST_F(IpTablesNetns, neighboursHaveTheirStates)
 {
+    const std::uint64_t began = monotonicMilliseconds() - 3'000;
     space_->run("ip addr add 10.0.0.1/24 dev v0;"
                 "ip neigh add 10.0.0.2 lladdr 02:00:00:00:00:02 nud permanent dev v0;"
                 "ip neigh add 10.0.0.3 lladdr 02:00:00:00:00:03 nud stale dev v0;"
                 "ip neigh add 10.0.0.4 lladdr 02:00:00:00:00:04 nud reachable dev v0;"
                 "ip neigh add 10.0.0.5 nud failed dev v0");
     follow(IPMIB_FOLLOW_NEIGHBOURS);
-    const std::uint64_t began = monotonicMilliseconds() - 3'000;
     (*platform_)->uptimeBegan(began);
     beginPacket();
     struct Expected {
@@ -286,7 +286,7 @@ TEST_F(IpTablesNetns, neighboursHaveTheirStates)
         EXPECT_EQ(row.link_layer_size, expected.size);
         EXPECT_EQ(row.link_layer[5], expected.size != 0 ? expected.address[7] - '0' : 0);
         EXPECT_LE(row.last_updated, (monotonicMilliseconds() - began) / 10);
-        EXPECT_GE(row.last_updated, 100u);
+        EXPECT_GE(row.last_updated, 195u); // kept in whole seconds, from an age in ticks
     }
     IpmibIpNeighbour row{};
     EXPECT_FALSE(ip().neighbourAfter(v0_, at, row));
