@@ -147,7 +147,7 @@ void MergedSource::chooseNext(const Variable &variable, Search &search)
     }
     OidView nearest;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
-        const auto lowest = isAsked(i) ? std::nullopt : lowestBehind(i, variable.asked);
+        const auto lowest = isAsked(i) ? std::nullopt : lowestOfPart(i, variable.asked);
         if (lowest && (search.next == Search::none || std::is_lt(compare(*lowest, nearest))) &&
             (search.found == Search::none || isInFront(*lowest, i, variable.name.view(), search.found))) {
             nearest = *lowest;
@@ -157,7 +157,7 @@ void MergedSource::chooseNext(const Variable &variable, Search &search)
 }
 
 // Nothing when the source has none.
-std::optional<OidView> MergedSource::lowestBehind(std::size_t part, OidView asked)
+std::optional<OidView> MergedSource::lowestOfPart(std::size_t part, OidView asked)
 {
     const Gap &gap = gapOf(parts_[part], asked);
     if (!isInGap(gap, asked)) {

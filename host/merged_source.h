@@ -60,7 +60,7 @@ class MergedSource final : public Source
     void take(std::size_t part, Variable &variable, Search &search, const Variable &answer);
     Gap &gapOf(Part &part, OidView asked);
     bool isInGap(const Gap &gap, OidView asked) const;
-    std::optional<OidView> lowestBehind(std::size_t part, OidView asked);
+    std::optional<OidView> lowestOfPart(std::size_t part, OidView asked);
     void remember(std::size_t part, OidView asked, const Oid *next);
 
     Oid root_;

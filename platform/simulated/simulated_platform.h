@@ -24,7 +24,7 @@
 namespace ipmib::simulated
 {
 
-class SimulatedPlatform : private WakeUps::Sleeper
+class SimulatedPlatform final : private WakeUps::Sleeper
 {
   public:
     SimulatedPlatform() = default;

@@ -16,7 +16,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 
 namespace ipmib::platform
 {
