@@ -49,7 +49,7 @@ if(NOT IPMIB_SANITIZE AND NOT IPMIB_DEVICE_ONLY)
   add_test(NAME module_with_older_compilers COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/older_compilers_test.sh
                                                     ${IPMIB_MODULE_SOURCES})
   add_test(NAME module_under_valgrind
-           COMMAND valgrind --quiet --error-exitcode=1 --leak-check=full $<TARGET_FILE:module_test> --gtest_brief=1)
+           COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/valgrind_test.sh $<TARGET_FILE:module_test>)
   set_tests_properties(module_with_older_compilers module_under_valgrind
                        PROPERTIES LABELS test-all SKIP_RETURN_CODE 77 TIMEOUT 600)
 endif()

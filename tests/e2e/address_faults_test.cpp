@@ -6,6 +6,7 @@
 #include "e2e/raw_socket.h"
 
 #include <functional>
+#include <iterator>
 
 namespace ipmib::e2e
 {
@@ -129,10 +130,7 @@ TEST_F(AddressFaultsTest, OfTheAgentsOwnAreSeenAtNoDevice)
     stopAgent();
 }
 
-// A GET of ipv6IpDefaultHopLimit.0.
-const std::string hopLimitRequest("\x30\x26\x02\x01\x01\x04\x06public\xA0\x19\x02\x01\x00\x02\x01\x00\x02\x01\x00"
-                                  "\x30\x0E\x30\x0C\x06\x08\x2B\x06\x01\x02\x01\x04\x1A\x00\x05\x00",
-                                  40);
+const std::string hopLimitRequest(std::begin(getHopLimit), std::end(getHopLimit));
 
 TEST_F(AddressFaultsTest, TheSecondOfTwoAnswersComesFromTheSameAddress)
 {
