@@ -53,6 +53,7 @@ void checkAgent(const Options &options, const Objects &objects, Report &report)
 {
     Pace pace(options.packetsPerSecond);
     ClientSession session(pace);
+    const auto began = std::chrono::steady_clock::now();
     const std::uint64_t upTime = readUpTime(session);
     const auto session1 = openVersion1(pace, session.version(), report);
 
@@ -61,7 +62,7 @@ void checkAgent(const Options &options, const Objects &objects, Report &report)
     if (session1 != nullptr) {
         exchange1 = std::make_unique<Exchange>(*session1, report);
     }
-    Check check{options.settings, objects, report, exchange, exchange1.get(), upTime};
+    Check check{options.settings, objects, report, exchange, exchange1.get(), upTime, began};
     Walker walker(exchange, report, options.settings.rows);
     for (const Region &region : objects.regions()) {
         if (options.regions.empty() || options.regions.contains(region.name)) {

@@ -42,6 +42,14 @@ std::optional<std::uint64_t> Check::upTime()
     return value && value->tag == Tag::timeTicks ? std::optional(value->number) : std::nullopt;
 }
 
+bool Check::isNewStart(std::uint64_t upTime) const
+{
+    using Ticks = std::chrono::duration<std::uint64_t, std::centi>;
+    constexpr Ticks margin = std::chrono::seconds(1);
+    const auto elapsed = std::chrono::duration_cast<Ticks>(std::chrono::steady_clock::now() - began);
+    return upTime < startedAt && Ticks(upTime) <= elapsed + margin;
+}
+
 void doubt(Check &check, const Name &name, Look look)
 {
     if (auto fault = look()) {

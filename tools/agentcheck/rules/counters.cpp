@@ -139,7 +139,7 @@ void checkFalls(Check &check, const Region &region, const Walk &walk)
 void checkCounters(Check &check)
 {
     const auto upTime = check.upTime();
-    if (upTime && *upTime < check.startedAt) {
+    if (upTime && check.isNewStart(*upTime)) {
         check.report.fact("the agent has started anew meanwhile: counters were not looked at");
         return;
     }

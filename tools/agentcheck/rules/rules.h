@@ -35,8 +35,9 @@ struct Check {
     const Objects &objects;
     Report &report;
     Exchange &exchange;
-    Exchange *version1;      // the same agent in SNMPv1; null where there is nothing to compare
-    std::uint64_t startedAt; // in sysUpTime
+    Exchange *version1;                          // the same agent in SNMPv1; null where there is nothing to compare
+    std::uint64_t startedAt;                     // in sysUpTime
+    std::chrono::steady_clock::time_point began; // before that
     std::map<const Region *, Walk> walks{};
     std::vector<Doubt> doubts{};
 
@@ -47,6 +48,8 @@ struct Check {
     // What GET finds now; empty for an exception.
     std::optional<Value> now(const Name &name);
     std::optional<std::uint64_t> upTime();
+    // Whether a sysUpTime of now is that of an agent that has started anew since the check began.
+    bool isNewStart(std::uint64_t upTime) const;
 };
 
 // Rows change while they are looked at, and agents remember some longer than others, so that what does not fit together

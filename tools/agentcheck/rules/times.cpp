@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Times that something happened at, which are values of sysUpTime.
+// sysUpTime, and times that something happened at, which are values of it.
 #include "rules.h"
 
 namespace ipmib::agentcheck
@@ -17,10 +17,20 @@ bool hasUpTimeWrapped(Check &check)
     return engineTime && engineTime->number >= UINT32_MAX / ticksPerSecond;
 }
 
+void checkUpTime(Check &check)
+{
+    const auto upTime = check.upTime();
+    if (upTime && *upTime < check.startedAt && !check.isNewStart(*upTime)) {
+        check.report.broken(Rule::upTime, sysUpTime,
+                            "was " + std::to_string(check.startedAt) + ", is " + std::to_string(*upTime));
+    }
+}
+
 } // namespace
 
 void checkTimes(Check &check)
 {
+    checkUpTime(check);
     if (hasUpTimeWrapped(check)) {
         check.report.fact("sysUpTime has wrapped: times were not compared with it");
         return;

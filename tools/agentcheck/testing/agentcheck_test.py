@@ -66,6 +66,12 @@ class Agentcheck(unittest.TestCase):
         with no_faults.APeer(values, columns) as agent:
             self.assertEqual(check(agent, "--tables=ipAddressTable,ipAddressPrefixTable")[1]["findings"], [])
 
+    def test_a_new_start_is_no_fault(self):
+        with no_faults.StartsAnew(values, columns) as agent:
+            found = check(agent, "--tables=icmpStatsTable")[1]
+            self.assertEqual(found["findings"], [])
+            self.assertTrue(any("started anew" in fact for fact in found["facts"]), found["facts"])
+
     def test_what_fits_together_later_is_no_fault(self):
         with no_faults.RemembersOneTableLonger(values, columns) as agent:
             self.assertEqual(check(agent, "--tables=interfaces,ifTable", "--settle=0.5")[1]["findings"], [])

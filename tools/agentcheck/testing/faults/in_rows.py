@@ -3,8 +3,8 @@
 from scripted_agent import ScriptedAgent
 from snmp import COUNTER32, INTEGER, OID, TIMETICKS, UNSIGNED32
 
-from .planting import (ADDRESSES, CONNECTIONS, ENDPOINTS, IPV6, LINK_LOCAL, NEIGHBOURS, PREFIX, ROUTES, changed,
-                       first_of, is_below, moved, oid, planted)
+from .planting import (ADDRESSES, CONNECTIONS, ENDPOINTS, IPV6, LINK_LOCAL, NEIGHBOURS, PREFIX, ROUTES, UP_TIME,
+                       changed, first_of, is_below, moved, oid, planted)
 
 # Rows and other rows
 POINTERS = "ipAddressTable,ipAddressPrefixTable"
@@ -80,6 +80,13 @@ moved("anybody at a port", "anyRemote", ENDPOINTS, "udpEndpointProcess", (0, 0, 
 # Counters and times
 changed("another low half", "lowHalf", "ifTable,ifXTable", "ifInOctets", COUNTER32, 12345)
 changed("a time to come", "timeAhead", NEIGHBOURS, "ipNetToPhysicalLastUpdated", TIMETICKS, 4294967295)
+
+
+@planted("upTime", "mib-2.1.3.0", "icmpStatsTable")
+class AClockThatRunsBackwards(ScriptedAgent):
+    def value(self, name):
+        tag, value = super().value(name)
+        return (tag, 10**9 - self.packets) if name == UP_TIME else (tag, value)
 
 
 @planted("falls", "icmpStatsInMsgs", "icmpStatsTable")

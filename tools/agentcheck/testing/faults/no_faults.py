@@ -5,7 +5,7 @@ import time
 from scripted_agent import ScriptedAgent
 from snmp import OID
 
-from .planting import PREFIX, first_of, is_below, oid
+from .planting import PREFIX, UP_TIME, first_of, is_below, oid
 
 
 class Twice(ScriptedAgent):
@@ -53,6 +53,16 @@ class RemembersOneTableLonger(ScriptedAgent):
     def value(self, name):
         tag, value = super().value(name)
         return (tag, value if self.is_fresh else value - 1) if is_below(name, "ifNumber") else (tag, value)
+
+
+class StartsAnew(ScriptedAgent):
+    """Counters and sysUpTime begin at 0 again while they are looked at."""
+
+    def value(self, name):
+        tag, value = super().value(name)
+        is_first_life = self.packets < 20
+        starts = name == UP_TIME or is_below(name, "icmpStatsInMsgs")
+        return (tag, 10**6 * is_first_life) if starts else (tag, value)
 
 
 class Chatter(ScriptedAgent):

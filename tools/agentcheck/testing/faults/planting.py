@@ -54,4 +54,5 @@ PREFIX = (1, 3, 6, 1, 2, 1, 4, 32, 1)
 CONNECTIONS = "tcpConnectionTable"
 LISTENERS = "tcpListenerTable"
 ENDPOINTS = "udpEndpointTable"
+UP_TIME = (1, 3, 6, 1, 2, 1, 1, 3, 0)
 IPV6 = (32, 1, 13, 184) + 11 * (0,) + (1,)
