@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Which datagrams the accounting table counts, and where on their way: its chains and rules.
 #include "accounting/accounting_table.h"
-#include "accounting/nft_objects.h"
 
-#include <libnftnl/expr.h>
 #include <linux/ip.h>
 #include <linux/netfilter.h>
 #include <linux/netfilter/nf_tables.h>
-
-#include <endian.h>
 
 #include <climits>
 #include <cstddef>
@@ -65,44 +61,48 @@ constexpr Chain chains[] = {
     {"sent", NF_INET_POST_ROUTING, lastPriority, NFT_META_OIF, {{Destination::unicast, "out"}}},
 };
 
-nftnl_expr *expression(const char *name)
-{
-    return allocated(nftnl_expr_alloc(name));
-}
-
 void addChain(NftMessages &batch, const Chain &wanted)
 {
-    const ChainObject chain(allocated(nftnl_chain_alloc()));
-    nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_TABLE, accountingTableName);
-    nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_NAME, wanted.name);
-    nftnl_chain_set_str(chain.get(), NFTNL_CHAIN_TYPE, "filter");
-    nftnl_chain_set_u32(chain.get(), NFTNL_CHAIN_HOOKNUM, wanted.hook);
-    nftnl_chain_set_s32(chain.get(), NFTNL_CHAIN_PRIO, wanted.priority);
-    nftnl_chain_set_u32(chain.get(), NFTNL_CHAIN_POLICY, NF_ACCEPT);
-    nftnl_chain_nlmsg_build_payload(batch.add(NFT_MSG_NEWCHAIN, NLM_F_CREATE), chain.get());
+    NftMessage chain = batch.add(NFT_MSG_NEWCHAIN, NLM_F_CREATE);
+    chain.put(NFTA_CHAIN_TABLE, accountingTableName);
+    chain.put(NFTA_CHAIN_NAME, wanted.name);
+    chain.put(NFTA_CHAIN_TYPE, "filter");
+    chain.nest(NFTA_CHAIN_HOOK, [&] {
+        chain.put(NFTA_HOOK_HOOKNUM, wanted.hook);
+        chain.put(NFTA_HOOK_PRIORITY, static_cast<std::uint32_t>(wanted.priority));
+    });
+    chain.put(NFTA_CHAIN_POLICY, NF_ACCEPT);
 }
 
-void compare(nftnl_rule &rule, nft_cmp_ops operation, std::uint32_t address)
+template <class Fill>
+void addExpression(NftMessage &rule, const char *name, Fill fill)
 {
-    const std::uint32_t network = htobe32(address);
-    nftnl_expr *comparison = expression("cmp");
-    nftnl_expr_set_u32(comparison, NFTNL_EXPR_CMP_SREG, NFT_REG_1);
-    nftnl_expr_set_u32(comparison, NFTNL_EXPR_CMP_OP, operation);
-    nftnl_expr_set(comparison, NFTNL_EXPR_CMP_DATA, &network, sizeof network);
-    nftnl_rule_add_expr(&rule, comparison);
+    rule.nest(NFTA_LIST_ELEM, [&] {
+        rule.put(NFTA_EXPR_NAME, name);
+        rule.nest(NFTA_EXPR_DATA, fill);
+    });
 }
 
-void matchDestination(nftnl_rule &rule, Destination destination)
+void compare(NftMessage &rule, nft_cmp_ops operation, std::uint32_t address)
+{
+    addExpression(rule, "cmp", [&] {
+        rule.put(NFTA_CMP_SREG, NFT_REG_1);
+        rule.put(NFTA_CMP_OP, operation);
+        rule.nest(NFTA_CMP_DATA, [&] { rule.put(NFTA_DATA_VALUE, address); });
+    });
+}
+
+void matchDestination(NftMessage &rule, Destination destination)
 {
     if (destination == Destination::any) {
         return;
     }
-    nftnl_expr *load = expression("payload");
-    nftnl_expr_set_u32(load, NFTNL_EXPR_PAYLOAD_BASE, NFT_PAYLOAD_NETWORK_HEADER);
-    nftnl_expr_set_u32(load, NFTNL_EXPR_PAYLOAD_OFFSET, offsetof(iphdr, daddr));
-    nftnl_expr_set_u32(load, NFTNL_EXPR_PAYLOAD_LEN, sizeof(iphdr::daddr));
-    nftnl_expr_set_u32(load, NFTNL_EXPR_PAYLOAD_DREG, NFT_REG_1);
-    nftnl_rule_add_expr(&rule, load);
+    addExpression(rule, "payload", [&] {
+        rule.put(NFTA_PAYLOAD_DREG, NFT_REG_1);
+        rule.put(NFTA_PAYLOAD_BASE, NFT_PAYLOAD_NETWORK_HEADER);
+        rule.put(NFTA_PAYLOAD_OFFSET, offsetof(iphdr, daddr));
+        rule.put(NFTA_PAYLOAD_LEN, sizeof(iphdr::daddr));
+    });
     // Addresses are compared byte by byte from the front, which is their order.
     constexpr std::uint32_t firstGroup = 0xE0000000; // 224.0.0.0
     constexpr std::uint32_t lastGroup = 0xEFFFFFFF;
@@ -116,29 +116,29 @@ void matchDestination(nftnl_rule &rule, Destination destination)
     }
 }
 
-void countInterface(nftnl_rule &rule, std::uint32_t interface, const char *set)
+void countInterface(NftMessage &rule, std::uint32_t interface, const char *set)
 {
-    nftnl_expr *load = expression("meta");
-    nftnl_expr_set_u32(load, NFTNL_EXPR_META_KEY, interface);
-    nftnl_expr_set_u32(load, NFTNL_EXPR_META_DREG, NFT_REG_1);
-    nftnl_rule_add_expr(&rule, load);
-
-    nftnl_expr *update = expression("dynset");
-    nftnl_expr_set_u32(update, NFTNL_EXPR_DYNSET_OP, NFT_DYNSET_OP_UPDATE);
-    nftnl_expr_set_u32(update, NFTNL_EXPR_DYNSET_SREG_KEY, NFT_REG_1);
-    nftnl_expr_set_str(update, NFTNL_EXPR_DYNSET_SET_NAME, set);
-    nftnl_expr_add_expr(update, NFTNL_EXPR_DYNSET_EXPR, expression("counter"));
-    nftnl_rule_add_expr(&rule, update);
+    addExpression(rule, "meta", [&] {
+        rule.put(NFTA_META_DREG, NFT_REG_1);
+        rule.put(NFTA_META_KEY, interface);
+    });
+    addExpression(rule, "dynset", [&] {
+        rule.put(NFTA_DYNSET_OP, NFT_DYNSET_OP_UPDATE);
+        rule.put(NFTA_DYNSET_SREG_KEY, NFT_REG_1);
+        rule.put(NFTA_DYNSET_SET_NAME, set);
+        rule.nest(NFTA_DYNSET_EXPR, [&] { rule.put(NFTA_EXPR_NAME, "counter"); });
+    });
 }
 
 void addRule(NftMessages &batch, const Chain &chain, const Rule &wanted)
 {
-    const RuleObject rule(allocated(nftnl_rule_alloc()));
-    nftnl_rule_set_str(rule.get(), NFTNL_RULE_TABLE, accountingTableName);
-    nftnl_rule_set_str(rule.get(), NFTNL_RULE_CHAIN, chain.name);
-    matchDestination(*rule, wanted.destination);
-    countInterface(*rule, chain.interface, wanted.set);
-    nftnl_rule_nlmsg_build_payload(batch.add(NFT_MSG_NEWRULE, NLM_F_CREATE | NLM_F_APPEND), rule.get());
+    NftMessage rule = batch.add(NFT_MSG_NEWRULE, NLM_F_CREATE | NLM_F_APPEND);
+    rule.put(NFTA_RULE_TABLE, accountingTableName);
+    rule.put(NFTA_RULE_CHAIN, chain.name);
+    rule.nest(NFTA_RULE_EXPRESSIONS, [&] {
+        matchDestination(rule, wanted.destination);
+        countInterface(rule, chain.interface, wanted.set);
+    });
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 // The packet filter's table that counts IPv4 traffic by interface: the table, its sets and their elements.
 #include "accounting/accounting_table.h"
 
-#include "accounting/nft_objects.h"
 #include "core/attributes.h"
 
 #include <endian.h>
@@ -10,6 +9,7 @@
 #include <linux/netfilter/nf_tables.h>
 #include <linux/netfilter/nfnetlink.h>
 
+#include <cstring>
 #include <string_view>
 
 namespace ipmib::platform
@@ -18,54 +18,49 @@ namespace ipmib::platform
 namespace
 {
 
-constexpr std::uint32_t ifaceIndexType = 20; // nft's number of the type iface_index, so that it lists names
-
-void addTableMessage(NftMessages &batch, std::uint16_t type, std::uint16_t messageFlags, std::uint32_t tableFlags = 0)
+void addTableMessage(NftMessages &messages, std::uint16_t type, std::uint16_t messageFlags,
+                     std::uint32_t tableFlags = 0)
 {
-    const TableObject table(allocated(nftnl_table_alloc()));
-    nftnl_table_set_u32(table.get(), NFTNL_TABLE_FAMILY, NFPROTO_IPV4);
-    nftnl_table_set_str(table.get(), NFTNL_TABLE_NAME, accountingTableName);
+    NftMessage table = messages.add(type, messageFlags);
+    table.put(NFTA_TABLE_NAME, accountingTableName);
     if (tableFlags != 0) {
-        nftnl_table_set_u32(table.get(), NFTNL_TABLE_FLAGS, tableFlags);
+        table.put(NFTA_TABLE_FLAGS, tableFlags);
     }
-    nftnl_table_nlmsg_build_payload(batch.add(type, messageFlags), table.get());
-}
-
-SetObject namedSet(const char *name)
-{
-    SetObject set(allocated(nftnl_set_alloc()));
-    nftnl_set_set_str(set.get(), NFTNL_SET_TABLE, accountingTableName);
-    nftnl_set_set_str(set.get(), NFTNL_SET_NAME, name);
-    return set;
 }
 
 void addSet(NftMessages &batch, const CountedSet &counted, std::uint32_t size)
 {
-    const SetObject set = namedSet(counted.name);
-    nftnl_set_set_u32(set.get(), NFTNL_SET_FAMILY, NFPROTO_IPV4);
-    nftnl_set_set_u32(set.get(), NFTNL_SET_ID, static_cast<std::uint32_t>(&counted - countedSets) + 1);
-    nftnl_set_set_u32(set.get(), NFTNL_SET_FLAGS, NFT_SET_EVAL);
-    nftnl_set_set_u32(set.get(), NFTNL_SET_KEY_TYPE, ifaceIndexType);
-    nftnl_set_set_u32(set.get(), NFTNL_SET_KEY_LEN, sizeof(std::uint32_t));
+    NftMessage set = batch.add(NFT_MSG_NEWSET, NLM_F_CREATE);
+    set.put(NFTA_SET_TABLE, accountingTableName);
+    set.put(NFTA_SET_NAME, counted.name);
+    set.put(NFTA_SET_ID, static_cast<std::uint32_t>(&counted - countedSets) + 1);
+    set.put(NFTA_SET_FLAGS, NFT_SET_EVAL);
+    set.put(NFTA_SET_KEY_LEN, sizeof(std::uint32_t));
     if (size != 0) {
-        nftnl_set_set_u32(set.get(), NFTNL_SET_DESC_SIZE, size);
+        set.nest(NFTA_SET_DESC, [&] { set.put(NFTA_SET_DESC_SIZE, size); });
     }
-    // For nft alone: it shows names for indexes when it knows that they are in the machine's order.
+    // For nft alone, which shows names for indexes when it knows the type and that it is in the machine's order.
+    constexpr std::uint32_t ifaceIndexType = 20;
+    set.put(NFTA_SET_KEY_TYPE, ifaceIndexType);
+    struct {
+        std::uint8_t type = 0; // the order of octets of a key
+        std::uint8_t size = sizeof(std::uint32_t);
+        std::uint8_t hostOrder[sizeof(std::uint32_t)];
+    } note;
     constexpr std::uint32_t hostOrder = 1;
-    const UdataObject udata(allocated(nftnl_udata_buf_alloc(NFT_USERDATA_MAXLEN)));
-    nftnl_udata_put_u32(udata.get(), NFTNL_UDATA_SET_KEYBYTEORDER, hostOrder);
-    nftnl_set_set_data(set.get(), NFTNL_SET_USERDATA, nftnl_udata_buf_data(udata.get()),
-                       nftnl_udata_buf_len(udata.get()));
-    nftnl_set_nlmsg_build_payload(batch.add(NFT_MSG_NEWSET, NLM_F_CREATE), set.get());
+    std::memcpy(note.hostOrder, &hostOrder, sizeof hostOrder);
+    set.put(NFTA_SET_USERDATA, &note, sizeof note);
 }
 
 void addElementMessage(NftMessages &messages, std::uint16_t type, const CountedSet &counted, std::uint32_t ifIndex)
 {
-    const SetObject set = namedSet(counted.name);
-    nftnl_set_elem *element = allocated(nftnl_set_elem_alloc());
-    nftnl_set_elem_set(element, NFTNL_SET_ELEM_KEY, &ifIndex, sizeof ifIndex);
-    nftnl_set_elem_add(set.get(), element);
-    nftnl_set_elems_nlmsg_build_payload(messages.add(type, 0), set.get());
+    NftMessage set = messages.add(type, 0);
+    set.put(NFTA_SET_ELEM_LIST_TABLE, accountingTableName);
+    set.put(NFTA_SET_ELEM_LIST_SET, counted.name);
+    set.nest(NFTA_SET_ELEM_LIST_ELEMENTS, [&] {
+        set.nest(NFTA_LIST_ELEM,
+                 [&] { set.nest(NFTA_SET_ELEM_KEY, [&] { set.put(NFTA_DATA_VALUE, &ifIndex, sizeof ifIndex); }); });
+    });
 }
 
 std::uint64_t numberOf(const Attributes<NFTA_COUNTER_MAX> &counter, std::size_t which)
@@ -107,7 +102,6 @@ void askForElement(NftMessages &questions, const CountedSet &set, std::uint32_t 
     addElementMessage(questions, NFT_MSG_GETSETELEM, set, ifIndex);
 }
 
-// With no help of libnftnl, which ends the process when an answer is not as it expects.
 std::optional<Traffic> trafficOf(const nlmsghdr &answer)
 {
     const Attributes<NFTA_SET_ELEM_LIST_MAX> list(answer, sizeof(nfgenmsg));

@@ -6,7 +6,6 @@
 
 #include "core/datagram.h"
 
-#include <libnftnl/common.h>
 #include <linux/netfilter.h>
 
 #include <sys/socket.h>
@@ -46,16 +45,27 @@ std::size_t NftMessages::size() const
                            : last_ + MNL_ALIGN(reinterpret_cast<const nlmsghdr *>(buffer_.data() + last_)->nlmsg_len);
 }
 
-char *NftMessages::next()
+nlmsghdr *NftMessages::next(std::uint16_t type, std::uint16_t flags, std::uint8_t family, std::uint16_t resource)
 {
     last_ = size();
     buffer_.resize(last_ + roomForMessage);
-    return buffer_.data() + last_;
+    nlmsghdr *const header = mnl_nlmsg_put_header(buffer_.data() + last_);
+    header->nlmsg_type = type;
+    header->nlmsg_flags = static_cast<std::uint16_t>(NLM_F_REQUEST | flags);
+    header->nlmsg_seq = sequence_++;
+    *static_cast<nfgenmsg *>(mnl_nlmsg_put_extra_header(header, sizeof(nfgenmsg))) = {family, NFNETLINK_V0,
+                                                                                      htobe16(resource)};
+    return header;
 }
 
-nlmsghdr *NftMessages::add(std::uint16_t type, std::uint16_t flags)
+NftMessage NftMessages::add(std::uint16_t type, std::uint16_t flags)
 {
-    return nftnl_nlmsg_build_hdr(next(), type, NFPROTO_IPV4, flags, sequence_++);
+    return NftMessage(next(static_cast<std::uint16_t>(NFNL_SUBSYS_NFTABLES << 8 | type), flags, NFPROTO_IPV4, 0));
+}
+
+void NftMessages::add(Batch place)
+{
+    next(static_cast<std::uint16_t>(place), 0, AF_UNSPEC, NFNL_SUBSYS_NFTABLES);
 }
 
 void readNftAnswers(std::span<const char> datagram, std::uint32_t first, std::uint32_t count,
@@ -116,14 +126,14 @@ int NetfilterSocket::ask(NftMessages &questions, const Handler &handler)
 NftMessages NetfilterSocket::batch() const
 {
     NftMessages batch(sequence_);
-    nftnl_batch_begin(batch.next(), batch.sequence_++);
+    batch.add(NftMessages::Batch::begins);
     return batch;
 }
 
 NetfilterSocket::Outcome NetfilterSocket::commit(NftMessages &batch)
 {
     batch.last()->nlmsg_flags |= NLM_F_ACK; // refusals are always answered, success only on request
-    nftnl_batch_end(batch.next(), batch.sequence_++);
+    batch.add(NftMessages::Batch::ends);
     Outcome outcome;
     bool answered = false;
     const int error = ask(batch, [&](std::size_t index, int refusal, const nlmsghdr &) {

@@ -2,7 +2,10 @@
 // The socket to the kernel's packet filter: questions, and changes that happen all together or not at all.
 #pragma once
 
+#include "accounting/nft_message.h"
+
 #include <libmnl/libmnl.h>
+#include <linux/netfilter/nfnetlink.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -17,16 +20,17 @@ namespace ipmib::platform
 class NftMessages
 {
   public:
-    // The header of the next message; the caller appends the payload, up to `roomForMessage` bytes with the header,
-    // before it asks for another.
+    // The next message; the caller puts its attributes, up to `roomForMessage` bytes with the headers, before it asks
+    // for another.
     static constexpr std::size_t roomForMessage = 1024; // none of ours comes near it
-    nlmsghdr *add(std::uint16_t type, std::uint16_t flags);
+    NftMessage add(std::uint16_t type, std::uint16_t flags);
 
   private:
     friend class NetfilterSocket;
     explicit NftMessages(std::uint32_t firstSequence);
-    // Where the next message begins, with room for it.
-    char *next();
+    enum class Batch : std::uint16_t { begins = NFNL_MSG_BATCH_BEGIN, ends = NFNL_MSG_BATCH_END };
+    void add(Batch place);
+    nlmsghdr *next(std::uint16_t type, std::uint16_t flags, std::uint8_t family, std::uint16_t resource);
     nlmsghdr *last() { return reinterpret_cast<nlmsghdr *>(buffer_.data() + last_); }
     std::size_t size() const;
 
