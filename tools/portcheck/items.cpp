@@ -111,11 +111,6 @@ Item textItem(const char *name, std::string text)
     return {name, std::move(text)};
 }
 
-std::string withLength(const std::uint8_t *address, std::uint32_t length)
-{
-    return addressText(address) + "/" + std::to_string(length);
-}
-
 // What does not stand in another value.
 bool isTold(const Item &item)
 {
@@ -128,14 +123,14 @@ bool isTold(const Item &item)
 
 Items itemsOf(const FullAddressRecord &record)
 {
-    Items items{textItem("address", withLength(record.address, record.prefix_length))};
+    Items items{textItem("address", prefixText(record.address, record.prefix_length))};
     IPMIB_ADDRESS_FIELDS(FIELD)
     return items;
 }
 
 Items itemsOf(const FullPrefixRecord &record)
 {
-    Items items{textItem("prefix", withLength(record.prefix, ipmib_be32_get(record.length)))};
+    Items items{textItem("prefix", prefixText(record.prefix, ipmib_be32_get(record.length)))};
     IPMIB_PREFIX_FIELDS(FIELD)
     return items;
 }
@@ -227,6 +222,11 @@ std::string addressText(const std::uint8_t *address)
 {
     char text[INET6_ADDRSTRLEN];
     return inet_ntop(AF_INET6, address, text, sizeof text);
+}
+
+std::string prefixText(const std::uint8_t *prefix, std::uint32_t length)
+{
+    return addressText(prefix) + "/" + std::to_string(length);
 }
 
 std::string bytesText(const std::uint8_t *bytes, std::size_t count)

@@ -38,6 +38,8 @@ std::string differenceOf(const Items &before, const Items &after);
 
 // "2001:db8::1"; bytes with colons, as of link-layer addresses.
 std::string addressText(const std::uint8_t *address);
+// "2001:db8::/64"
+std::string prefixText(const std::uint8_t *prefix, std::uint32_t length);
 std::string bytesText(const std::uint8_t *bytes, std::size_t count);
 
 } // namespace ipmib::portcheck

@@ -6,11 +6,15 @@
 
 #include <ipmib/platform.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace ipmib::portcheck
 {
+
+// The one that services by virtual router are asked for.
+inline constexpr std::uint32_t defaultVrf = 0;
 
 struct Services {
 #define IPMIB_SERVICE(name, ...) decltype(&::name) name = nullptr;

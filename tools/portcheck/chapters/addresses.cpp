@@ -16,15 +16,9 @@ namespace ipmib::portcheck
 namespace
 {
 
-constexpr std::uint32_t defaultVrf = 0;
 constexpr std::uint32_t globalKind = 14;
 
 using PrefixesByInterface = std::map<std::uint32_t, std::vector<FullPrefixRecord>>;
-
-std::string prefixText(const std::uint8_t *prefix, std::uint32_t length)
-{
-    return addressText(prefix) + "/" + std::to_string(length);
-}
 
 void look(Probe &probe, const FullAddressRecord &record)
 {

@@ -74,7 +74,7 @@ void checkThatThereIsOne(Probe &probe, std::uint32_t ifIndex, const FullAddressR
 
 std::string addressWithLength(const FullAddressRecord &record)
 {
-    return addressText(record.address) + "/" + std::to_string(record.prefix_length);
+    return prefixText(record.address, record.prefix_length);
 }
 
 void lookAtAddress(Probe &probe, const std::string &call, const FullAddressRecord &record)

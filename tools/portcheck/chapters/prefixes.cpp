@@ -14,11 +14,6 @@ namespace
 
 constexpr std::int32_t anyPrefix = -1;
 
-std::string prefixText(const std::uint8_t *prefix, std::uint32_t length)
-{
-    return addressText(prefix) + "/" + std::to_string(length);
-}
-
 // What a prefix says by itself.
 void look(Probe &probe, std::uint32_t ifIndex, const FullPrefixRecord &record, std::uint32_t now)
 {

@@ -13,8 +13,6 @@ namespace ipmib::portcheck
 namespace
 {
 
-constexpr std::uint32_t defaultVrf = 0;
-
 std::string routerText(const Key &key)
 {
     return addressText(key.address) + " on interface " + std::to_string(key.number);
