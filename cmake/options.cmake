@@ -73,7 +73,7 @@ function(ipmib_unite target)
   if(NOT IPMIB_UNITY)
     return()
   endif()
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
   set_source_files_properties(${arg_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     # It warns of anonymous namespaces in what is included, as headers are.

@@ -54,14 +54,14 @@ std::vector<ServedCounter> countersOf(const ObjectTree &tree, const Object &entr
 // The counters' cells of one row; empty when there is no such row.
 Row readRow(LocalDevice &device, const std::vector<ServedCounter> &counters, host::OidView instance)
 {
-    std::vector<host::Oid> names;
+    std::vector<host::Oid> instances;
     for (const ServedCounter &counter : counters) {
-        names.push_back(counter.object->oid);
-        names.back().append(instance);
+        instances.push_back(counter.object->oid);
+        instances.back().append(instance);
     }
-    std::vector<host::Variable> variables(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        variables[i].asked = names[i].view();
+    std::vector<host::Variable> variables(instances.size());
+    for (std::size_t i = 0; i < instances.size(); ++i) {
+        variables[i].asked = instances[i].view();
     }
     device.get(variables);
     Row row;

@@ -54,7 +54,7 @@ Words merged(const Environment &added)
     return all;
 }
 
-std::string contentOf(int descriptor)
+std::string readToEnd(int descriptor)
 {
     std::string content;
     char piece[4096];
@@ -147,12 +147,12 @@ int Command::wait(std::chrono::seconds limit)
 
 std::string Command::output() const
 {
-    return contentOf(output_);
+    return readToEnd(output_);
 }
 
 std::string Command::errors() const
 {
-    return contentOf(errors_);
+    return readToEnd(errors_);
 }
 
 Result run(const Words &words, const Environment &environment)

@@ -42,7 +42,7 @@ rouser one auth -V everything core
 )";
 
 // Nobody answers those who may not ask: they need not wait for long.
-const std::string refused = "1";
+const std::string forRefused = "1";
 
 Words ofCommunity(const std::string &community, const std::string &seconds = "20")
 {
@@ -113,21 +113,21 @@ TEST_F(ContextTest, NobodySeesAContextThatNoRuleLetsThemSee)
     for (const char *program : {"snmpget", "snmpgetnext", "snmpbulkget"}) {
         for (const char *object : {"1.3.6.1.2.1.1.5.0", "1.3.6.1.2.1.2.2.1.2"}) {
             for (const char *context : {"access1", ""}) {
-                const Result result = snmp(program, ofUser("one", context, refused), {object});
+                const Result result = snmp(program, ofUser("one", context, forRefused), {object});
                 EXPECT_EQ(result.output.find("STRING"), std::string::npos) << program << " " << result.output;
             }
         }
     }
-    EXPECT_NE(snmp("snmpget", ofCommunity("public@core", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", ofCommunity("part@core", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", ofCommunity("lab", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", ofCommunity("contextcommunity1", refused), {sysName}).status, 0)
+    EXPECT_NE(snmp("snmpget", ofCommunity("public@core", forRefused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("part@core", forRefused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("lab", forRefused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("contextcommunity1", forRefused), {sysName}).status, 0)
         << "what the library knows a line by";
     EXPECT_NE(snmp("snmpget", {"-v1", "-r0", "-t1", "-c", "justcore"}, {sysName}).status, 0) << "let in over v2c alone";
     EXPECT_EQ(get(ofCommunity("justcore"), sysName), "\"core-1\"\n");
     EXPECT_EQ(get(ofCommunity("part@access11"), sysName), "\"access11\"\n");
-    EXPECT_NE(snmp("snmpget", ofCommunity("part@access2", refused), {sysName}).status, 0);
-    EXPECT_NE(snmp("snmpget", ofUser("all", "nowhere", refused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofCommunity("part@access2", forRefused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofUser("all", "nowhere", forRefused), {sysName}).status, 0);
     stopAgent();
 }
 
@@ -168,7 +168,7 @@ TEST_F(ContextTest, AFileThatIsReadAgainBringsDevicesAndTakesThem)
     EXPECT_EQ(get(ofCommunity("lab@core"), sysName), "\"core-2\"\n");
     EXPECT_EQ(get(ofUser("all", "later"), ifDescr + ".9"), "\"first\"\n");
     EXPECT_EQ(get(ofCommunity("lab@later"), ifDescr + ".9"), "\"first\"\n");
-    EXPECT_NE(snmp("snmpget", ofUser("all", "access1", refused), {sysName}).status, 0);
+    EXPECT_NE(snmp("snmpget", ofUser("all", "access1", forRefused), {sysName}).status, 0);
     EXPECT_EQ(walk("snmpwalk", publicV2, {"-Oqv"}, vacmContextName).size(), 3u);
     stopAgent();
 }
@@ -293,13 +293,13 @@ TEST_F(DeviceAddressTest, NothingElseIsThere)
     startDevices();
     std::deque<Command> asked; // all at once, since most of them wait for nothing
     for (const char *program : {"snmpgetnext", "snmpbulkget"}) {
-        for (const Words &who : {ofUser("one", "", refused), ofUser("one", "core", refused)}) {
+        for (const Words &who : {ofUser("one", "", forRefused), ofUser("one", "core", forRefused)}) {
             asked.emplace_back(wordsAt(switchAt(1), program, who, {sysName}), environment());
         }
     }
-    asked.emplace_back(wordsAt(switchAt(1), "snmpget", ofUser("all", "core", refused), {sysName}), environment());
+    asked.emplace_back(wordsAt(switchAt(1), "snmpget", ofUser("all", "core", forRefused), {sysName}), environment());
     for (const char *other : {"public", "lab@core", "lab@access1", "contextcommunity1"}) {
-        asked.emplace_back(wordsAt(switchAt(2), "snmpget", ofCommunity(other, refused), {sysName}), environment());
+        asked.emplace_back(wordsAt(switchAt(2), "snmpget", ofCommunity(other, forRefused), {sysName}), environment());
     }
     for (Command &each : asked) {
         each.wait();
@@ -325,8 +325,8 @@ TEST_F(DeviceAddressTest, AddressesComeAndGoWithTheirDevices)
     EXPECT_TRUE(notification().starts_with("RELOADING=1\n"));
     EXPECT_EQ(notification(), "READY=1");
     EXPECT_EQ(nameAt(switchAt(1), ofCommunity("lab")), "\"core\"\n");
-    EXPECT_EQ(nameAt(switchAt(2), ofCommunity("lab", refused)), "");
-    EXPECT_EQ(nameAt(core(), ofCommunity("lab", refused)), "");
+    EXPECT_EQ(nameAt(switchAt(2), ofCommunity("lab", forRefused)), "");
+    EXPECT_EQ(nameAt(core(), ofCommunity("lab", forRefused)), "");
     EXPECT_EQ(get(ofCommunity("lab@taken"), sysName), "\"taken\"\n");
     const std::string text = agent().output();
     EXPECT_NE(text.find("context wrong: cannot listen on tcp:127.0.0.1:9: the address of a device has to be of UDP\n"),

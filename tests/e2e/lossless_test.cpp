@@ -3,6 +3,7 @@
 // but for those of no_counterpart.json, which have another one that says the same.
 
 #include "e2e/master_under_test.h"
+#include "e2e/objects.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,8 +17,6 @@ namespace ipmib::e2e
 
 namespace
 {
-
-const std::string mib2 = ".1.3.6.1.2.1";
 
 // Something of everything. Where the kernel has no VLANs another interface takes the place.
 const std::string bed = R"(
@@ -69,7 +68,7 @@ class LosslessTest : public MasterTest
         static const std::regex left("\\.1\\.3\\.6\\.1\\.2\\.1\\.(4\\.(21|24)|6\\.(13|19|20)|7\\.(5|7))\\..*");
         std::set<std::string> found;
         for (const char *group : {"2", "31", "4", "5", "6", "7"}) {
-            for (const std::string &row : rows(mib2.substr(1) + "." + group)) {
+            for (const std::string &row : rows(mib2 + "." + group)) {
                 const std::string instance = row.substr(0, row.find(' '));
                 if (!std::regex_match(instance, left)) {
                     found.insert(instance);
@@ -87,8 +86,8 @@ class LosslessTest : public MasterTest
         EXPECT_GT(alone.size(), 1000u);
         for (const char *row :
              {"4.34.1.3.1.4.198.51.100.127", "4.34.1.3.1.4.10.1.1.1", "4.37.1.4.1.4.192.0.2.11", "4.35.1.4"}) {
-            const auto first = alone.lower_bound(mib2 + "." + row);
-            EXPECT_TRUE(first != alone.end() && first->starts_with(mib2 + "." + row)) << "the bed lacks " << row;
+            const auto first = alone.lower_bound("." + mib2 + "." + row);
+            EXPECT_TRUE(first != alone.end() && first->starts_with("." + mib2 + "." + row)) << "the bed lacks " << row;
         }
         return alone;
     }
@@ -122,7 +121,7 @@ class LosslessTest : public MasterTest
     static bool hasCounterpart(const std::string &instance, const std::string &theirs, const std::string &ours,
                                const std::set<std::string> &now)
     {
-        const std::string group = mib2 + ".4";
+        const std::string group = "." + mib2 + ".4";
         const std::string place = instance.substr(0, group.size()) == group ? instance.substr(group.size()) : "";
         const std::regex pattern(theirs);
         if (!std::regex_match(place, pattern)) {

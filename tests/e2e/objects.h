@@ -8,6 +8,7 @@
 namespace ipmib::e2e
 {
 
+inline const std::string mib2 = "1.3.6.1.2.1";
 inline const std::string sysName = "1.3.6.1.2.1.1.5.0";
 inline const std::string ifDescr = "1.3.6.1.2.1.2.2.1.2";
 inline const std::string hopLimit = "1.3.6.1.2.1.4.26.0";

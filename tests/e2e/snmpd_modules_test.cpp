@@ -32,13 +32,13 @@ std::string modulesOfTheSetting()
 std::uint64_t readsOf(pid_t process)
 {
     std::ifstream file("/proc/" + std::to_string(process) + "/io");
-    std::uint64_t number = 0;
+    std::uint64_t reads = 0;
     for (std::string word; file >> word;) {
         if (word == "syscr:") {
-            file >> number;
+            file >> reads;
         }
     }
-    return number;
+    return reads;
 }
 
 bool isScalar(const Identifier &instance)

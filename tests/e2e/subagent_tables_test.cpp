@@ -2,6 +2,7 @@
 // Who serves which table beside a running snmpd, and what a walk through it shows then.
 
 #include "e2e/master_under_test.h"
+#include "e2e/objects.h"
 
 #include <algorithm>
 #include <sstream>
@@ -11,8 +12,6 @@ namespace ipmib::e2e
 
 namespace
 {
-
-constexpr const char *mib2 = "1.3.6.1.2.1";
 
 struct Table {
     const char *name;

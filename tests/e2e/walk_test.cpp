@@ -2,6 +2,7 @@
 // Every way of walking gives the same rows, in increasing order, and ends by itself.
 
 #include "e2e/agent_under_test.h"
+#include "e2e/objects.h"
 #include "e2e/rows.h"
 
 #include <algorithm>
@@ -19,7 +20,6 @@ Words withoutUptime(Words rows)
     return rows;
 }
 
-constexpr const char *everything = "1.3.6.1.2.1";
 constexpr const char *icmp = "1.3.6.1.2.1.5";
 
 class WalkTest : public AgentTest
@@ -30,7 +30,7 @@ TEST_F(WalkTest, AllWaysGiveTheSameRows)
 {
     startAgent();
     const auto all = [this](const std::string &program, const Words &who, const Words &options) {
-        return withoutUptime(walk(program, who, options, everything));
+        return withoutUptime(walk(program, who, options, mib2));
     };
     const Words rows = all("snmpwalk", publicV2, {});
     expectIncreasing(rows);
@@ -57,7 +57,7 @@ TEST_F(WalkTest, OverTcpAsOverUdp)
 TEST_F(WalkTest, EveryTableOfTheDeviceIsThere)
 {
     startAgent();
-    const Words rows = walk("snmpbulkwalk", publicV2, {}, everything);
+    const Words rows = walk("snmpbulkwalk", publicV2, {}, mib2);
     for (const char *row : {
              ".1.3.6.1.2.1.4.26.0 = INTEGER: 64",
              ".1.3.6.1.2.1.4.30.1.5.1 = INTEGER: 1",
@@ -80,11 +80,11 @@ TEST_F(WalkTest, EveryTableOfTheDeviceIsThere)
 TEST_F(WalkTest, Version1LeavesOutWhatItCannotCarry)
 {
     startAgent();
-    Words rows = withoutUptime(walk("snmpwalk", publicV2, {}, everything));
+    Words rows = withoutUptime(walk("snmpwalk", publicV2, {}, mib2));
     const auto is64 = [](const std::string &row) { return row.find("Counter64") != std::string::npos; };
     EXPECT_TRUE(std::ranges::any_of(rows, is64));
     std::erase_if(rows, is64);
-    EXPECT_EQ(withoutUptime(walk("snmpwalk", publicV1, {}, everything)), rows);
+    EXPECT_EQ(withoutUptime(walk("snmpwalk", publicV1, {}, mib2)), rows);
     stopAgent();
 }
 
@@ -105,9 +105,9 @@ access limited "" any noauth exact half none none
         return row.starts_with(".1.3.6.1.2.1.5.30.1.3.2.128 ") || row.starts_with(".1.3.6.1.2.1.5.29.1.3.");
     });
     EXPECT_EQ(rows.size(), all - 2);
-    EXPECT_EQ(walk("snmpwalk", limited, {}, everything), rows);
-    EXPECT_EQ(walk("snmpbulkwalk", limited, {"-Cr1"}, everything), rows);
-    EXPECT_EQ(walk("snmpbulkwalk", limited, {"-Cr50"}, everything), rows);
+    EXPECT_EQ(walk("snmpwalk", limited, {}, mib2), rows);
+    EXPECT_EQ(walk("snmpbulkwalk", limited, {"-Cr1"}, mib2), rows);
+    EXPECT_EQ(walk("snmpbulkwalk", limited, {"-Cr50"}, mib2), rows);
     stopAgent();
 }
 
@@ -118,12 +118,12 @@ TEST_F(WalkTest, ColumnsSideBySideGoOnBeyondTheirTables)
     const Result result = snmp("snmpbulkget", publicV2,
                                {"-Cn1", "-Cr2", "1.3.6.1.2.1.5.29.1.2", "1.3.6.1.2.1.5.29.1.4",
                                 "1.3.6.1.2.1.5.30.1.4.2.145", "1.3.6.1.2.1.31.1.1.1.19.3"});
+    const std::string end = "No more variables left in this MIB View (It is past the end of the MIB tree)";
     EXPECT_EQ(linesOf(result.output),
               (Words{".1.3.6.1.2.1.5.29.1.2.2 = Counter32: 12", ".1.3.6.1.2.1.5.29.1.4.2 = Counter32: 0",
                      ".1.3.6.1.2.1.5.30.1.4.2.200 = Counter32: 0", ".1.3.6.1.2.1.31.1.5.0 = Timeticks: (0) 0:00:00.00",
                      ".1.3.6.1.2.1.5.29.1.5.2 = Counter32: 0", ".1.3.6.1.2.1.31.1.1.1.1.1 = STRING: \"lo\"",
-                     ".1.3.6.1.2.1.31.1.5.0 = No more variables left in this MIB View (It is past the end of "
-                     "the MIB tree)"}));
+                     ".1.3.6.1.2.1.31.1.5.0 = " + end}));
     stopAgent();
 }
 
@@ -134,8 +134,8 @@ TEST_F(WalkTest, TheLinuxPlatformIsWalkedInEveryWayAlike)
     startAgent(everybody, {"--platform", "linux"});
     const auto identifiers = [&](const std::string &program, const Words &options) {
         std::vector<Identifier> ids;
-        for (const std::string &row : walk(program, publicV2, options, everything)) {
-            if (!row.starts_with(".1.3.6.1.2.1.7.5.") && !row.starts_with(".1.3.6.1.2.1.7.7.")) {
+        for (const std::string &row : walk(program, publicV2, options, mib2)) {
+            if (!row.starts_with("." + mib2 + ".7.5.") && !row.starts_with("." + mib2 + ".7.7.")) {
                 ids.push_back(identifierOf(row));
             }
         }

@@ -6,6 +6,7 @@
 
 #include <libmnl/libmnl.h>
 #include <linux/netfilter/nfnetlink.h>
+#include <netinet/in.h> // before linux/in.h, which declares the same unless it knows of this
 
 #include <cstddef>
 #include <cstdint>

@@ -10,7 +10,7 @@ namespace ipmib::platform
 
 namespace
 {
-constexpr std::array<std::string_view, ip6CounterCount> names = {
+constexpr std::array<std::string_view, ip6CounterCount> kernelNames = {
     "InReceives",      "InHdrErrors",  "InTooBigErrors", "InNoRoutes",       "InAddrErrors", "InUnknownProtos",
     "InTruncatedPkts", "InDiscards",   "InDelivers",     "OutForwDatagrams", "OutRequests",  "OutDiscards",
     "OutNoRoutes",     "ReasmReqds",   "ReasmOKs",       "ReasmFails",       "FragOKs",      "FragFails",
@@ -35,7 +35,7 @@ std::uint64_t transmitted(const Ip6Counters &counters)
 
 Ip6Counter ip6CounterByName(std::string_view name)
 {
-    return static_cast<Ip6Counter>(std::find(names.begin(), names.end(), name) - names.begin());
+    return static_cast<Ip6Counter>(std::find(kernelNames.begin(), kernelNames.end(), name) - kernelNames.begin());
 }
 
 void fillIp6MibStat(const Ip6Counters &counters, Ip6MibStat &stat)

@@ -19,7 +19,7 @@ struct Name {
     std::string_view name;
     std::uint16_t slot;
 };
-constexpr Name names[] = {
+constexpr Name slotNames[] = {
     {"Ip", "InReceives", IPMIB_IP_IN_RECEIVES},
     {"Ip", "InHdrErrors", IPMIB_IP_IN_HDR_ERRORS},
     {"Ip", "InAddrErrors", IPMIB_IP_IN_ADDR_ERRORS},
@@ -96,9 +96,9 @@ std::uint16_t slotOf(std::string_view group, std::string_view name)
     if (group == "IcmpMsg") {
         return std::min(slotOfType(name, "InType", Text::icmpInType), slotOfType(name, "OutType", Text::icmpOutType));
     }
-    const auto *found = std::find_if(std::begin(names), std::end(names),
+    const auto *found = std::find_if(std::begin(slotNames), std::end(slotNames),
                                      [&](const Name &known) { return known.group == group && known.name == name; });
-    return found == std::end(names) ? std::uint16_t{Text::slots} : found->slot;
+    return found == std::end(slotNames) ? std::uint16_t{Text::slots} : found->slot;
 }
 
 std::optional<std::uint64_t> number(std::string_view text)

@@ -18,7 +18,7 @@ struct Named {
     std::string_view name;
     std::uint64_t &(*counter)(Snmp6Counters &counters);
 };
-constexpr Named names[] = {
+constexpr Named fields[] = {
     {"Icmp6InMsgs", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.inMsgs; }},
     {"Icmp6InErrors", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.inErrors; }},
     {"Icmp6OutMsgs", [](Snmp6Counters &counters) -> std::uint64_t & { return counters.icmp6.outMsgs; }},
@@ -55,9 +55,9 @@ Snmp6Text::Meaning Snmp6Text::meaningOf(std::string_view name)
 {
     using enum Meaning::Of;
     const auto *const known =
-        std::find_if(std::begin(names), std::end(names), [&](const Named &each) { return each.name == name; });
-    if (known != std::end(names)) {
-        return {named, static_cast<std::uint8_t>(known - names)};
+        std::find_if(std::begin(fields), std::end(fields), [&](const Named &each) { return each.name == name; });
+    if (known != std::end(fields)) {
+        return {named, static_cast<std::uint8_t>(known - fields)};
     }
     if (takePrefix(name, "Ip6")) {
         const Ip6Counter counter = ip6CounterByName(name);
@@ -117,7 +117,7 @@ void Snmp6Text::set(Meaning meaning, std::uint64_t value, Snmp6Counters &counter
         counters.icmp6.listed.set(meaning.which);
         break;
     case Meaning::Of::named:
-        names[meaning.which].counter(counters) = value;
+        fields[meaning.which].counter(counters) = value;
         break;
     case Meaning::Of::elsewhere:
     case Meaning::Of::nothing:
