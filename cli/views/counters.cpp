@@ -43,7 +43,7 @@ std::vector<ServedCounter> countersOf(const ObjectTree &tree, const Object &entr
             continue;
         }
         const std::string name = std::string(object.node->pszName).substr(table.size());
-        const Object *wide = tree.named(table + std::string(wideMark) + name);
+        const Object *wide = tree.named(std::string(table).append(wideMark).append(name));
         if (wide == nullptr || !wide->isServed) {
             counters.push_back({&object, name.starts_with(wideMark) ? name.substr(wideMark.size()) : name});
         }

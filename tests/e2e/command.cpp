@@ -49,7 +49,7 @@ Words merged(const Environment &added)
         }
     }
     for (const auto &[name, value] : added) {
-        all.push_back(name + "=" + value);
+        all.emplace_back(name).append("=").append(value);
     }
     return all;
 }

@@ -82,7 +82,7 @@ class LosslessTest : public MasterTest
     std::set<std::string> mastersInstances()
     {
         startMaster();
-        const std::set<std::string> alone = instances();
+        std::set<std::string> alone = instances();
         EXPECT_GT(alone.size(), 1000u);
         for (const char *row :
              {"4.34.1.3.1.4.198.51.100.127", "4.34.1.3.1.4.10.1.1.1", "4.37.1.4.1.4.192.0.2.11", "4.35.1.4"}) {

@@ -81,7 +81,7 @@ class Mirror
     // When a packet begins: likewise, for two tables that change together.
     static constexpr unsigned announcementsAtBegin = 200;
     // Octets of announcements that are kept while the table is read: some 5,000. Others wait in the socket.
-    static constexpr std::size_t mostHeld = 512 * 1024;
+    static constexpr std::size_t mostHeld = std::size_t{512} * 1024;
     // Without a loss, until the table is read again: a part of what that takes.
     static constexpr std::chrono::milliseconds longestCalm{200};
     // Changes meanwhile of a table that needs quiet.
