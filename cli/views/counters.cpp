@@ -54,14 +54,14 @@ std::vector<ServedCounter> countersOf(const ObjectTree &tree, const Object &entr
 // The counters' cells of one row; empty when there is no such row.
 Row readRow(LocalDevice &device, const std::vector<ServedCounter> &counters, host::OidView instance)
 {
-    std::vector<host::Oid> instances;
+    std::vector<host::Oid> asked;
     for (const ServedCounter &counter : counters) {
-        instances.push_back(counter.object->oid);
-        instances.back().append(instance);
+        asked.push_back(counter.object->oid);
+        asked.back().append(instance);
     }
-    std::vector<host::Variable> variables(instances.size());
-    for (std::size_t i = 0; i < instances.size(); ++i) {
-        variables[i].asked = instances[i].view();
+    std::vector<host::Variable> variables(asked.size());
+    for (std::size_t i = 0; i < asked.size(); ++i) {
+        variables[i].asked = asked[i].view();
     }
     device.get(variables);
     Row row;
